@@ -1,0 +1,3 @@
+#include "backend/svselect/run/SVSELECT.h"
+
+void SVSELECT() {}

@@ -1,0 +1,41 @@
+#include "host/environment/HostSession.h"
+
+#include <cassert>
+#include <thread>
+#include <xercesc/util/PlatformUtils.hpp>
+
+#include "host/environment/CommonBlocks.h"
+#include "host/environment/MCStopProcessor.h"
+
+namespace {
+HostSession* gCurrent = nullptr;
+}
+
+HostSession::HostSession(HostSettings settings) : fSettings(settings) {
+  assert(gCurrent == nullptr);
+  xercesc::XMLPlatformUtils::Initialize();
+  *pvGetCmnGlb() = CommonGlobalBlock();
+  *pvGetCmnSys() = CommonSystemBlock();
+  ClearStopRequest();
+  gCurrent = this;
+}
+
+HostSession::~HostSession() {
+  while (!fLayers.empty()) fLayers.pop_back();  // a later layer may use an earlier one to its end
+  gCurrent = nullptr;
+  xercesc::XMLPlatformUtils::Terminate();
+}
+
+HostSession& HostSession::Current() {
+  assert(gCurrent != nullptr);
+  return *gCurrent;
+}
+
+int GETTHREADS() {
+  const int chosen = HostSession::Current().Settings().threads;
+  return chosen > 0 ? chosen : static_cast<int>(std::thread::hardware_concurrency());
+}
+
+bool GETEXACTDESIGN() {
+  return HostSession::Current().Settings().exactDesign;
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <typeindex>
+#include <utility>
+#include <vector>
+
+// What the user of a session chooses before it starts.
+struct HostSettings {
+  int threads = 0;           // processors for parallel work; 0 means the machine's
+  bool exactDesign = false;  // draws that have exactly the probabilities that they state
+};
+
+// HostSession is what the parameterless constructors of the host attach to: the active file, the output
+// document, the command. One lives at a time; two one after the other don't see each other's state.
+//
+// Use:        construct, open the frame and set the command through the layers, run the procedure, destroy.
+// Ownership:  owns the state of each layer, made at its first use and destroyed in reverse order of that.
+// Threads:    the thread that made it.
+class HostSession {
+public:
+  explicit HostSession(HostSettings settings = {});
+  ~HostSession();
+  HostSession(const HostSession&) = delete;
+  HostSession& operator=(const HostSession&) = delete;
+
+  // The living session.
+  // REQUIRES: there is one.
+  static HostSession& Current();
+
+  const HostSettings& Settings() const { return fSettings; }
+
+  // The one `State` of this session, default-constructed at the first call.
+  template <class State>
+  State& Layer() {
+    for (const auto& [type, state] : fLayers) {
+      if (type == typeid(State)) return *static_cast<State*>(state.get());
+    }
+    fLayers.emplace_back(typeid(State), std::make_shared<State>());
+    return *static_cast<State*>(fLayers.back().second.get());
+  }
+
+private:
+  HostSettings fSettings;
+  std::vector<std::pair<std::type_index, std::shared_ptr<void>>> fLayers;
+};
+
+// The host's number of processors for parallel work, 0 when nothing is set.
+int GETTHREADS();
+
+// Whether the draws are to have exactly the probabilities that they state.
+bool GETEXACTDESIGN();

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+// Codes of a status.
+inline constexpr std::int32_t kStatusCancelled = 1;
+inline constexpr std::int32_t kStatusUserError = 92000;      // steps called out of order, a failed output
+inline constexpr std::int32_t kStatusNoRecords = 92001;      // no record at the start of a pass
+inline constexpr std::int32_t kStatusIteratorError = 92002;  // no record though there should be one
+inline constexpr std::int32_t kStatusInvalidRecord = 92003;  // no value array, or no positive weight
+inline constexpr std::int32_t kStatusRecordTooShort = 92004;
+inline constexpr std::int32_t kStatusUnequalSpec = 92005;  // rate or size not constant in a stratum
+inline constexpr std::int32_t kStatusInvalidValue = 92006;
+inline constexpr std::int32_t kStatusMissingSpec = 92008;  // missing rate or size of a stratum
+inline constexpr std::int32_t kStatusPopulationTooSmall = 92009;
+inline constexpr std::int32_t kStatusNoJointOutput = 92012;
+inline constexpr std::int32_t kStatusNoStages = 92021;
+inline constexpr std::int32_t kStatusFirstStageNumber = 92022;
+inline constexpr std::int32_t kStatusLastStageNumber = 92023;
+inline constexpr std::int32_t kStatusNoClusters = 92025;
+inline constexpr std::int32_t kStatusLateEstimator = 92026;
+inline constexpr std::int32_t kStatusEstimator = 92027;
+inline constexpr std::int32_t kStatusNoSpec = 92028;
+inline constexpr std::int32_t kStatusRateValue = 92029;
+inline constexpr std::int32_t kStatusSizeValue = 92030;
+inline constexpr std::int32_t kStatusMissingSize = 92031;  // a unit without measure of size
+inline constexpr std::int32_t kStatusInvalidSize = 92032;  // a measure of size too large for the method
+inline constexpr std::int32_t kStatusUnequalSize = 92033;  // measure of size differs within a unit
+inline constexpr std::int32_t kStatusSizeAboveUnits = 92034;
+inline constexpr std::int32_t kStatusRateAboveOne = 92035;
+inline constexpr std::int32_t kStatusNoMemory = 92036;  // for the joint probabilities
+
+// SVStatus is the common currency of outcome below the entry: a plain value, copied freely.
+struct SVStatus {
+  std::int32_t code = 0;
+  std::int16_t severity = 0;  // negative: error; 0: OK; positive: warning
+  std::array<std::int32_t, 3> ints{};
+  std::array<double, 3> reals{};
+
+  SVStatus() = default;
+  SVStatus(std::int32_t statusCode, bool warning)
+      : code(statusCode), severity(static_cast<std::int16_t>(warning ? 1 : -1)) {}
+
+  bool IsError() const { return severity < 0; }
+  bool IsOK() const { return severity == 0; }
+  bool IsWarning() const { return severity > 0; }
+
+  bool operator==(const SVStatus&) const = default;
+
+  // Where the stage that the status speaks of stands: in the first of `ints` for the codes whose second holds
+  // a record index, or could; in the second for all others.
+  std::int32_t& StageSlot();
+  std::int32_t StageSlot() const;
+};
+
+// A status of error severity.
+inline SVStatus ErrorStatus(std::int32_t code) {
+  return SVStatus(code, false);
+}
+// A status of warning severity.
+inline SVStatus WarningStatus(std::int32_t code) {
+  return SVStatus(code, true);
+}
