@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include "host/command/CommandToken.h"
 
 inline constexpr int kOperatorNone = 0;
@@ -10,7 +8,7 @@ inline constexpr int kOperatorAll = 35;
 // One token of a parameter's value.
 class TokenInfoObj {
 public:
-  explicit TokenInfoObj(const CommandToken& token);
+  TokenInfoObj(const CommandToken& token);
 
   // kOperatorAll for the word ALL in any case, kOperatorNone for every other token, a quoted 'ALL' among
   // them.

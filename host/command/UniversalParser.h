@@ -1,14 +1,13 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
-#include <vector>
 
 #include "host/command/CommandToken.h"
 
 class CommandSpec;
 class KORV_TokenSequence;
-class ParamObj;
 class SubComObj;
 
 // UniversalParser cuts a command into subcommands and these into parameters, by the host's grammar and
@@ -32,9 +31,12 @@ public:
 private:
   bool ReadSubcommand();
   bool ReadBody(SubComObj* subcommand);
-  bool ReadParameters(SubComObj* subcommand);
+  void ReadParameters(SubComObj* subcommand);
   bool Is(CommandTokenKind kind, std::size_t ahead = 0) const;
+  bool AtEndOfBody() const;
+  // Issue the error and answer false.
   bool FailAtCurrent() const;
+  bool Fail(const std::string& text, std::int64_t line, std::int64_t column) const;
 
   const KORV_TokenSequence& fTokens;
   CommandSpec& fSpec;

@@ -60,6 +60,7 @@ public:
   // Messages beyond kMaxMessages, and the highest level among them.
   std::int64_t FurtherMessages() const { return fFurther; }
   int FurtherLevel() const { return fFurtherLevel; }
+  std::string FurtherText() const { return "... and " + std::to_string(fFurther) + " more messages"; }
 
 private:
   struct Kept {
