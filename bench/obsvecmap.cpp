@@ -1,16 +1,13 @@
 // Lookup of known keys in an ObsVecMap: one numeric key among 10,000, in random order.
 #include <benchmark/benchmark.h>
 
-#include <cstdlib>
-#include <new>
 #include <random>
 #include <vector>
 
+#include "CountedAllocations.h"
 #include "host/data/ObsVecMap.h"
 
 namespace {
-
-std::size_t gAllocations = 0;
 
 constexpr std::size_t kKeys = 10'000;
 
@@ -37,17 +34,5 @@ void ContainsKnownKey(benchmark::State& state) {
 BENCHMARK(ContainsKnownKey);
 
 }  // namespace
-
-void* operator new(std::size_t size) {
-  ++gAllocations;
-  if (void* memory = std::malloc(size)) return memory;
-  throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
 
 BENCHMARK_MAIN();
