@@ -67,13 +67,13 @@ bool ParamObj::getNumberList(std::vector<double>& out) const {
   return true;
 }
 
-bool ParamObj::getVarList(std::vector<std::string>& out) const {
+bool ParamObj::getVarList(std::vector<KorvVarName>& out) const {
   if (fvValues.empty()) return false;
-  std::vector<std::string> names;
+  std::vector<KorvVarName> names;
   for (const CommandToken& value : fvValues) {
     if (value.kind != CommandTokenKind::Word) return false;
     if (TokenInfoObj(value).getOperatorCode() == kOperatorAll) return false;
-    names.push_back(value.text);
+    names.emplace_back(value.text);
   }
   out = std::move(names);
   return true;

@@ -6,6 +6,7 @@
 
 #include "host/command/CommandToken.h"
 #include "host/command/TokenInfoObj.h"
+#include "host/text/KorvVarName.h"
 
 // ParamObj is one parameter of a subcommand: a bare keyword, or a name with = and a value or list of values.
 //
@@ -39,7 +40,7 @@ public:
   bool getUpStringGeneric(std::string& out) const;
   bool getNumberValue(double& out) const;
   bool getNumberList(std::vector<double>& out) const;
-  bool getVarList(std::vector<std::string>& out) const;
+  bool getVarList(std::vector<KorvVarName>& out) const;
   bool getTokenList(std::vector<TokenInfoObj>& out) const;
 
   void SetHasValue() { fbLeading = false; }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <set>
 
 #include "host/data/DataError.h"
 #include "host/data/DataFileKind.h"
@@ -32,6 +33,12 @@ SchemaRules::SchemaRules(const std::string& json, const std::string& source) : f
   } catch (const SchemaError& error) {
     throw DataError(error.what());
   }
+  for (std::size_t i = 0; i < fSchema.fields.size(); ++i) {
+    const std::string& name = fSchema.fields[i].name;
+    if (!fFields.emplace(GetUpperVarName(name), i).second) {
+      throw DataError(fmt::format("{}: field \"{}\" stands twice", source, name));
+    }
+  }
 }
 
 SchemaRules SchemaRules::FromFile(const std::string& path) {
@@ -43,11 +50,8 @@ SchemaRules SchemaRules::FromFile(const std::string& path) {
 }
 
 const SchemaField* SchemaRules::FieldOf(const std::string& name) const {
-  const std::string upper = GetUpperVarName(name);
-  for (const SchemaField& field : fSchema.fields) {
-    if (GetUpperVarName(field.name) == upper) return &field;
-  }
-  return nullptr;
+  const auto found = fFields.find(GetUpperVarName(name));
+  return found == fFields.end() ? nullptr : &fSchema.fields[found->second];
 }
 
 SchemaRules::Wish SchemaRules::WishFor(const std::string& name) const {
@@ -73,10 +77,10 @@ bool SchemaRules::SettlesAll(const std::string& name) const {
 }
 
 void SchemaRules::CheckNames(const std::vector<std::string>& columns, const std::string& file) const {
-  std::vector<std::string> known;
-  for (const std::string& column : columns) known.push_back(GetUpperVarName(column));
+  std::set<std::string> known;
+  for (const std::string& column : columns) known.insert(GetUpperVarName(column));
   for (const SchemaField& field : fSchema.fields) {
-    if (std::find(known.begin(), known.end(), GetUpperVarName(field.name)) == known.end()) {
+    if (!known.contains(GetUpperVarName(field.name))) {
       throw DataError(fmt::format("{}: {} has no column \"{}\"", fSource, file, field.name));
     }
   }
@@ -112,9 +116,9 @@ void SchemaRules::SetMissing(KORV_Variable* variable) const {
     DictionaryValue value;
     if (variable->GetType() == 0) {
       if (ReadSchemaNumber(text, &value.number)) values.push_back(value);
-    } else if (!text.empty()) {
+    } else {
       value.text = text.substr(0, text.find_last_not_of(' ') + 1);
-      values.push_back(value);
+      if (!value.text.empty()) values.push_back(value);
     }
   }
   variable->SetMissingValues(std::move(values));

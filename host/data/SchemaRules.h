@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -45,4 +47,5 @@ private:
 
   std::string fSource;
   TableSchema fSchema;
+  std::map<std::string, std::size_t> fFields;  // places of the fields by their names in upper case
 };

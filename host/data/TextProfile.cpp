@@ -177,9 +177,10 @@ void TextProfile::AddString(std::string_view text, std::int64_t place) {
 void TextProfile::AddMissing(std::string_view text, std::int64_t place) {
   if (IsNumber(text)) {
     Add(text, place);
-  } else {
-    fLongest = std::max(fLongest, text.size());
+    return;
   }
+  fbAnyMissing = true;
+  fLongest = std::max(fLongest, text.size());
 }
 
 TextProfile::Kind TextProfile::Settled() const {

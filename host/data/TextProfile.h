@@ -29,6 +29,9 @@ public:
   // Numbers with leading zeros, or with more digits than a double gives back, make a text.
   Kind Settled() const;
 
+  // Whether AddMissing() was given a value that is no number.
+  bool AnyMissing() const { return fbAnyMissing; }
+
   std::size_t LongestText() const { return fLongest; }
   // Whether every number is a whole one written without a point or an exponent.
   bool AllIntegers() const { return fbAllIntegers; }
@@ -51,6 +54,7 @@ private:
   double fLeast = 0.0;
   double fGreatest = 0.0;
   bool fbAny = false;
+  bool fbAnyMissing = false;
   bool fbAnyNumber = false;
   bool fbAllIntegers = true;
   Culprit fNotNumber;

@@ -32,7 +32,6 @@ int WidestOf(const std::vector<std::string>& texts) {
   return widest;
 }
 
-// The least width at which a label's words aren't broken.
 int LongestWord(const std::string& label) {
   int longest = 0;
   for (std::size_t at = 0; at < label.size();) {
@@ -40,7 +39,7 @@ int LongestWord(const std::string& label) {
     longest = std::max(longest, DisplayWidth(std::string_view(label).substr(at, end - at)));
     at = end + 1;
   }
-  return std::min(longest, kWidestHeader);
+  return longest;
 }
 
 // How many nodes two headers have in common at their start.
@@ -100,13 +99,16 @@ int TextTable::StubWidth() const {
   return std::min(widest, fWidth / 2);
 }
 
+// A column is as wide as its widest cell and its own label; the labels over it are broken only between words.
+// No label makes it wider than what fits beside the row labels.
 std::vector<TextTable::Column> TextTable::MeasureColumns() const {
+  const int widest = std::min(kWidestHeader, fWidth / 2 - kGap);
   std::vector<Column> columns(fLayout.Columns().size());
   for (std::size_t c = 0; c < columns.size(); ++c) {
     const PivotLayout::Header& header = fLayout.Columns()[c];
-    for (const int node : header) columns[c].width = std::max(columns[c].width, LongestWord(Label(node)));
-    if (header.empty()) continue;
-    columns[c].width = std::max(columns[c].width, WidestOf(WrapText(Label(header.back()), kWidestHeader)));
+    int& width = columns[c].width;
+    for (const int node : header) width = std::max(width, std::min(LongestWord(Label(node)), widest));
+    if (!header.empty()) width = std::max(width, WidestOf(WrapText(Label(header.back()), widest)));
   }
   for (const PivotLayout::Entry& entry : fLayout.Entries()) {
     const OutputTable::Cell& cell = fTable.Cells()[entry.cell];
