@@ -36,8 +36,8 @@ private:
   std::int32_t Add(const OBS* obs);
 
   std::int32_t fVarIndex;
-  ObsVecMap fValueMap;     // value to code
-  std::size_t fKeyCells;   // of one value
-  SVCaseValue fCaseValue;  // of the current iterator
+  ObsVecMap fValueMap;                   // value to code
+  std::size_t fKeyCells;                 // of one value
+  SVCaseValue fCaseValue;                // of the current iterator
   std::vector<const OBS*> fvEncodedObs;  // the value of code c stands at c - 1; into fValueMap
 };

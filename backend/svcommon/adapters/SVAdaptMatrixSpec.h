@@ -11,7 +11,8 @@
 class SVAdaptMatrixSpec {
 public:
   // REQUIRES: the table has a map, with a key of as many variables as the table.
-  SVAdaptMatrixSpec(KORV_InputCaseIterator* iterator, const SVMatrixSpec* matrixSpec, bool includeUserMissing);
+  SVAdaptMatrixSpec(KORV_InputCaseIterator* iterator, const SVMatrixSpec* matrixSpec,
+                    bool includeUserMissing);
 
   // The table's number. When the table has none for the case, which is also so when one of its values is
   // missing, `*notFound` is true and the result the missing value.

@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <cassert>
 
-#include "host/data/ValueText.h"
+#include "host/data/Values.h"
+#include "host/environment/MCStopProcessor.h"
 
 namespace {
 
@@ -11,9 +12,9 @@ namespace {
 char HostDecimalChar() {
   OBS number;
   number.number = 1.1;
-  std::string text;
-  ToString(&number, KORV_Format{.width = 3, .type = kFormatF, .decimals = 1}, text);
-  assert(text.size() == 3);
+  const KORV_Format format{.width = 3, .type = kFormatF, .decimals = 1};
+  char text[4] = {};
+  ToString(&number, format, text);
   return text[1];
 }
 
@@ -41,8 +42,8 @@ int SVPlanValidSpecs::AddDesignStage(const std::string& label, const DesignStage
   return StageCount();
 }
 
-std::int32_t SVPlanValidSpecs::RecordIndex(std::int32_t variable, std::int32_t next, SlotKind kind) {
-  SlotMap& slots = kind == kCategorical ? fCatRecordIndex : fContRecordIndex;
+std::int32_t SVPlanValidSpecs::RecordIndex(std::int32_t variable, std::int32_t next, bool categorical) {
+  SlotMap& slots = categorical ? fCatRecordIndex : fContRecordIndex;
   return slots.try_emplace(variable, next).first->second;
 }
 
@@ -59,7 +60,8 @@ std::int32_t SVPlanValidSpecs::CaseIdRecordIndex(std::int32_t* next) {
 }
 
 const SVMatrixSpec* SVPlanValidSpecs::MatrixSpec(std::int32_t index) const {
-  return IsPlaceIn(index, fMatrixSpecs.size()) ? fMatrixSpecs[static_cast<std::size_t>(index)].get() : nullptr;
+  return IsPlaceIn(index, fMatrixSpecs.size()) ? fMatrixSpecs[static_cast<std::size_t>(index)].get()
+                                               : nullptr;
 }
 
 std::int32_t SVPlanValidSpecs::MatrixStageNumber(std::int32_t index) const {

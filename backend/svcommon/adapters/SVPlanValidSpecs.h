@@ -9,7 +9,8 @@
 #include "backend/svcommon/design/DesignStage.h"
 #include "host/data/KORV_Format.h"
 #include "host/data/ObsVecMap.h"
-#include "host/environment/MCStopProcessor.h"
+
+class MCStopProcessor;
 
 // The table that gives one stage its rate or size: one number for each combination of values of some
 // variables. All null for a stage without a table. Whoever made the stage owns what is pointed to.
@@ -19,9 +20,9 @@ struct SVMatrixSpec {
   const std::vector<KORV_Format>* formats = nullptr;     // of each variable
 };
 
-// SVPlanValidSpecs is what any procedure that works from a plan has settled before it reads a case: the design
-// stages in dictionary indices, their tables, and the layout of the numeric record, that is, which variable
-// sits in which slot.
+// SVPlanValidSpecs is what any procedure that works from a plan has settled before it reads a case: the
+// design stages in dictionary indices, their tables, and the layout of the numeric record, that is, which
+// variable sits in which slot.
 //
 // Use:        add the stages, then Validate() once; from then on it only answers.
 // Ownership:  borrows the stages and tables from the parser; owns the stop processor.
@@ -30,8 +31,6 @@ struct SVMatrixSpec {
 //             (2) DictionaryVars() has one entry for each slot, -1 for a table and for the case id.
 class SVPlanValidSpecs {
 public:
-  // Which of its two possible slots a variable is asked for.
-  enum SlotKind : bool { kContinuous = false, kCategorical = true };
   using SlotMap = std::map<std::int32_t, std::int32_t>;
 
   SVPlanValidSpecs();
@@ -53,7 +52,7 @@ public:
 
   // The slot of a variable, or of the table of the stage at a position (from 0). What has none yet is given
   // `next`, which the caller then counts up: a result equal to `next` tells a new slot.
-  std::int32_t RecordIndex(std::int32_t variable, std::int32_t next, SlotKind kind);
+  std::int32_t RecordIndex(std::int32_t variable, std::int32_t next, bool categorical);
   std::int32_t MatrixRecordIndex(std::int32_t position, std::int32_t next);
   // The slot of the case id. A new one is `next`, which is counted up here.
   std::int32_t CaseIdRecordIndex(std::int32_t* next);
@@ -85,11 +84,11 @@ public:
   char DecimalChar() const { return fDecimalChar; }
 
 protected:
-  std::vector<const DesignStage*> fDesignStages;                // borrowed
-  std::vector<std::string> fStageLabels;                        // parallel to fDesignStages
+  std::vector<const DesignStage*> fDesignStages;                  // borrowed
+  std::vector<std::string> fStageLabels;                          // parallel to fDesignStages
   std::vector<std::unique_ptr<const SVMatrixSpec>> fMatrixSpecs;  // parallel to fDesignStages, never null
-  std::string fPlanFile;                                        // after resolving
-  SlotMap fCatRecordIndex;                                      // dictionary index to slot
+  std::string fPlanFile;                                          // after resolving
+  SlotMap fCatRecordIndex;                                        // dictionary index to slot
   SlotMap fContRecordIndex;
   SlotMap fMatrixRecordIndex;                    // position of the stage, from 0, to slot
   std::vector<std::int32_t> fSizeRecordIndices;  // slots that hold a sample size
