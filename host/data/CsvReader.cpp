@@ -105,10 +105,19 @@ void CsvReader::CheckEncoding() const {
 
 namespace {
 
-// Whether the header is split at semicolons: read with commas it is one field that has semicolons.
+// Whether the header has semicolons and no comma, outside of quotes.
 bool IsSplitAtSemicolons(const std::string& path) {
-  CsvReader reader(path);
-  return reader.NextRecord() && reader.Fields() == 1 && reader.Field(0).find(';') != std::string_view::npos;
+  std::ifstream file(path, std::ios::binary);
+  bool isQuoted = false;
+  bool hasSemicolon = false;
+  for (char c = 0; file.get(c);) {
+    if (c == '"') isQuoted = !isQuoted;
+    if (isQuoted) continue;
+    if (c == ',') return false;
+    if (c == '\n' || c == '\r') break;
+    hasSemicolon = hasSemicolon || c == ';';
+  }
+  return hasSemicolon;
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <type_traits>
 
 #include "host/data/DuckCaseEngine.h"
+#include "host/data/Values.h"
 #include "host/numeric/MissingValue.h"
 
 namespace {
@@ -23,11 +24,6 @@ bool IsExact(T value) {
   // The largest values round up to a power of two that the type doesn't hold.
   constexpr double kBound = static_cast<double>(std::numeric_limits<T>::max());
   return number < kBound && static_cast<T>(number) == value;
-}
-
-std::string_view WithoutTrailingBlanks(std::string_view text) {
-  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  return text;
 }
 
 }  // namespace
@@ -155,7 +151,7 @@ const std::string_view* DuckCaseCursor::Texts(std::size_t place) {
   const auto* const cells = fChunk.Values<duckdb_string_t>(place);
   for (std::size_t i = 0; i < fRows; ++i) {
     std::string_view text;
-    if (!fChunk.IsNull(place, i + fSkipped)) text = WithoutTrailingBlanks(TextOf(cells[i + fSkipped]));
+    if (!fChunk.IsNull(place, i + fSkipped)) text = TrimRight(TextOf(cells[i + fSkipped]));
     if (text.size() > width) {
       Refuse(place, i,
              fmt::format("a text of {} bytes where the dictionary has {}, in column", text.size(), width));

@@ -8,8 +8,9 @@
 #include <set>
 
 #include "host/data/DataError.h"
-#include "host/data/DataFileKind.h"
+#include "host/data/ReadableFile.h"
 #include "host/data/TextProfile.h"
+#include "host/data/Values.h"
 #include "host/text/VariableNames.h"
 
 namespace {
@@ -34,10 +35,7 @@ SchemaRules::SchemaRules(const std::string& json, const std::string& source) : f
     throw DataError(error.what());
   }
   for (std::size_t i = 0; i < fSchema.fields.size(); ++i) {
-    const std::string& name = fSchema.fields[i].name;
-    if (!fFields.emplace(GetUpperVarName(name), i).second) {
-      throw DataError(fmt::format("{}: field \"{}\" stands twice", source, name));
-    }
+    fFields.emplace(GetUpperVarName(fSchema.fields[i].name), i);
   }
 }
 
@@ -117,7 +115,7 @@ void SchemaRules::SetMissing(KORV_Variable* variable) const {
     if (variable->GetType() == 0) {
       if (ReadSchemaNumber(text, &value.number)) values.push_back(value);
     } else {
-      value.text = text.substr(0, text.find_last_not_of(' ') + 1);
+      value.text = TrimRight(text);
       if (!value.text.empty()) values.push_back(value);
     }
   }

@@ -1,49 +1,24 @@
-#include "host/data/DataFileKind.h"
+#include "host/data/ReadableFile.h"
 
 #include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
-#include <utility>
 
 #include "host/data/DataError.h"
-#include "host/text/VariableNames.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::array<std::pair<const char*, DataFileKind>, 7> kExtensions = {{
-    {"", DataFileKind::kNative},
-    {".SAV", DataFileKind::kNative},
-    {".PARQUET", DataFileKind::kParquet},
-    {".CSV", DataFileKind::kCsv},
-    {".TSV", DataFileKind::kTsv},
-    {".JSON", DataFileKind::kJson},
-    {".NDJSON", DataFileKind::kNdJson},
-}};
 
 std::string ReasonOf(int error) {
   return std::generic_category().message(error);
 }
 
 }  // namespace
-
-DataFileKind KindOfFile(const std::string& path) {
-  const std::string extension = GetUpperString(fs::path(path).extension().string());
-  for (const auto& [known, kind] : kExtensions) {
-    if (extension == known) return kind;
-  }
-  return DataFileKind::kUnknown;
-}
-
-std::string SchemaPathBeside(const std::string& path) {
-  return fs::path(path).replace_extension(".schema.json").string();
-}
 
 bool FileExists(const std::string& path) {
   std::error_code ignored;
