@@ -1,0 +1,129 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "backend/svcommon/design/DesignStage.h"
+#include "model_components/surveyplans/common/SVStatus.h"
+
+class MCStopProcessor;
+
+// SVSCompSettings is a design as a computation needs it: its variables are indices into a record of doubles.
+//
+// Setters that name a stage make it when there is none of that number. A setter that may refuse gives false
+// and leaves everything but that as it was; Validate() finds the gaps that this leaves. Ownership: owns its
+// stages; borrows the stop processor.
+//
+// Invariants:
+//   (1) DesignStages() ascends by stage number, without repeats.
+//   (2) VariableTypes() reaches to every record index set here, so a record of that length can be read at all
+//       of them. The case id and the measure of size leave their entry unspecified.
+class SVSCompSettings {
+public:
+  // --- the stages of the design
+  // ----------------------------------------------------------------------------- A strata or cluster
+  // variable. Refused when negative, already one of them, or of another type.
+  bool AddDesignVar(std::int32_t recordIndex, VariableRole role, std::int32_t stage);
+  // The variable of the stage's rate or size: kRateVariable or kSizeVariable. Refused when negative or taken.
+  bool AddSpecVar(std::int32_t recordIndex, std::int32_t inclusionType, std::int32_t stage);
+  // A constant: a positive kRateValue or a positive whole kSizeValue.
+  bool SetSpecValue(double value, std::int32_t inclusionType, std::int32_t stage);
+  // Bounds of the size that a rate asks for, positive.
+  void SetMinSize(double value, std::int32_t stage) { FindStage(stage).setRateMinSize(value); }
+  void SetMaxSize(double value, std::int32_t stage) { FindStage(stage).setRateMaxSize(value); }
+  // Only stage 1 takes an estimator, and only none or with replacement.
+  bool SetEstimator(std::int32_t estimator, std::int32_t stage);
+  // Stage 1 takes any code, later stages the methods of equal probability.
+  bool SetMethod(std::int32_t method, std::int32_t stage);
+  void AddRequestedOutput(std::int32_t kind, std::int32_t stage, const std::string& name) {
+    FindStage(stage).requestOutput(kind, name);
+  }
+  // The stage of that number, made with its initial values at its place if there is none. The reference holds
+  // until the next stage is made.
+  DesignStage& FindStage(std::int32_t stage);
+
+  // --- the run
+  // ----------------------------------------------------------------------------------------------
+  void AddSelectStage(std::int32_t stage);  // appends it unless it is there
+  bool SetCaseIdVar(std::int32_t recordIndex) {
+    return ClaimIndex(recordIndex, kVarUnspecified, &fCaseIdVar);
+  }
+  bool SetWeightVar(std::int32_t recordIndex) { return ClaimIndex(recordIndex, kVarWeight, &fWeightVar); }
+  bool SetMOSVar(std::int32_t recordIndex) { return ClaimIndex(recordIndex, kVarUnspecified, &fMOSVar); }
+  void SetMOSFromData(bool fromData) { fbMOSFromData = fromData; }
+  void SetMOSMin(double value) { fMOSMin = value; }
+  void SetMOSMax(double value) { fMOSMax = value; }
+  void SetSeed(std::int32_t seed) { fSeed = seed; }
+  void SetPreSorted(bool preSorted) { fbPreSorted = preSorted; }
+  void SetNumThreads(std::int32_t threads) { fNumThreads = threads; }
+  void SetStopProcessor(MCStopProcessor* stopProcessor) { fpStopProcessor = stopProcessor; }
+  void SetFinalWeightName(std::string name) { fWgtFinalName = std::move(name); }
+  void SetExactDesign(bool exact) { fbExactDesign = exact; }
+
+  // --- reads
+  // ------------------------------------------------------------------------------------------------
+  const std::vector<DesignStage>& DesignStages() const { return fDesignStages; }
+  // The stage of that number, null if there is none; valid until the next stage is made.
+  const DesignStage* GetStage(std::int32_t stage) const;
+  const std::vector<std::int32_t>& CatDesignVars() const { return fCatDesignVars; }
+  const std::vector<std::int32_t>& ContDesignVars() const { return fContDesignVars; }
+  std::int32_t CaseIdVar() const { return fCaseIdVar; }
+  const std::string& FinalWeightName() const { return fWgtFinalName; }
+  std::int32_t WeightVar() const { return fWeightVar; }
+  std::int32_t MOSVar() const { return fMOSVar; }
+  bool MOSFromData() const { return fbMOSFromData; }
+  double MOSMin() const { return fMOSMin; }
+  double MOSMax() const { return fMOSMax; }
+  const std::vector<std::int32_t>& SelectStages() const { return fSelectStages; }
+  std::int32_t FirstStage() const { return fSelectStages.empty() ? 0 : fSelectStages.front(); }
+  std::int32_t LastStage() const { return fSelectStages.empty() ? 0 : fSelectStages.back(); }
+  std::int32_t Seed() const { return fSeed; }
+  bool PreSorted() const { return fbPreSorted; }
+  const std::vector<std::int32_t>& VariableTypes() const { return fVariableType; }
+  std::int32_t NumThreads() const { return fNumThreads; }
+  MCStopProcessor* StopProcessor() const { return fpStopProcessor; }
+  bool ExactDesign() const { return fbExactDesign; }
+
+  // The variable that carries the stage's rate or size; -1 when none does, also for a stage that isn't there.
+  std::int32_t StageSpecVar(std::int32_t stage) const;
+  // The tag of the stage, kInclProbTypeNone for a stage that isn't there.
+  std::int32_t StageSpecType(std::int32_t stage) const;
+
+  // The variables that make the keys of `stage`. A stratum is told by all strata and cluster variables of the
+  // stages before and the stage's own strata variables, stage by stage; a unit by the stage's clusters.
+  void KeyVars(std::int32_t stage, std::vector<std::int32_t>* strataKeyVars,
+               std::vector<std::int32_t>* clusterKeyVars) const;
+
+  // The first stage's method has joint probabilities, and its estimator doesn't do without them.
+  bool JointProbNeeded() const;
+
+  // Whether a run can be made of these settings. Errors: 92021 to 92023 for the list of stages, 92025 to
+  // 92030 for the first stage at fault, with its number in the stage slot.
+  SVStatus Validate() const;
+
+private:
+  std::int32_t TypeOf(std::int32_t recordIndex) const;
+  void SetType(std::int32_t recordIndex, VariableType type);
+  bool ClaimIndex(std::int32_t recordIndex, VariableType type, std::int32_t* field);
+
+  std::vector<DesignStage> fDesignStages;
+  std::vector<std::int32_t> fCatDesignVars;   // stage by stage, strata before clusters
+  std::vector<std::int32_t> fContDesignVars;  // rate and size variables in stage order
+  std::int32_t fCaseIdVar = -1;
+  std::string fWgtFinalName;
+  std::int32_t fWeightVar = -1;  // of an earlier sampling; below 0 means none
+  std::int32_t fMOSVar = -1;     // measure of size
+  bool fbMOSFromData = false;    // a unit's size is its number of records
+  double fMOSMin = -1.0;         // bounds of the measures of size; only a positive one bounds
+  double fMOSMax = -1.0;
+  std::vector<std::int32_t> fSelectStages;  // in the order given
+  std::int32_t fSeed = -1;
+  bool fbPreSorted = false;                 // carried and shown; the computation takes records in any order
+  std::vector<std::int32_t> fVariableType;  // VariableType by record index
+  std::int32_t fNumThreads = 1;             // for the joint probabilities
+  MCStopProcessor* fpStopProcessor = nullptr;  // borrowed, may be null
+  bool fbExactDesign =
+      false;  // Brewer's, Sampford's and PPS_WOR's draws keep their stated probabilities exactly
+};
