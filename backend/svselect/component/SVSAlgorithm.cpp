@@ -52,8 +52,8 @@ void SVSAlgorithm::DrawStage(std::int32_t stage, MCSV::SVSOutputSummary* summary
   fOutSamples.AddStatus(fStatus);
 }
 
-SVStatus SVSAlgorithm::CaseStats(const MCCommon::Record& record, std::vector<std::vector<double>>* stageValues,
-                                 double* finalWeight) {
+SVStatus SVSAlgorithm::CaseStats(const MCCommon::Record& record,
+                                 std::vector<std::vector<double>>* stageValues, double* finalWeight) {
   stageValues->resize(fvpDataTabulators.size());
   SVStatus status;
   double carried = 1.0;

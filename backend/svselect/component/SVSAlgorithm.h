@@ -25,9 +25,9 @@ class SVSAlgorithm {
 public:
   SVSAlgorithm(const SVSCompSettings* settings, MCSV::SVSOutJointProbs* jointProbs);
 
-  // Runs the stages in order; the first error ends it. The first pass reads what is left of the iterator's, each
-  // further one starts over. Errors: 92021 when the selected stages make no range of the design's, 92001 at a
-  // pass without records, those of the tabulators.
+  // Runs the stages in order; the first error ends it. The first pass reads what is left of the iterator's,
+  // each further one starts over. Errors: 92021 when the selected stages make no range of the design's, 92001
+  // at a pass without records, those of the tabulators.
   SVStatus Run(MCCommon::MultiPassRecordIter& recordIterator, MCSV::SVSOutputSummary* summary);
 
   // As SVSComponent::CaseStats(). REQUIRES: ModelBuilt() after the last stage.

@@ -32,8 +32,8 @@ std::int32_t SVSComponent::StageOf(const SVStatus& status) const {
   return fpAlgorithm == nullptr ? 0 : status.StageSlot();
 }
 
-SVStatus SVSComponent::CaseStats(const MCCommon::Record& record, std::vector<std::vector<double>>* stageValues,
-                                 double* finalWeight) {
+SVStatus SVSComponent::CaseStats(const MCCommon::Record& record,
+                                 std::vector<std::vector<double>>* stageValues, double* finalWeight) {
   if (fStatus.IsError() || !fpAlgorithm->ModelBuilt()) return fStatus;
   return fpAlgorithm->CaseStats(record, stageValues, finalWeight);
 }

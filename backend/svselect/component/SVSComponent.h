@@ -9,10 +9,11 @@
 #include "backend/svselect/design/SVSOutputStats.h"
 #include "model_components/surveyplans/common/SVStatus.h"
 
-// SVSComponent is the computation of one draw, as the procedure sees it: settings, a record stream and abstract
-// outputs go in, statuses and each case's results come out.
+// SVSComponent is the computation of one draw, as the procedure sees it: settings, a record stream and
+// abstract outputs go in, statuses and each case's results come out.
 //
-// Use:        construct, Run() once, then GetOutputStats() and the reads; CaseStats() for each record of a last
+// Use:        construct, Run() once, then GetOutputStats() and the reads; CaseStats() for each record of a
+// last
 //             pass.
 // Ownership:  copies the settings and owns the algorithm; borrows the joint output and, for the call, the
 //             iterator and the summary. What GetOutputStats() hands out lives as long as the component.
@@ -39,9 +40,9 @@ public:
   // The stage that a status speaks of, 0 for none.
   std::int32_t StageOf(const SVStatus& status) const;
 
-  // What the run decided about a record: for each stage of the design the seven results by OutputKind, none for
-  // a stage that wasn't selected; and the final weight, missing for a case that isn't in the sample. The first
-  // error is returned, and leaves no final weight. Without a finished run nothing is computed.
+  // What the run decided about a record: for each stage of the design the seven results by OutputKind, none
+  // for a stage that wasn't selected; and the final weight, missing for a case that isn't in the sample. The
+  // first error is returned, and leaves no final weight. Without a finished run nothing is computed.
   SVStatus CaseStats(const MCCommon::Record& record, std::vector<std::vector<double>>* stageValues,
                      double* finalWeight);
 

@@ -29,7 +29,8 @@ Fitness FitnessOf(std::int32_t variableType, double value) {
     case kVarRate:
       return value > 0.0 || value == gMissingValue ? Fitness::kPasses : Fitness::kInvalid;
     case kVarSize:
-      return (value > 0.0 && IsWhole32(value)) || value == gMissingValue ? Fitness::kPasses : Fitness::kInvalid;
+      return (value > 0.0 && IsWhole32(value)) || value == gMissingValue ? Fitness::kPasses
+                                                                         : Fitness::kInvalid;
     case kVarWeight:
       return value > 0.0 ? Fitness::kPasses : Fitness::kRejected;
     default:
@@ -170,7 +171,8 @@ void SVSDataTabulator::MakeKeys(const double* data) {
   fSVUnitKey.ComputeHash();
 }
 
-SVStatus SVSDataTabulator::SelectSamples(MCSV::SVSOutputSummary* summary, MCSV::SVSOutJointProbs* jointProbs) {
+SVStatus SVSDataTabulator::SelectSamples(MCSV::SVSOutputSummary* summary,
+                                         MCSV::SVSOutJointProbs* jointProbs) {
   int maxSelected = 0;
   if (!DrawStrata(&maxSelected)) return fStatus;
   if (summary != nullptr && !Summarize(*summary)) return fStatus;
@@ -219,7 +221,7 @@ void SVSDataTabulator::WriteJointProbs(MCSV::SVSOutJointProbs& output, int maxSe
 // False when nothing more is to be written.
 bool SVSDataTabulator::WriteStratum(MCSV::SVSOutJointProbs& output, StratumEntry& entry) {
   SVSStratumData& stratum = entry.value;
-  const std::vector<SVSStratumData::UnitEntry*>& units = stratum.GetClusterSelectPairs();
+  const ClusterPairs& units = stratum.GetClusterSelectPairs();
   const std::vector<double>* matrix = nullptr;
   fStatus = stratum.ComputeJointProbs(&matrix);
   fpOutSamples->AddStatus(fStatus);

@@ -20,8 +20,8 @@ class SVSOutJointProbs;
 class SVSOutputSummary;
 }  // namespace MCSV
 
-// SVSDataTabulator is one stage of a run: it sorts the records of one pass into strata and their units, has each
-// stratum draw, and then answers for any record what the stage decided about it.
+// SVSDataTabulator is one stage of a run: it sorts the records of one pass into strata and their units, has
+// each stratum draw, and then answers for any record what the stage decided about it.
 //
 // A stratum is told by the strata and cluster variables of all stages before and the strata variables of the
 // stage itself, so the strata of a stage nest in the units of the one before. A record enters only if the
@@ -30,7 +30,8 @@ class SVSOutputSummary;
 // Use:        construct, SetRandom(), SetOutputStats(), ProcessData() once, SelectSamples() once, Lookup().
 // Ownership:  owns its strata; borrows everything that it is given, which must outlive it.
 // Threads:    the thread of the run only. Lookup() writes to scratch fields.
-// Cost:       a record is one search for its stratum and one for its unit, and the same in the tabulator before;
+// Cost:       a record is one search for its stratum and one for its unit, and the same in the tabulator
+// before;
 //             only a new stratum or a new unit allocates.
 class SVSDataTabulator {
 public:
@@ -46,15 +47,15 @@ public:
   SVStatus ProcessData(MCCommon::MultiPassRecordIter& iterator);
 
   // Draws in every stratum, in the order of the table, which decides the random numbers that a stratum gets;
-  // then sends the results to the outputs, either of which may be null. Joint probabilities belong to stage 1.
-  // Errors: those of the strata, 92000 when the summary failed, 92012 when the joint output failed while it
-  // was written.
+  // then sends the results to the outputs, either of which may be null. Joint probabilities belong to
+  // stage 1. Errors: those of the strata, 92000 when the summary failed, 92012 when the joint output failed
+  // while it was written.
   SVStatus SelectSamples(MCSV::SVSOutputSummary* summary, MCSV::SVSOutJointProbs* jointProbs);
 
   // Makes `values` the seven results of the stage for a record, by OutputKind; all missing for a record that
   // isn't in the stage. The cumulative weight is the stage's weight times `carriedWeight`, in the first
-  // selected stage times the weight of an earlier sampling. Errors: 92003 where that isn't positive, 92004 and
-  // 92006 for a record at fault.
+  // selected stage times the weight of an earlier sampling. Errors: 92003 where that isn't positive, 92004
+  // and 92006 for a record at fault.
   SVStatus Lookup(const MCCommon::Record& record, double carriedWeight, std::vector<double>* values);
 
   std::int32_t RecordCount() const { return fRecordCount; }  // records that were looked at
@@ -91,10 +92,11 @@ private:
   const std::vector<std::int32_t>* fVariableType;
   std::int32_t fWeightVar;
   StrataTable fDataTable;
-  SVKey fSVStratumKey;                     // scratch
-  SVKey fSVUnitKey;                        // scratch
-  std::vector<double> fPrevValues;         // scratch: what the stage before says
-  std::vector<StratumEntry*> fTablePairs;  // the strata by first appearance; sorted for the joint probabilities
+  SVKey fSVStratumKey;              // scratch
+  SVKey fSVUnitKey;                 // scratch
+  std::vector<double> fPrevValues;  // scratch: what the stage before says
+  std::vector<StratumEntry*>
+      fTablePairs;  // the strata by first appearance; sorted for the joint probabilities
   std::int32_t fRecordCount = 0;
   std::int32_t fValidCount = 0;
   bool fbSourceProcessed = false;

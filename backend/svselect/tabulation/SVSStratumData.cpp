@@ -73,9 +73,9 @@ int SVSStratumData::CheckConstValues(const double* record, const std::vector<std
 
 void SVSStratumData::AddRecord(const SVKey& unitKey, const double* record) {
   const bool readSize = fbUseMOSVar && !fConstClusterVars.empty();
-  UnitEntry* entry = fClusterTable.Find(unitKey);
+  ClusterTable::Entry* entry = fClusterTable.Find(unitKey);
   if (entry == nullptr) {
-    entry = fClusterTable.Insert(unitKey, SVSClusterData(fInitSizeMeasure));
+    entry = fClusterTable.Insert(unitKey, fInitSizeMeasure);
     fClusterTablePairs.push_back(entry);
     if (readSize) entry->value.LoadSize(record, fConstClusterVars);
   } else if (readSize && entry->value.CheckSize(record, fConstClusterVars) >= 0 && !fbConstStatus &&
@@ -171,7 +171,7 @@ SVStatus SVSStratumData::Select() {
 void SVSStratumData::BoundSizes() {
   const double least = fpSettings->MOSMin();
   const double most = fpSettings->MOSMax();
-  for (UnitEntry* entry : fClusterTablePairs) {
+  for (ClusterTable::Entry* entry : fClusterTablePairs) {
     const double size = entry->value.GetSize();
     if (size == gMissingValue) continue;
     if (least > 0.0 && least > size) {
@@ -184,17 +184,18 @@ void SVSStratumData::BoundSizes() {
 
 // By the whole part of the size alone, then by key: PPS_WOR numbers its units in this order.
 void SVSStratumData::SortBySize() {
-  std::sort(fClusterTablePairs.begin(), fClusterTablePairs.end(), [](const UnitEntry* a, const UnitEntry* b) {
-    const std::int32_t sizeA = TruncateToInt32(a->value.GetSize());
-    const std::int32_t sizeB = TruncateToInt32(b->value.GetSize());
-    return sizeA != sizeB ? sizeA < sizeB : a->key < b->key;
-  });
+  std::sort(fClusterTablePairs.begin(), fClusterTablePairs.end(),
+            [](const ClusterTable::Entry* a, const ClusterTable::Entry* b) {
+              const std::int32_t sizeA = TruncateToInt32(a->value.GetSize());
+              const std::int32_t sizeB = TruncateToInt32(b->value.GetSize());
+              return sizeA != sizeB ? sizeA < sizeB : a->key < b->key;
+            });
 }
 
 SVStatus SVSStratumData::GetRecordStats(const SVKey& unitKey, std::vector<double>* values) const {
   values->assign(kOutputKinds, gMissingValue);
   if (fStatus.IsError()) return fStatus;
-  const UnitEntry* entry = fClusterTable.Find(unitKey);
+  const ClusterTable::Entry* entry = fClusterTable.Find(unitKey);
   if (entry == nullptr) return fStatus;
   std::vector<double>& out = *values;
   entry->value.GetResults(&out[kOutInclProb], &out[kOutWeight], &out[kOutIndex]);

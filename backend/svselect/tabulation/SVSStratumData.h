@@ -6,7 +6,6 @@
 
 #include "backend/svselect/selection/SVSClusterData.h"
 #include "backend/svselect/selection/SVSelectSamples.h"
-#include "model_components/surveyplans/common/SVHashtable.h"
 #include "model_components/surveyplans/common/SVKey.h"
 #include "model_components/surveyplans/common/SVStatus.h"
 
@@ -17,10 +16,11 @@ namespace MCCommonMath {
 class MCRandomTwister;
 }
 
-// SVSStratumData is one stratum of one stage: its units with their measures of size, then its sample, then what
-// each case received.
+// SVSStratumData is one stratum of one stage: its units with their measures of size, then its sample, then
+// what each case received.
 //
-// Use:        construct, SetOutSamples(), AddRecord() for each record of the stage's pass, SetRandom(), Select()
+// Use:        construct, SetOutSamples(), AddRecord() for each record of the stage's pass, SetRandom(),
+// Select()
 //             once; from then on the reads. A stratum exists from its first record on, so it has a unit.
 // Ownership:  owns its units with their keys; borrows settings, cancel view, collector and generator, which
 //             must outlive it. A `record` is the array of values of a record; it is read in the call only.
@@ -31,9 +31,6 @@ class MCRandomTwister;
 // Where a SVStatus is returned it is the stratum's own, which the collector has heard as well.
 class SVSStratumData {
 public:
-  using UnitTable = SVHashtable<SVSClusterData>;
-  using UnitEntry = UnitTable::Entry;
-
   // `constCount` is the number of variables that must be constant in a stratum. REQUIRES: the stage is there.
   SVSStratumData(const SVSCompSettings* settings, std::int32_t stage, SVCancelInfo* cancelInfo,
                  std::size_t constCount);
@@ -59,13 +56,13 @@ public:
   // Selected units, or hits, by units; missing without units.
   double GetSelectRate() const;
 
-  // Makes `values` the seven results of a case of that unit, by OutputKind; missing what it didn't receive, and
-  // the cumulative weight in any case. An error of the stratum is returned, with all of them missing.
+  // Makes `values` the seven results of a case of that unit, by OutputKind; missing what it didn't receive,
+  // and the cumulative weight in any case. An error of the stratum is returned, with all of them missing.
   SVStatus GetRecordStats(const SVKey& unitKey, std::vector<double>* values) const;
 
   // The units that were selected one by one, in order of selection, for the methods that have joint
   // probabilities. Valid until ClearWork().
-  const std::vector<UnitEntry*>& GetClusterSelectPairs() const { return fClusterSelectPairs; }
+  const ClusterPairs& GetClusterSelectPairs() const { return fClusterSelectPairs; }
 
   // The matrix of those units, row by row. It is the engine's and stands until ClearWork(); null on failure.
   SVStatus ComputeJointProbs(const std::vector<double>** matrix);
@@ -88,9 +85,9 @@ private:
   std::vector<double> fConstValues;             // the rate or size of the stratum, if a variable carries it
   std::vector<std::int32_t> fConstClusterVars;  // the measure of size: constant within a unit
   SVCancelInfo* fpCancelInfo;
-  UnitTable fClusterTable;
-  std::vector<UnitEntry*> fClusterTablePairs;   // all units by first appearance; PPS_WOR sorts them
-  std::vector<UnitEntry*> fClusterSelectPairs;
+  ClusterTable fClusterTable;
+  ClusterPairs fClusterTablePairs;  // all units by first appearance; PPS_WOR sorts them
+  ClusterPairs fClusterSelectPairs;
   std::int32_t fSelectMethod;
   std::int32_t fInclProbType;
   double fInitSizeMeasure;    // of a new unit
