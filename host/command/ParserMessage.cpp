@@ -42,7 +42,7 @@ void ParserMessage::InvalidSubComName(const char* name) const {
   if (IsName(name)) {
     GenericError("^1 is not a valid subcommand name.", name);
   } else {
-    GenericError("The command has text that belongs to no subcommand.");
+    GenericError("The command has text before its first subcommand, or a slash without a name.");
   }
 }
 

@@ -53,7 +53,7 @@ std::string FillEntry(const std::string& pattern, char mark, const std::vector<s
 }  // namespace
 
 void BpComposite::Add(const BpCellText& cell) {
-  if (!fbInSublist || fvItems.empty()) fvItems.emplace_back();
+  if (!fbInSublist) fvItems.emplace_back();
   fvItems.back().push_back(cell.Text());
   AddValuesOf(cell);
 }

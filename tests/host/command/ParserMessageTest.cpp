@@ -22,9 +22,10 @@ TEST(ParserMessage, FillsItemsAndGroup) {
   std::vector<std::string> issued;
   for (const OutputMessage& m : OutputDocument::Current().Messages())
     issued.push_back(m.group + '|' + m.text);
-  EXPECT_EQ(issued, (std::vector<std::string>{"|b and a^2, ^3", "Plan stage 0...|a e",
-                                              "Plan stage 12...|X is not a valid subcommand name.",
-                                              "|The command has text that belongs to no subcommand."}));
+  EXPECT_EQ(issued,
+            (std::vector<std::string>{
+                "|b and a^2, ^3", "Plan stage 0...|a e", "Plan stage 12...|X is not a valid subcommand name.",
+                "|The command has text before its first subcommand, or a slash without a name."}));
   EXPECT_FALSE(ParserMessage::IsName(nullptr));
   EXPECT_FALSE(ParserMessage::IsName(""));
   EXPECT_TRUE(ParserMessage::IsName("1 a"));
