@@ -6,7 +6,7 @@
 std::unique_ptr<ProcDSIterator> SVProcDSMultiIter::MakeIterator(ProcedureDataSource* dataSource) {
   std::unique_ptr<KORV_InputCaseIterator> made(dataSource->MakeInputCaseIterator(0));
   auto* iterator = dynamic_cast<ProcDSIterator*>(made.get());
-  if (iterator != nullptr) made.release();
+  if (iterator != nullptr) static_cast<void>(made.release());
   return std::unique_ptr<ProcDSIterator>(iterator);
 }
 
