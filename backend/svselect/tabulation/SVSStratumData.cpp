@@ -1,14 +1,17 @@
 #include "backend/svselect/tabulation/SVSStratumData.h"
 
-#include <algorithm>
 #include <cassert>
 #include <cmath>
 
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
+#include "backend/svselect/selection/SVSCallBackJointProb.h"
+#include "backend/svselect/selection/SizeOrder.h"
 #include "host/numeric/Fuzzy.h"
 #include "host/numeric/MCPower.h"
 #include "host/numeric/MissingValue.h"
+#include "host/threads/sfCompleteTask.h"
+#include "host/threads/sfThreadPool.h"
 
 namespace {
 
@@ -154,8 +157,8 @@ double SVSStratumData::GetSelectRate() const {
 }
 
 SVStatus SVSStratumData::Select() {
-  if (fbUseMOSVar) BoundSizes();
-  if (fSelectMethod == kMethodPpsWor) SortBySize();
+  if (fbUseMOSVar) BoundSizes(fClusterTablePairs, fpSettings->MOSMin(), fpSettings->MOSMax());
+  if (fSelectMethod == kMethodPpsWor) SortBySize(&fClusterTablePairs, fpSettings->ExactDesign());
   fClusterSelectPairs.clear();
   ComputeRequest();
   if (!fStatus.IsError()) {
@@ -167,31 +170,6 @@ SVStatus SVSStratumData::Select() {
   return fStatus;
 }
 
-// A unit that the lower bound lifts isn't held against the upper one.
-void SVSStratumData::BoundSizes() {
-  const double least = fpSettings->MOSMin();
-  const double most = fpSettings->MOSMax();
-  for (ClusterTable::Entry* entry : fClusterTablePairs) {
-    const double size = entry->value.GetSize();
-    if (size == gMissingValue) continue;
-    if (least > 0.0 && least > size) {
-      entry->value.SetSize(least);
-    } else if (most > 0.0) {
-      entry->value.SetSize(std::min(most, size));
-    }
-  }
-}
-
-// By the whole part of the size alone, then by key: PPS_WOR numbers its units in this order.
-void SVSStratumData::SortBySize() {
-  std::sort(fClusterTablePairs.begin(), fClusterTablePairs.end(),
-            [](const ClusterTable::Entry* a, const ClusterTable::Entry* b) {
-              const std::int32_t sizeA = TruncateToInt32(a->value.GetSize());
-              const std::int32_t sizeB = TruncateToInt32(b->value.GetSize());
-              return sizeA != sizeB ? sizeA < sizeB : a->key < b->key;
-            });
-}
-
 SVStatus SVSStratumData::GetRecordStats(const SVKey& unitKey, std::vector<double>* values) const {
   values->assign(kOutputKinds, gMissingValue);
   if (fStatus.IsError()) return fStatus;
@@ -200,5 +178,26 @@ SVStatus SVSStratumData::GetRecordStats(const SVKey& unitKey, std::vector<double
   std::vector<double>& out = *values;
   entry->value.GetResults(&out[kOutInclProb], &out[kOutWeight], &out[kOutIndex]);
   fSelectSamples.GetStageValues(&out[kOutPopSize], &out[kOutSampSize], &out[kOutRate]);
+  return fStatus;
+}
+
+SVStatus SVSStratumData::ComputeJointProbs(const std::vector<double>** matrix) {
+  *matrix = nullptr;
+  std::int32_t threadCount = 1;
+  if (!fStatus.IsError()) fStatus = fSelectSamples.PrepareThreads(&threadCount);
+  if (fStatus.IsError()) return fStatus;
+  if (threadCount == 1) {
+    fStatus = fSelectSamples.JointProbs(matrix);
+    return fStatus;
+  }
+  sfCompleteTask done(threadCount);
+  sfThreadPool pool(threadCount, 0);  // ends before the task that its jobs tell
+  pool.init();
+  for (std::int32_t thread = 0; thread < threadCount; ++thread) {
+    pool.invoke(new SVSCallBackJointProb(&fSelectSamples, thread, &done), nullptr,
+                sfThreadPool::kProcessScope);
+  }
+  done.waitAll();
+  fStatus = fSelectSamples.FinishThreads(matrix);
   return fStatus;
 }

@@ -74,8 +74,6 @@ private:
   void ComputeRequest();
   void RequestSize(double size);
   void RequestRate(double rate);
-  void BoundSizes();
-  void SortBySize();
   std::int32_t NumUnits() const { return static_cast<std::int32_t>(fClusterTable.Count()); }
 
   const SVSCompSettings* fpSettings;
