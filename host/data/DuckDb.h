@@ -94,6 +94,9 @@ public:
   // REQUIRES: the connection runs nothing else while the result lives.
   DuckResult Stream(const std::string& sql);
 
+  // Errors: DataError when the text isn't one statement that gives rows and changes nothing.
+  void CheckIsQuery(const std::string& sql);
+
   duckdb_connection Get() const { return fpConnection.get(); }
 
 private:
