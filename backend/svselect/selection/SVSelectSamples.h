@@ -14,6 +14,7 @@ class SVCancelInfo;
 class SVSCompSettings;
 class SVSJointWork;
 class SVSOutSamples;
+class SampfordFurtherDraws;
 class sfMutex;
 namespace MCCommonMath {
 class MCRandomTwister;
@@ -84,9 +85,16 @@ private:
   double Share(std::int32_t index) const { return fProbPropSize[static_cast<std::size_t>(index)]; }
   double RequestedShare(std::int32_t index) const { return fNRequestSamples * Share(index); }
 
+  // Empties a list and gives its memory back.
+  template <class T>
+  static void Release(std::vector<T>* list) {
+    std::vector<T>().swap(*list);
+  }
+
   void FormSizes();
+  void ClearSizes();
   void RunMethod();
-  bool Cancelled();
+  bool Cancelled();  // a yes becomes the status
   void Fail(std::int32_t code);
   void SetStageValues();
   // Selects the unit at a 0-based index for the methods that name their units one by one.
@@ -108,10 +116,10 @@ private:
   void SelectPpsSystematic();
   void SelectSampfordFamily();
   void SelectByAttempts();
-  bool SampfordAttempt(class SampfordFurtherDraws& further, std::vector<std::int32_t>* sample);
+  bool SampfordAttempt(SampfordFurtherDraws* further, std::vector<std::uint8_t>* taken,
+                       std::vector<std::int32_t>* sample);
   void SelectExactSampford();
   void SelectMurthy();
-  bool MurthyDraw(const std::vector<double>& cumulative, std::int32_t* position);
 
   // Joint probabilities.
   int CompareLargest() const;
