@@ -112,7 +112,7 @@ private:
   bool fbPrintCPS = false;
   bool fbClassMissingExclude = true;
   UserCaseFileSpec fSampleFile;
-  UserCaseFileSpec fJointProbFile;
+  UserCaseFileSpec fJointProbFile{FileRole::kJoint};
   std::string fSelectRuleFile;
   std::unique_ptr<SVSCompSettings> fpCompSettings;
   std::vector<std::int32_t> fDesignVars;  // of all strata and cluster variables, stage by stage, with repeats
