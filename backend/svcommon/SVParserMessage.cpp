@@ -4,6 +4,7 @@
 #include "host/output/BpComposite.h"
 #include "host/output/BpError.h"
 #include "host/output/BpString.h"
+#include "host/output/BpVariable.h"
 
 namespace {
 

@@ -6,7 +6,6 @@
 #include "host/data/CheckFileRef.h"
 #include "host/data/KORV_DataSource.h"
 #include "host/data/UserCaseFileSpec.h"
-#include "host/data/ValidateFileSpecification.h"
 #include "host/numeric/Fuzzy.h"
 #include "host/numeric/MCPower.h"
 #include "host/text/VariableNames.h"
@@ -16,24 +15,24 @@ namespace {
 using MCCommonMath::MCPower::gMachineMaxInt;
 
 // What a test of a file specification finds.
-struct FileFlags {
+struct TestedFile {
   int status = 0, exists = 0, valid = 0, readOnly = 0, inUse = 0;
 };
 
-FileFlags TestFile(const std::string& path, bool forWrite) {
-  FileFlags flags;
+TestedFile TestFile(const std::string& path, bool forWrite) {
+  TestedFile flags;
   ValidateFileSpecification(path.c_str(), static_cast<int>(path.size()), forWrite, flags.status, flags.exists,
                             flags.valid, flags.readOnly, flags.inUse);
   return flags;
 }
 
 bool CanRead(const std::string& path) {
-  const FileFlags flags = TestFile(path, false);
+  const TestedFile flags = TestFile(path, false);
   return flags.exists == 1 && flags.valid == 1 && flags.inUse == 0;
 }
 
 bool CanWrite(const std::string& path) {
-  const FileFlags flags = TestFile(path, true);
+  const TestedFile flags = TestFile(path, true);
   return flags.valid == 1 && flags.readOnly == 0 && flags.inUse == 0;
 }
 
@@ -253,7 +252,7 @@ SVSParser::Step SVSParser::ReadSampleFileParameter(const ParamObj& parameter) {
   struct Reader {
     const char* name;
     std::int64_t SVSParser::*seen;
-    Step (SVSParser::*read)(ParamObj&);
+    Step (SVSParser::*read)(const ParamObj&);
   };
   static constexpr Reader kReaders[] = {
       {"OUTFILE", &SVSParser::seenOutFile, &SVSParser::ReadOutFile},
