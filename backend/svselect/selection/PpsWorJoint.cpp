@@ -44,9 +44,10 @@ PpsWorJoint::PpsWorJoint(const PpsWorStratum& stratum, SVSJointMatrix matrix, st
   fT = n < units ? stratum.cumulative[units - n - 1] : 0.0;
   fz1 = stratum.p[units - n];
   fvStep.resize(n);
-  fvTail.resize(n * fMatrix.Count());
-  fvRatio.resize(fvTail.size());
-  fvRun.resize(fvTail.size());
+  // Not initialised: the threads that fill the arrays touch their pages first.
+  fpTail = std::make_unique_for_overwrite<double[]>(n * fMatrix.Count());
+  fpRatio = std::make_unique_for_overwrite<double[]>(n * fMatrix.Count());
+  fpRun = std::make_unique_for_overwrite<double[]>(n * fMatrix.Count());
   fpMade = std::make_unique<std::once_flag[]>(fvSteps.size());
 }
 
@@ -97,9 +98,9 @@ void PpsWorJoint::MakeStep(std::size_t step, Scratch* scratch) {
   const std::size_t first = step * fMatrix.Count();
   for (std::size_t rank = 0; rank < fvStep[step].inside; ++rank) {
     const std::size_t unit = fMatrix.Unit(rank);
-    fvTail[first + rank] = (i - 1.0) * i * Factor(z[unit]);
-    fvRatio[first + rank] = unit + 1 < m ? Factor(scratch->a[unit]) : 1.0;  // unit m is in no pair below m
-    fvRun[first + rank] = unit > 0 ? scratch->b[unit - 1] : 1.0;
+    fpTail[first + rank] = (i - 1.0) * i * Factor(z[unit]);
+    fpRatio[first + rank] = unit + 1 < m ? Factor(scratch->a[unit]) : 1.0;  // unit m is in no pair below m
+    fpRun[first + rank] = unit > 0 ? scratch->b[unit - 1] : 1.0;
   }
 }
 
@@ -124,11 +125,11 @@ void PpsWorJoint::AddStep(std::size_t step, std::size_t row, double* sums) const
   const std::size_t k = fMatrix.Count();
   const std::size_t inside = fvStep[step].inside;
   const double weight = fStratum.firstStep[step];
-  const double* tail = fvTail.data() + step * k;
+  const double* tail = fpTail.get() + step * k;
   std::size_t other = row + 1;
   if (row < inside) {
-    const double ratio = fvRatio[step * k + row];
-    const double run = fvRun[step * k + row];
+    const double ratio = fpRatio[step * k + row];
+    const double run = fpRun[step * k + row];
     for (; other < inside; ++other) sums[other] += tail[other] * ratio * run * weight;
   }
   const double outside = OutsideTerm(step, row) * weight;

@@ -66,10 +66,12 @@ private:
   double fT;   // share of all units but the last n
   double fz1;  // share of the first of the last n
 
-  std::vector<Step> fvStep;                    // by i - 1
-  std::vector<double> fvTail, fvRatio, fvRun;  // n x k: (i-1) i Z(ib); A(ia); B(ia-1), 1 for the first unit
-  std::unique_ptr<std::once_flag[]> fpMade;    // by range
-  std::atomic<bool> fbStopped{false};          // someone was told to stop: not all factors are made
+  std::vector<Step> fvStep;                  // by i - 1
+  std::unique_ptr<double[]> fpTail;          // n x k, as the next two: (i-1) i Z(ib)
+  std::unique_ptr<double[]> fpRatio;         // A(ia)
+  std::unique_ptr<double[]> fpRun;           // B(ia-1), 1 for the first unit
+  std::unique_ptr<std::once_flag[]> fpMade;  // by range
+  std::atomic<bool> fbStopped{false};        // someone was told to stop: not all factors are made
 };
 
 // The same where the last n units are all of one size:
