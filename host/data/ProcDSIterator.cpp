@@ -157,7 +157,7 @@ void ProcDSIterator::BindServed(int column, OBS* cells, bool isNumber) {
     fvTexts.push_back({cells, 0, place, nullptr});
   }
   if (fRow < 0 || fbEnded) return;
-  if (isNew) {
+  if (isNew || fNext == 0) {  // a walk that stopped at a split group's end may have left the case's block
     if (!OpenCursor(fRow) || !NextBlock()) return;
     fNext = 1;
     ShowRow(0);
@@ -180,5 +180,5 @@ void ProcDSIterator::SetColumnValue(int column, double value) {
   if (column < fFile.ServedColumns() || fRow < 0 || !fFile.IsLastPass()) return;
   fFile.Added(column).Set(fRow, value);
   const auto index = static_cast<std::size_t>(column);
-  if (index < fvCells.size() && fvCells[index] != nullptr) fvCells[index]->number = value;
+  if (index < fvCells.size() && fvCells[index] != nullptr) fvCells[index][0].number = value;
 }
