@@ -131,8 +131,8 @@ TEST(SVProcDSMultiIter, TellsABrokenSourceFromAnEnd) {
   {
     HostSession session;
     WorkDatabase::Current().Connect().Run(
-        "COPY (SELECT repeat(md5(i::VARCHAR), 4) AS n FROM range(200000) t(i)) TO " +
-        QuoteLiteral(path.string()) + " (FORMAT parquet, ROW_GROUP_SIZE 5000)");
+        "COPY (SELECT (hash(i) % 1000)::DOUBLE AS n FROM range(3000000) t(i)) TO " +
+        QuoteLiteral(path.string()) + " (FORMAT parquet, ROW_GROUP_SIZE 50000)");
   }
   FrameSession session(FrameSession::ExistingFile{path});
   const auto size = static_cast<std::streamoff>(std::filesystem::file_size(path));
@@ -146,11 +146,11 @@ TEST(SVProcDSMultiIter, TellsABrokenSourceFromAnEnd) {
   Walk walk(session);
   SVProcDSMultiIter& iterator = walk.Start(session);
   EXPECT_TRUE(iterator.HasMore());
-  EXPECT_LT(CaseIds(iterator).size(), 200000u);
+  EXPECT_LT(CaseIds(iterator).size(), 3000000u);
+  std::filesystem::remove(path);
   EXPECT_EQ(iterator.Status(), MCCommon::kSourceFailed);
   EXPECT_EQ(iterator.Next(), nullptr);
   EXPECT_NE(pvGetCmnGlb()->errorFlag, 0);
   ASSERT_EQ(session.Messages().size(), 1u);
   EXPECT_NE(session.Messages()[0].find(path.filename()), std::string::npos);
-  std::filesystem::remove(path);
 }
