@@ -3,12 +3,12 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <cmath>
 #include <numeric>
 #include <random>
 #include <thread>
 
 #include "backend/svselect/selection/PpsWorJoint.h"
+#include "backend/svselect/selection/PpsWorSteps.h"
 #include "backend/svselect/selection/SampfordJoint.h"
 
 namespace {
@@ -27,13 +27,7 @@ struct Stratum {
     cumulative.resize(units);
     std::partial_sum(p.begin(), p.end(), cumulative.begin());
     for (std::size_t a = 0; a < n; ++a) selected[a] = static_cast<std::int32_t>(a * units / n + 1);
-    const double t = cumulative[units - n - 1];
-    const double z1 = p[units - n];
-    for (std::size_t i = 1; i <= n; ++i) {
-      const double next = i < n ? p[units - n + i] : 1.0 / static_cast<double>(n);
-      firstStep.push_back(static_cast<double>(n) * (next - p[units - n + i - 1]) *
-                          (t + static_cast<double>(i) * z1) / t);
-    }
+    firstStep = FirstStepProbs(p, cumulative, static_cast<std::int32_t>(n));
   }
 };
 
