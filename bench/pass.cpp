@@ -114,7 +114,9 @@ struct Pass {
 
 Pass TabulatePass(const std::string& path) {
   HostSession session;
-  OpenFrame({.path = path});
+  FrameOptions options;
+  options.path = path;
+  OpenFrame(options);
   ProcedureDataSource source;
   DesignStage stage(1);
   stage.setStrata({source.FindVarIndex("region", 0), source.FindVarIndex("type", 0)});

@@ -20,16 +20,12 @@ public:
                         const std::vector<std::string>& split = {}) {
     std::ofstream(fFolder.path / "frame.csv") << csv;
     if (!schema.empty()) std::ofstream(fFolder.path / "frame.schema.json") << schema;
-    OutputDocument::Current();
-    OpenFrame({.path = fFolder.path / "frame.csv", .split = split});
-    fpSource = std::make_unique<ProcedureDataSource>();
+    Open(fFolder.path / "frame.csv", split);
   }
-  // Over a file that stands already.
-  explicit FrameSession(const std::filesystem::path& path) {
-    OutputDocument::Current();
-    OpenFrame({.path = path});
-    fpSource = std::make_unique<ProcedureDataSource>();
-  }
+  struct ExistingFile {
+    std::filesystem::path path;
+  };
+  explicit FrameSession(const ExistingFile& file) { Open(file.path, {}); }
 
   ProcedureDataSource& Source() { return *fpSource; }
   std::int32_t Find(const std::string& name) const { return fpSource->FindVarIndex(name, 0); }
@@ -41,6 +37,15 @@ public:
   }
 
 private:
+  void Open(const std::filesystem::path& path, const std::vector<std::string>& split) {
+    OutputDocument::Current();
+    FrameOptions options;
+    options.path = path;
+    options.split = split;
+    OpenFrame(options);
+    fpSource = std::make_unique<ProcedureDataSource>();
+  }
+
   struct Folder {
     Folder() {
       std::string name = std::filesystem::temp_directory_path() / "svselect-test-XXXXXX";

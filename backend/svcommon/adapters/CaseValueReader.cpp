@@ -1,5 +1,7 @@
 #include "backend/svcommon/adapters/CaseValueReader.h"
 
+#include "host/data/KORV_InputCaseIterator.h"
+
 namespace {
 
 std::int32_t CodeIn(const OBS* valueCell) {

@@ -1,4 +1,9 @@
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
 
 #include "FrameFixture.h"
 
@@ -101,7 +106,8 @@ TEST_F(DataFileTest, MakesVariablesOfParquetColumns) {
     EXPECT_EQ(ShowDictionary(), c.dictionary);
     EXPECT_EQ(ShowCases(), c.cases);
   }
-  OpenFrame({.sql = "SELECT 170141183460469231731687303715884105727::HUGEINT a, 1000000000000000000000000000000::HUGEINT "
+  OpenFrame({.sql = "SELECT 170141183460469231731687303715884105727::HUGEINT a, "
+                    "1000000000000000000000000000000::HUGEINT "
                     "b, 'b'::ENUM('a', 'b') c"});
   EXPECT_EQ(ShowDictionary(), "a A39 HUGEINT, b A31 HUGEINT, c A1 ENUM('a', 'b')");
   EXPECT_EQ(ShowCases(), "170141183460469231731687303715884105727|1000000000000000000000000000000|b");
@@ -125,6 +131,7 @@ TEST_F(DataFileTest, ReadsNativeFiles) {
       "CREATE TABLE n.documents AS SELECT * FROM (VALUES (0,0,'one'),(0,1,''),(1,0,'two')) "
       "t(document,line,text);"
       "CREATE TABLE n.file_info AS SELECT 'format_version' AS key, '1' AS value; DETACH n");
+  OpenFrame({.path = Path("n.sav")});
   OpenFrame({.path = Path("n")});  // .sav goes without saying
   EXPECT_EQ(ShowDictionary(), "id F9.0 BIGINT, s A4 VARCHAR");
   EXPECT_EQ(ShowCases(), "1|x;-9~|~;3|NA~");
@@ -221,6 +228,21 @@ TEST_F(DataFileTest, NamesWhatIsWrongWithAFile) {
   EXPECT_EQ(ErrorOf({.path = Path("folder.csv")}), "folder.csv: a folder, expected a file");
   ASSERT_EQ(mkfifo(Path("pipe.csv").c_str(), 0600), 0);
   EXPECT_EQ(ErrorOf({.path = Path("pipe.csv")}), "pipe.csv: a pipe or device, expected a file");
+  int ready[2];
+  ASSERT_EQ(pipe(ready), 0);
+  const std::string held = Write("held.sav", "x");
+  const pid_t writer = fork();
+  if (writer == 0) {  // holds the file as a process that writes it does
+    struct flock lock = {F_WRLCK, SEEK_SET, 0, 0, 0};
+    fcntl(open(held.c_str(), O_RDWR), F_SETLK, &lock);
+    (void)!write(ready[1], "x", 1);
+    pause();
+  }
+  char byte = 0;
+  ASSERT_EQ(read(ready[0], &byte, 1), 1);
+  EXPECT_EQ(ErrorOf({.path = held}), "held.sav: in use by another process");
+  kill(writer, SIGKILL);
+  waitpid(writer, nullptr, 0);
   Sql("ATTACH '$/plain.sav' AS p; CREATE TABLE p.t(a INT); DETACH p");
   EXPECT_EQ(ErrorOf({.path = Path("plain.sav")}).substr(0, 30), "plain.sav: no native data file");
   EXPECT_FALSE(ActiveFile::Current().IsOpen());
@@ -257,6 +279,7 @@ TEST_F(DataFileTest, KeepsTheOrderOfQueriesAndSorts) {
   EXPECT_EQ(ShowCases(), "2|1;1|0.5;0|0");
   EXPECT_EQ(ErrorOf({.sql = "DROP TABLE x"}).substr(0, 7), "query: ");
   EXPECT_EQ(ErrorOf({.sql = "SELECT 1; SELECT 2"}).substr(0, 7), "query: ");
+  EXPECT_EQ(ErrorOf({.sql = "SELECT 1 AS a, 2 AS A"}), "query: two columns are named \"A\"");
   EXPECT_EQ(ErrorOf({.path = Path("a.csv"), .sort = {"z"}}), "a.csv: there is no variable \"z\" to sort by");
   EXPECT_EQ(ErrorOf({.path = Path("a.csv"), .weight = "s"}),
             "a.csv: the weight \"s\" is no numeric variable");

@@ -123,31 +123,34 @@ TEST(SVProcDSMultiIter, AsksTheAdapterWhatToKeep) {
   }
 }
 
-// A Parquet file whose second half was overwritten. What was read isn't the frame, and the iterator says so.
+// A Parquet file, larger than what the host reads ahead, that goes bad near its end once it is open. What was
+// read isn't the frame, and the iterator says so.
 TEST(SVProcDSMultiIter, TellsABrokenSourceFromAnEnd) {
   const std::filesystem::path path =
       std::filesystem::temp_directory_path() / ("svselect-broken-" + std::to_string(getpid()) + ".parquet");
   {
     HostSession session;
-    WorkDatabase::Current().Connect().Run("COPY (SELECT hash(i)::DOUBLE AS n FROM range(300000) t(i)) TO " +
-                                          QuoteLiteral(path.string()) +
-                                          " (FORMAT parquet, ROW_GROUP_SIZE 20000)");
+    WorkDatabase::Current().Connect().Run(
+        "COPY (SELECT (hash(i) % 1000)::DOUBLE AS n FROM range(3000000) t(i)) TO " +
+        QuoteLiteral(path.string()) + " (FORMAT parquet, ROW_GROUP_SIZE 50000)");
   }
+  FrameSession session(FrameSession::ExistingFile{path});
   const auto size = static_cast<std::streamoff>(std::filesystem::file_size(path));
+  const auto written = std::filesystem::last_write_time(path);
   std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
-  file.seekp(size / 2);
-  for (std::streamoff i = size / 2; i < size * 3 / 4; ++i) file.put('\xff');
+  file.seekp(size / 10 * 9);
+  file << std::string(static_cast<std::size_t>(size / 20), '\xff');
   file.close();
+  std::filesystem::last_write_time(path, written);  // a disk that fails doesn't tell
 
-  FrameSession session(path);
   Walk walk(session);
   SVProcDSMultiIter& iterator = walk.Start(session);
   EXPECT_TRUE(iterator.HasMore());
-  EXPECT_LT(CaseIds(iterator).size(), 300000u);
+  EXPECT_LT(CaseIds(iterator).size(), 3000000u);
+  std::filesystem::remove(path);
   EXPECT_EQ(iterator.Status(), MCCommon::kSourceFailed);
   EXPECT_EQ(iterator.Next(), nullptr);
   EXPECT_NE(pvGetCmnGlb()->errorFlag, 0);
   ASSERT_EQ(session.Messages().size(), 1u);
   EXPECT_NE(session.Messages()[0].find(path.filename()), std::string::npos);
-  std::filesystem::remove(path);
 }

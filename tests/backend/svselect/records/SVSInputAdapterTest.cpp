@@ -16,8 +16,8 @@ using Texts = std::vector<std::string>;
 
 // A stage of a design, by the names of its variables.
 struct Plan {
-  Texts strata, clusters;
-  std::string rate, size, weight, mos;
+  Texts strata = {}, clusters = {};
+  std::string rate = "", size = "", weight = "", mos = "";
   bool includeUserMissing = false;
 };
 

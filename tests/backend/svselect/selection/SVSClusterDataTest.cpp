@@ -26,7 +26,8 @@ TEST(SVSClusterData, ChecksSizes) {
     SVSClusterData unit(gMissingValue);
     EXPECT_EQ(unit.LoadSize(c.values.data(), {0}), c.values[0] != gMissingValue);
     std::vector<int> results;
-    for (std::size_t i = 1; i < c.values.size(); ++i) results.push_back(unit.CheckSize(&c.values[i], {0, 99}));
+    for (std::size_t i = 1; i < c.values.size(); ++i)
+      results.push_back(unit.CheckSize(&c.values[i], {0, 99}));
     EXPECT_EQ(results, c.results);
     EXPECT_EQ(unit.GetSize(), c.size);
     EXPECT_EQ(unit.CheckSize(nullptr, {}), -1);  // without a variable no record is looked at
