@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@ struct CaseRelation {
   std::string watched;                  // the file that mustn't change while it is read; empty for none
   std::string from;                     // what stands behind FROM
   std::vector<RelationColumn> columns;  // of the variables, in the order of the dictionary
+  std::shared_ptr<const void> held;     // what must stay in the work database; null when nothing does
 };
 
 // A data file that was opened for reading.

@@ -126,7 +126,9 @@ void LoadCsv(const std::string& path, char delimiter, TextTable* table) {
   CsvReader reader(path);
   if (delimiter == '\0') delimiter = IsSplitAtSemicolons(path) ? ';' : ',';
   reader.SetDelimiter(delimiter);
-  if (!reader.NextRecord()) return;
+  do {
+    if (!reader.NextRecord()) return;
+  } while (reader.IsBlank());
   for (std::size_t i = 0; i < reader.Fields(); ++i)
     table->AddColumn(std::string(reader.Field(i)), reader.Line());
   while (reader.NextRecord()) {

@@ -16,6 +16,7 @@
 #include "host/data/SchemaRules.h"
 #include "host/data/TextTable.h"
 #include "host/data/TypedColumns.h"
+#include "host/environment/ErrorSink.h"
 #include "host/text/VariableNames.h"
 
 namespace {
@@ -78,10 +79,24 @@ void CheckParquetNames(const std::string& path, DuckConnection& connection) {
 
 // The dictionary that our own writer leaves in the file; empty without one.
 std::string ParquetDictionary(const std::string& path, DuckConnection& connection) {
-  DuckResult result = connection.Query(fmt::format(
-      "SELECT decode(value) FROM parquet_kv_metadata({}) WHERE decode(key) = 'dictionary'", PatternOf(path)));
+  DuckResult result =
+      connection.Query(fmt::format("SELECT coalesce(TRY(decode(value)), '') FROM parquet_kv_metadata({}) "
+                                   "WHERE key = 'dictionary'::BLOB",
+                                   PatternOf(path)));
   const DuckChunk chunk = result.Fetch();
   return chunk && chunk.Rows() > 0 ? std::string(TextOf(chunk.Values<duckdb_string_t>(0)[0])) : std::string();
+}
+
+// The key is a common word: what isn't ours under it is told of and left.
+SchemaRules EmbeddedRules(const std::string& path, const std::string& dictionary) {
+  if (dictionary.empty()) return {};
+  try {
+    return SchemaRules(dictionary, "its dictionary");
+  } catch (const DataError& error) {
+    IssueHostMessage(fmt::format("{}: {}; the variables are as the columns say", path, error.what()),
+                     kWarningLevel);
+    return {};
+  }
 }
 
 DataFrame OpenParquet(const std::string& path, const std::string& schema) {
@@ -93,12 +108,7 @@ DataFrame OpenParquet(const std::string& path, const std::string& schema) {
     dictionary = ParquetDictionary(path, connection);
     return DescribeColumns(from);
   });
-  SchemaRules rules;
-  if (!schema.empty()) {
-    rules = SchemaRules::FromFile(schema);
-  } else if (!dictionary.empty()) {
-    rules = SchemaRules(dictionary, path + ", dictionary");
-  }
+  const SchemaRules rules = schema.empty() ? EmbeddedRules(path, dictionary) : SchemaRules::FromFile(schema);
   DataFrame frame = MakeTypedFrame(path, from, columns, rules, schema.empty());
   frame.relation.watched = path;
   return frame;
@@ -136,12 +146,14 @@ DataFrame OpenNative(const std::string& path, const std::string& schema) {
   }
   DataFrame ruled = MakeTypedFrame(path, frame.relation.from, columns, SchemaRules::FromFile(schema), false);
   ruled.relation.watched = path;
+  ruled.relation.held = frame.relation.held;
   return ruled;
 }
 
 }  // namespace
 
 DataFrame OpenDataFile(const std::string& given, const std::string& schema) {
+  if (given.empty()) throw DataError("no data file is named");
   const std::string path = PathToRead(given);
   CheckReadableFile(path);
   const FileKind kind = KindOf(path);
@@ -161,13 +173,19 @@ DataFrame OpenQuery(const std::string& sql, const std::string& schema) {
   const SchemaRules rules = schema.empty() ? SchemaRules() : SchemaRules::FromFile(schema);
   WorkDatabase& work = WorkDatabase::Current();
   const std::string table = work.UniqueName("query");
+  std::shared_ptr<const void> held;
   const std::vector<TypedColumn> columns = Named(kQueryName, [&] {
     DuckConnection connection = work.Connect();
-    connection.CheckIsQuery(sql);
+    const std::vector<std::string> names = connection.QueryColumns(sql);
     connection.Run(fmt::format("CREATE TABLE {} AS {}", table, sql));
-    return DescribeColumns(table);
+    held = work.Hold("DROP TABLE " + table);
+    std::vector<TypedColumn> described = DescribeColumns(table);  // with new names for those that come twice
+    for (std::size_t i = 0; i < described.size() && i < names.size(); ++i) described[i].name = names[i];
+    return described;
   });
-  return MakeTypedFrame(kQueryName, table, columns, rules, false);
+  DataFrame frame = MakeTypedFrame(kQueryName, table, columns, rules, false);
+  frame.relation.held = std::move(held);
+  return frame;
 }
 
 DataFrame SortFrame(const DataFrame& frame, const std::vector<std::string>& names) {
@@ -198,5 +216,6 @@ DataFrame SortFrame(const DataFrame& frame, const std::vector<std::string>& name
     WorkDatabase::Current().Connect().Run(fmt::format("CREATE TABLE {} AS SELECT * FROM ({}) ORDER BY {}",
                                                       sorted.relation.from, numbered, fmt::join(keys, ", ")));
   });
+  sorted.relation.held = WorkDatabase::Current().Hold("DROP TABLE " + sorted.relation.from);
   return sorted;
 }

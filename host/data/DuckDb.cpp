@@ -180,11 +180,18 @@ DuckResult DuckConnection::Stream(const std::string& sql) {
   return result;
 }
 
-void DuckConnection::CheckIsQuery(const std::string& sql) {
+std::vector<std::string> DuckConnection::QueryColumns(const std::string& sql) {
   const Statement statement(Get(), sql);
   if (duckdb_prepared_statement_type(statement.Get()) != DUCKDB_STATEMENT_TYPE_SELECT) {
     Fail("a statement that isn't a query");
   }
+  std::vector<std::string> names;
+  for (idx_t i = 0; i < duckdb_prepared_statement_column_count(statement.Get()); ++i) {
+    const char* const name = duckdb_prepared_statement_column_name(statement.Get(), i);
+    names.emplace_back(name == nullptr ? "" : name);
+    duckdb_free(const_cast<char*>(name));
+  }
+  return names;
 }
 
 // --- the work database
@@ -234,4 +241,15 @@ WorkDatabase& WorkDatabase::Current() {
 
 std::string WorkDatabase::UniqueName(std::string_view stem) {
   return fmt::format("{}_{}", stem, ++fNames);
+}
+
+std::shared_ptr<const void> WorkDatabase::Hold(const std::string& release) {
+  const auto remove = [this, release](const void*) {
+    try {
+      Connect().Run(release);
+    } catch (const DataError&) {
+      // It goes with the database at the end of the session.
+    }
+  };
+  return std::shared_ptr<const void>(this, remove);
 }

@@ -180,7 +180,10 @@ DataFrame OpenNativeFile(const std::string& path) {
   const std::string absolute = std::filesystem::absolute(path).string();
   try {
     connection.Run(fmt::format("ATTACH {} AS {} (READ_ONLY)", QuoteLiteral(absolute), alias));
-    return NativeTables(connection, path, alias).Read();
+    const std::shared_ptr<const void> held = work.Hold("DETACH " + alias);
+    DataFrame frame = NativeTables(connection, path, alias).Read();
+    frame.relation.held = held;
+    return frame;
   } catch (const DataError& error) {
     const std::string reason = error.what();
     if (reason.find("Could not set lock") != std::string::npos) {

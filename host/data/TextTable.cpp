@@ -70,14 +70,22 @@ std::size_t TextTable::AddColumn(const std::string& columnName, std::int64_t pla
   return fvColumns.size() - 1;
 }
 
+void TextTable::Run(const std::string& sql) {
+  try {
+    fConnection.Run(sql);
+  } catch (const DataError& error) {
+    throw DataError(fmt::format("{}: {}", fName, error.what()));
+  }
+}
+
 void TextTable::MakeColumns() {
   if (fMade == 0) {
     std::string list;
     for (const Column& column : fvColumns) list += column.sqlName + " VARCHAR, ";
-    fConnection.Run(fmt::format("CREATE TABLE {} ({})", fTable, list));
+    Run(fmt::format("CREATE TABLE {} ({})", fTable, list));
   } else {
     for (std::size_t i = fMade; i < fvColumns.size(); ++i) {
-      fConnection.Run(fmt::format("ALTER TABLE {} ADD COLUMN {} VARCHAR", fTable, fvColumns[i].sqlName));
+      Run(fmt::format("ALTER TABLE {} ADD COLUMN {} VARCHAR", fTable, fvColumns[i].sqlName));
     }
   }
   fMade = fvColumns.size();
@@ -91,6 +99,7 @@ void TextTable::Set(std::size_t column, std::string_view text, bool isString) {
 }
 
 void TextTable::EndRow(std::int64_t place) {
+  if (fvColumns.empty()) throw DataError(fmt::format("{}, {} {}: no value at all", fName, fUnit, place));
   if (fpAppender == nullptr) OpenAppender();
   for (std::size_t i = 0; i < fvColumns.size(); ++i) {
     Column& column = fvColumns[i];
@@ -217,7 +226,8 @@ DataFrame TextTable::Finish() {
   }
   MakeColumns();
   if (list.empty()) list = "true AS c0";  // cases without a variable
-  fConnection.Run(fmt::format("CREATE TABLE {} AS SELECT {} FROM {}", frame.relation.from, list, fTable));
-  fConnection.Run(fmt::format("DROP TABLE {}", fTable));
+  Run(fmt::format("CREATE TABLE {} AS SELECT {} FROM {}", frame.relation.from, list, fTable));
+  Run(fmt::format("DROP TABLE {}", fTable));
+  frame.relation.held = WorkDatabase::Current().Hold("DROP TABLE " + frame.relation.from);
   return frame;
 }

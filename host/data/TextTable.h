@@ -55,6 +55,7 @@ private:
     std::string sql;
   };
 
+  void Run(const std::string& sql);
   void MakeColumns();
   void OpenAppender();
   void CloseAppender();
