@@ -1,6 +1,7 @@
 #include "host/data/TemporaryFile.h"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -50,7 +51,7 @@ std::string SystemReason() {
 
 std::string BesideName(const std::string& path, std::string_view suffix) {
   const fs::path whole(path);
-  return (whole.parent_path() / ("." + whole.filename().string() + std::string(suffix))).string();
+  return (whole.parent_path() / fmt::format(".{}{}", whole.filename().string(), suffix)).string();
 }
 
 TemporaryFile::TemporaryFile(std::string target, std::unique_ptr<FileLock> lock)
