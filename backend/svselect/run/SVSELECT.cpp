@@ -66,7 +66,7 @@ void WriteSample(SVSValidSpecs& specs, ProcedureDataSource& dataSource, SVSProce
     sampleFile.Write(*procedure.GetComponent(), *procedure.GetMultiPassIter());
   }
   if (sampleFile.fState == SVSSampleFile::kFailed) return;
-  if (specs.RenameVars()) PrintRenamedVariables(specs, heading, sampleFile);
+  if (specs.RenameVars()) PrintRenamedVariables(heading, sampleFile);
   if (specs.PrintCPS()) PrintCaseProcessing(procedure, heading);
 }
 
