@@ -93,12 +93,12 @@ TEST(Values, TextsAndTheirReading) {
   };
   const double kMissing = MCMV::gMissingValue;
   const Case kCases[] = {
-      {"  12.   ", {8, kFormatF, 2}, 0, 12},     {" -1.5e3 ", {8, kFormatF, 2}, 0, -1500},
-      {"1e3.", {8, kFormatF, 2}, 0, 1000},       {"+7", {8, kFormatF, 0}, 0, 7},
-      {"   ", {8, kFormatF, 0}, 0, kMissing},    {" . ", {8, kFormatF, 2}, 0, kMissing},
-      {"1,5", {8, kFormatF, 2}, 1, 0},           {"1 2", {8, kFormatF, 0}, 1, 0},
-      {"1e999", {8, kFormatF, 0}, 1, 0},         {"nan", {8, kFormatF, 0}, 1, 0},
-      {"abcde", {4, kFormatA, 0}, 1, 0},         {"61zz", {4, kFormatAHex, 0}, 1, 0},
+      {"  12.   ", {8, kFormatF, 2}, 0, 12},  {" -1.5e3 ", {8, kFormatF, 2}, 0, -1500},
+      {"1e3.", {8, kFormatF, 2}, 0, 1000},    {"+7", {8, kFormatF, 0}, 0, 7},
+      {"   ", {8, kFormatF, 0}, 0, kMissing}, {" . ", {8, kFormatF, 2}, 0, kMissing},
+      {"1,5", {8, kFormatF, 2}, 1, 0},        {"1 2", {8, kFormatF, 0}, 1, 0},
+      {"1e999", {8, kFormatF, 0}, 1, 0},      {"nan", {8, kFormatF, 0}, 1, 0},
+      {"abcde", {4, kFormatA, 0}, 1, 0},      {"61zz", {4, kFormatAHex, 0}, 1, 0},
   };
   for (const Case& c : kCases) {
     OBS cell{.number = 0};
