@@ -12,6 +12,18 @@
 #include "host/environment/HostSession.h"
 #include "host/output/OutputDocument.h"
 
+// A folder of the test's own, gone with it.
+struct TestFolder {
+  TestFolder() {
+    std::string name = std::filesystem::temp_directory_path() / "svselect-test-XXXXXX";
+    path = mkdtemp(name.data());
+  }
+  ~TestFolder() { std::filesystem::remove_all(path); }
+  TestFolder(const TestFolder&) = delete;
+  TestFolder& operator=(const TestFolder&) = delete;
+  std::filesystem::path path;
+};
+
 // A session over a small frame: a text file written into a folder of its own, which goes with it.
 class FrameSession {
 public:
@@ -46,16 +58,7 @@ private:
     fpSource = std::make_unique<ProcedureDataSource>();
   }
 
-  struct Folder {
-    Folder() {
-      std::string name = std::filesystem::temp_directory_path() / "svselect-test-XXXXXX";
-      path = mkdtemp(name.data());
-    }
-    ~Folder() { std::filesystem::remove_all(path); }
-    std::filesystem::path path;
-  };
-
-  Folder fFolder;
+  TestFolder fFolder;
   HostSession fSession;
   std::unique_ptr<ProcedureDataSource> fpSource;
 };

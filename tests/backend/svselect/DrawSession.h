@@ -1,0 +1,128 @@
+#pragma once
+
+#include <sstream>
+#include <vector>
+
+#include "../FrameSession.h"
+#include "PlanText.h"
+#include "backend/svselect/run/SVSELECT.h"
+#include "host/command/SessionCommand.h"
+#include "host/data/KORV_InputCaseIterator.h"
+#include "host/data/SessionFiles.h"
+#include "host/data/Values.h"
+#include "host/environment/CommonBlocks.h"
+#include "host/environment/ErrorSink.h"
+#include "host/numeric/MissingValue.h"
+#include "host/output/OutputTable.h"
+
+using Texts = std::vector<std::string>;
+
+// Pieces of a plan.
+inline std::string Out(const std::string& element, const std::string& name) {
+  return "<" + element + "><Variable name='" + name + "'/></" + element + ">";
+}
+inline std::string Strata(const std::string& name) {
+  return "<StrataVarList><Variable name='" + name + "'/></StrataVarList>";
+}
+inline std::string Clusters(const std::string& name) {
+  return "<ClusterVarList><Variable name='" + name + "'/></ClusterVarList>";
+}
+inline std::string Size(const std::string& value) {
+  return "<InputSampleSize><SingleValue value='" + value + "'/></InputSampleSize>";
+}
+
+// The names of the variables and the cases of the open frame, each a line; a missing number is a full stop.
+inline Texts AllCases() {
+  ProcedureDataSource source;
+  Texts lines(1);
+  const auto columns = static_cast<int>(source.ColumnCount());
+  for (int i = 0; i < columns; ++i) lines[0] += (i > 0 ? "," : "") + source.GetVariable(i).GetName();
+  const std::unique_ptr<KORV_InputCaseIterator> cases(source.MakeInputCaseIterator(0));
+  while (cases->NextCase() != 0) {
+    lines.emplace_back();
+    for (int i = 0; i < columns; ++i) {
+      if (i > 0) lines.back() += ",";
+      const OBS* cells = cases->BindColumn(i);
+      const int width = source.GetVariable(i).GetType();
+      lines.back() += width > 0 ? std::string(TrimRight({cells->text, static_cast<std::size_t>(width)}))
+                      : cells->number == MCMV::gMissingValue ? "."
+                                                             : NumberText(cells->number);
+    }
+  }
+  return lines;
+}
+
+// A draw from a small frame in a folder of its own, from the text of the command to all that it leaves. In
+// the texts of plan and command and in what comes back, "@" stands for that folder.
+class DrawSession {
+public:
+  DrawSession(const std::string& csv, const std::string& stages, const std::string& command,
+              const std::string& schema = "") {
+    Write("frame.csv", csv);
+    if (!schema.empty()) Write("frame.schema.json", schema);
+    Write("plan.xml", Design(stages));
+    FrameSession session(FrameSession::ExistingFile{fFolder.path / "frame.csv"});
+    HostSession::Current().Layer<SessionCommand>().SetCommand(
+        Replace("SVSELECT /PLAN FILE='@/plan.xml' " + command, "@", fFolder.path));
+    SVSELECT();
+    isCommitted = pvGetCmnGlb()->errorFlag == 0 && CommitFiles();
+    active = AllCases();
+    dictionary = session.Source().GetDictionary();
+    for (const OutputFile& file : SessionFiles::Current().CommittedFiles())
+      files.push_back(std::string(RoleName(file.role)) + " " + std::to_string(file.cases));
+    for (const OutputMessage& m : OutputDocument::Current().Messages())
+      messages.push_back((m.level == kErrorLevel ? "error: " : "warning: ") + Shown(m.text));
+    for (const OutputNote& n : OutputDocument::Current().Notes())
+      notes.push_back(std::to_string(n.group) + " " + n.label + ": " + Shown(n.text));
+    for (const auto& table : OutputDocument::Current().Tables()) AddTable(*table);
+  }
+
+  // A data file that the draw has left: its cases, and its dictionary.
+  Texts Cases(const std::string& name) const {
+    const FrameSession session(FrameSession::ExistingFile{fFolder.path / name});
+    return AllCases();
+  }
+  Dictionary DictionaryOf(const std::string& name) const {
+    FrameSession session(FrameSession::ExistingFile{fFolder.path / name});
+    return session.Source().GetDictionary();
+  }
+  std::string TextOf(const std::string& name) const {
+    std::ostringstream text;
+    text << std::ifstream(fFolder.path / name).rdbuf();
+    return text.str();
+  }
+  bool Exists(const std::string& name) const { return std::filesystem::exists(fFolder.path / name); }
+  std::string Shown(const std::string& text) const { return Replace(text, fFolder.path, "@"); }
+
+  Texts active;           // the active file after the draw
+  Dictionary dictionary;  // of the active file
+  Texts messages;
+  Texts notes;
+  Texts tables;  // "title (kind) caption", each followed by its cells: "dimension=path dimension=path: text"
+  Texts files;   // role and cases
+  bool isCommitted = false;
+
+private:
+  static std::string Replace(std::string text, const std::string& what, const std::string& by) {
+    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size()))
+      text.replace(at, what.size(), by);
+    return text;
+  }
+  void Write(const char* name, const std::string& content) const {
+    std::ofstream(fFolder.path / name, std::ios::binary) << content;
+  }
+  void AddTable(const OutputTable& table) {
+    tables.push_back(table.Title() + " (" + table.Kind() + ") " + Shown(table.Caption()));
+    for (const std::string& note : table.Notes()) tables.push_back("note " + note);
+    for (const OutputTable::Cell& cell : table.Cells()) {
+      std::string line;
+      for (std::size_t d = 0; d < cell.at.size(); ++d) {
+        line += (line.empty() ? "" : "; ") + table.Dimensions()[d].label;
+        for (const int node : table.Path(cell.at[d])) line += "/" + table.NodeAt(node).text;
+      }
+      tables.push_back(line + ": " + cell.text);
+    }
+  }
+
+  TestFolder fFolder;
+};

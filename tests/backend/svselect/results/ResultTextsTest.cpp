@@ -1,0 +1,147 @@
+#include <gmock/gmock.h>
+
+#include "backend/svselect/command/SVSValidSpecs.h"
+#include "backend/svselect/results/SVSDocumentStrings.h"
+#include "backend/svselect/results/SampleDocument.h"
+#include "backend/svselect/results/UniqueVariableName.h"
+#include "host/data/KORV_DataSource.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+class Names : public KORV_DataSource {
+public:
+  explicit Names(const Texts& names) : KORV_DataSource(std::make_shared<Dictionary>()) {
+    for (const std::string& name : names) GetDictionary().variables.emplace_back(name, 0);
+  }
+};
+
+Texts Describe(const SVSValidSpecs& specs) {
+  const SVSDocumentStrings strings = DescribeDesign(specs, Names({"region", "town", "size"}));
+  Texts texts;
+  for (std::size_t i = 0; i < strings.Count(); ++i) texts.push_back(strings.Line(i, 0, 1000));
+  return texts;
+}
+
+}  // namespace
+
+TEST(UniqueVariableName, TakesTheFirstFreeNameThatFits) {
+  const std::string x63(63, 'x');
+  struct Case {
+    const char* aim;
+    Texts taken;
+    std::string name;
+    std::size_t limit;
+    std::string unique;
+  };
+  const Case kCases[] = {
+      {"free", {"b"}, "a", 64, "a"},
+      {"taken", {"a"}, "a", 64, "a_1_"},
+      {"taken in another case", {"A"}, "a", 64, "a_1_"},
+      {"underscore at the end", {"a_"}, "a_", 64, "a_1_"},
+      {"first numbers taken", {"a", "A_1_", "a_2_"}, "a", 64, "a_3_"},
+      {"just fits", {std::string(61, 'x')}, std::string(61, 'x'), 64, std::string(61, 'x') + "_1_"},
+      {"cut", {x63 + "y"}, x63 + "y", 64, std::string(61, 'x') + "_1_"},
+      {"cut, underscore at the end", {x63 + "_"}, x63 + "_", 64, std::string(62, 'x') + "1_"},
+      {"cut within a character", {"abc\xC3\xA9z"}, "abc\xC3\xA9z", 7, "abc_1_"},
+      {"cut behind a character", {"abc\xC3\xA9z"}, "abc\xC3\xA9z", 8, "abc\xC3\xA9_1_"},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.aim);
+    EXPECT_EQ(UniqueVariableName(Names(c.taken), c.name, c.limit), c.unique);
+  }
+}
+
+TEST(SVSDocumentStrings, CutsByBytes) {
+  SVSDocumentStrings strings;
+  for (const std::size_t length : {0, 71, 72}) EXPECT_EQ(strings.Add(std::string(length, 'x')), static_cast<int>(length));
+  const std::size_t lines[] = {0, 1, 2, 0};  // the last is that of a text beyond the list
+  for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(strings.LinesOf(i, 71), lines[i]) << i;
+  EXPECT_EQ(strings.Line(2, 0, 71), std::string(71, 'x'));
+  EXPECT_EQ(strings.Line(2, 1, 71), "x");
+  EXPECT_EQ(strings.Line(2, 2, 71), "");
+  EXPECT_EQ(strings.Line(3, 0, 71), "");
+}
+
+TEST(SampleDocument, TellsEachStage) {
+  struct Case {
+    const char* aim;
+    void (*set)(DesignStage&);
+    Texts lines;  // behind the heading
+  };
+  const std::string none = "Estimator Assumption: ";
+  const Case kCases[] = {
+      {"nothing", [](DesignStage&) {}, {none}},
+      {"variables and method",
+       [](DesignStage& s) {
+         s.setStrata({0, 2});
+         s.setClusters({1});
+         s.setMethodType(kMethodPpsSampford);
+       },
+       {"Stratification Variables: region size ", "Cluster Variables: town ", "Selection Method: Sampford sampling with PPS",
+        none + "Unequal probability sampling without replacement(using joint inclusion probabilitites)"}},
+      {"rate with bounds",
+       [](DesignStage& s) {
+         s.setRateValue(1.0 / 3.0);
+         s.setRateMinSize(2);
+         s.setRateMaxSize(1234567);
+       },
+       {"Proportion of Units Sampled: 0.333333", "Minimum Number of Units Sampled: 2",
+        "Maximum Number of Units Sampled: 1.23457e+0", none}},
+      {"rate by variable", [](DesignStage& s) { s.setRateVariable(1); },
+       {"Proportion of Units Sampled: Obtained from variable town", none}},
+      {"no variable", [](DesignStage& s) { s.setRateVariable(-1); }, {none}},
+      {"rate by table", [](DesignStage& s) { s.setInclusionType(kRateMatrix); },
+       {"Proportion of Units Sampled: Obtained from matrix specification", none}},
+      {"size", [](DesignStage& s) { s.setSizeValue(1000000); }, {"Number of Units Sampled: 1e+06", none}},
+      {"size by variable", [](DesignStage& s) { s.setSizeVariable(2); },
+       {"Number of Units Sampled: Obtained from variable size", none}},
+      {"size by table", [](DesignStage& s) { s.setInclusionType(kSizeMatrix); },
+       {"Number of Units Sampled: Obtained from matrix specification", none}},
+      {"population size", [](DesignStage& s) { s.setPopSizeValue(3); }, {none}},
+      {"method without strata", [](DesignStage& s) { s.setMethodType(kMethodSimpleChromy); },
+       {"Selection Method: Chromy (sequential) sampling with equal probability", none + "Sampling with replacement"}},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.aim);
+    DesignStage stage(1);
+    c.set(stage);
+    SVSValidSpecs specs;
+    specs.SetPlanFile("p.xml");
+    specs.AddDesignStage("", &stage, nullptr, nullptr, nullptr);
+    Texts expected = {"Plan File: p.xml", "Weight Variable: ", "Stage 1"};
+    expected.insert(expected.end(), c.lines.begin(), c.lines.end());
+    EXPECT_EQ(Describe(specs), expected);
+  }
+}
+
+TEST(SampleDocument, TellsTheMeasureOfSizeInEachStage) {
+  const DesignStage first(1), second(2);
+  SVSValidSpecs specs;
+  specs.AddDesignStage("Towns", &first, nullptr, nullptr, nullptr);
+  specs.AddDesignStage("", &second, nullptr, nullptr, nullptr);
+  specs.SetFinalWeight("w", -1);
+  specs.SetMosFromData(true);
+  specs.SetMosMin(0.5);
+  specs.SetMosMax(1e10);
+  const Texts size = {"Measure of Size: Obtained from data", "Minimum MOS Value: 0.5", "Maximum MOS Value: 1e+10", "Estimator Assumption: "};
+  Texts expected = {"Plan File: ", "Weight Variable: w", "Stage 1: Towns"};
+  expected.insert(expected.end(), size.begin(), size.end());
+  expected.push_back("Stage 2");
+  expected.insert(expected.end(), size.begin(), size.end());
+  EXPECT_EQ(Describe(specs), expected);
+  specs.SetMosVariable(2);
+  EXPECT_EQ(Describe(specs)[3], "Measure of Size: Obtained from variable size");
+}
+
+TEST(SampleDocument, IndentsAllButTheFirstLine) {
+  setenv("SOURCE_DATE_EPOCH", "1709164800", 1);  // 2024-02-29
+  SVSDocumentStrings strings;
+  strings.Add(std::string(72, 'x'));
+  strings.Add("");
+  strings.Add("y");
+  EXPECT_THAT(MakeSampleDocument(strings).Lines(),
+              testing::ElementsAre("document " + std::string(71, 'x'), "         x", "         y", "         Date: 2024-02-29"));
+  unsetenv("SOURCE_DATE_EPOCH");
+}
