@@ -2,6 +2,7 @@
 
 #include <new>
 #include <system_error>
+#include <utility>
 
 #include "host/threads/CallBackObject.h"
 
@@ -43,19 +44,21 @@ void sfThreadPoolBase::init() {
 
 void sfThreadPoolBase::invoke(CallBackObject* job, void* /*data*/, int /*scope*/) {
   std::unique_ptr<CallBackObject> owned(job);
-  if (owned == nullptr) return;
-  if (!fbStarted || !fvThreads.empty()) {
-    try {
-      const std::lock_guard guard(fMutex);
-      fJobs.push_back(std::move(owned));
-    } catch (const std::bad_alloc&) {  // push_back() has left the job where it was
-    }
+  if (owned != nullptr && !Queue(&owned)) Run(*owned);
+}
+
+// False, with the job left to the caller, where no thread would come for it.
+bool sfThreadPoolBase::Queue(std::unique_ptr<CallBackObject>* job) {
+  if (fbStarted && fvThreads.empty()) return false;
+  const std::lock_guard guard(fMutex);
+  try {
+    fJobs.emplace_back();
+  } catch (const std::bad_alloc&) {
+    return false;
   }
-  if (owned != nullptr) {
-    Run(*owned);
-  } else {
-    fChanged.notify_one();
-  }
+  fJobs.back() = std::move(*job);
+  fChanged.notify_one();
+  return true;
 }
 
 void sfThreadPoolBase::Work() {

@@ -34,6 +34,7 @@ protected:
   explicit sfThreadPoolBase(int threadCount);
 
 private:
+  bool Queue(std::unique_ptr<CallBackObject>* job);
   void Work();
   std::unique_ptr<CallBackObject> NextJob();
 

@@ -6,6 +6,7 @@
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
+#include "backend/svselect/selection/SVSJointWork.h"
 #include "host/threads/sfMutex.h"
 
 using MCMV::gMissingValue;
@@ -122,8 +123,6 @@ void SVSelectSamples::ClearWork() {
   Release(&fJointProbs);
   Release(&fThreadRanges);
   Release(&fFirstStepProbs);
-  Release(&fSelectLambdas);
-  Release(&fSymmetricSums);
 }
 
 void SVSelectSamples::ClearSizes() {

@@ -12,6 +12,7 @@
 class DesignStage;
 class SVCancelInfo;
 class SVSCompSettings;
+class SVSJointWork;
 class SVSOutSamples;
 class SampfordFurtherDraws;
 class sfMutex;
@@ -120,6 +121,16 @@ private:
   void SelectExactSampford();
   void SelectMurthy();
 
+  // Joint probabilities.
+  int CompareLargest() const;
+  std::int32_t SharedItems() const;
+  void StartJointWork(std::int32_t ranges);
+  void FormJointMatrix();
+  void SplitItems(std::int32_t items, std::int32_t ranges);
+  std::unique_ptr<SVSJointWork> MakeJointWork();
+  void RunJointWork(std::int32_t range);
+  void EndJointWork();
+
   const SVSCompSettings* fpSettings;                  // borrowed
   const DesignStage* fpStage;                         // borrowed; read at construction only
   SVSOutSamples* fpOutSamples = nullptr;              // borrowed
@@ -142,12 +153,10 @@ private:
   double fOutSampleRate = MCMV::gMissingValue;
   std::vector<double> fJointProbs;  // square, row by row, in order of selection
   std::vector<std::pair<std::int32_t, std::int32_t>> fThreadRanges;  // 1-based, inclusive
-  bool fbAllUnitsTaken = false;         // Sampford's and Brewer's census: all joint ones are 1
-  std::vector<double> fFirstStepProbs;  // a(1..n) of PPS_WOR, not divided by their sum
-  std::vector<double> fSelectLambdas;   // working values of the Sampford joint probabilities
-  std::vector<double> fSymmetricSums;
-  double fSampfordConst = 0.0;
-  SVCancelInfo* fpCancelInfo;  // borrowed
+  bool fbAllUnitsTaken = false;               // Sampford's and Brewer's census: all joint ones are 1
+  std::vector<double> fFirstStepProbs;        // a(1..n) of PPS_WOR, not divided by their sum
+  std::unique_ptr<SVSJointWork> fpJointWork;  // the computation of fJointProbs, while it runs
+  SVCancelInfo* fpCancelInfo;                 // borrowed
   SVStatus fStatus;
   std::unique_ptr<sfMutex> fpMutex;                   // while threads compute
   MCCommonMath::MCRandomTwister* fpRandom = nullptr;  // borrowed; the run's one generator

@@ -1,0 +1,4 @@
+#include "host/data/CaseEngine.h"
+
+CaseCursor::~CaseCursor() = default;
+CaseEngine::~CaseEngine() = default;

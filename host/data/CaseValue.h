@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/numeric/Obs.h"
+
+class KORV_InputCaseIterator;
+
+// CaseValue is the cell of one column in an iterator's current case. It stays bound to the iterator, which
+// outlives it, and always shows the current case.
+class CaseValue {
+public:
+  CaseValue(KORV_InputCaseIterator* iterator, int column);
+
+  const OBS* fpObs;  // the OBS cells; borrowed from the iterator
+  int fWidth;        // bytes of a string, 0 for a number
+
+  // The value is system-missing, a user-missing value, or a string of nothing but blanks.
+  bool IsMissing() const;
+
+private:
+  // User-missing values of the variable: numbers, or texts without trailing blanks.
+  std::vector<double> fvMissingNumbers;
+  std::vector<std::string> fvMissingTexts;
+};

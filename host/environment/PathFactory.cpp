@@ -1,0 +1,50 @@
+#include "host/environment/PathFactory.h"
+
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// <prefix>/lib/<architecture> is the deepest place that a library is installed in.
+constexpr int kFoldersAbove = 3;
+
+// Its address tells which file this code was loaded from.
+const char gAnchor = 0;
+
+}  // namespace
+
+PathFinder::~PathFinder() = default;
+
+std::string PathFinder::LibraryFolder() {
+  Dl_info info{};
+  if (dladdr(&gAnchor, &info) == 0 || info.dli_fname == nullptr) return "./";
+  std::error_code error;
+  fs::path file = fs::canonical(info.dli_fname, error);
+  if (error) file = info.dli_fname;
+  return (file.parent_path() / "").string();
+}
+
+std::string PathFinder::DataFolder() {
+  const char* const chosen =
+      std::getenv("SVSELECT_DATADIR");  // NOLINT(concurrency-mt-unsafe): nothing here sets it
+  if (chosen != nullptr && *chosen != '\0') return (fs::path(chosen) / "").string();
+  const fs::path below = fs::path("share") / "svselect" / "";
+  fs::path folder = fs::path(LibraryFolder()).parent_path();
+  for (int up = 0; up < kFoldersAbove; ++up) {
+    folder = folder.parent_path();
+    std::error_code error;
+    if (fs::is_directory(folder / below, error)) return (folder / below).string();
+  }
+  return (fs::path(LibraryFolder()).parent_path().parent_path() / below).string();
+}
+
+PathFinder* PathFactory::getPathInstance(int kind) {
+  constexpr int kApplicationData = 3;
+  static PathFinder finder;
+  return kind == kApplicationData ? &finder : nullptr;
+}

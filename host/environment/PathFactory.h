@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+// Where the host's own files are. Each folder ends in a separator.
+class PathFinder {
+public:
+  virtual ~PathFinder();
+
+  // The folder of the host's library, or of the program that the host is linked into.
+  virtual std::string LibraryFolder();
+
+  // The folder of the files that the product brings along: the environment variable SVSELECT_DATADIR, else
+  // share/svselect beside the library's folder or a little above it. That finds it in an installation and
+  // in the build tree alike, from any working folder.
+  virtual std::string DataFolder();
+};
+
+class PathFactory {
+public:
+  // The finder of a kind; the host has one, for kind 3, its application data, and null for every other. It
+  // lives as long as the process.
+  static PathFinder* getPathInstance(int kind);
+};

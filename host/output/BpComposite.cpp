@@ -1,0 +1,117 @@
+#include "host/output/BpComposite.h"
+
+#include <algorithm>
+#include <cassert>
+#include <string_view>
+
+namespace {
+
+constexpr std::size_t kLongestNumber = 4;  // digits of an item's number; a longer one is plain text
+
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+// The number that begins at `*at`, which moves behind it; 0 when there is none.
+std::size_t ReadNumber(const std::string& text, std::size_t* at) {
+  std::size_t number = 0;
+  std::size_t end = *at;
+  for (; end < text.size() && IsDigit(text[end]) && end - *at < kLongestNumber; ++end) {
+    number = number * 10 + static_cast<std::size_t>(text[end] - '0');
+  }
+  *at = end;
+  return number;
+}
+
+// The highest k of a `mark`k in the pattern: how many texts one entry of a list has.
+std::size_t EntrySize(const std::string& pattern, char mark) {
+  std::size_t size = 0;
+  for (std::size_t at = pattern.find(mark); at != std::string::npos; at = pattern.find(mark, at)) {
+    ++at;
+    size = std::max(size, ReadNumber(pattern, &at));
+  }
+  return size;
+}
+
+// One entry of a list; what an incomplete last entry lacks is empty.
+std::string FillEntry(const std::string& pattern, char mark, const std::vector<std::string>& texts,
+                      std::size_t offset) {
+  std::string filled;
+  for (std::size_t at = 0; at < pattern.size();) {
+    std::size_t next = at + 1;
+    const std::size_t number = pattern[at] == mark ? ReadNumber(pattern, &next) : 0;
+    if (number == 0) {
+      filled += pattern[at++];
+      continue;
+    }
+    if (offset + number <= texts.size()) filled += texts[offset + number - 1];
+    at = next;
+  }
+  return filled;
+}
+
+}  // namespace
+
+void BpComposite::Add(const BpCellText& cell) {
+  if (!fbInSublist) fvItems.emplace_back();
+  fvItems.back().push_back(cell.Text());
+  AddValuesOf(cell);
+}
+
+void BpComposite::Sublist() {
+  assert(!fbInSublist);
+  fvItems.emplace_back();
+  fbInSublist = true;
+}
+
+void BpComposite::EndSublist() {
+  assert(fbInSublist);
+  fbInSublist = false;
+}
+
+void BpComposite::Finish() {
+  assert(!fbInSublist);
+  std::string text;
+  for (std::size_t at = 0; at < fPattern.size();) {
+    if (!FillPlaceholder(&at, &text) && !FillList(&at, &text)) text += fPattern[at++];
+  }
+  SetText(std::move(text));
+}
+
+const BpComposite::Item* BpComposite::ItemOf(std::size_t number) const {
+  return number >= 1 && number <= fvItems.size() ? &fvItems[number - 1] : nullptr;
+}
+
+// A list that the template names like a single item is written with commas.
+bool BpComposite::FillPlaceholder(std::size_t* at, std::string* text) const {
+  if (fPattern[*at] != '^') return false;
+  std::size_t end = *at + 1;
+  const Item* item = ItemOf(ReadNumber(fPattern, &end));
+  if (item == nullptr) return false;
+  for (std::size_t i = 0; i < item->size(); ++i) {
+    if (i > 0) *text += ", ";
+    *text += (*item)[i];
+  }
+  *at = end;
+  return true;
+}
+
+bool BpComposite::FillList(std::size_t* at, std::string* text) const {
+  if (fPattern[*at] != '[') return false;
+  const std::size_t colon = fPattern.find(':', *at);
+  if (colon == std::string::npos) return false;
+  const std::size_t close = fPattern.find(":]", colon + 1);
+  if (close == std::string::npos) return false;
+  std::size_t end = close + 2;
+  const Item* item = ItemOf(ReadNumber(fPattern, &end));
+  if (item == nullptr) return false;
+
+  const std::string first = fPattern.substr(*at + 1, colon - *at - 1);
+  const std::string next = fPattern.substr(colon + 1, close - colon - 1);
+  const std::size_t size = std::max<std::size_t>({1, EntrySize(first, '%'), EntrySize(next, '^')});
+  for (std::size_t offset = 0; offset < item->size(); offset += size) {
+    *text += offset == 0 ? FillEntry(first, '%', *item, offset) : FillEntry(next, '^', *item, offset);
+  }
+  *at = end;
+  return true;
+}

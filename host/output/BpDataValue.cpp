@@ -1,0 +1,61 @@
+#include "host/output/BpDataValue.h"
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+
+#include "host/data/Values.h"
+#include "host/output/BpVariable.h"
+
+namespace {
+
+std::string_view WithoutOuterBlanks(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(' ');
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+// The value as dictionaries hold it.
+DictionaryValue ValueOf(const KORV_Variable& variable, const OBS* cells) {
+  if (variable.GetType() == 0) return {.number = cells->number, .text = {}};
+  const std::string_view text(cells->text, static_cast<std::size_t>(variable.GetType()));
+  return {.number = 0.0, .text = std::string(TrimRight(text))};
+}
+
+std::string FormattedText(const KORV_Variable& variable, const OBS* cells) {
+  KORV_Format format = variable.GetFormat();
+  if (!FormatSuits(format, variable.GetType())) {
+    format = KORV_Format();
+    if (variable.GetType() > 0) {
+      format = {.width = static_cast<std::uint16_t>(variable.GetType()), .type = kFormatA, .decimals = 0};
+    }
+  }
+  std::string buffer(format.width + std::size_t{1}, '\0');
+  if (ToString(cells, format, buffer.data()) != 0) return {};
+  return std::string(WithoutOuterBlanks(buffer.c_str()));
+}
+
+std::optional<std::string> LabelOf(const KORV_Variable& variable, const DictionaryValue& value) {
+  const std::vector<ValueLabel>& labels = variable.ValueLabels();
+  const auto found = std::find_if(labels.begin(), labels.end(),
+                                  [&](const ValueLabel& label) { return label.value == value; });
+  if (found == labels.end() || found->label.empty()) return std::nullopt;
+  return found->label;
+}
+
+// The bytes by which two values are the same value.
+std::string KeyOf(const KORV_Variable& variable, const DictionaryValue& value) {
+  if (variable.GetType() > 0) return value.text;
+  const double number = value.number + 0.0;  // -0 becomes 0
+  return std::string(reinterpret_cast<const char*>(&number), sizeof number);
+}
+
+}  // namespace
+
+BpDataValue::BpDataValue(const KORV_Variable& variable, const OBS* cells, int preference) {
+  const DictionaryValue value = ValueOf(variable, cells);
+  std::optional<std::string> label;
+  if (preference != kShowInMessage) label = LabelOf(variable, value);
+  SetText(label ? *std::move(label) : FormattedText(variable, cells));
+  AddValue(KeyOf(variable, value));
+}

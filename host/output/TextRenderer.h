@@ -1,0 +1,15 @@
+#pragma once
+
+#include <iosfwd>
+
+class OutputDocument;
+
+// Width of a terminal line when none is known.
+inline constexpr int kDefaultTextWidth = 100;
+
+// Notes and tables as plain text: aligned columns, nested row groups indented. Tables wider than `width`
+// display columns are folded into blocks of columns.
+void RenderText(const OutputDocument& document, int width, std::ostream& out);
+
+// The messages, one a line, with their level and group.
+void RenderMessages(const OutputDocument& document, std::ostream& out);

@@ -1,0 +1,112 @@
+#include "host/text/DisplayText.h"
+
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+namespace {
+
+constexpr UChar32 kReplacement = 0xFFFD;
+
+// The character at `*at`, which moves behind it; negative for a byte that belongs to none.
+UChar32 NextCharacter(std::string_view text, std::size_t* at) {
+  // ICU counts in 32 bits; no character is longer than the window.
+  const auto window = static_cast<std::int32_t>(std::min<std::size_t>(text.size() - *at, U8_MAX_LENGTH));
+  const char* start = text.data() + *at;
+  std::int32_t used = 0;
+  UChar32 c = 0;
+  U8_NEXT(start, used, window, c);
+  *at += static_cast<std::size_t>(used);
+  return c;
+}
+
+// Vowels and final consonants of a Hangul syllable that is spelled out stand in the cell of its first
+// consonant.
+bool JoinsHangul(UChar32 c) {
+  const int kind = u_getIntPropertyValue(c, UCHAR_HANGUL_SYLLABLE_TYPE);
+  return kind == U_HST_VOWEL_JAMO || kind == U_HST_TRAILING_JAMO;
+}
+
+int CharacterWidth(UChar32 c) {
+  if (c < 0) return 1;
+  if (c < 0x7F) return c < 0x20 ? 0 : 1;
+  constexpr std::uint32_t kNoColumn = U_GC_MN_MASK | U_GC_ME_MASK | U_GC_CF_MASK | U_GC_CC_MASK;
+  constexpr UChar32 kSoftHyphen = 0xAD;
+  if ((U_GET_GC_MASK(c) & kNoColumn) != 0) return c == kSoftHyphen ? 1 : 0;
+  if (JoinsHangul(c)) return 0;
+  const int eastAsian = u_getIntPropertyValue(c, UCHAR_EAST_ASIAN_WIDTH);
+  return eastAsian == U_EA_WIDE || eastAsian == U_EA_FULLWIDTH ? 2 : 1;
+}
+
+void Append(UChar32 c, std::string* text) {
+  char bytes[U8_MAX_LENGTH];
+  std::int32_t count = 0;
+  U8_APPEND_UNSAFE(bytes, count, c);
+  text->append(bytes, static_cast<std::size_t>(count));
+}
+
+// Bytes of the longest start of `text` that isn't wider than `width`, and at least one character.
+std::size_t FittingBytes(std::string_view text, int width) {
+  std::size_t fitting = 0;
+  for (std::size_t at = 0; at < text.size();) {
+    width -= CharacterWidth(NextCharacter(text, &at));
+    if (width < 0 && fitting > 0) break;
+    fitting = at;
+  }
+  return fitting;
+}
+
+}  // namespace
+
+int DisplayWidth(std::string_view text) {
+  int width = 0;
+  for (std::size_t at = 0; at < text.size();) width += CharacterWidth(NextCharacter(text, &at));
+  return width;
+}
+
+std::string PrintableText(std::string_view text) {
+  std::string printable;
+  printable.reserve(text.size());
+  for (std::size_t at = 0; at < text.size();) {
+    const UChar32 c = NextCharacter(text, &at);
+    if (c < 0) {
+      Append(kReplacement, &printable);
+    } else {
+      Append(u_charType(c) == U_CONTROL_CHAR ? ' ' : c, &printable);
+    }
+  }
+  return printable;
+}
+
+std::vector<std::string> WrapText(std::string_view text, int width) {
+  if (DisplayWidth(text) <= width) return {std::string(text)};
+  std::vector<std::string> lines(1);
+  int used = 0;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t blank = std::min(text.find(' ', at), text.size());
+    std::string_view word = text.substr(at, blank - at);
+    at = blank + 1;
+    if (word.empty()) continue;
+    int wordWidth = DisplayWidth(word);
+    if (used > 0 && used + 1 + wordWidth <= width) {
+      lines.back().append(1, ' ').append(word);
+      used += 1 + wordWidth;
+      continue;
+    }
+    if (used > 0) lines.emplace_back();
+    while (wordWidth > width) {
+      const std::size_t bytes = FittingBytes(word, width);
+      if (bytes == word.size()) break;
+      lines.back() = word.substr(0, bytes);
+      lines.emplace_back();
+      word.remove_prefix(bytes);
+      wordWidth = DisplayWidth(word);
+    }
+    lines.back() = word;
+    used = wordWidth;
+  }
+  return lines;
+}

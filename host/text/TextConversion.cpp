@@ -1,0 +1,92 @@
+#include "host/text/TextConversion.h"
+
+#include <unicode/ustring.h>
+#include <unicode/utf8.h>
+
+#include <algorithm>
+#include <cassert>
+#include <cstdint>
+
+#include "host/text/VariableNames.h"
+
+// UTF-8 and UTF-16 need no tables and keep no state between calls, so there is nothing to hold but the
+// handle.
+struct KORVMBConverter {};
+
+namespace {
+
+constexpr UChar32 kReplacement = 0xFFFD;
+constexpr std::size_t kLongestText = std::size_t{1} << 29;  // units; three times that still fits in 32 bits
+
+}  // namespace
+
+KORVMBConverter* KORVMBConverterNew_A(int encoding) {
+  assert(encoding == 0);
+  static_cast<void>(encoding);
+  return new KORVMBConverter;
+}
+
+void KORVMBConverterDelete_A(KORVMBConverter* converter) {
+  delete converter;
+}
+
+int KORVMBGenericToU16(KORVMBConverter* converter, std::u16string& out, const std::string& in) {
+  assert(converter != nullptr);
+  static_cast<void>(converter);
+  out.clear();
+  if (in.size() > kLongestText) return 1;
+  out.resize(in.size());  // each byte gives at most one unit
+  std::int32_t length = 0;
+  UErrorCode error = U_ZERO_ERROR;
+  u_strFromUTF8WithSub(out.data(), static_cast<std::int32_t>(out.size()), &length, in.data(),
+                       static_cast<std::int32_t>(in.size()), kReplacement, nullptr, &error);
+  out.resize(static_cast<std::size_t>(length));
+  return U_FAILURE(error) ? 1 : 0;
+}
+
+int KORVMBU16ToGeneric(KORVMBConverter* converter, std::string& out, const std::u16string& in) {
+  assert(converter != nullptr);
+  static_cast<void>(converter);
+  out.clear();
+  if (in.size() > kLongestText) return 1;
+  out.resize(3 * in.size());  // each unit gives at most three bytes
+  std::int32_t length = 0;
+  UErrorCode error = U_ZERO_ERROR;
+  u_strToUTF8WithSub(out.data(), static_cast<std::int32_t>(out.size()), &length, in.data(),
+                     static_cast<std::int32_t>(in.size()), kReplacement, nullptr, &error);
+  out.resize(static_cast<std::size_t>(length));
+  return U_FAILURE(error) ? 1 : 0;
+}
+
+char16_t* KORVMBTranscodeGeneric(const std::string& text) {
+  KORVMBConverter converter;
+  std::u16string wide;
+  KORVMBGenericToU16(&converter, wide, text);
+  auto* const buffer = new char16_t[wide.size() + 1];
+  std::copy_n(wide.c_str(), wide.size() + 1, buffer);
+  return buffer;
+}
+
+void KORVMBRelease(char16_t* buffer) {
+  delete[] buffer;
+}
+
+void KORVMBstrupr_A(std::string& text) {
+  text = GetUpperString(text);
+}
+
+void KORVMBstrtrim_A(std::string& text) {
+  constexpr const char* kBlanks = " \t";
+  text.erase(text.find_last_not_of(kBlanks) + 1);
+  text.erase(0, text.find_first_not_of(kBlanks));
+}
+
+std::size_t KORVMBFindStart_A(const std::string& text, std::size_t offset) {
+  if (offset >= text.size()) return text.size();
+  // A character has at most four bytes, so a window round the byte is enough, however long the text.
+  const std::size_t from = offset < U8_MAX_LENGTH ? 0 : offset - U8_MAX_LENGTH;
+  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data() + from);
+  auto at = static_cast<std::int32_t>(offset - from);
+  U8_SET_CP_START(bytes, 0, at);
+  return from + static_cast<std::size_t>(at);
+}

@@ -1,0 +1,65 @@
+#include "host/output/BpComposite.h"
+
+#include <cmath>
+
+#include "host/numeric/MissingValue.h"
+#include "host/output/BpNumber.h"
+#include "host/output/BpProcedure.h"
+#include "host/output/BpString.h"
+
+// Two items, the second a list of those texts that the row gives.
+TEST(BpComposite, FillsTemplates) {
+  struct Case {
+    const char* pattern;
+    std::vector<std::string> list;
+    const char* text;
+  };
+  const Case kCases[] = {
+      {"Sample size ^1 [%1 = %2:, ^1 = ^2:]2 ...", {"A", "1", "B", "2"}, "Sample size one A = 1, B = 2 ..."},
+      {"[%1:, ^1:]2", {"a", "b", "c"}, "a, b, c"},
+      {"[%1:, ^1:]2", {"a"}, "a"},
+      {"<[%1:, ^1:]2>", {}, "<>"},
+      {"[%1:, ^1:]2", {"^1", "[%1:, ^1:]2", "%1"}, "^1, [%1:, ^1:]2, %1"},
+      {"[%2(%1):; ^2(^1):]2", {"a", "b", "c", "d", "e"}, "b(a); d(c); (e)"},
+      {"[first:next:]2", {"a", "b"}, "firstnext"},
+      {"[%1:, ^1:]1", {"a"}, "one"},
+      {"^2, ^1, ^2", {"a", "b"}, "a, b, one, a, b"},
+      {"^3 ^0 ^ ^x ^^1 [a] [a:b:] [a:b:]3 [a:b", {}, "^3 ^0 ^ ^x ^one [a] [a:b:] [a:b:]3 [a:b"},
+      {"^99999999999999999999", {}, "^99999999999999999999"},
+      {"", {}, ""},
+  };
+  for (const Case& c : kCases) {
+    BpComposite composite(c.pattern, true);
+    composite.Add(BpString("one", false));
+    composite.Sublist();
+    for (const std::string& text : c.list) composite.Add(BpString(text, false));
+    composite.EndSublist();
+    composite.Finish();
+    EXPECT_EQ(composite.Text(), c.text) << c.pattern;
+  }
+}
+
+TEST(BpNumber, ShowsCountsAndPercentages) {
+  struct Case {
+    double value;
+    const char* count;
+    const char* percent;
+  };
+  const Case kCases[] = {{0.0, "0", "0.0%"},
+                         {-0.0, "0", "0.0%"},
+                         {-0.04, "0", "0.0%"},
+                         {25.0, "25", "25.0%"},
+                         {33.349, "33", "33.3%"},
+                         {-1.96, "-2", "-2.0%"},
+                         {2147483647.0, "2147483647", "2147483647.0%"}};
+  for (const Case& c : kCases) {
+    const BpNumber count(c.value, BpProcedure::Count());
+    EXPECT_EQ(count.Text(), c.count);
+    EXPECT_EQ(count.Number(), c.value);
+    EXPECT_EQ(BpNumber(c.value, BpProcedure::Percent()).Text(), c.percent);
+  }
+  for (const double none : {MCMV::gMissingValue, HUGE_VAL, std::nan("")}) {
+    EXPECT_EQ(BpNumber(none, BpProcedure::Percent()).Text(), ".");
+    EXPECT_FALSE(BpNumber(none, BpProcedure::Count()).Number());
+  }
+}

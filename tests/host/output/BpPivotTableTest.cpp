@@ -1,0 +1,269 @@
+#include "host/output/BpPivotTable.h"
+
+#include <cmath>
+#include <cstring>
+#include <sstream>
+
+#include "host/environment/HostSession.h"
+#include "host/output/AddNotes.h"
+#include "host/output/BpComposite.h"
+#include "host/output/BpDataValue.h"
+#include "host/output/BpNumber.h"
+#include "host/output/BpProcedure.h"
+#include "host/output/BpString.h"
+#include "host/output/BpVariable.h"
+#include "host/output/JsonReport.h"
+#include "host/output/OutputDocument.h"
+#include "host/output/TextRenderer.h"
+#include "host/text/DisplayText.h"
+
+namespace {
+
+BpString Fixed(const std::string& text) {
+  return BpString(text, true);
+}
+std::string AsText(int width = 100) {
+  std::ostringstream out;
+  RenderText(OutputDocument::Current(), width, out);
+  return '\n' + out.str();
+}
+OBS Text(const char* text) {
+  OBS cell;
+  std::memset(cell.text, ' ', sizeof cell.text);
+  std::memcpy(cell.text, text, std::strlen(text));
+  return cell;
+}
+OBS Number(double number) {
+  return OBS{.number = number};
+}
+
+// region, a string with a label and a value label; district, a number that shows no decimals.
+KORV_Variable Region() {
+  KORV_Variable region("region", 8);
+  region.SetFormat(kFormatA, 8, 0);
+  region.SetLabel("Region of work", 6);
+  region.SetValueLabels({{{.number = 0, .text = "N"}, "North"}});
+  return region;
+}
+KORV_Variable District() {
+  KORV_Variable district("district", 0);
+  district.SetFormat(kFormatF, 8, 0);
+  return district;
+}
+
+BpComposite Equation(const char* pattern, const KORV_Variable& variable, const OBS* value) {
+  BpComposite equation(pattern, false);
+  equation.Add(BpVariable(variable, kShowInTable));
+  if (value != nullptr) equation.Add(BpDataValue(variable, value, kShowInTable));
+  equation.Finish();
+  return equation;
+}
+
+// A table as the summary of a stage is built: two nested column dimensions, rows nested by variable.
+class SummaryTable {
+public:
+  explicit SummaryTable(BpProcedure* procedure)
+      : fTable(procedure->PivotTable(Fixed("Summary stage 1"), BpString("Summary", false), true)),
+        fValue(fTable.Dimension(Fixed("Value"), 2)),
+        fStatistics(fTable.Dimension(Fixed("Statistics"), 2)),
+        fVariables(fTable.Dimension(Fixed("Variables"), 2)) {
+    fValue.Position(kPlaceColumn, 1, true, false);
+    fStatistics.Position(kPlaceColumn, 2, true, false);
+    fVariables.Position(kPlaceRow, 1, true, false);
+    fTable.Caption(Fixed("Plan File plan.xml"));
+  }
+
+  void Row(const char* region, double district, double size, double rate) const {
+    const OBS regionCell = Text(region);
+    const OBS districtCell = Number(district);
+    const BpGroup outer = fVariables.Group(Equation("^1 = ^2", Region(), &regionCell), true, 2);
+    const BpGroup inner = outer.Group(Equation("^1 =", District(), nullptr), true, 2);
+    inner.Category(BpDataValue(District(), &districtCell, kShowInTable));
+    Cells("Number of Units Sampled", size, size - 1, BpProcedure::Count());
+    Cells("Proportion of Units Sampled", rate, rate / 2, BpProcedure::Percent());
+  }
+
+  BpPivotTable& Table() { return fTable; }
+
+private:
+  void Cells(const char* statistic, double requested, double actual, BpFormatSpec format) const {
+    fStatistics.Category(Fixed(statistic));
+    fValue.Category(Fixed("Requested")).Cell(BpNumber(requested, format));
+    fValue.Category(Fixed("Actual")).Cell(BpNumber(actual, format));
+  }
+
+  BpPivotTable fTable;
+  BpDimension fValue;
+  BpDimension fStatistics;
+  BpDimension fVariables;
+};
+
+}  // namespace
+
+TEST(BpPivotTable, NestsRowsAndColumns) {
+  HostSession session;
+  BpProcedure procedure("SVSelect", 4);
+  {
+    const SummaryTable table(&procedure);
+    table.Row("N", 7, 12, 25);
+    table.Row("South", 10, 3, 100);
+    table.Row("N", 8, 2000, 12.5);  // comes late and stands with its group
+    EXPECT_EQ(AsText(), "\n");      // nothing appears before the drop
+  }
+  EXPECT_EQ(AsText(), R"(
+SVSelect
+
+Summary stage 1
+Plan File plan.xml
+
+                 Number of Units     Proportion of Units
+                     Sampled               Sampled
+                Requested   Actual   Requested      Actual
+----------------------------------------------------------
+Region = North
+  district =
+    7                  12       11       25.0%       12.5%
+    8                2000     1999       12.5%        6.2%
+Region = South
+  district =
+    10                  3        2      100.0%       50.0%
+)");
+}
+
+TEST(BpPivotTable, FoldsWideTablesAndDeepLabels) {
+  HostSession session;
+  BpProcedure procedure("SVSelect", 4);
+  {
+    SummaryTable table(&procedure);
+    table.Row("N", 7, 12, 25);
+    table.Table().Note(
+        BpAnnotation(Fixed("A note that is a little too long for one line ...").Replicate(), -1));
+  }
+  EXPECT_EQ(AsText(40), R"(
+SVSelect
+
+Summary stage 1
+Plan File plan.xml
+
+                 Number of Units
+                     Sampled
+                Requested   Actual
+----------------------------------
+Region = North
+  district =
+    7                  12       11
+
+                 Proportion of Units
+                       Sampled
+                 Requested      Actual
+--------------------------------------
+Region = North
+  district =
+    7                25.0%       12.5%
+
+A note that is a little too long for one
+line ...
+)");
+}
+
+// Eighteen levels of long and wide labels, a table of rows alone, a cell without a column.
+TEST(BpPivotTable, KeepsToTheWidth) {
+  HostSession session;
+  BpProcedure procedure("SVSelect", 4);
+  AddNotes(2, Fixed("A label"), Fixed("東京都港区 " + std::string(150, 'x')));
+  {
+    BpPivotTable table = procedure.PivotTable(Fixed("Deep"), Fixed("Deep"), true);
+    const BpDimension rows = table.Dimension(Fixed("Rows"), 2);
+    const BpDimension columns = table.Dimension(Fixed("Columns"), 2);
+    columns.Position(kPlaceColumn, 1, true, false);
+    BpGroup group = rows;
+    for (int level = 0; level < 18; ++level) {
+      group = group.Group(Fixed("東京都港区 = a long label of level " + std::to_string(level)), true, 2);
+    }
+    group.Category(Fixed("leaf")).Cell(Fixed("no column"));
+    columns.Category(Fixed(std::string(60, 'w'))).Cell(Fixed("cell"));
+  }
+  for (const int width : {0, 40, 61, 100}) {
+    std::istringstream text(AsText(width));
+    std::string words;
+    for (std::string line; std::getline(text, line);) {
+      EXPECT_LE(DisplayWidth(line), std::max(width, 40)) << line;
+      for (const char c : line) words.append(c == ' ' || c == '-' ? 0 : 1, c);
+    }
+    for (const char* word : {"Rows", "level17", "leaf", "nocolumn", "cell"}) {
+      EXPECT_NE(words.find(word), std::string::npos) << word << " at " << width;
+    }
+  }
+}
+
+// Values that are shown alike stay apart; the same value in another place of the order doesn't.
+TEST(BpPivotTable, TellsValuesApartByValue) {
+  HostSession session;
+  BpProcedure procedure("SVSelect", 4);
+  {
+    const SummaryTable table(&procedure);
+    for (const double district : {7.1, 7.2, 7.1, 0.0, -0.0}) table.Row("N", district, 10 * district, 0);
+    table.Row("North", 7.1, 5, 0);  // the text of another value's label
+  }
+  std::ostringstream out;
+  WriteJsonReport(OutputDocument::Current(), {"ok", {}}, out);
+  std::size_t rows = 0;
+  for (std::size_t at = 0;
+       (at = out.str().find("\"Requested\"],\"Statistics\":[\"Number", at)) != std::string::npos; ++at) {
+    ++rows;
+  }
+  EXPECT_EQ(rows, 4U);
+}
+
+TEST(JsonReport, HasItsFixedForm) {
+  HostSession session;
+  BpProcedure procedure("SVSelect", 4);
+  OutputDocument::Current().AddMessage(2, "a \"b\" \xFF", "Plan stage 1...");
+  AddNotes(1, Fixed("Plan File"), Fixed("plan.xml"));
+  SummaryTable(&procedure).Row("N", 7, 12, std::nan(""));
+  {
+    BpPivotTable renamed = procedure.PivotTable(Fixed("Renamed"), Fixed("Renamed"), true);
+    const BpDimension name = renamed.Dimension(Fixed("Name"), 0);
+    name.Position(kPlaceRow, 1, false, false);
+    const BpCategory old = name.Category(Fixed("old"));
+    name.Category(Fixed("last made, but not asked"));
+    old.Cell(BpString("first", false));
+    old.Cell(BpString("new", false));
+    renamed.Note(BpAnnotation(Fixed("so").Replicate(), -1));
+    const BpPivotTable empty = procedure.PivotTable(Fixed("Renamed"), Fixed("Renamed"), true);
+  }
+  std::ostringstream out;
+  WriteJsonReport(OutputDocument::Current(), {"ok", {{"sample", "s.csv", 120}}}, out);
+  const std::string kAt = R"("Variables":["Region = North","district =","7"]})";
+  EXPECT_EQ(out.str(), R"({"procedure": "SVSelect", "status": "ok",
+"messages": [
+{"level":"warning","text":"a \"b\" )"
+                       "\uFFFD"
+                       R"(","group":"Plan stage 1...","repeats":0}],
+"notes": [
+{"group":1,"label":"Plan File","text":"plan.xml"}],
+"tables": [
+{"title": "Summary stage 1", "kind": "Summary", "caption": "Plan File plan.xml", "notes": [],
+"dimensions": [
+{"label":"Value","place":"column","index":1},
+{"label":"Statistics","place":"column","index":2},
+{"label":"Variables","place":"row","index":1}],
+"cells": [
+{"at":{"Value":["Requested"],"Statistics":["Number of Units Sampled"],)" +
+                           kAt + R"(,"value":12,"text":"12"},
+{"at":{"Value":["Actual"],"Statistics":["Number of Units Sampled"],)" +
+                           kAt + R"(,"value":11,"text":"11"},
+{"at":{"Value":["Requested"],"Statistics":["Proportion of Units Sampled"],)" +
+                           kAt + R"(,"text":"."},
+{"at":{"Value":["Actual"],"Statistics":["Proportion of Units Sampled"],)" +
+                           kAt + R"(,"text":"."}]},
+{"title": "Renamed", "kind": "Renamed", "caption": "", "notes": ["so"],
+"dimensions": [
+{"label":"Name","place":"row","index":1}],
+"cells": [
+{"at":{"Name":["old"]},"text":"new"}]}],
+"files": [
+{"role":"sample","path":"s.csv","cases":120}]}
+)");
+  EXPECT_TRUE(AsText().starts_with("\nSVSelect\n\nPlan File  plan.xml\n\nSummary"));
+}
