@@ -53,8 +53,8 @@ struct JointProbs : MCSV::SVSOutJointProbs, Log {
 
 // One stage over records of stratum, cluster, rate or size or weight, case id.
 struct Stage {
-  Stage(const SVSCompSettings& given, std::vector<double> values)
-      : settings(given), records(4, std::move(values)), tabulator(&settings, 1, nullptr, &cancel) {
+  Stage(const SVSCompSettings& given, std::vector<double> values, int number = 1)
+      : settings(given), records(4, std::move(values)), tabulator(&settings, number, nullptr, &cancel) {
     out.SetStage(1), tabulator.SetRandom(&random), tabulator.SetOutputStats(&out);
   }
   SVSCompSettings settings;
@@ -189,6 +189,12 @@ TEST(SVSDataTabulator, JointProtocol) {
     if (expected.back() != "close") expected.push_back("close");
     EXPECT_EQ(joint.calls, expected);
   }
+  SVSCompSettings settings = Settings(kMethodSimpleWor);
+  settings.SetMethod(kMethodSimpleWor, 2), settings.SetSpecValue(1, kSizeValue, 2);
+  Stage later(settings, {1, 1, 0, 0}, 2);
+  later.tabulator.ProcessData(later.records);
+  JointProbs joint;
+  EXPECT_TRUE(later.tabulator.SelectSamples(nullptr, &joint).IsOK() && joint.calls.empty());
 }
 
 }  // namespace
