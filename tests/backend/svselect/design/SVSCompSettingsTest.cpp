@@ -60,11 +60,12 @@ TEST(SVSCompSettings, SettersRefuse) {
   EXPECT_TRUE(s.AddSpecVar(5, kRateVariable, 1));
   // clang-format off
   const std::vector<bool> refused = {
-      s.AddDesignVar(-1, kRoleStrata, 1), s.AddDesignVar(0, kRoleCluster, 2), s.AddDesignVar(5, kRoleStrata, 1),
-      s.AddDesignVar(6, kRoleStrata, 1), s.AddSpecVar(5, kRateVariable, 2), s.AddSpecVar(3, kSizeVariable, 2),
-      s.AddSpecVar(-1, kSizeVariable, 2), s.AddSpecVar(7, kRateMatrix, 2), s.SetSpecValue(0.0, kRateValue, 2),
-      s.SetSpecValue(2.5, kSizeValue, 2), s.SetSpecValue(1, kPopSizeValue, 2), s.SetEstimator(1, 2),
-      s.SetEstimator(2, 1), s.SetMethod(kMethodPpsWor, 2), s.SetMOSVar(0), s.SetMOSVar(-1), s.SetWeightVar(5)};
+      s.AddDesignVar(-1, kRoleStrata, 1), s.AddDesignVar(0, kRoleCluster, 2),
+      s.AddDesignVar(5, kRoleStrata, 1), s.AddDesignVar(6, kRoleStrata, 1), s.AddSpecVar(5, kRateVariable, 2),
+      s.AddSpecVar(3, kSizeVariable, 2), s.AddSpecVar(-1, kSizeVariable, 2), s.AddSpecVar(7, kRateMatrix, 2),
+      s.SetSpecValue(0.0, kRateValue, 2), s.SetSpecValue(2.5, kSizeValue, 2),
+      s.SetSpecValue(1, kPopSizeValue, 2), s.SetEstimator(1, 2), s.SetEstimator(2, 1),
+      s.SetMethod(kMethodPpsWor, 2), s.SetMOSVar(0), s.SetMOSVar(-1), s.SetWeightVar(5)};
   // clang-format on
   EXPECT_EQ(refused, std::vector<bool>(refused.size(), false));
   EXPECT_EQ(s.VariableTypes(), (Indices{1, 1, 1, 1, 0, 2, 4, 0, 0}));

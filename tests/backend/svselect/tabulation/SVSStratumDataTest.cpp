@@ -159,4 +159,20 @@ TEST(SVSStratumData, SizesAndTheirWarning) {
   }
 }
 
+TEST(SVSStratumData, JointProbabilitiesAreTheSameOnThreads) {
+  std::vector<std::vector<double>> matrices;
+  for (const int threads : {1, 3}) {
+    SVSCompSettings settings = OneStage(kMethodPpsSampford);
+    settings.SetSpecValue(3, kSizeValue, 1), settings.SetNumThreads(threads);
+    Stratum stratum(settings, 0);
+    for (std::int32_t unit = 1; unit <= 9; ++unit) stratum.Add(unit, 10 + unit);
+    ASSERT_FALSE(stratum.data.Select().IsError());
+    const std::vector<double>* matrix = nullptr;
+    ASSERT_TRUE(stratum.data.ComputeJointProbs(&matrix).IsOK());
+    matrices.push_back(*matrix);
+  }
+  EXPECT_EQ(matrices[0].size(), 9U);
+  EXPECT_EQ(matrices[0], matrices[1]);
+}
+
 }  // namespace
