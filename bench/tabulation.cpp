@@ -23,31 +23,34 @@ constexpr int kRecords = 10'000'000;
 constexpr int kStrata = 100, kClusters = 200, kInner = 10;
 enum Column { kStratum, kCluster, kInnerCluster, kCase, kWidth };
 
-MemoryRecords& Records() {
-  static MemoryRecords records = [] {
+// Records in random order, or as a survey's frame mostly comes: cluster by cluster.
+MemoryRecords& Records(bool sorted) {
+  const auto make = [](bool bySort) {
     std::mt19937 engine(1);
     std::vector<double> values;
     values.reserve(static_cast<std::size_t>(kRecords) * kWidth);
     for (int i = 0; i < kRecords; ++i) {
-      values.push_back(1 + engine() % kStrata);
-      values.push_back(1 + engine() % kClusters);
+      const int outer = bySort ? i / (kRecords / (kStrata * kClusters)) : static_cast<int>(engine() >> 1);
+      values.push_back(1 + outer / kClusters % kStrata);
+      values.push_back(1 + outer % kClusters);
       values.push_back(1 + engine() % kInner);
       values.push_back(i);
     }
     return MemoryRecords(kWidth, std::move(values));
-  }();
-  records.Reset();
-  return records;
+  };
+  static MemoryRecords records[] = {make(false), make(true)};
+  records[sorted].Reset();
+  return records[sorted];
 }
 
 // What a run gives to its tabulators.
 struct Run {
   explicit Run(const SVSCompSettings& given) : settings(given) { random.Initialize(1); }
-  std::unique_ptr<SVSDataTabulator> Tabulate(int stage, SVSDataTabulator* previous) {
+  std::unique_ptr<SVSDataTabulator> Tabulate(int stage, SVSDataTabulator* previous, bool sorted = false) {
     auto tabulator = std::make_unique<SVSDataTabulator>(&settings, stage, previous, &cancel);
     tabulator->SetRandom(&random);
     tabulator->SetOutputStats(&out);
-    Require(tabulator->ProcessData(Records()));
+    Require(tabulator->ProcessData(Records(sorted)));
     if (tabulator->ValidCount() != kRecords) std::abort();
     return tabulator;
   }
@@ -63,7 +66,7 @@ struct Run {
   MCCommonMath::MCRandomTwister random;
 };
 
-SVSCompSettings Settings(bool cases) {
+SVSCompSettings Settings(bool cases, int clusters = kClusters) {
   SVSCompSettings settings;
   settings.SetCaseIdVar(kCase);
   if (!cases) {
@@ -73,8 +76,7 @@ SVSCompSettings Settings(bool cases) {
   }
   for (const int stage : {1, 2}) {
     settings.SetMethod(kMethodSimpleWor, stage);
-    settings.SetSpecValue(1.0, kRateValue,
-                          stage);  // all clusters go on: no record of the later stage is cheap
+    settings.SetSpecValue(clusters, kSizeValue, stage);
     settings.AddSelectStage(stage);
   }
   return settings;
@@ -92,24 +94,28 @@ std::size_t HeapBytes() {
 
 void FirstStage(benchmark::State& state) {
   Run run(Settings(false));
-  Records();
+  Records(false);
   for (auto _ : state) benchmark::DoNotOptimize(run.Tabulate(1, nullptr));
   PerRecord(state);
 }
 BENCHMARK(FirstStage)->Unit(benchmark::kMillisecond);
 
 void LaterStage(benchmark::State& state) {
-  Run run(Settings(false));
-  const std::unique_ptr<SVSDataTabulator> first = run.Tabulate(1, nullptr);
+  Run run(Settings(false, static_cast<int>(state.range(0))));
+  const bool sorted = state.range(1) != 0;
+  const std::unique_ptr<SVSDataTabulator> first = run.Tabulate(1, nullptr, sorted);
   Run::Require(first->SelectSamples(nullptr, nullptr));
-  for (auto _ : state) benchmark::DoNotOptimize(run.Tabulate(2, first.get()));
+  for (auto _ : state) benchmark::DoNotOptimize(run.Tabulate(2, first.get(), sorted));
   PerRecord(state);
 }
-BENCHMARK(LaterStage)->Unit(benchmark::kMillisecond);
+BENCHMARK(LaterStage)
+    ->ArgNames({"clusters selected", "sorted"})
+    ->ArgsProduct({{20, kClusters}, {0, 1}})
+    ->Unit(benchmark::kMillisecond);
 
 void CasesAsUnits(benchmark::State& state) {
   Run run(Settings(true));
-  Records();
+  Records(false);
   std::size_t bytes = 0;
   for (auto _ : state) {
     const std::size_t before = HeapBytes();

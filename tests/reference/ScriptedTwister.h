@@ -5,8 +5,8 @@
 
 #include "host/numeric/MCRandomTwister.h"
 
-// One number that a generator is to give, if it is asked for by the operation named. Asked for by the other one
-// it gives a number 2^-27 higher (Open) or within 2^-26 of it (Closed).
+// One number that a generator is to give, if it is asked for by the operation named. Asked for by the other
+// one it gives a number 2^-27 higher (Open) or within 2^-26 of it (Closed).
 struct ScriptedDraw {
   bool bOpen;
   double value;

@@ -12,6 +12,7 @@ class SVCancelInfo;
 // Asks for cancellation before each unit; false when cancelled, the hits then being unfinished. The points
 // come back in ascending order, without those that are no numbers.
 //
-// Cost: the sort of the points, and one walk along units and points together.
+// Cost: the sort of the points, and one walk along units and points together, which each negative size sets
+// back.
 bool AddHits(std::vector<double>* points, std::span<const double> cumulativeSizes,
              std::vector<std::int32_t>* hits, SVCancelInfo* cancelInfo);

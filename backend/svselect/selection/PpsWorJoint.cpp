@@ -61,18 +61,20 @@ bool PpsWorJoint::Run(std::size_t range, const Stop& stop) {
     std::call_once(fpMade[each], [&] { MakeSteps(fvSteps[each], stop, &scratch); });
   }
   for (std::size_t row = range * kRowsPerTile; row < fMatrix.Count(); row += ranges * kRowsPerTile) {
-    if (fbStopped || stop()) return false;
+    if (Stopped(stop)) return false;
     SumRows(row, std::min(row + kRowsPerTile, fMatrix.Count()), &sums);
   }
   return !fbStopped;
 }
 
+bool PpsWorJoint::Stopped(const Stop& stop) {
+  if (stop()) fbStopped = true;
+  return fbStopped;
+}
+
 void PpsWorJoint::MakeSteps(const Range& steps, const Stop& stop, Scratch* scratch) {
   for (std::size_t step = steps.begin; step < steps.end; ++step) {
-    if (fbStopped || stop()) {
-      fbStopped = true;
-      return;
-    }
+    if (Stopped(stop)) return;
     MakeStep(step, scratch);
   }
 }

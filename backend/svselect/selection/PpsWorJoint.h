@@ -54,6 +54,7 @@ private:
     std::vector<double> z, a, b;  // Z, A, B by unit
   };
 
+  bool Stopped(const Stop& stop);
   void MakeSteps(const Range& steps, const Stop& stop, Scratch* scratch);
   void MakeStep(std::size_t step, Scratch* scratch);
   void SumRows(std::size_t firstRow, std::size_t endRow, std::vector<double>* sums);
@@ -71,7 +72,7 @@ private:
   std::unique_ptr<double[]> fpRatio;         // A(ia)
   std::unique_ptr<double[]> fpRun;           // B(ia-1), 1 for the first unit
   std::unique_ptr<std::once_flag[]> fpMade;  // by range
-  std::atomic<bool> fbStopped{false};        // someone was told to stop: not all factors are made
+  std::atomic<bool> fbStopped{false};        // one range was told to stop: all of them end
 };
 
 // The same where the last n units are all of one size:

@@ -2,10 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "backend/svselect/selection/HitCounts.h"
 #include "backend/svselect/selection/SVSelectSamples.h"
 #include "host/numeric/MCRandomTwister.h"
+
+namespace {
+constexpr std::int64_t kMostSelected = std::numeric_limits<std::int32_t>::max();
+}
 
 void SVSelectSamples::SelectPpsWr() {
   // Points are counted some at a time, since a sample with replacement can be far larger than its stratum.
@@ -19,13 +24,16 @@ void SVSelectSamples::SelectPpsWr() {
     for (double& point : points) point = fpRandom->GetRealOpen() * fTotalSampleSize;
     if (!AddHits(&points, fCumSampleSizes, &hits, fpCancelInfo)) return Fail(kStatusCancelled);
   }
+  std::int64_t selected = 0;
   for (std::int32_t i = 0; i < fNAllSamples; ++i) {
     const std::int32_t count = hits[static_cast<std::size_t>(i)];
     if (count == 0) continue;
     const double inclProb = 1.0 - std::pow(1.0 - Share(i), fNRequestSamples);
     Unit(i).SetResults(inclProb, WeightOf(RequestedShare(i)), count);
-    fNSelectSamples += count;
+    selected += count;
   }
+  // Negative sizes lead the line back, and a point there lies in several intervals.
+  fNSelectSamples = static_cast<std::int32_t>(std::min<std::int64_t>(selected, kMostSelected));
 }
 
 void SVSelectSamples::SelectPpsSystematic() {

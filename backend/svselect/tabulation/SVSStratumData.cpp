@@ -29,11 +29,10 @@ bool DrawsTwoUnits(std::int32_t method) {
 
 SVSStratumData::SVSStratumData(const SVSCompSettings* settings, std::int32_t stage, SVCancelInfo* cancelInfo,
                                std::size_t constCount)
-    : fpSettings(settings),
-      fStageInd(stage),
+    : fConstValues(constCount, 0.0),
       fSelectSamples(settings, stage, cancelInfo),
-      fConstValues(constCount, 0.0),
-      fpCancelInfo(cancelInfo),
+      fpSettings(settings),
+      fStageInd(stage),
       fInitSizeMeasure(gMissingValue) {
   if (settings->MOSVar() >= 0) fConstClusterVars.push_back(settings->MOSVar());
   const DesignStage* design = settings->GetStage(stage);

@@ -76,24 +76,26 @@ private:
   void RequestRate(double rate);
   std::int32_t NumUnits() const { return static_cast<std::int32_t>(fClusterTable.Count()); }
 
+  // What each record looks at stands together: with thousands of strata in a stage, a line more of it is a
+  // miss of the cache more for every record.
+  SVSOutSamples* fpOutSamples = nullptr;
+  bool fbUseMOSVar = false;    // a unit's size is its value of the measure of size
+  bool fbUseMOSData = false;   // a unit's size is its number of records
+  bool fbConstStatus = false;  // 92033 was raised
+  SVStatus fStatus;
+  ClusterTable fClusterTable;
+  std::vector<std::int32_t> fConstClusterVars;  // the measure of size: constant within a unit
+  std::vector<double> fConstValues;             // the rate or size of the stratum, if a variable carries it
+  ClusterPairs fClusterTablePairs;              // all units by first appearance; PPS_WOR sorts them
+  ClusterPairs fClusterSelectPairs;
+
+  SVSelectSamples fSelectSamples;
   const SVSCompSettings* fpSettings;
   std::int32_t fStageInd;
-  SVSelectSamples fSelectSamples;
-  SVSOutSamples* fpOutSamples = nullptr;
-  std::vector<double> fConstValues;             // the rate or size of the stratum, if a variable carries it
-  std::vector<std::int32_t> fConstClusterVars;  // the measure of size: constant within a unit
-  SVCancelInfo* fpCancelInfo;
-  ClusterTable fClusterTable;
-  ClusterPairs fClusterTablePairs;  // all units by first appearance; PPS_WOR sorts them
-  ClusterPairs fClusterSelectPairs;
   std::int32_t fSelectMethod;
   std::int32_t fInclProbType;
-  double fInitSizeMeasure;    // of a new unit
-  bool fbUseMOSVar = false;   // a unit's size is its value of the measure of size
-  bool fbUseMOSData = false;  // a unit's size is its number of records
+  double fInitSizeMeasure;  // of a new unit
   std::int32_t fRequestSampleSize = 0;
   double fRequestSampleRate = 0.0;
-  SVStatus fStatus;
-  bool fbConstStatus = false;  // 92033 was raised
   MCCommonMath::MCRandomTwister* fpRandom = nullptr;
 };

@@ -89,6 +89,7 @@ public:
 
   // The entry of an equal key, or null. Allocates nothing.
   Entry* Find(const SVKey& key) const {
+    if (IsIndexed(key)) return fvIndex.empty() ? nullptr : fvIndex[IndexSlot(key)];
     Entry* entry = fBuckets[BucketOf(key)];
     while (entry != nullptr && !(entry->key == key)) entry = entry->next;
     return entry;
@@ -103,6 +104,7 @@ public:
     Entry* entry = ::new (FreeSlot()) Entry(key, std::forward<Arguments>(arguments)...);
     ++fChunks.back().used;
     Link(entry);
+    if (IsIndexed(key)) Index(entry);
     ++fCount;
     return entry;
   }
@@ -131,6 +133,7 @@ private:
   static constexpr std::size_t kFirstBuckets = 89;
   static constexpr float kLoadFactor = 0.75F;
   static constexpr std::size_t kMaxBuckets = std::numeric_limits<std::int32_t>::max();
+  static constexpr std::size_t kFirstIndex = 64;
   static constexpr std::size_t kMinChunk = 4;  // a stratum of few units shall not pay for many
   static constexpr std::size_t kMaxChunk = 4096;
 
@@ -153,6 +156,32 @@ private:
     Entry*& head = fBuckets[BucketOf(entry->key)];
     entry->next = head;
     head = entry;
+  }
+
+  static bool IsIndexed(const SVKey& key) { return key.Length() > 1; }
+
+  // Where the key stands in the index, or would stand: linear probing, at most half of the slots in use, so
+  // there is always a free one to end at. REQUIRES: the index isn't empty.
+  std::size_t IndexSlot(const SVKey& key) const {
+    std::uint64_t mixed = 0;
+    for (std::int32_t i = 0; i < key.Length(); ++i) {
+      mixed = (mixed ^ static_cast<std::uint32_t>(key[i])) * 0x9E3779B97F4A7C15U;  // 2^64 by the golden ratio
+      mixed ^= mixed >> 32;
+    }
+    std::size_t slot = mixed & (fvIndex.size() - 1);
+    while (fvIndex[slot] != nullptr && !(fvIndex[slot]->key == key)) slot = (slot + 1) & (fvIndex.size() - 1);
+    return slot;
+  }
+
+  void Index(Entry* entry) {
+    if (++fIndexed > fvIndex.size() / 2) {
+      std::vector<Entry*> old(std::max(kFirstIndex, 2 * fvIndex.size()), nullptr);
+      old.swap(fvIndex);
+      for (Entry* moved : old) {
+        if (moved != nullptr) fvIndex[IndexSlot(moved->key)] = moved;
+      }
+    }
+    fvIndex[IndexSlot(entry->key)] = entry;
   }
 
   // The place of the next entry. Chunks grow with the table.
@@ -189,4 +218,6 @@ private:
   std::int32_t fThreshold = static_cast<std::int32_t>(kFirstBuckets * kLoadFactor);
   std::int32_t fRehashCount = 0;
   std::vector<Chunk> fChunks;
+  std::vector<Entry*> fvIndex;  // the entries of indexed keys; null is a free slot; the size is a power of 2
+  std::size_t fIndexed = 0;     // entries in it
 };

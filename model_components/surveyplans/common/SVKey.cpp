@@ -49,7 +49,13 @@ void SVKey::ComputeHash() {
 }
 
 bool SVKey::SameValues(const SVKey& other) const {
-  return std::equal(Values(), Values() + arLength, other.Values());
+  // A loop of its own: keys are short, and std::equal calls memcmp.
+  const std::int32_t* a = Values();
+  const std::int32_t* b = other.Values();
+  for (std::int32_t i = 0; i < arLength; ++i) {
+    if (a[i] != b[i]) return false;
+  }
+  return true;
 }
 
 bool SVKey::operator<(const SVKey& other) const {

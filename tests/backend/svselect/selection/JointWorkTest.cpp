@@ -192,21 +192,28 @@ TEST(SampfordJoint, StaysExactForManyUnevenUnits) {
   }
 }
 
-// Goal: the order of additions is that of the steps, to the last bit; and places in the matrix go by
-// selection.
-TEST(PpsWorJoint, AddsTheStepsInTheirOrder) {
+// Goal: a matrix of some units, in any order of selection, holds what their formula says: for PPS_WOR the sum
+// in the order of the steps, to the last bit.
+TEST(JointWork, SelectedUnitsHaveTheirPlaces) {
   std::vector<double> sizes = ParetoSizes(60, 24, 1.5, 0.9, 5);
   std::sort(sizes.begin(), sizes.end());
   const JointMatrix plain = PlainPpsWor(sizes, 24);
-  Stratum stratum(sizes, 24);
-  std::shuffle(stratum.selected.begin(), stratum.selected.end(), std::mt19937(3));
-  stratum.selected.resize(31);
-  stratum.Compute(Method::kPpsWor);
-  for (std::size_t a = 0; a < 31; ++a) {
-    for (std::size_t b = 0; b < 31; ++b) {
-      const auto ia = static_cast<std::size_t>(stratum.selected[a]) - 1;
-      const auto ib = static_cast<std::size_t>(stratum.selected[b]) - 1;
-      EXPECT_EQ(stratum.At(a, b), a == b ? MCMV::gMissingValue : plain[ia][ib]) << ia << ',' << ib;
+  for (const Method method : {Method::kPpsWor, Method::kSampford}) {
+    Stratum stratum(sizes, 24);
+    std::shuffle(stratum.selected.begin(), stratum.selected.end(), std::mt19937(3));
+    stratum.selected.resize(11);
+    stratum.Compute(method);
+    for (std::size_t a = 0; a < 11; ++a) {
+      for (std::size_t b = 0; b < 11; ++b) {
+        if (a == b) continue;
+        const auto ia = static_cast<std::size_t>(stratum.selected[a]) - 1;
+        const auto ib = static_cast<std::size_t>(stratum.selected[b]) - 1;
+        if (method == Method::kPpsWor) {
+          EXPECT_EQ(stratum.At(a, b), plain[ia][ib]) << ia << ',' << ib;
+        } else {
+          EXPECT_NEAR(stratum.At(a, b) / LongSampford(stratum.p, 24, ia, ib), 1.0, 1e-12) << ia << ',' << ib;
+        }
+      }
     }
   }
 }

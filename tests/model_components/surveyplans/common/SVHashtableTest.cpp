@@ -76,8 +76,8 @@ RC_GTEST_PROP(SVHashtable, KeepsTheOrderOfItsChains, (unsigned spread)) {
   RC_ASSERT(alive == 0);
 }
 
-// Goal: keys of one bucket tell the table's size. 0, 89 and 178 share a bucket of 89 and none of 179; the value
-// is a third of that, as the hash is three times the value.
+// Goal: keys of one bucket tell the table's size. 0, 89 and 178 share a bucket of 89 and none of 179; the
+// value is a third of that, as the hash is three times the value.
 TEST(SVHashtable, GrowsAtThe67thKey) {
   SVHashtable<int> table;
   for (int i = 0; i < 66; ++i) ASSERT_TRUE(table.Insert(KeyOf({89 * i}), i));

@@ -1,0 +1,42 @@
+#include "backend/svcommon/PlanElements.h"
+
+#include <xercesc/dom/DOMElement.hpp>
+#include <xercesc/dom/DOMNodeList.hpp>
+#include <xercesc/util/XMLString.hpp>
+
+namespace SV_XML {
+
+const xercesc::DOMElement* ElementFrom(const xercesc::DOMNode* node) {
+  while (node != nullptr && node->getNodeType() != xercesc::DOMNode::ELEMENT_NODE) {
+    node = node->getNextSibling();
+  }
+  return static_cast<const xercesc::DOMElement*>(node);
+}
+
+const xercesc::DOMElement* FindChild(const xercesc::DOMNode* parent, const XMLCh* name) {
+  if (parent == nullptr) return nullptr;
+  const xercesc::DOMElement* child = ElementFrom(parent->getFirstChild());
+  while (child != nullptr && !xercesc::XMLString::equals(child->getNodeName(), name)) {
+    child = ElementFrom(child->getNextSibling());
+  }
+  return child;
+}
+
+std::vector<const xercesc::DOMElement*> FindAll(const xercesc::DOMElement* parent, const XMLCh* name,
+                                                std::size_t most) {
+  // The list remembers the item asked for last and goes on from there, so that this walks the tree once.
+  const xercesc::DOMNodeList* const list = parent->getElementsByTagName(name);
+  std::vector<const xercesc::DOMElement*> found;
+  while (found.size() < most) {
+    const xercesc::DOMNode* const item = list->item(found.size());
+    if (item == nullptr) break;
+    found.push_back(static_cast<const xercesc::DOMElement*>(item));
+  }
+  return found;
+}
+
+bool IsWord(const xercesc::DOMElement* element, const XMLCh* attribute, const XMLCh* word) {
+  return xercesc::XMLString::equals(element->getAttribute(attribute), word);
+}
+
+}  // namespace SV_XML

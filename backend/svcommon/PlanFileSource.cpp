@@ -1,0 +1,52 @@
+#include "backend/svcommon/PlanFileSource.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <utility>
+#include <xercesc/util/BinFileInputStream.hpp>
+
+#include "backend/svcommon/PlanDomParser.h"
+
+namespace SV_XML {
+
+namespace {
+
+class PlanFileStream : public xercesc::BinFileInputStream {
+public:
+  PlanFileStream(std::FILE* file, const PlanDomParser* parser)
+      : BinFileInputStream(file, xercesc::XMLPlatformUtils::fgMemoryManager), fpParser(parser) {}
+
+  XMLSize_t readBytes(XMLByte* to, XMLSize_t most) override {
+    const XMLSize_t count = BinFileInputStream::readBytes(to, most);
+    if (fpParser != nullptr && fpParser->IsInSubset()) fSubsetBytes += count;
+    return fSubsetBytes > PlanFileSource::kMaxSubsetBytes ? 0 : count;
+  }
+
+private:
+  const PlanDomParser* fpParser;
+  std::size_t fSubsetBytes = 0;
+};
+
+}  // namespace
+
+PlanFileSource::PlanFileSource(std::string path, const std::u16string& wide, const PlanDomParser* parser)
+    : LocalFileInputSource(wide.c_str()), fPath(std::move(path)), fpParser(parser) {}
+
+xercesc::BinInputStream* PlanFileSource::makeStream() const {
+  // Not blocking: else the open would wait for a pipe's writer.
+  const int file = open(fPath.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (file < 0) return nullptr;
+  struct stat status {};
+  const bool isReadable = fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_size <= kMaxBytes;
+  std::FILE* const stream = isReadable ? fdopen(file, "rb") : nullptr;
+  if (stream == nullptr) {
+    close(file);
+    return nullptr;
+  }
+  return new PlanFileStream(stream, fpParser);
+}
+
+}  // namespace SV_XML

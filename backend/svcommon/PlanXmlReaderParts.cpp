@@ -1,0 +1,164 @@
+#include <locale>
+#include <sstream>
+#include <xercesc/dom/DOMElement.hpp>
+#include <xercesc/dom/DOMNodeList.hpp>
+
+#include "backend/svcommon/PlanElements.h"
+#include "backend/svcommon/PlanReadErrors.h"
+#include "backend/svcommon/PlanXmlReader.h"
+#include "host/numeric/Fuzzy.h"
+#include "host/text/TextConversion.h"
+#include "host/text/VariableNames.h"
+
+// The parts that stages are made of: lists of variables, numbers in their three forms, names.
+namespace SV_XML {
+
+namespace {
+
+// The code of a number that a stage gives, by what it is.
+int CheckValue(std::int32_t paramKind, double value) {
+  switch (paramKind) {
+    case kParamSize:
+      return value > 0.0 && IsValidInteger(value) ? 0 : kPlanBadSampleSize;
+    case kParamRate:
+      return value > 0.0 ? 0 : kPlanBadSampleRate;
+    case kParamPopSize:
+      return value > 0.0 && IsValidInteger(value) ? 0 : kPlanBadPopulationSize;
+    case kParamInclProb:
+      return value > 0.0 && value <= 1.0 ? 0 : kPlanBadInclusionProbability;
+    default:
+      return 0;
+  }
+}
+
+// What a fresh stream extracts from the text, its state left alone: white space before the number and
+// anything behind it don't matter, a text without a number gives 0, one beyond the type's range its end.
+template <class Value>
+Value Extract(const std::string& text) {
+  std::istringstream stream(text);
+  stream.imbue(std::locale::classic());
+  Value value = 0;
+  stream >> value;
+  return value;
+}
+
+}  // namespace
+
+int PlanXmlReader::ReadStrata(const Element* element, int number) {
+  const Element* const list = FindChild(element, u"StrataVarList");
+  return list == nullptr ? 0 : ReadVariableList(list, &fpPlan->getStage(number)->strataVariables);
+}
+
+int PlanXmlReader::ReadClusters(const Element* element, int number) {
+  const Element* const list = FindChild(element, u"ClusterVarList");
+  if (list == nullptr) return 0;
+  std::vector<KorvVarName>& clusters = fpPlan->getStage(number)->clusterVariables;
+  const int code = ReadVariableList(list, &clusters);
+  for (const KorvVarName& name : clusters) fpPlan->addStageVariableName(number, name);
+  return code;
+}
+
+int PlanXmlReader::ReadVariableList(const Element* list, std::vector<KorvVarName>* names) {
+  const std::vector<const Element*> variables = FindAll(list, u"Variable", kMaxListVariables + 1);
+  if (variables.size() > kMaxListVariables) return kPlanInvalidFile;
+  int code = 0;
+  for (const Element* const variable : variables) {
+    KorvVarName& name = names->emplace_back();
+    code = LastFault(code, ReadName(variable, &name));
+    fpPlan->addDesignVariableName(name);
+  }
+  return code;
+}
+
+int PlanXmlReader::ReadHolder(const Element* holder, int number) {
+  SVPlanStageSpecs* const stage = fpPlan->getStage(number);
+  int code = 0;
+  if (const Element* const value = FindChild(holder, u"SingleValue"); value != nullptr) {
+    stage->paramSource = kParamByValue;
+    stage->paramValue = Number(value, u"value");
+    code = CheckValue(stage->paramKind, stage->paramValue);
+  }
+  if (const Element* const variable = FindChild(holder, u"Variable"); variable != nullptr) {
+    stage->paramSource = kParamByVarName;
+    code = LastFault(code, ReadName(variable, &stage->paramVariable));
+  }
+  if (const Element* const matrix = FindChild(holder, u"Matrix"); matrix != nullptr) {
+    stage->paramSource = kParamByVarCatList;
+    code = ReadMatrix(matrix, number);
+  }
+  return code;
+}
+
+int PlanXmlReader::ReadMatrix(const Element* matrix, int number) {
+  const int rows = Integer(matrix, u"numberOfValues");
+  int code = ReadMatrixVariables(matrix, number);
+  // The list remembers the item asked for last and goes on from there, so that this walks the tree once.
+  const xercesc::DOMNodeList* const list = matrix->getElementsByTagName(u"MatrixValue");
+  for (int i = 0; i < rows; ++i) {
+    const xercesc::DOMNode* const row = list->item(static_cast<XMLSize_t>(i));
+    if (row == nullptr) return kPlanInvalidFile;
+    code = LastFault(code, ReadMatrixRow(static_cast<const Element*>(row), fpPlan->getStage(number)));
+  }
+  return code;
+}
+
+// A table may go by the strata of its own and earlier stages and by the clusters of earlier ones: within a
+// cluster of its own stage there is nothing left to choose.
+int PlanXmlReader::ReadMatrixVariables(const Element* matrix, int number) {
+  const Element* const list = FindChild(matrix, u"MatrixVarList");
+  if (list == nullptr) return 0;
+  int code = 0;
+  for (const Element* variable = ElementFrom(list->getFirstChild()); variable != nullptr;
+       variable = ElementFrom(variable->getNextSibling())) {
+    const KorvVarName name = Text(variable, u"name");
+    if (ValidateKORVName(name.Text()) != 0) code = kPlanInvalidVariable;
+    fpPlan->getStage(number)->paramMatrix.addVarName(name);
+    if (!fpPlan->hasDesignVariableName(name) || fpPlan->hasStageVariableName(number, name)) {
+      code = kPlanBadMatrixVariable;
+    }
+  }
+  return code;
+}
+
+int PlanXmlReader::ReadMatrixRow(const Element* row, SVPlanStageSpecs* stage) const {
+  VarCatList::CatList categories;
+  for (const Element* category = ElementFrom(row->getFirstChild()); category != nullptr;
+       category = ElementFrom(category->getNextSibling())) {
+    VarCatList::addStringToCatList(categories, Text(category, u"value"));
+  }
+  const int code = stage->paramMatrix.isCatListOK(categories) ? 0 : kPlanBadCategoryList;
+  const double value = Number(row, u"sizeValue");
+  stage->paramMatrix.addCatList(std::move(categories), value);
+  return LastFault(code, CheckValue(stage->paramKind, value));
+}
+
+int PlanXmlReader::ReadName(const Element* variable, KorvVarName* name) {
+  *name = Text(variable, u"name");
+  if (!fpPlan->addVariableName(*name)) return kPlanRepeatedVariable;
+  return ValidateKORVName(name->Text()) == 0 ? 0 : kPlanInvalidVariable;
+}
+
+int PlanXmlReader::ReadBound(const Element* parent, const XMLCh* name, double* bound) const {
+  const Element* const holder = FindChild(parent, name);
+  if (holder == nullptr) return 0;
+  const Element* const value = FindChild(holder, u"SingleValue");
+  if (value == nullptr) return kPlanInvalidFile;
+  *bound = Number(value, u"value");
+  return 0;
+}
+
+std::string PlanXmlReader::Text(const Element* element, const XMLCh* name) const {
+  std::string text;
+  KORVMBU16ToGeneric(fpConverter, text, element->getAttribute(name));
+  return text;
+}
+
+int PlanXmlReader::Integer(const Element* element, const XMLCh* name) const {
+  return Extract<int>(Text(element, name));
+}
+
+double PlanXmlReader::Number(const Element* element, const XMLCh* name) const {
+  return Extract<double>(Text(element, name));
+}
+
+}  // namespace SV_XML

@@ -1,0 +1,207 @@
+#include <algorithm>
+#include <iterator>
+#include <xercesc/dom/DOMElement.hpp>
+
+#include "backend/svcommon/PlanElements.h"
+#include "backend/svcommon/PlanReadErrors.h"
+#include "backend/svcommon/PlanXmlReader.h"
+#include "host/numeric/Fuzzy.h"
+
+// The stages of a plan. A stage is read to its end whatever is found, and the running code keeps the first
+// fault: the order of reading is the order of the checks.
+namespace SV_XML {
+
+namespace {
+
+struct Word {
+  const XMLCh* text;
+  SamplingType type;
+};
+
+constexpr Word kSelectionMethods[] = {
+    {u"simple_wor", kSamplingSimpleWor},
+    {u"simple_wr", kSamplingSimpleWr},
+    {u"simple_systematic", kSamplingSimpleSystematic},
+    {u"simple_chromy", kSamplingSimpleChromy},
+    {u"pps_wor", kSamplingPpsWor},
+    {u"pps_wr", kSamplingPpsWr},
+    {u"pps_systematic", kSamplingPpsSystematic},
+    {u"pps_brewer", kSamplingPpsBrewer},
+    {u"pps_murthy", kSamplingPpsMurthy},
+    {u"pps_sampford", kSamplingPpsSampford},
+    {u"pps_chromy", kSamplingPpsChromy},
+};
+
+constexpr Word kEstimationMethods[] = {
+    {u"equal_wor", kSamplingEqualWor},
+    {u"unequal_wor", kSamplingUnequalWor},
+    {u"wr", kSamplingWr},
+};
+
+// The type of the attribute's word, kSamplingNoValue when it is none of the words.
+template <std::size_t kCount>
+SamplingType TypeOf(const xercesc::DOMElement* element, const XMLCh* attribute, const Word (&words)[kCount]) {
+  const Word* const word = std::find_if(std::begin(words), std::end(words), [&](const Word& candidate) {
+    return IsWord(element, attribute, candidate.text);
+  });
+  return word == std::end(words) ? kSamplingNoValue : word->type;
+}
+
+bool IsPps(std::int32_t type) {
+  return type >= kSamplingPpsWor && type <= kSamplingPpsChromy;
+}
+
+}  // namespace
+
+int PlanXmlReader::MakeStages(std::size_t count) {
+  fpPlan->stages.resize(fpPlan->stages.size() + count);
+  return count > static_cast<std::size_t>(kMaxPlanStages) ? kPlanTooManyStages : 0;
+}
+
+int PlanXmlReader::ReadSampleStages(const Element* design) {
+  const std::vector<const Element*> elements = FindAll(design, u"SampleStage", kMaxStagesRead);
+  int code = MakeStages(elements.size());
+  for (std::size_t i = 0; i < elements.size(); ++i) {
+    code = ReadSampleStage(elements[i], static_cast<int>(i) + 1, code);
+  }
+  return FirstFault(code, elements.size() == 1 ? CheckOnlyStage() : CheckClusters());
+}
+
+int PlanXmlReader::ReadSampleStage(const Element* element, int number, int runningCode) {
+  SVPlanStageSpecs* const stage = fpPlan->getStage(number);
+  ReadStageHead(element, stage);
+  int code = FirstFault(runningCode, ReadSelectionMethod(element, number, stage));
+  code = FirstFault(code, ReadStrata(element, number));
+  code = FirstFault(code, ReadClusters(element, number));
+  code = ReadSizeOrRate(element, number, code);
+  if (IsPps(stage->type)) code = FirstFault(code, ReadMos(element));
+  return FirstFault(code, ReadOutputs(element, stage));
+}
+
+void PlanXmlReader::ReadStageHead(const Element* element, SVPlanStageSpecs* stage) const {
+  stage->label = Text(element, u"label");
+  stage->stageNumber = Integer(element, u"stageNumber");
+}
+
+int PlanXmlReader::ReadSelectionMethod(const Element* element, int number, SVPlanStageSpecs* stage) const {
+  stage->type = TypeOf(element, u"selectionMethod", kSelectionMethods);
+  if (stage->type == kSamplingNoValue || (IsPps(stage->type) && number >= 2)) return kPlanIllegalMethod;
+  const bool isWithReplacement = stage->type == kSamplingSimpleWr || stage->type == kSamplingPpsWr;
+  return isWithReplacement && number != fpPlan->numStages() ? kPlanReplacementBeforeLast : 0;
+}
+
+int PlanXmlReader::ReadSizeOrRate(const Element* element, int number, int runningCode) {
+  SVPlanStageSpecs* const stage = fpPlan->getStage(number);
+  if (const Element* const size = FindChild(element, u"InputSampleSize"); size != nullptr) {
+    stage->paramKind = kParamSize;
+    return FirstFault(runningCode, ReadHolder(size, number));
+  }
+  if (const Element* const rate = FindChild(element, u"InputSampleRate"); rate != nullptr) {
+    stage->paramKind = kParamRate;
+    const int code = FirstFault(runningCode, ReadHolder(rate, number));
+    return ReadRateBounds(rate, stage, code);
+  }
+  const bool hasFixedSize = stage->type == kSamplingPpsBrewer || stage->type == kSamplingPpsMurthy;
+  return FirstFault(runningCode, hasFixedSize ? 0 : kPlanNoSizeOrRate);
+}
+
+int PlanXmlReader::ReadRateBounds(const Element* rate, SVPlanStageSpecs* stage, int runningCode) const {
+  int code = runningCode;
+  const auto read = [&](const XMLCh* name, double* bound) {
+    code = FirstFault(code, ReadBound(rate, name, bound));
+    if (*bound < 0.0 || !IsValidInteger(*bound)) code = FirstFault(code, kPlanBadBound);
+  };
+  read(u"MinSize", &stage->minSize);
+  read(u"MaxSize", &stage->maxSize);
+  const bool isCrossed = stage->minSize > stage->maxSize && stage->maxSize > 0.0;
+  return FirstFault(code, isCrossed ? kPlanMinAboveMax : 0);
+}
+
+int PlanXmlReader::ReadMos(const Element* stage) {
+  const Element* const mos = FindChild(stage, u"MOS");
+  if (mos == nullptr) return kPlanNoMos;
+  int code = 0;
+  if (IsWord(mos, u"fromData", u"yes")) {
+    fpPlan->mosFromData = true;
+  } else if (IsWord(mos, u"fromData", u"no")) {
+    const Element* const variable = FindChild(mos, u"Variable");
+    code = variable == nullptr ? kPlanNoMosSource : ReadName(variable, &fpPlan->mosVariable);
+  }
+  const auto read = [&](const XMLCh* name, double* bound) {
+    code = LastFault(code, ReadBound(mos, name, bound));
+    if (*bound < 0.0) code = kPlanBadBound;
+  };
+  read(u"MinSize", &fpPlan->mosMin);
+  read(u"MaxSize", &fpPlan->mosMax);
+  return fpPlan->mosMin > fpPlan->mosMax && fpPlan->mosMax > 0.0 ? kPlanMinAboveMax : code;
+}
+
+int PlanXmlReader::ReadOutputs(const Element* element, SVPlanStageSpecs* stage) {
+  const struct {
+    const XMLCh* element;
+    KorvVarName* name;
+  } outputs[] = {
+      {u"Index", &stage->indexName},
+      {u"IncProb", &stage->inclProbName},
+      {u"PopulationSize", &stage->popSizeName},
+      {u"OutputSampleSize", &stage->sampSizeName},
+      {u"OutputSampleRate", &stage->rateName},
+      {u"Weight", &stage->weightName},
+      {u"CumulativeWeight", &stage->cumWeightName},
+  };
+  int code = 0;
+  for (const auto& output : outputs) {
+    const Element* const holder = FindChild(element, output.element);
+    if (holder == nullptr) continue;
+    const Element* const variable = FindChild(holder, u"Variable");
+    code = FirstFault(code, variable == nullptr ? kPlanInvalidFile : ReadName(variable, output.name));
+  }
+  return code;
+}
+
+// A lone stage of these methods needs clusters: their units carry joint probabilities.
+int PlanXmlReader::CheckOnlyStage() const {
+  const SVPlanStageSpecs& stage = fpPlan->stages.front();
+  const bool needsClusters = HasJointProbs(MethodOfSamplingType(stage.type));
+  return needsClusters && stage.designVariableNames.empty() ? kPlanClusterMissing : 0;
+}
+
+int PlanXmlReader::CheckClusters() const {
+  for (int number = 1; number < fpPlan->numStages(); ++number) {
+    if (fpPlan->getStage(number)->designVariableNames.empty()) return kPlanClustersRequired;
+  }
+  return 0;
+}
+
+int PlanXmlReader::ReadAnalysisStages(const Element* design) {
+  const std::vector<const Element*> elements = FindAll(design, u"AnalysisStage", kMaxStagesRead);
+  int code = MakeStages(elements.size());
+  for (std::size_t i = 0; i < elements.size(); ++i) {
+    code = ReadAnalysisStage(elements[i], static_cast<int>(i) + 1, code);
+  }
+  return FirstFault(code, CheckClusters());
+}
+
+int PlanXmlReader::ReadAnalysisStage(const Element* element, int number, int runningCode) {
+  SVPlanStageSpecs* const stage = fpPlan->getStage(number);
+  ReadStageHead(element, stage);
+  int code = FirstFault(runningCode, ReadEstimationMethod(element, number, stage));
+  code = FirstFault(code, ReadStrata(element, number));
+  code = FirstFault(code, ReadClusters(element, number));
+  if (stage->type != kSamplingEqualWor) return code;
+  if (const Element* const size = FindChild(element, u"PopulationSize"); size != nullptr) {
+    stage->paramKind = kParamPopSize;
+    code = FirstFault(code, ReadHolder(size, number));
+  } else if (const Element* const probability = FindChild(element, u"IncProb"); probability != nullptr) {
+    stage->paramKind = kParamInclProb;
+    code = FirstFault(code, ReadHolder(probability, number));
+  }
+  return code;
+}
+
+int PlanXmlReader::ReadEstimationMethod(const Element* element, int number, SVPlanStageSpecs* stage) const {
+  stage->type = TypeOf(element, u"estimationMethod", kEstimationMethods);
+  return stage->type == kSamplingUnequalWor && number >= 2 ? kPlanIllegalEstimation : 0;
+}
+
+}  // namespace SV_XML

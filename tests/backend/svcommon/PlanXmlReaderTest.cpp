@@ -1,0 +1,358 @@
+#include "backend/svcommon/PlanXmlReader.h"
+
+#include <sys/stat.h>
+
+#include <climits>
+#include <filesystem>
+#include <limits>
+
+#include "PlanText.h"
+#include "host/environment/HostSession.h"
+
+namespace {
+
+class PlanXmlReader : public testing::Test {
+protected:
+  int Sample(const std::string& path) {
+    fPlan = SVPlanSpecs();
+    return SV_XML::PlanXmlReader(&fPlan).readSamplePlan(path);
+  }
+  int SampleText(const std::string& text) { return Sample(PlanFile(text).Path()); }
+  // A design of one element inside the first of two stages, which is sound without it.
+  int Analysis(const std::string& inner) {
+    fPlan = SVPlanSpecs();
+    const PlanFile file("<p><AnalysisDesign>" + inner + "</AnalysisDesign></p>");
+    return SV_XML::PlanXmlReader(&fPlan).readAnalysisPlan(file.Path());
+  }
+
+  HostSession fSession;
+  SVPlanSpecs fPlan;
+};
+
+struct Case {
+  int code;
+  const char* aim;
+  std::string design;
+};
+
+const std::string kPlain = Stage("simple_wor", kSizeOf3);
+const std::string kFirst = Stage("simple_wor", kByCounty + kSizeOf3);
+const std::string kBadWeight = "<Weight><Variable name='1'/></Weight>";
+
+std::string Strata(const std::string& variables) {
+  return "<StrataVarList>" + variables + "</StrataVarList>";
+}
+std::string Matrix(const std::string& variables, const std::string& rows, const char* count = "1") {
+  return "<InputSampleSize><Matrix numberOfValues='" + std::string(count) + "'><MatrixVarList>" + variables +
+         "</MatrixVarList>" + rows + "</Matrix></InputSampleSize>";
+}
+const std::string kType = "<Variable name='type'/>";
+const std::string kRow = "<MatrixValue sizeValue='5'><Category value='E'/></MatrixValue>";
+
+// One fault each, or two where the order of reading says which is told.
+TEST_F(PlanXmlReader, TellsFaultsOfSampleDesigns) {
+  const std::string pps = kByCounty + kSizeOf3;
+  const Case kCases[] = {
+      {0, "no stage at all", ""},
+      {0, "one stage", kPlain},
+      {0, "holder without a form", Stage("simple_wor", "<InputSampleSize/>")},
+      {2, "no letter first", Stage("simple_wor", Strata("<Variable name='9lives'/>") + kSizeOf3)},
+      {2, "no name", Stage("simple_wor", Strata("<Variable/>") + kSizeOf3)},
+      {2, "good after bad", Stage("simple_wor", Strata("<Variable name=''/>" + kType) + kSizeOf3)},
+      {2, "invalid after repeated",
+       Stage("simple_wor", Strata(kType + kType + "<Variable name='1'/>") + kSizeOf3)},
+      {22, "repeated after invalid",
+       Stage("simple_wor", Strata("<Variable name='1'/>" + kType + kType) + kSizeOf3)},
+      {22, "invalid and repeated",
+       Stage("simple_wor", Strata("<Variable name='1'/><Variable name='1'/>") + kSizeOf3)},
+      {22, "other case, other role",
+       Stage("simple_wor", Strata(kType) + kSizeOf3) + "<Weight><Variable name='TYPE'/></Weight>"},
+      {22, "the weights",
+       kPlain + "<PreviousWeight><Variable name='w'/></PreviousWeight>"
+                "<Weight><Variable name='W'/></Weight>"},
+      {0, "weight without a variable", kPlain + "<Weight/>"},
+      {7, "first of two", kPlain + kPlain},
+      {7, "second of three",
+       kFirst + kPlain +
+           Stage("simple_wor", "<ClusterVarList><Variable name='d'/></ClusterVarList>" + kSizeOf3)},
+      {0, "last needs none", kFirst + kPlain},
+      {8, "not of the design", Stage("simple_wor", Matrix(kType, kRow))},
+      {8, "bad name isn't of the design either", Stage("simple_wor", Matrix("<Variable name='1'/>", kRow))},
+      {8, "cluster of its own stage",
+       Stage("simple_wor",
+             "<ClusterVarList>" + kType + "</ClusterVarList>" + Matrix("<v name='TYPE'/>", kRow))},
+      {0, "cluster of an earlier stage",
+       kFirst + Stage("simple_wor", Matrix("<Variable name='COUNTY'/>", kRow))},
+      {9, "two categories for one variable",
+       Stage("simple_wor",
+             Strata(kType) + Matrix(kType, "<MatrixValue sizeValue='5'><c value='E'/><c/></MatrixValue>"))},
+      {12, "bad size over bad list",
+       Stage("simple_wor", Strata(kType) + Matrix(kType, "<MatrixValue sizeValue='0'/>"))},
+      {9, "bad list over bad variable, good row after",
+       Stage("simple_wor", Matrix(kType,
+                                  "<MatrixValue "
+                                  "sizeValue='1'/>" +
+                                      kRow,
+                                  "2"))},
+      {1, "fewer rows than told", Stage("simple_wor", Strata(kType) + Matrix(kType, kRow, "2"))},
+      {0, "more rows than told",
+       Stage("simple_wor", Strata(kType) + Matrix(kType, kRow + "<MatrixValue sizeValue='-1'/>"))},
+      {0, "matrix code in place of the value's",
+       Stage("simple_wor", Strata(kType) +
+                               "<InputSampleSize><SingleValue value='0'/><Matrix numberOfValues='1'>"
+                               "<MatrixVarList>" +
+                               kType + "</MatrixVarList>" + kRow + "</Matrix></InputSampleSize>")},
+      {10, "four stages and other faults", Stage("x", "") + kPlain + kPlain + kPlain + kBadWeight},
+      {12, "half a unit",
+       Stage("simple_wor", "<InputSampleSize><SingleValue value='2.5'/></InputSampleSize>")},
+      {13, "rate of 0", Stage("simple_wor", Rate("0"))},
+      {0, "rate above 1", Stage("simple_wor", Rate("1.5"))},
+      {0, "size given, rate not read", Stage("simple_wor", kSizeOf3 + Rate("0"))},
+      {15, "no method", Stage("", kSizeOf3)},
+      {15, "other case", Stage("Simple_wor", kSizeOf3)},
+      {15, "PPS at stage 2, and not 23", kFirst + Stage("pps_wr", kSizeOf3 + kMosOfPupils)},
+      {16, "no size", Stage("simple_wor", "")},
+      {0, "two units without a size", Stage("pps_brewer", kByCounty + kMosOfPupils)},
+      {17, "no measure of size", Stage("pps_wor", pps)},
+      {18, "no variable", Stage("pps_wor", pps + "<MOS fromData='no'/>")},
+      {0, "neither yes nor no", Stage("pps_wor", pps + "<MOS fromData='Yes'/>")},
+      {2, "later good bounds keep a bad name",
+       Stage("pps_wor", pps + "<MOS fromData='no'><Variable name='1'/>" + Bounds("0", "0") + "</MOS>")},
+      {20, "later bad bound", Stage("pps_wor", pps + "<MOS fromData='no'>" + Bounds("0", "-1") + "</MOS>")},
+      {19, "bounds crossed over all",
+       Stage("pps_wor", pps + "<MOS fromData='no'>" + Bounds("2", "1") + "</MOS>")},
+      {0, "fractions of size",
+       Stage("pps_wor", pps + "<MOS fromData='yes'>" + Bounds("0.5", "1.5") + "</MOS>")},
+      {19, "rate bounds crossed", Stage("simple_wor", Rate("1", Bounds("3", "2")))},
+      {0, "0 is no bound", Stage("simple_wor", Rate("1", Bounds("3", "0")))},
+      {20, "half a unit at least", Stage("simple_wor", Rate("1", Bounds("0.5", "2")))},
+      {20, "bad before crossed", Stage("simple_wor", Rate("1", Bounds("3", "-2")))},
+      {1, "bound without a value", Stage("simple_wor", Rate("1", "<MinSize/>"))},
+      {21, "joint probabilities without clusters", Stage("pps_sampford", kSizeOf3 + kMosOfPupils)},
+      {0, "none with replacement", Stage("pps_wr", kSizeOf3 + kMosOfPupils)},
+      {23, "replacement before the last", Stage("simple_wr", kByCounty + kSizeOf3) + kPlain},
+      {23, "PPS likewise", Stage("pps_wr", pps + kMosOfPupils) + kPlain},
+      {1, "output without a variable", Stage("simple_wor", kSizeOf3 + "<Index/>")},
+      {2, "stage before weight",
+       Stage("simple_wor", kSizeOf3 + "<Index><Variable name='a b'/></Index>") +
+           "<Weight><Variable name='a b'/></Weight>"},
+      {16, "size before output", Stage("simple_wor", "<Index/>") + kBadWeight},
+  };
+  for (const Case& c : kCases) EXPECT_EQ(SampleText(Design(c.design)), c.code) << c.aim;
+  EXPECT_EQ(SampleText("<p><x><SampleDesign/></x></p>"), 14);
+  EXPECT_EQ(SampleText("<p><SampleDesign/><Other/></p>"), 0);
+}
+
+TEST_F(PlanXmlReader, TellsFaultsOfAnalysisDesigns) {
+  const auto stage = [](const std::string& method, const std::string& inner) {
+    return "<AnalysisStage estimationMethod='" + method + "'>" + inner + "</AnalysisStage>";
+  };
+  const auto given = [](const std::string& holder, const std::string& value) {
+    return "<" + holder + "><SingleValue value='" + value + "'/></" + holder + ">";
+  };
+  const std::string weight = "<Weight><Variable name='type'/></Weight>";
+  const Case kCases[] = {
+      {0, "unequal first", stage("unequal_wor", kByCounty) + stage("wr", given("PopulationSize", "0"))},
+      {3, "repeated", stage("wr", Strata(kType)) + weight},
+      {4, "unequal later", stage("wr", kByCounty) + stage("unequal_wor", "")},
+      {5, "half a population", stage("equal_wor", given("PopulationSize", "0.5") + given("IncProb", "1"))},
+      {6, "above 1", stage("equal_wor", given("IncProb", "1.5"))},
+      {0, "certainty", stage("equal_wor", given("IncProb", "1"))},
+      {7, "no clusters", stage("wr", "") + stage("wr", "")},
+      {10, "four stages", stage("wr", "") + stage("wr", "") + stage("wr", "") + stage("wr", "")},
+  };
+  for (const Case& c : kCases) EXPECT_EQ(Analysis(c.design), c.code) << c.aim;
+  EXPECT_EQ(SampleText("<p/>"), 14);
+  const struct {
+    const char* word;
+    int code, estimator;
+  } kEstimators[] = {{"wor", 0, 16}, {"wr", 0, 15}, {"", 0, 16}, {"x", 24, 16}};
+  for (const auto& c : kEstimators) {
+    fPlan = SVPlanSpecs();
+    const PlanFile file("<p><AnalysisDesign SRSestimator='" + std::string(c.word) + "'/></p>");
+    EXPECT_EQ(SV_XML::PlanXmlReader(&fPlan).readAnalysisPlan(file.Path()), c.code) << c.word;
+    EXPECT_EQ(fPlan.srsEstimator, c.estimator) << c.word;
+    EXPECT_EQ(SV_XML::PlanXmlReader(&fPlan).readAnalysisPlan(PlanFile("<p/>").Path()), 11);
+  }
+}
+
+TEST_F(PlanXmlReader, KeepsWhatThePlanSays) {
+  ASSERT_EQ(Sample(SV_EXAMPLES "/plans/two-stages.xml"), 0);
+  EXPECT_EQ(fPlan.mode, kSampleMode);
+  EXPECT_EQ(fPlan.file, SV_EXAMPLES "/plans/two-stages.xml");
+  EXPECT_EQ(fPlan.weight.Text(), "sampling_weight");
+  EXPECT_TRUE(fPlan.mosFromData);
+  EXPECT_EQ(fPlan.estimation, kSamplingDefault);
+  ASSERT_EQ(fPlan.numStages(), 2);
+  EXPECT_EQ(fPlan.getStage(0), nullptr);
+  EXPECT_EQ(fPlan.getStage(3), nullptr);
+  const SVPlanStageSpecs& first = *fPlan.getStage(1);
+  EXPECT_EQ(first.type, kSamplingPpsSampford);
+  EXPECT_EQ(first.clusterVariables, std::vector<KorvVarName>{"county"});
+  EXPECT_EQ(first.paramSource, kParamByValue);
+  EXPECT_EQ(first.paramValue, 4.0);
+  const SVPlanStageSpecs& second = *fPlan.getStage(2);
+  EXPECT_EQ(second.label, "Schools");
+  EXPECT_EQ(second.paramKind, kParamRate);
+  EXPECT_EQ(second.paramSource, kParamByVarCatList);
+  EXPECT_EQ(second.minSize, 2.0);
+  EXPECT_EQ(second.maxSize, 40.0);
+  EXPECT_EQ(second.cumWeightName.Text(), "cumulative_weight");
+  std::vector<VarCatList::CatList> keys;
+  std::vector<double> values;
+  second.paramMatrix.copyMapKeyVal(keys, values);
+  EXPECT_EQ(keys, (std::vector<VarCatList::CatList>{{"E"}, {"M"}, {"H"}}));
+  EXPECT_EQ(values, (std::vector<double>{0.05, 0.1, 0.2}));
+  EXPECT_TRUE(fPlan.allVariableNames.contains("SAMPLING_WEIGHT"));
+  EXPECT_EQ(fPlan.designVariableNames, (std::set<KorvVarName>{"COUNTY", "TYPE"}));
+}
+
+// All of a plan is kept though it is refused; the names of a table stand though the design lacks them.
+TEST_F(PlanXmlReader, ReadsOnBehindAFault) {
+  EXPECT_EQ(SampleText("<p><SampleDesign wrEstimation='yes'>" +
+                       Stage("", Matrix(kType, "<MatrixValue sizeValue='-2'/>")) + kPlain + kPlain + kPlain +
+                       "<PreviousWeight><Variable name='w'/></PreviousWeight></SampleDesign></p>"),
+            10);
+  EXPECT_EQ(fPlan.numStages(), 4);
+  EXPECT_EQ(fPlan.getStage(4)->paramValue, 3.0);
+  EXPECT_EQ(fPlan.getStage(1)->paramMatrix.getMapSize(), 1U);
+  EXPECT_EQ(fPlan.previousWeight.Text(), "w");
+  EXPECT_EQ(fPlan.estimation, kSamplingWr);
+}
+
+TEST_F(PlanXmlReader, ReadsNumbersAsAStreamDoes) {
+  const struct {
+    const char* text;
+    int integer;
+    double number;
+  } kNumbers[] = {
+      {"12abc", 12, 12.0},
+      {"abc", 0, 0.0},
+      {"", 0, 0.0},
+      {" \t7", 7, 7.0},
+      {"1,5", 1, 1.0},
+      {"2.75", 2, 2.75},
+      {"0x10", 0, 0.0},
+      {"1e", 1, 0.0},
+      {"-3", -3, -3.0},
+      {"9999999999", INT_MAX, 9999999999.0},
+      {"-9999999999", INT_MIN, -9999999999.0},
+      {"1e999", 1, std::numeric_limits<double>::max()},
+      {"nan", 0, 0.0},
+  };
+  for (const auto& c : kNumbers) {
+    SampleText(Design("<SampleStage stageNumber='" + std::string(c.text) +
+                      "'><InputSampleSize><SingleValue value='" + c.text +
+                      "'/></InputSampleSize></SampleStage>"));
+    EXPECT_EQ(fPlan.getStage(1)->stageNumber, c.integer) << c.text;
+    EXPECT_EQ(fPlan.getStage(1)->paramValue, c.number) << c.text;
+  }
+}
+
+TEST_F(PlanXmlReader, ReadsEveryExample) {
+  int read = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(SV_EXAMPLES "/plans")) {
+    EXPECT_EQ(Sample(entry.path()), 0) << entry.path();
+    ++read;
+  }
+  EXPECT_GE(read, 14);
+}
+
+// What no grammar stands before: each of these is code 1, soon and within little memory.
+TEST_F(PlanXmlReader, RefusesHostileFiles) {
+  const auto typed = [](const std::string& subset, const std::string& attribute = "") {
+    return "<!DOCTYPE KORVSurveyPlans SYSTEM 'http://nowhere.invalid/x.dtd' [" + subset +
+           "]><KORVSurveyPlans><SampleDesign>" + attribute + "</SampleDesign></KORVSurveyPlans>";
+  };
+  std::string laughs = "<!ENTITY a0 'ha'>";
+  std::string parameters = "<!ENTITY % p0 ''>";
+  for (int i = 1; i < 10; ++i) {
+    std::string ten;
+    std::string tenParameters;
+    for (int k = 0; k < 10; ++k) {
+      ten += "&a" + std::to_string(i - 1) + ";";
+      tenParameters += "&#37;p" + std::to_string(i - 1) + ";";
+    }
+    laughs += "<!ENTITY a" + std::to_string(i) + " '" + ten + "'>";
+    parameters += "<!ENTITY % p" + std::to_string(i) + " '" + tenParameters + "'>";
+  }
+  std::string names;
+  std::string attributes = "<a";
+  std::string entities;
+  for (int i = 0; i < 200'000; ++i) {
+    names += "<n" + std::to_string(i) + "/>";
+    attributes += " n" + std::to_string(i) + "=''";
+    entities += "<!ENTITY n" + std::to_string(i) + " ''>";
+  }
+  std::string nodes;
+  for (int i = 0; i < 2'000'000; ++i) nodes += "<n/>";
+  const struct {
+    int code;
+    const char* aim;
+    std::string text;
+  } kTexts[] = {
+      {1, "empty", ""},
+      {1, "not well-formed", "<p><SampleDesign></p>"},
+      {1, "no XML", std::string("\0\xff\xfe\x01", 4)},
+      {1, "unknown encoding", "<?xml version='1.0' encoding='klingon'?>" + Design("")},
+      {1, "element that the DTD lacks", typed("", "<Bogus/>")},
+      {1, "order against the DTD", typed("", "<Weight><Variable name='w'/></Weight>" + kPlain)},
+      {0, "any DTD is ours", typed("", kPlain)},
+      {0, "as a parameter entity too",
+       "<!DOCTYPE KORVSurveyPlans [<!ENTITY % d SYSTEM 'file:///etc/passwd'> %d;]>" + Design(kPlain)},
+      {1, "an external entity isn't read", typed("<!ENTITY e SYSTEM 'file:///etc/hostname'>", "&e;")},
+      {0, "an entity of ours",
+       "<!DOCTYPE KORVSurveyPlans SYSTEM 'x' [<!ENTITY e 'type'>]>" +
+           Design(Stage("simple_wor", Strata("<Variable name='&e;'/>") + kSizeOf3))},
+      {1, "laughs in text", typed(laughs, "&a9;")},
+      {1, "laughs in an attribute", typed(laughs, "<SampleStage label='&a9;'/>")},
+      {1, "laughs in a default", typed(laughs + "<!ATTLIST SampleDesign wrEstimation CDATA '&a9;'>")},
+      {1, "laughs in parameters", typed(parameters + "%p9;")},
+      {1, "a long entity", typed("<!ENTITY e '" + std::string(5000, 'x') + "'>", "")},
+      {1, "many entities", typed(entities)},
+      {1, "attributes declared in the plan", typed("<!ATTLIST q r CDATA ''>")},
+      {1, "nested content model", typed("<!ELEMENT q " + std::string(500'000, '(') + "a")},
+      {1, "many names", Design(names)},
+      {1, "many attributes", Design(attributes + "/>")},
+      {1, "many nodes", Design(nodes)},
+  };
+  for (const auto& c : kTexts) EXPECT_EQ(SampleText(c.text), c.code) << c.aim;
+
+  const PlanFile pipe("");
+  unlink(pipe.Path().c_str());
+  ASSERT_EQ(mkfifo(pipe.Path().c_str(), 0600), 0);
+  for (const std::string& path :
+       {pipe.Path(), std::string("/"), std::string("/dev/zero"), std::string("/dev/tty"),
+        std::string("/no/such"), std::string(), std::string("http://nowhere.invalid/")}) {
+    EXPECT_EQ(Sample(path), 1) << path;
+  }
+}
+
+// Sound plans of an odd shape: deep, long, in UTF-16, under a name that is no text.
+TEST_F(PlanXmlReader, ReadsUnusualFiles) {
+  constexpr int kDeep = 100'000;
+  std::string open;
+  std::string close;
+  std::string rows;
+  for (int i = 0; i < kDeep; ++i) {
+    open += "<x>";
+    close += "</x>";
+    rows += kRow;
+  }
+  EXPECT_EQ(SampleText(Design(open + Stage("simple_wor", "") + close)), 16);
+  EXPECT_EQ(SampleText(Design(Stage("simple_wor", Strata(kType) + Matrix(kType, rows, "100000")))), 0);
+  EXPECT_EQ(fPlan.getStage(1)->paramMatrix.getMapSize(), 100'000U);
+
+  std::string wide = "\xff\xfe";
+  for (const char c : "<?xml version='1.0' encoding='UTF-16'?>" + Design(kPlain)) wide += {c, '\0'};
+  EXPECT_EQ(SampleText(wide), 0);
+
+  const PlanFile file(Design(kPlain));
+  const std::string odd = file.Path() + "#1 %41 \xff\xc3";
+  std::filesystem::rename(file.Path(), odd);
+  EXPECT_EQ(Sample(odd), 0);
+  EXPECT_EQ(fPlan.file, odd);
+  unlink(odd.c_str());
+}
+
+}  // namespace
