@@ -18,7 +18,7 @@ SVKey KeyOf(std::int32_t value) {
   return key;
 }
 
-// `skew` spreads the sizes from 1 to 1 + skew; n p stays below 1 by far.
+// Whole sizes from 100 to about 100 (1 + skew); n p stays below 1 by far.
 void Draw(benchmark::State& state, MethodType method, std::int32_t units, std::int32_t n, std::int32_t skew,
           bool exact) {
   SVSCompSettings settings;
@@ -32,7 +32,8 @@ void Draw(benchmark::State& state, MethodType method, std::int32_t units, std::i
   ClusterTable table;
   ClusterPairs pairs;
   for (std::int32_t i = 0; i < units; ++i) {
-    const double size = 1.0 + static_cast<double>(static_cast<std::int64_t>(i) * 7919 % 1000) / 1000.0 * skew;
+    const auto spread = static_cast<std::int32_t>(static_cast<std::int64_t>(i) * 7919 % 100);
+    const double size = 100 + spread * skew;
     pairs.push_back(table.Insert(KeyOf(i), size));
   }
   ClusterPairs selected;

@@ -20,8 +20,8 @@
 namespace {
 
 constexpr int kRecords = 10'000'000;
-constexpr int kStrata = 100, kClusters = 200, kInner = 10;
-enum Column { kStratum, kCluster, kInnerCluster, kCase, kWidth };
+constexpr int kStrata = 100, kClusters = 200;
+enum Column { kStratum, kCluster, kCase, kWidth };
 
 // Records in random order, or as a survey's frame mostly comes: cluster by cluster.
 MemoryRecords& Records(bool sorted) {
@@ -33,7 +33,6 @@ MemoryRecords& Records(bool sorted) {
       const int outer = bySort ? i / (kRecords / (kStrata * kClusters)) : static_cast<int>(engine() >> 1);
       values.push_back(1 + outer / kClusters % kStrata);
       values.push_back(1 + outer % kClusters);
-      values.push_back(1 + engine() % kInner);
       values.push_back(i);
     }
     return MemoryRecords(kWidth, std::move(values));
@@ -72,7 +71,6 @@ SVSCompSettings Settings(bool cases, int clusters = kClusters) {
   if (!cases) {
     settings.AddDesignVar(kStratum, kRoleStrata, 1);
     settings.AddDesignVar(kCluster, kRoleCluster, 1);
-    settings.AddDesignVar(kInnerCluster, kRoleCluster, 2);
   }
   for (const int stage : {1, 2}) {
     settings.SetMethod(kMethodSimpleWor, stage);
@@ -100,6 +98,7 @@ void FirstStage(benchmark::State& state) {
 }
 BENCHMARK(FirstStage)->Unit(benchmark::kMillisecond);
 
+// Cases in the clusters that the first stage selected.
 void LaterStage(benchmark::State& state) {
   Run run(Settings(false, static_cast<int>(state.range(0))));
   const bool sorted = state.range(1) != 0;

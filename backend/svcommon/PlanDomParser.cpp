@@ -55,6 +55,16 @@ void PlanDomParser::docPI(const XMLCh* target, const XMLCh* data) {
   XercesDOMParser::docPI(target, data);
 }
 
+void PlanDomParser::startIntSubset() {
+  fbInSubset = true;
+  XercesDOMParser::startIntSubset();
+}
+
+void PlanDomParser::endIntSubset() {
+  fbInSubset = false;
+  XercesDOMParser::endIntSubset();
+}
+
 void PlanDomParser::elementDecl(const xercesc::DTDElementDecl& declaration, bool isIgnored) {
   RefuseIf(IsInDocument());
   XercesDOMParser::elementDecl(declaration, isIgnored);
@@ -67,13 +77,8 @@ void PlanDomParser::startAttList(const xercesc::DTDElementDecl& declaration) {
 
 void PlanDomParser::entityDecl(const xercesc::DTDEntityDecl& declaration, bool isParameter, bool isIgnored) {
   RefuseIf(isParameter && !declaration.isExternal());
-  RefuseIf(declaration.getValueLen() > kMaxEntityLength || ++fDeclarations > kMaxEntities);
+  RefuseIf(declaration.getValueLen() > kMaxEntityLength);
   XercesDOMParser::entityDecl(declaration, isParameter, isIgnored);
-}
-
-void PlanDomParser::notationDecl(const xercesc::XMLNotationDecl& declaration, bool isIgnored) {
-  RefuseIf(++fDeclarations > kMaxEntities);
-  XercesDOMParser::notationDecl(declaration, isIgnored);
 }
 
 void PlanDomParser::CountNodes(std::size_t count) {

@@ -12,20 +12,22 @@ namespace SV_XML {
 
 // PlanDomParser is the XML library's DOM parser with bounds, so that no document, whatever its author had in
 // mind, takes more than a few seconds and a fraction of the memory of an office machine. The library builds a
-// document at about 250 bytes and a microsecond per node; names, attributes of one element and declared
-// entities it looks up in ways whose cost grows with the square of their number; parameter entities, and the
-// entities in default values of attributes, it expands without a limit. A document beyond a bound ends the
-// parse with an exception, as any fault does.
+// document at about 250 bytes and a microsecond per node; names, and the attributes of one element, it looks
+// up in ways whose cost grows with the square of their number; parameter entities, and the entities in
+// default values of attributes, it expands without a limit, and content models can grow exponentially. A
+// document beyond a bound ends the parse with an exception, as any fault does.
 class PlanDomParser : public xercesc::XercesDOMParser {
 public:
   static constexpr std::size_t kMaxNodes = 2'000'000;  // elements, attributes, texts, comments, instructions
   static constexpr std::size_t kMaxNames = 1000;       // different names of elements and attributes
   static constexpr std::size_t kMaxAttributes = 100;   // of one element
-  static constexpr std::size_t kMaxEntities = 1000;    // declared in the document itself
   static constexpr std::size_t kMaxEntityLength = 4096;  // characters
   static constexpr std::size_t kMaxExpansions = 10'000;  // of entities, nested ones too
 
   PlanDomParser();
+
+  // The parser is reading the declarations in the document itself.
+  bool IsInSubset() const { return fbInSubset; }
 
 protected:
   void startDocument() override;
@@ -38,10 +40,11 @@ protected:
 
   // A document may declare entities: general ones, and parameter entities that stand for the DTD. What is
   // declared about elements and attributes stands in the DTD alone.
+  void startIntSubset() override;
+  void endIntSubset() override;
   void elementDecl(const xercesc::DTDElementDecl& declaration, bool isIgnored) override;
   void startAttList(const xercesc::DTDElementDecl& declaration) override;
   void entityDecl(const xercesc::DTDEntityDecl& declaration, bool isParameter, bool isIgnored) override;
-  void notationDecl(const xercesc::XMLNotationDecl& declaration, bool isIgnored) override;
 
 private:
   // Compares names without copying them.
@@ -55,8 +58,8 @@ private:
 
   xercesc::SecurityManager fSecurity;
   std::u16string fDocumentId;
+  bool fbInSubset = false;
   std::size_t fNodes = 0;
-  std::size_t fDeclarations = 0;
   std::unordered_set<std::u16string, NameHash, std::equal_to<>> fNames;
 };
 

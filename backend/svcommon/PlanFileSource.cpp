@@ -8,10 +8,32 @@
 #include <utility>
 #include <xercesc/util/BinFileInputStream.hpp>
 
+#include "backend/svcommon/PlanDomParser.h"
+
 namespace SV_XML {
 
-PlanFileSource::PlanFileSource(std::string path, const std::u16string& wide)
-    : LocalFileInputSource(wide.c_str()), fPath(std::move(path)) {}
+namespace {
+
+class PlanFileStream : public xercesc::BinFileInputStream {
+public:
+  PlanFileStream(std::FILE* file, const PlanDomParser* parser)
+      : BinFileInputStream(file, xercesc::XMLPlatformUtils::fgMemoryManager), fpParser(parser) {}
+
+  XMLSize_t readBytes(XMLByte* to, XMLSize_t most) override {
+    const XMLSize_t count = BinFileInputStream::readBytes(to, most);
+    if (fpParser != nullptr && fpParser->IsInSubset()) fSubsetBytes += count;
+    return fSubsetBytes > PlanFileSource::kMaxSubsetBytes ? 0 : count;
+  }
+
+private:
+  const PlanDomParser* fpParser;
+  std::size_t fSubsetBytes = 0;
+};
+
+}  // namespace
+
+PlanFileSource::PlanFileSource(std::string path, const std::u16string& wide, const PlanDomParser* parser)
+    : LocalFileInputSource(wide.c_str()), fPath(std::move(path)), fpParser(parser) {}
 
 xercesc::BinInputStream* PlanFileSource::makeStream() const {
   // Not blocking: else the open would wait for a pipe's writer.
@@ -24,7 +46,7 @@ xercesc::BinInputStream* PlanFileSource::makeStream() const {
     close(file);
     return nullptr;
   }
-  return new xercesc::BinFileInputStream(stream, xercesc::XMLPlatformUtils::fgMemoryManager);
+  return new PlanFileStream(stream, fpParser);
 }
 
 }  // namespace SV_XML

@@ -36,7 +36,7 @@ bool PlanXmlReader::parseFile(const std::string& path) {
     const std::string& local = fRepositoryPath.empty() ? path : fRepositoryPath;
     std::u16string wide;
     KORVMBGenericToU16(fpConverter, wide, local);
-    fpParser->parse(PlanFileSource(local, wide));
+    fpParser->parse(PlanFileSource(local, wide, fpParser.get()));
     fpDocument = fpParser->getDocument();
     isParsed = fpDocument != nullptr;
   } catch (...) {  // of whatever type: the library throws several, its own want of memory among them

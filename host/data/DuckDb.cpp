@@ -7,8 +7,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "host/environment/HostSession.h"
@@ -205,7 +205,7 @@ TemporaryFolder::TemporaryFolder() {
   do {
     fPath = (parent / (std::string(kFolderStem) + "XXXXXX")).string();
     if (mkdtemp(fPath.data()) == nullptr) {
-      throw DataError(fmt::format("{}: {}", parent.string(), std::strerror(errno)));
+      throw DataError(fmt::format("{}: {}", parent.string(), std::generic_category().message(errno)));
     }
   } while (!LockFolder(fPath, &fLock));
 }

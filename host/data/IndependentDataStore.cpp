@@ -20,8 +20,7 @@ IndependentDataStore::~IndependentDataStore() {
 
 KORV_Variable& IndependentDataStore::MakeVariable(const KORV_Variable& source, int& index) {
   assert(fState == State::kDefining || fState == State::kFailed);
-  ActiveFile& frame = ActiveFile::Current();
-  if (frame.IsOpen()) frame.NoteCopied(source.GetName());
+  ActiveFile::Current().NoteCopied(source.GetName());
   return KORV_DataSource::MakeVariable(source, index);
 }
 
@@ -66,9 +65,10 @@ void IndependentDataStore::CloseStore() {
     IssueHostMessage(Fail(error.what()), kErrorLevel);
     return;
   }
-  fpFile->cases = fCases;
-  fState = State::kClosed;
   OutputFile* file = fpFile;
   fpFile = nullptr;
-  if (!SessionFiles::Current().Finish(*file)) SessionFiles::Current().Abandon(file);
+  file->cases = fCases;
+  const bool isWhole = SessionFiles::Current().Finish(*file);
+  if (!isWhole) SessionFiles::Current().Abandon(file);
+  fState = isWhole ? State::kClosed : State::kFailed;
 }

@@ -32,6 +32,8 @@ public:
   // REQUIRES: the case was made on this store after FinishDictionary().
   void AddCase(const KORV_Case& values);
   void CloseStore() override;
+  // The file is whole and on the disk.
+  bool IsClosed() const { return fState == State::kClosed; }
 
 protected:
   explicit IndependentDataStore(OutputFile* file);

@@ -21,13 +21,6 @@ constexpr std::array<const char*, 9> kRoleNames = {"frame", "plan", "schema", "c
 
 constexpr std::size_t kLongestFileName = 255;  // bytes, on the file systems that we know
 
-// The path by which claims are compared. A link that leads nowhere stands for the file that would be made.
-std::string PlainPath(const std::string& path) {
-  std::error_code error;
-  const fs::path whole = fs::weakly_canonical(fs::absolute(path, error), error);
-  return error ? path : whole.lexically_normal().string();
-}
-
 bool IsSameFile(const std::string& one, const std::string& other) {
   std::error_code error;
   return one == other || (fs::equivalent(one, other, error) && !error);

@@ -101,8 +101,7 @@ bool ProcDSIterator::SplitKeyChanges(std::size_t row) const {
   return false;
 }
 
-void ProcDSIterator::ShowRow(std::size_t row) {
-  for (const BoundNumber& bound : fvNumbers) bound.cell->number = bound.block[row];
+void ProcDSIterator::ShowOthers(std::size_t row) {
   for (BoundText& bound : fvTexts) {
     const std::string_view text = bound.block[row];
     char* const cells = bound.cells->text;

@@ -64,7 +64,12 @@ private:
   bool OpenCursor(std::int64_t firstRow);
   bool NextBlock();
   bool SplitKeyChanges(std::size_t row) const;
-  void ShowRow(std::size_t row);
+  // In the loop over the cases: mostly there are numbers alone.
+  void ShowRow(std::size_t row) {
+    for (const BoundNumber& bound : fvNumbers) bound.cell->number = bound.block[row];
+    if (!fvTexts.empty() || !fvAdded.empty()) ShowOthers(row);
+  }
+  void ShowOthers(std::size_t row);
   void End();
 
   ProcedureDataSource& fSource;

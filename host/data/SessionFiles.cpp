@@ -61,8 +61,8 @@ bool SessionFiles::CommitFiles() {
     for (const auto& part : file->parts) {
       std::string why;
       if (!part->Replace(&why)) {
-        DiscardFiles();
         IssueFileError(file->path, why);
+        DiscardFiles();
         return false;
       }
     }

@@ -1,6 +1,7 @@
 #include "host/data/TemporaryFile.h"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -34,23 +35,26 @@ bool SyncFolderOf(const std::string& path, std::string* why) {
   return Sync(folder.empty() ? "." : folder, O_RDONLY | O_DIRECTORY, why);
 }
 
-// The file that a path stands for, through symbolic links; it need not exist.
-std::string LinkTarget(const std::string& path) {
-  std::error_code error;
-  if (!fs::is_symlink(fs::symlink_status(path, error))) return path;
-  const fs::path target = fs::weakly_canonical(path, error);
-  return error ? path : target.string();
-}
-
 }  // namespace
 
 std::string SystemReason() {
   return std::system_category().message(errno);
 }
 
+std::string PlainPath(const std::string& path) {
+  constexpr int kMostLinks = 40;  // as the system's own limit
+  std::error_code error;
+  fs::path plain = fs::absolute(path, error);
+  for (int i = 0; i < kMostLinks && fs::is_symlink(fs::symlink_status(plain, error)); ++i) {
+    plain = plain.parent_path() / fs::read_symlink(plain, error);
+  }
+  const fs::path whole = fs::weakly_canonical(plain, error);
+  return error ? path : whole.string();
+}
+
 std::string BesideName(const std::string& path, std::string_view suffix) {
   const fs::path whole(path);
-  return (whole.parent_path() / ("." + whole.filename().string() + std::string(suffix))).string();
+  return (whole.parent_path() / fmt::format(".{}{}", whole.filename().string(), suffix)).string();
 }
 
 TemporaryFile::TemporaryFile(std::string target, std::unique_ptr<FileLock> lock)
@@ -60,7 +64,7 @@ TemporaryFile::TemporaryFile(std::string target, std::unique_ptr<FileLock> lock)
       fpLock(std::move(lock)) {}
 
 std::unique_ptr<TemporaryFile> TemporaryFile::Open(const std::string& target, std::string* why) {
-  const std::string file = LinkTarget(target);
+  const std::string file = PlainPath(target);
   std::unique_ptr<FileLock> lock = FileLock::Take(file, why);
   if (lock == nullptr) return nullptr;
   std::unique_ptr<TemporaryFile> temporary(new TemporaryFile(file, std::move(lock)));

@@ -9,6 +9,10 @@
 // What the system says of the last failure, by errno.
 std::string SystemReason();
 
+// The file that a path stands for: absolute, without symbolic links. It need not exist, nor need the target
+// of a link.
+std::string PlainPath(const std::string& path);
+
 // The hidden name of a file's helper: "dir/.name" + suffix for "dir/name".
 std::string BesideName(const std::string& path, std::string_view suffix);
 

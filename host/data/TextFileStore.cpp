@@ -45,8 +45,8 @@ void TextFileStore::AddNumber(double number, Form form) {
   char digits[kLongestWhole];
   // A column of whole numbers has no exponents: they would make it one of decimals.
   char* end = form == Form::kWholeNumber
-                        ? std::to_chars(digits, digits + sizeof digits, number, std::chars_format::fixed).ptr
-                        : WriteNumberText(number, digits);
+                  ? std::to_chars(digits, digits + sizeof digits, number, std::chars_format::fixed).ptr
+                  : WriteNumberText(number, digits);
   fLine.append(digits, end);
 }
 

@@ -59,14 +59,29 @@ bool HasLeadingZero(std::string_view text) {
   return text.size() > 1 && text[0] == '0' && IsDigit(text[1]);
 }
 
-// The significant digits: without sign, point, exponent and the zeros in front.
-std::string SignificantDigits(std::string_view text) {
-  std::string digits;
+// Hands the significant digits on one by one: without sign, point, exponent and the zeros in front.
+template <class Take>
+void ForEachSignificantDigit(std::string_view text, const Take& take) {
+  bool hasBegun = false;
   for (const char c : text) {
-    if (c == 'e' || c == 'E') break;
-    if (IsDigit(c) && (c != '0' || !digits.empty())) digits += c;
+    if (c == 'e' || c == 'E') return;
+    hasBegun = hasBegun || ('1' <= c && c <= '9');
+    if (hasBegun && IsDigit(c)) take(c);
   }
-  return digits;
+}
+
+std::size_t CountSignificantDigits(std::string_view text) {
+  std::size_t count = 0;
+  ForEachSignificantDigit(text, [&](char) { ++count; });
+  return count;
+}
+
+bool HaveSameDigits(std::string_view text, std::string_view other) {
+  std::string digits;
+  std::string otherDigits;
+  ForEachSignificantDigit(text, [&](char c) { digits += c; });
+  ForEachSignificantDigit(other, [&](char c) { otherDigits += c; });
+  return digits == otherDigits;
 }
 
 // A field of `digits` digits at `at` as a number; -1 when it isn't one.
@@ -131,11 +146,11 @@ bool ReadNumber(std::string_view text, double* number) {
 }
 
 bool ComesBack(std::string_view text, double number) {
-  const std::string digits = SignificantDigits(text);
-  if (digits.empty()) return true;
+  const std::size_t digits = CountSignificantDigits(text);
+  if (digits == 0) return true;
   const bool isNormal = std::fabs(number) >= std::numeric_limits<double>::min();
-  if (isNormal && digits.size() <= std::numeric_limits<double>::digits10) return true;
-  return SignificantDigits(fmt::format("{:.{}e}", number, digits.size() - 1)) == digits;
+  if (isNormal && digits <= std::numeric_limits<double>::digits10) return true;
+  return HaveSameDigits(text, fmt::format("{:.{}e}", number, digits - 1));
 }
 
 void TextProfile::AddNumber(std::string_view text, std::int64_t place) {

@@ -109,8 +109,8 @@ private:
     std::vector<std::string> names;
     for (const TypedColumn& column : fColumns) names.push_back(column.name);
     if (!fbTrusted) fRules.CheckNames(names, fName);  // other programs drop columns and keep the dictionary
-    std::vector<std::string> upper;
-    for (const std::string& name : names) upper.push_back(GetUpperVarName(name));
+    std::vector<std::string> upper(names.size());
+    std::transform(names.begin(), names.end(), upper.begin(), GetUpperVarName);
     std::sort(upper.begin(), upper.end());
     const auto twice = std::adjacent_find(upper.begin(), upper.end());
     if (twice != upper.end()) throw DataError(fmt::format("{}: two columns are named \"{}\"", fName, *twice));

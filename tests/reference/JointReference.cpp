@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <bit>
 #include <numeric>
-#include <optional>
+
+#include "backend/svselect/selection/PpsWorSteps.h"
 
 namespace {
 
@@ -22,6 +23,12 @@ std::vector<double> Shares(const std::vector<double>& sizes) {
   std::vector<double> p;
   for (const double size : sizes) p.push_back(size / total);
   return p;
+}
+
+std::vector<double> FirstStep(const std::vector<double>& p, int n) {
+  std::vector<double> cumulative(p.size());
+  std::partial_sum(p.begin(), p.end(), cumulative.begin());
+  return FirstStepProbs(p, cumulative, n);
 }
 
 // The turns that choose `turns` more units from those after `last` (unit 0 is none), which are numbered
@@ -105,25 +112,13 @@ JointMatrix EnumeratedMurthy(const std::vector<double>& p) {
   return joint;
 }
 
-std::vector<double> FirstStepValues(const std::vector<double>& sizes, int n) {
-  const std::vector<double> p = Shares(sizes);
-  const std::size_t rest = p.size() - static_cast<std::size_t>(n);
-  const double t = std::accumulate(p.begin(), p.begin() + static_cast<std::ptrdiff_t>(rest), 0.0);
-  std::vector<double> a;
-  for (std::size_t i = 1; i <= static_cast<std::size_t>(n); ++i) {
-    const double next = rest + i < p.size() ? p[rest + i] : 1.0 / n;
-    a.push_back(n * (next - p[rest + i - 1]) * (t + static_cast<double>(i) * p[rest]) / t);
-  }
-  return a;
-}
-
 JointMatrix EnumeratedPpsWor(const std::vector<double>& sizes, int n) {
   const std::vector<double> p = Shares(sizes);
   const std::size_t rest = p.size() - static_cast<std::size_t>(n);
   JointMatrix joint = Zeros(p.size());
   std::vector<double> first(static_cast<std::size_t>(n), 0.0);
   if (sizes.back() > sizes[rest]) {
-    first = FirstStepValues(sizes, n);
+    first = FirstStep(p, n);
   } else {
     first.back() = 1.0;  // no unit is certain
   }
@@ -140,7 +135,7 @@ JointMatrix EnumeratedPpsWor(const std::vector<double>& sizes, int n) {
 
 JointMatrix PlainPpsWor(const std::vector<double>& sizes, int n) {
   const std::vector<double> p = Shares(sizes);
-  const std::vector<double> first = FirstStepValues(sizes, n);
+  const std::vector<double> first = FirstStep(p, n);
   const std::size_t rest = p.size() - static_cast<std::size_t>(n);
   const double t = std::accumulate(p.begin(), p.begin() + static_cast<std::ptrdiff_t>(rest), 0.0);
   JointMatrix joint = Zeros(p.size());

@@ -15,7 +15,6 @@ double LongSampford(const std::vector<double>& p, int n, std::size_t a, std::siz
 JointMatrix EnumeratedMurthy(const std::vector<double>& p);
 
 // PPS without replacement. `sizes` ascend.
-std::vector<double> FirstStepValues(const std::vector<double>& sizes, int n);
 // The draw as a tree of its turns; both forms.
 JointMatrix EnumeratedPpsWor(const std::vector<double>& sizes, int n);
 // The formula pair by pair and step by step, summed in the order of the steps.

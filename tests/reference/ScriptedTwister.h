@@ -6,7 +6,8 @@
 #include "host/numeric/MCRandomTwister.h"
 
 // One number that a generator is to give, if it is asked for by the operation named. Asked for by the other
-// one it gives a number 2^-27 higher (Open) or within 2^-26 of it (Closed).
+// one it gives a number up to 2^-26 off, so a draw close beside a threshold tells them apart; but not where
+// the threshold is a multiple of 2^-26.
 struct ScriptedDraw {
   bool bOpen;
   double value;

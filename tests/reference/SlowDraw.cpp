@@ -9,6 +9,8 @@
 namespace {
 
 using Key = std::vector<int>;
+using Chains = std::vector<std::vector<Key>>;
+constexpr double kMissing = MCMV::gMissingValue;
 
 Key Values(const std::vector<double>& record, const std::vector<int>& variables) {
   Key key;
@@ -24,26 +26,32 @@ std::size_t Hash(const Key& key) {
   return static_cast<std::size_t>(hash);
 }
 
+bool Holds(const std::vector<Key>& keys, const Key& key) {
+  return std::find(keys.begin(), keys.end(), key) != keys.end();
+}
+
 // The order in which a chained table walks its keys: newest first in a bucket, 89 buckets, three quarters
 // full.
 std::vector<Key> TableOrder(const std::vector<Key>& keys) {
-  std::vector<std::vector<Key>> buckets(89);
-  std::size_t limit = 66;
+  Chains chains(89);
+  const auto flat = [&] {
+    std::vector<Key> order;
+    for (const auto& chain : chains) order.insert(order.end(), chain.begin(), chain.end());
+    return order;
+  };
+  const auto put = [&](const Key& key) {
+    auto& chain = chains[Hash(key) % chains.size()];
+    chain.insert(chain.begin(), key);
+  };
   for (std::size_t count = 0; count < keys.size(); ++count) {
-    if (count + 1 > limit) {
-      std::vector<std::vector<Key>> grown(2 * buckets.size() + 1);
-      for (const auto& chain : buckets)
-        for (const Key& key : chain)
-          grown[Hash(key) % grown.size()].insert(grown[Hash(key) % grown.size()].begin(), key);
-      buckets = grown;
-      limit = static_cast<std::size_t>(static_cast<double>(buckets.size()) * 0.75);
+    if (count + 1 > chains.size() * 3 / 4) {
+      const std::vector<Key> moved = flat();
+      chains = Chains(2 * chains.size() + 1);
+      for (const Key& key : moved) put(key);
     }
-    auto& chain = buckets[Hash(keys[count]) % buckets.size()];
-    chain.insert(chain.begin(), keys[count]);
+    put(keys[count]);
   }
-  std::vector<Key> order;
-  for (const auto& chain : buckets) order.insert(order.end(), chain.begin(), chain.end());
-  return order;
+  return flat();
 }
 
 }  // namespace
@@ -53,55 +61,51 @@ std::vector<SlowCase> SlowDraw(const std::vector<std::vector<double>>& records,
                                std::uint32_t seed) {
   MCCommonMath::MCRandomTwister random;
   random.Initialize(seed);
+  const int caseId = static_cast<int>(records[0].size()) - 1;
   std::vector<SlowCase> cases(records.size());
-  std::vector<double> weights(records.size(), 1.0);  // carried to the next stage; 0 is out
-  for (std::size_t i = 0; i < records.size() && weightVar >= 0; ++i) {
-    weights[i] = records[i][static_cast<std::size_t>(weightVar)];
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    cases[i].finalWeight = weightVar < 0 ? 1.0 : records[i][static_cast<std::size_t>(weightVar)];
   }
   std::vector<int> strataVars;
   for (std::size_t s = 0; s < stages.size(); ++s) {
     strataVars.insert(strataVars.end(), stages[s].strata.begin(), stages[s].strata.end());
-    if (static_cast<int>(s) + 1 >= first) {
-      const int caseId = static_cast<int>(records[0].size()) - 1;
-      const std::vector<int> unitVars =
-          stages[s].clusters.empty() ? std::vector<int>{caseId} : stages[s].clusters;
-      std::vector<Key> strata;
-      std::map<Key, std::vector<Key>> units;
-      for (std::size_t i = 0; i < records.size(); ++i) {
-        if (weights[i] == 0.0) continue;
-        const Key stratum = Values(records[i], strataVars), unit = Values(records[i], unitVars);
-        if (units.count(stratum) == 0) strata.push_back(stratum);
-        std::vector<Key>& list = units[stratum];
-        if (std::find(list.begin(), list.end(), unit) == list.end()) list.push_back(unit);
-      }
-      std::map<Key, std::vector<Key>> drawn;
-      for (const Key& stratum : TableOrder(strata)) {
-        const std::size_t all = units[stratum].size();
-        std::size_t open = std::min(all, static_cast<std::size_t>(stages[s].size));
-        for (std::size_t i = 0; i < all && open > 0; ++i) {
-          if (static_cast<double>(open) / static_cast<double>(all - i) <= random.GetRealOpen()) continue;
-          drawn[stratum].push_back(units[stratum][i]);
-          --open;
-        }
-      }
-      for (std::size_t i = 0; i < records.size(); ++i) {
-        std::vector<double> values(7, MCMV::gMissingValue);
-        if (weights[i] != 0.0) {
-          const Key stratum = Values(records[i], strataVars), unit = Values(records[i], unitVars);
-          const std::vector<Key>& hits = drawn[stratum];
-          const double all = static_cast<double>(units[stratum].size()), n = static_cast<double>(hits.size());
-          values[3] = all, values[4] = n, values[5] = n / all;
-          const bool in = std::find(hits.begin(), hits.end(), unit) != hits.end();
-          if (in)
-            values[0] = n / all, values[6] = all / n, values[2] = 1.0, values[1] = values[6] * weights[i];
-          weights[i] = in ? values[1] : 0.0;
-        }
-        cases[i].stages.push_back(values);
+    const std::vector<int> keyVars = strataVars;
+    strataVars.insert(strataVars.end(), stages[s].clusters.begin(), stages[s].clusters.end());
+    if (static_cast<int>(s) + 1 < first) continue;
+    const std::vector<int> unitVars =
+        stages[s].clusters.empty() ? std::vector<int>{caseId} : stages[s].clusters;
+    std::vector<Key> strata;
+    std::map<Key, std::vector<Key>> units, drawn;
+    for (std::size_t i = 0; i < records.size(); ++i) {
+      if (cases[i].finalWeight == kMissing) continue;
+      const Key stratum = Values(records[i], keyVars), unit = Values(records[i], unitVars);
+      if (units.count(stratum) == 0) strata.push_back(stratum);
+      if (!Holds(units[stratum], unit)) units[stratum].push_back(unit);
+    }
+    for (const Key& stratum : TableOrder(strata)) {
+      const std::size_t all = units[stratum].size();
+      std::size_t open = std::min(all, static_cast<std::size_t>(stages[s].size));
+      for (std::size_t i = 0; i < all && open > 0; ++i) {
+        if (static_cast<double>(open) / static_cast<double>(all - i) <= random.GetRealOpen()) continue;
+        drawn[stratum].push_back(units[stratum][i]);
+        --open;
       }
     }
-    strataVars.insert(strataVars.end(), stages[s].clusters.begin(), stages[s].clusters.end());
+    for (std::size_t i = 0; i < records.size(); ++i) {
+      std::vector<double> values(7, kMissing);
+      if (cases[i].finalWeight != kMissing) {
+        const Key stratum = Values(records[i], keyVars);
+        const double all = static_cast<double>(units[stratum].size());
+        const double n = static_cast<double>(drawn[stratum].size());
+        values[3] = all, values[4] = n, values[5] = n / all;
+        if (Holds(drawn[stratum], Values(records[i], unitVars))) {
+          values[0] = n / all, values[6] = all / n, values[2] = 1.0;
+          values[1] = values[6] * cases[i].finalWeight;
+        }
+      }
+      cases[i].finalWeight = values[1];
+      cases[i].stages.push_back(values);
+    }
   }
-  for (std::size_t i = 0; i < records.size(); ++i)
-    cases[i].finalWeight = weights[i] != 0.0 ? weights[i] : MCMV::gMissingValue;
   return cases;
 }

@@ -37,25 +37,27 @@ SVStatus SVSelectSamples::Prepare(const ClusterPairs* clusterTablePairs, Cluster
   return fStatus;
 }
 
+// Of the two lists of running sums a method reads one, and a large stratum is spared the other: points on a line
+// fall to units by S(i), all other draws by c(i).
 void SVSelectSamples::FormSizes() {
+  const bool bLine = fSelectMethod == kMethodPpsWr || fSelectMethod == kMethodPpsSystematic;
   const std::size_t count = fpClusterTablePairs->size();
   fAllSampleSizes.reserve(count);
-  fCumSampleSizes.reserve(count);
+  fProbPropSize.reserve(count);
+  (bLine ? fCumSampleSizes : fCumProbPropSize).reserve(count);
   for (const ClusterTable::Entry* unit : *fpClusterTablePairs) {
     const double size = unit->value.GetSize();
     if (size == gMissingValue) Fail(kStatusMissingSize);
     fTotalSampleSize += size;
     fAllSampleSizes.push_back(size);
-    fCumSampleSizes.push_back(fTotalSampleSize);
+    if (bLine) fCumSampleSizes.push_back(fTotalSampleSize);
   }
-  fProbPropSize.reserve(count);
-  fCumProbPropSize.reserve(count);
   double sum = 0.0;
   for (const double size : fAllSampleSizes) {
     const double share = fTotalSampleSize > 0.0 ? size / fTotalSampleSize : 0.0;
-    sum += share;
     fProbPropSize.push_back(share);
-    fCumProbPropSize.push_back(sum);
+    sum += share;
+    if (!bLine) fCumProbPropSize.push_back(sum);
   }
 }
 

@@ -140,10 +140,10 @@ private:
   std::int32_t fSelectMethod;                         // MethodType
   std::int32_t fStageInd;                             // from 1
   std::vector<double> fAllSampleSizes;                // s(i); the four lists are empty for methods 1 to 3
-  std::vector<double> fCumSampleSizes;                // S(i)
+  std::vector<double> fCumSampleSizes;                // S(i), of methods 6 and 7
   double fTotalSampleSize = 0.0;                      // M
   std::vector<double> fProbPropSize;                  // p(i); 0 where M isn't positive
-  std::vector<double> fCumProbPropSize;               // c(i)
+  std::vector<double> fCumProbPropSize;               // c(i), of all others
   std::int32_t fNAllSamples = 0;                      // N
   std::int32_t fNRequestSamples = 0;                  // n, at most N without replacement
   std::int32_t fNSelectSamples = 0;                   // selected so far

@@ -245,7 +245,7 @@ SVStatus SVSDataTabulator::Lookup(const MCCommon::Record& record, double carried
   values->assign(kOutputKinds, gMissingValue);
   if (fStatus.IsError()) return fStatus;
   SVStatus status;
-  Check(record, status);  // what it rejects stands in no table
+  Check(record, status);  // only an error matters: what it drops has no weight or stands in no table
   if (status.IsError()) return status;
   const double* data = record.GetAll();
   if (data == nullptr) return ErrorStatus(kStatusInvalidRecord);

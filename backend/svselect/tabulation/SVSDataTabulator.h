@@ -58,9 +58,9 @@ public:
   // and 92006 for a record at fault.
   SVStatus Lookup(const MCCommon::Record& record, double carriedWeight, std::vector<double>* values);
 
-  std::int32_t RecordCount() const { return fRecordCount; }  // records that were looked at
+  std::int64_t RecordCount() const { return fRecordCount; }  // records that were looked at
   // Records that were fit for tabulation, also those that the stage before had left out.
-  std::int32_t ValidCount() const { return fValidCount; }
+  std::int64_t ValidCount() const { return fValidCount; }
 
 private:
   using StrataTable = SVHashtable<SVSStratumData>;
@@ -97,8 +97,8 @@ private:
   std::vector<double> fPrevValues;  // scratch: what the stage before says
   std::vector<StratumEntry*>
       fTablePairs;  // the strata by first appearance; sorted for the joint probabilities
-  std::int32_t fRecordCount = 0;
-  std::int32_t fValidCount = 0;
+  std::int64_t fRecordCount = 0;
+  std::int64_t fValidCount = 0;
   bool fbSourceProcessed = false;
   SVStatus fStatus;
   bool fbConstStatus = false;  // 92005 was raised

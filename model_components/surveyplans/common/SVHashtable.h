@@ -110,6 +110,7 @@ public:
   }
 
   std::int32_t Count() const { return fCount; }
+  std::int32_t RehashCount() const { return fRehashCount; }  // how often the table has grown
 
   // Any change of the table ends the life of its iterators.
   Iterator begin() const { return Iterator(this, 0); }

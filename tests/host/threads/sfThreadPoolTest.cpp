@@ -63,17 +63,16 @@ TEST(sfThreadPool, RunsAndDestroysEachJob) {
 }
 
 TEST(sfThreadPool, DestructionWaitsForTheJobs) {
-  Tally tally;
-  {
-    sfThreadPool pool(2, 0);
-    pool.init();
-    for (int i = 0; i < 9; ++i) pool.invoke(new Job(&tally, nullptr, false), nullptr, 1);
+  for (const int done : {9, 0}) {  // of a pool that was started, and of one that wasn't
+    Tally tally;
+    {
+      sfThreadPool pool(2, 0);
+      if (done > 0) pool.init();
+      for (int i = 0; i < 9; ++i) pool.invoke(new Job(&tally, nullptr, false), nullptr, 1);
+    }
+    EXPECT_EQ(tally.done, done);
+    EXPECT_EQ(tally.alive, 0);
   }
-  EXPECT_EQ(tally.done, 9);
-  EXPECT_EQ(tally.alive, 0);
-  { sfThreadPool(2, 0).invoke(new Job(&tally, nullptr, false), nullptr, 1); }  // never started
-  EXPECT_EQ(tally.done, 9);
-  EXPECT_EQ(tally.alive, 0);
 }
 
 }  // namespace

@@ -6,11 +6,11 @@
 #include <cmath>
 #include <numeric>
 #include <random>
-#include <thread>
 
 #include "JointReference.h"
 #include "backend/svselect/selection/MurthyJoint.h"
 #include "backend/svselect/selection/PpsWorJoint.h"
+#include "backend/svselect/selection/PpsWorSteps.h"
 #include "backend/svselect/selection/SampfordJoint.h"
 #include "host/numeric/MissingValue.h"
 
@@ -51,7 +51,7 @@ struct Stratum {
       EXPECT_TRUE(work->Prepare(kNever));
       return work;
     }
-    if (steps) firstStep = FirstStepValues(sizes, n);
+    if (steps) firstStep = FirstStepProbs(p, cumulative, n);
     const PpsWorStratum stratum{sizes, p, cumulative, firstStep, n};
     if (steps) return std::make_unique<PpsWorJoint>(stratum, view, ranges);
     return std::make_unique<PpsWorEqualJoint>(stratum, view, ranges);
@@ -214,41 +214,6 @@ TEST(JointWork, SelectedUnitsHaveTheirPlaces) {
           EXPECT_NEAR(stratum.At(a, b) / LongSampford(stratum.p, 24, ia, ib), 1.0, 1e-12) << ia << ',' << ib;
         }
       }
-    }
-  }
-}
-
-// Goal: ranges change speed, never digits, on threads and one after the other in any order.
-TEST(JointWork, RangesDontChangeADigit) {
-  std::vector<double> sizes = ParetoSizes(90, 37, 1.2, 0.99, 9);
-  std::sort(sizes.begin(), sizes.end());
-  for (const Method method : {Method::kPpsWor, Method::kSampford}) {
-    const std::vector<double> one = Stratum(sizes, 37).Compute(method).matrix;
-    for (const std::size_t count : {1U, 2U, 3U, 7U, 37U}) {
-      Stratum parallel(sizes, 37);
-      const auto work = parallel.Work(method, count);
-      std::vector<std::thread> threads;
-      for (std::size_t r = 0; r < count; ++r) threads.emplace_back([&work, r] { work->Run(r, kNever); });
-      for (std::thread& thread : threads) thread.join();
-      EXPECT_EQ(parallel.matrix, one) << count;
-      Stratum backwards(sizes, 37);
-      const auto again = backwards.Work(method, count);
-      for (std::size_t r = count; r-- > 0;) EXPECT_TRUE(again->Run(r, kNever));
-      EXPECT_EQ(backwards.matrix, one) << count;
-    }
-  }
-}
-
-// Goal: a stop at any question ends the range in which it was asked, though no later question repeats it.
-TEST(JointWork, StopsAtAnyQuestion) {
-  for (const Method method : {Method::kPpsWor, Method::kSampford, Method::kMurthy}) {
-    for (int stopAt = 0, asked = 1; stopAt < asked; ++stopAt) {
-      Stratum stratum({1, 2, 3, 4, 5, 6, 7, 8, 9}, 3);
-      asked = 0;
-      const auto stop = [&] { return asked++ == stopAt; };
-      const auto work = stratum.Work(method, 2);
-      const bool first = work->Run(0, stop);
-      EXPECT_EQ(first && work->Run(1, stop), stopAt >= asked);
     }
   }
 }

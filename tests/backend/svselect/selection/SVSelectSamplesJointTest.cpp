@@ -1,6 +1,6 @@
 #include <algorithm>
 #include <atomic>
-#include <memory>
+#include <numeric>
 
 #include "backend/svcommon/design/DesignStage.h"
 #include "backend/svselect/design/SVCancelInfo.h"
@@ -44,6 +44,7 @@ Outcome Compute(std::int32_t method, const std::vector<double>& sizes, std::int3
   SVSCompSettings settings;
   EXPECT_TRUE(settings.SetMethod(method, 1));
   settings.SetNumThreads(threads);
+  settings.SetExactDesign(true);  // the draw by attempts would take ages
   ClusterTable table;
   ClusterPairs all;
   ClusterPairs selected;
@@ -85,7 +86,14 @@ Outcome Compute(std::int32_t method, const std::vector<double>& sizes, std::int3
   return outcome;
 }
 
-const std::vector<double> kRising = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13};
+// Enough of them selected that each thread has rows of its own.
+constexpr std::int32_t kDrawn = 20;
+std::vector<double> Rising() {
+  std::vector<double> sizes(45);
+  std::iota(sizes.begin(), sizes.end(), 30.5);
+  return sizes;
+}
+const std::vector<double> kRising = Rising();
 
 TEST(SVSelectSamplesJoint, FillsTheMatrixOfTheSelected) {
   const struct {
@@ -116,10 +124,10 @@ TEST(SVSelectSamplesJoint, FillsTheMatrixOfTheSelected) {
 
 TEST(SVSelectSamplesJoint, ThreadsDontChangeADigit) {
   for (const std::int32_t method : {kMethodPpsWor, kMethodPpsBrewer, kMethodPpsMurthy, kMethodPpsSampford}) {
-    const Outcome one = Compute(method, kRising, 6, 1);
+    const Outcome one = Compute(method, kRising, kDrawn, 1);
     ASSERT_FALSE(one.matrix.empty());
     for (const std::int32_t threads : {2, 3, 7, 100}) {
-      EXPECT_EQ(Compute(method, kRising, 6, threads).matrix, one.matrix) << method << ',' << threads;
+      EXPECT_EQ(Compute(method, kRising, kDrawn, threads).matrix, one.matrix) << method << ',' << threads;
     }
   }
 }
@@ -128,10 +136,10 @@ TEST(SVSelectSamplesJoint, ThreadsDontChangeADigit) {
 TEST(SVSelectSamplesJoint, EndsInOrderWhenCancelled) {
   for (const std::int32_t method : {kMethodPpsWor, kMethodPpsBrewer, kMethodPpsSampford}) {
     for (const std::int32_t threads : {1, 2, 3}) {
-      const int ticks = Compute(method, kRising, 5, threads).ticks;
+      const int ticks = Compute(method, kRising, kDrawn, threads).ticks;
       EXPECT_GT(ticks, 0);
       for (int at = 0; at < ticks; ++at) {
-        const Outcome outcome = Compute(method, kRising, 5, threads, at);
+        const Outcome outcome = Compute(method, kRising, kDrawn, threads, at);
         EXPECT_TRUE(outcome.status.IsError());
         EXPECT_EQ(outcome.status.code, kStatusCancelled) << method << ',' << threads << ',' << at;
         EXPECT_FALSE(outcome.hasMatrix);

@@ -1,7 +1,5 @@
 #include "backend/svselect/tabulation/SVSStratumData.h"
 
-#include <functional>
-
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
@@ -23,14 +21,11 @@ SVKey UnitKey(std::int32_t code) {
 
 // A stratum of one stage, whose records hold the measure of size, then the rate or size.
 struct Stratum {
-  explicit Stratum(const SVSCompSettings& given, std::size_t constCount = 0)
+  Stratum(const SVSCompSettings& given, std::size_t constCount)
       : settings(given), data(&settings, 1, &cancel, constCount) {
-    random.Initialize(1);
-    out.SetStage(1);
-    data.SetOutSamples(&out);
-    data.SetRandom(&random);
+    data.SetOutSamples(&out), data.SetRandom(&random);
   }
-  void Add(std::int32_t unit, double size = 1.0) {
+  void Add(std::int32_t unit, double size) {
     const double record[] = {size, 0.0};
     data.AddRecord(UnitKey(unit), record);
   }
@@ -39,7 +34,6 @@ struct Stratum {
     for (const SVStatus& status : out.Statuses()) codes.push_back(status.code);
     return codes;
   }
-
   SVSCompSettings settings;
   SVCancelInfo cancel{nullptr};
   SVSOutSamples out;
@@ -49,44 +43,39 @@ struct Stratum {
 
 SVSCompSettings OneStage(std::int32_t method) {
   SVSCompSettings settings;
-  settings.SetMOSVar(0);
-  settings.SetMethod(method, 1);
+  settings.SetMOSVar(0), settings.SetMethod(method, 1), settings.SetSpecValue(1000, kSizeValue, 1);
   return settings;
 }
 
 TEST(SVSStratumData, RequestedSizeAndRate) {
-  using Codes = std::vector<std::int32_t>;
-  constexpr double kNoBound = -1.0;
   struct Case {
     const char* aim;
     std::int32_t method, type;
     double value, least, most;
     std::int32_t size;
     double rate;
-    Codes codes;
+    std::vector<std::int32_t> codes;
   };
-  // Ten units each.
+  // Ten units each; a bound of -1 is none.
   const Case kCases[] = {
-      {"size", 1, 10, 4, kNoBound, kNoBound, 4, 0.4, {}},
-      {"size above the units", 1, 10, 20, kNoBound, kNoBound, 20, 2.0, {92034}},
-      {"hits above the units", 2, 10, 20, kNoBound, kNoBound, 20, 2.0, {}},
-      {"size beyond 32 bits", 2, 10, 1e12, kNoBound, kNoBound, 2147483647, 214748364.7, {}},
+      {"size", 1, 10, 4, -1, -1, 4, 0.4, {}},
+      {"size above the units", 1, 10, 20, -1, -1, 20, 2.0, {92034}},
+      {"hits above the units", 2, 10, 20, -1, -1, 20, 2.0, {}},
+      {"size beyond 32 bits", 2, 10, 1e12, -1, -1, 2147483647, 214748364.7, {}},
       {"a size isn't bounded", 1, 10, 4, 5, 3, 4, 0.4, {}},
-      {"missing size", 1, 11, kMissing, kNoBound, kNoBound, 0, 0.0, {92008}},
-      {"size variable", 3, 11, 7, kNoBound, kNoBound, 7, 0.7, {}},
-      {"rate, half rounds up", 1, 7, 0.25, kNoBound, kNoBound, 3, 0.25, {}},
-      {"rate, below a half", 1, 7, 0.2499, kNoBound, kNoBound, 2, 0.2499, {}},
-      {"rate to nothing", 1, 7, 0.01, kNoBound, kNoBound, 0, 0.01, {}},
-      {"least size keeps the rate", 1, 7, 0.2, 5, kNoBound, 5, 0.2, {}},
+      {"missing size", 1, 11, kMissing, -1, -1, 0, 0.0, {92008}},
+      {"size variable", 3, 11, 7, -1, -1, 7, 0.7, {}},
+      {"rate, half rounds up", 1, 7, 0.25, -1, -1, 3, 0.25, {}},
+      {"rate, below a half", 1, 7, 0.2499, -1, -1, 2, 0.2499, {}},
+      {"least size keeps the rate", 1, 7, 0.2, 5, -1, 5, 0.2, {}},
       {"bounds are cut to whole", 1, 7, 0.2, 5.9, 4.9, 4, 0.2, {}},
-      {"most alone", 1, 8, 0.9, kNoBound, 4, 4, 0.9, {}},
-      {"most equal to the size", 1, 8, 0.4, kNoBound, 4, 4, 0.4, {}},
-      {"rate above 1", 4, 8, 1.5, kNoBound, kNoBound, 15, 1.5, {92035}},
-      {"rate above 1, hits", 6, 8, 1.5, kNoBound, kNoBound, 15, 1.5, {}},
-      {"missing rate", 2, 8, kMissing, kNoBound, kNoBound, 0, 0.0, {92008}},
-      {"enormous rate", 2, 7, 1e300, kNoBound, kNoBound, 2147483647, 1e300, {}},
-      {"another tag", 1, 4, 3, kNoBound, kNoBound, 0, 0.0, {}},
-      {"Brewer takes two", 9, 10, 4, kNoBound, kNoBound, 2, 0.2, {}},
+      {"most alone", 1, 8, 0.9, -1, 4, 4, 0.9, {}},
+      {"rate above 1", 4, 8, 1.5, -1, -1, 15, 1.5, {92035}},
+      {"rate above 1, hits", 6, 8, 1.5, -1, -1, 15, 1.5, {}},
+      {"missing rate", 2, 8, kMissing, -1, -1, 0, 0.0, {92008}},
+      {"enormous rate", 2, 7, 1e300, -1, -1, 2147483647, 1e300, {}},
+      {"another tag", 1, 4, 3, -1, -1, 0, 0.0, {}},
+      {"Brewer takes two", 9, 10, 4, -1, -1, 2, 0.2, {}},
       {"Murthy takes two", 10, 0, 0, 5, 1, 2, 0.2, {}},
   };
   for (const Case& c : kCases) {
@@ -98,10 +87,8 @@ TEST(SVSStratumData, RequestedSizeAndRate) {
     const bool carried = c.type == kRateVariable || c.type == kSizeVariable;
     Stratum stratum(settings, carried ? 1 : 0);
     const double record[] = {1.0, c.value};
-    if (carried) {
-      EXPECT_EQ(stratum.data.InitConstValues(record, {1}), c.value != kMissing);
-    }
-    for (std::int32_t unit = 1; unit <= 10; ++unit) stratum.Add(unit);
+    if (carried) stratum.data.InitConstValues(record, {1});
+    for (std::int32_t unit = 1; unit <= 10; ++unit) stratum.Add(unit, 1.0);
     for (int again = 0; again < 2; ++again) {
       EXPECT_EQ(stratum.data.GetRequestSize(), c.size);
       EXPECT_EQ(stratum.data.GetRequestRate(), c.rate);
@@ -114,8 +101,8 @@ TEST(SVSStratumData, ConstantValues) {
   struct Case {
     const char* aim;
     std::vector<double> values;  // of the records in turn
-    std::vector<int> differs;    // from the second on
-    std::int32_t size;           // what counts in the end
+    std::vector<int> differs;
+    std::int32_t size;  // what counts in the end
   };
   const Case kCases[] = {
       {"the first stays", {3, 4, 3, 5}, {0, -1, 0}, 3},
@@ -128,35 +115,30 @@ TEST(SVSStratumData, ConstantValues) {
     SVSCompSettings settings = OneStage(kMethodSimpleWr);
     settings.AddSpecVar(1, kSizeVariable, 1);
     Stratum stratum(settings, 1);
+    stratum.data.InitConstValues(&c.values[0], {0});
     std::vector<int> differs;
-    for (const double& value : c.values) {
-      const double record[] = {1.0, value};
-      if (&value == &c.values.front()) {
-        stratum.data.InitConstValues(record, {1});
-      } else {
-        differs.push_back(stratum.data.CheckConstValues(record, {1}));
-      }
+    for (std::size_t i = 1; i < c.values.size(); ++i) {
+      differs.push_back(stratum.data.CheckConstValues(&c.values[i], {0}));
     }
     EXPECT_EQ(differs, c.differs);
     EXPECT_EQ(stratum.data.GetRequestSize(), c.size);
   }
 }
 
-// Goal: what a unit's size is by method and source, seen through the weights of a census-like draw.
+// Goal: what a unit's size is by method and source. A thousand draws hit each unit; the weight tells its
+// share.
 TEST(SVSStratumData, SizesAndTheirWarning) {
   struct Case {
     const char* aim;
     std::int32_t method;
     bool fromData;
-    double least, most;
-    double share;  // inclusion probability of unit 1 in a draw of one unit
+    double least, most, share;
     std::vector<std::int32_t> codes;
   };
   // Unit 1: sizes 2, 9; unit 2: size 4; unit 3: sizes missing, 6.
   const Case kCases[] = {
       {"first value stays, one warning", 6, false, -1, -1, 2.0 / 12, {92033}},
       {"bounds", 6, false, 3, 5, 3.0 / 12, {92033}},
-      {"the least isn't held against the most", 6, false, 4, 3, 4.0 / 10, {92033}},
       {"records counted, no bounds", 6, true, 3, 1, 2.0 / 5, {}},
       {"equal sizes", 2, false, 3, 5, 1.0 / 3, {}},
   };
@@ -164,24 +146,33 @@ TEST(SVSStratumData, SizesAndTheirWarning) {
     SCOPED_TRACE(c.aim);
     SVSCompSettings settings = OneStage(c.method);
     settings.SetMOSFromData(c.fromData), settings.SetMOSMin(c.least), settings.SetMOSMax(c.most);
-    settings.SetSpecValue(1, kSizeValue, 1);
-    double found = kMissing;
-    for (std::uint32_t seed = 1; found == kMissing && seed < 100; ++seed) {
-      Stratum stratum(settings);
-      stratum.random.Initialize(seed);
-      stratum.Add(1, 2), stratum.Add(1, 9), stratum.Add(2, 4), stratum.Add(3, kMissing), stratum.Add(3, 6);
-      ASSERT_FALSE(stratum.data.Select().IsError());
-      EXPECT_EQ(stratum.Codes(), c.codes);
-      EXPECT_EQ(stratum.data.GetSelectRate(), 1.0 / 3);
-      std::vector<double> values;
-      stratum.data.GetRecordStats(UnitKey(1), &values);
-      found = values[kOutInclProb];
-      EXPECT_EQ(values[kOutPopSize], 3.0);
-      EXPECT_FALSE(stratum.data.GetRecordStats(UnitKey(4), &values).IsError());
-      EXPECT_EQ(values, std::vector<double>(7, kMissing));  // no such unit
-    }
-    EXPECT_NEAR(found, c.share, 1e-15);
+    Stratum stratum(settings, 0);
+    stratum.Add(1, 2), stratum.Add(1, 9), stratum.Add(2, 4), stratum.Add(3, kMissing), stratum.Add(3, 6);
+    ASSERT_FALSE(stratum.data.Select().IsError());
+    EXPECT_EQ(stratum.Codes(), c.codes);
+    EXPECT_EQ(stratum.data.GetSelectRate(), 1000.0 / 3);
+    std::vector<double> values;
+    stratum.data.GetRecordStats(UnitKey(1), &values);
+    EXPECT_NEAR(1 / (1000 * values[kOutWeight]), c.share, 1e-15);
+    EXPECT_FALSE(stratum.data.GetRecordStats(UnitKey(4), &values).IsError());
+    EXPECT_EQ(values, std::vector<double>(7, kMissing));  // no such unit
   }
+}
+
+TEST(SVSStratumData, JointProbabilitiesAreTheSameOnThreads) {
+  std::vector<std::vector<double>> matrices;
+  for (const int threads : {1, 3}) {
+    SVSCompSettings settings = OneStage(kMethodPpsSampford);
+    settings.SetSpecValue(3, kSizeValue, 1), settings.SetNumThreads(threads);
+    Stratum stratum(settings, 0);
+    for (std::int32_t unit = 1; unit <= 9; ++unit) stratum.Add(unit, 10 + unit);
+    ASSERT_FALSE(stratum.data.Select().IsError());
+    const std::vector<double>* matrix = nullptr;
+    ASSERT_TRUE(stratum.data.ComputeJointProbs(&matrix).IsOK());
+    matrices.push_back(*matrix);
+  }
+  EXPECT_EQ(matrices[0].size(), 9U);
+  EXPECT_EQ(matrices[0], matrices[1]);
 }
 
 }  // namespace

@@ -82,7 +82,9 @@ TEST(SVHashtable, GrowsAtThe67thKey) {
   SVHashtable<int> table;
   for (int i = 0; i < 66; ++i) ASSERT_TRUE(table.Insert(KeyOf({89 * i}), i));
   EXPECT_EQ(OrderOf(table).front(), std::vector<int>{89 * 65});  // one chain, the last first
+  EXPECT_EQ(table.RehashCount(), 0);
   ASSERT_TRUE(table.Insert(KeyOf({1}), 66));
+  EXPECT_EQ(table.RehashCount(), 1);
   EXPECT_EQ(OrderOf(table).front(), std::vector<int>{0});  // 89 * 3 i is 88 i modulo 179: chains of one
   EXPECT_FALSE(table.Insert(KeyOf({1}), 67));
   EXPECT_EQ(table.Find(KeyOf({1}))->value, 66);

@@ -1,0 +1,160 @@
+#include "backend/svcommon/PlanInWords.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "host/text/DisplayText.h"
+
+namespace {
+
+constexpr std::size_t kMostRows = 20;  // of a table
+
+using Lines = std::vector<std::string>;
+
+// The shortest text that reads back the same.
+std::string NumberText(double number) {
+  char text[32];
+  const auto end = std::to_chars(std::begin(text), std::end(text), number).ptr;
+  return {std::begin(text), end};
+}
+
+std::string CountText(std::size_t count, const std::string& one) {
+  return std::to_string(count) + ' ' + one + (count == 1 ? "" : "s");
+}
+
+std::string NamesText(const std::vector<KorvVarName>& names) {
+  std::string text;
+  for (const KorvVarName& name : names) text += (text.empty() ? "" : ", ") + PrintableText(name.Text());
+  return text.empty() ? "none" : text;
+}
+
+const char* MethodText(std::int32_t type) {
+  switch (type) {
+    case kSamplingSimpleWor:
+      return "at random without replacement, each unit with the same probability";
+    case kSamplingSimpleWr:
+      return "at random with replacement, each unit with the same probability";
+    case kSamplingSimpleSystematic:
+      return "systematic: at fixed intervals from a random start, each unit with the same probability";
+    case kSamplingSimpleChromy:
+      return "sequential, each unit with the same probability";
+    case kSamplingPpsWor:
+      return "at random without replacement, in proportion to size";
+    case kSamplingPpsWr:
+      return "at random with replacement, in proportion to size";
+    case kSamplingPpsSystematic:
+      return "systematic: at fixed intervals from a random start, in proportion to size";
+    case kSamplingPpsBrewer:
+      return "Brewer's, in proportion to size";
+    case kSamplingPpsMurthy:
+      return "Murthy's, in proportion to size";
+    case kSamplingPpsSampford:
+      return "Sampford's, in proportion to size";
+    case kSamplingPpsChromy:
+      return "sequential, in proportion to size";
+    default:
+      return "none";
+  }
+}
+
+std::string BoundsText(double least, double most) {
+  std::string text;
+  if (least > 0.0) text += ", at least " + NumberText(least);
+  if (most > 0.0) text += ", at most " + NumberText(most);
+  return text;
+}
+
+void AddTable(const VarCatList& table, Lines* lines) {
+  std::vector<VarCatList::CatList> keys;
+  std::vector<double> values;
+  table.copyMapKeyVal(keys, values);
+  const std::size_t shown = std::min(values.size(), kMostRows);
+  for (std::size_t row = 0; row < shown; ++row) {
+    std::string line;
+    for (const std::string& category : keys[row])
+      line += (line.empty() ? "" : ", ") + PrintableText(category);
+    lines->push_back("    " + line + ": " + NumberText(values[row]));
+  }
+  if (shown < values.size()) {
+    lines->push_back("    ... and " + CountText(values.size() - shown, "more row"));
+  }
+}
+
+std::string TableText(const VarCatList& table) {
+  std::vector<KorvVarName> names;
+  table.copyVarList(names);
+  return "a table of " + NamesText(names) + " with " + CountText(table.getMapSize(), "row");
+}
+
+// How many units of each stratum.
+void AddSize(const SVPlanStageSpecs& stage, Lines* lines) {
+  std::string text = "two units of each stratum";
+  if (stage.paramSource == kParamByValue) {
+    text = NumberText(stage.paramValue);
+  } else if (stage.paramSource == kParamByVarName) {
+    text = "variable " + PrintableText(stage.paramVariable.Text());
+  } else if (stage.paramSource == kParamByVarCatList) {
+    text = TableText(stage.paramMatrix);
+  } else if (stage.type != kSamplingPpsBrewer && stage.type != kSamplingPpsMurthy) {
+    text = "none";
+  }
+  const bool isRate = stage.paramKind == kParamRate;
+  if (isRate && (stage.minSize > 0.0 || stage.maxSize > 0.0)) {
+    text += "; units of a stratum" + BoundsText(stage.minSize, stage.maxSize).substr(1);
+  }
+  lines->push_back((isRate ? "  Rate in each stratum: " : "  Units of each stratum: ") + text);
+  if (stage.paramSource == kParamByVarCatList) AddTable(stage.paramMatrix, lines);
+}
+
+void AddMeasureOfSize(const SVPlanSpecs& plan, Lines* lines) {
+  const std::string source = plan.mosFromData ? "number of cases"
+                             : plan.mosVariable.IsEmpty()
+                                 ? "none"
+                                 : "variable " + PrintableText(plan.mosVariable.Text());
+  lines->push_back("  Measure of size: " + source + BoundsText(plan.mosMin, plan.mosMax));
+}
+
+void AddOutputs(const SVPlanStageSpecs& stage, Lines* lines) {
+  const struct {
+    const char* text;
+    const KorvVarName& name;
+  } outputs[] = {
+      {"inclusion probability", stage.inclProbName},
+      {"cumulative weight", stage.cumWeightName},
+      {"number of selections or copy", stage.indexName},
+      {"population size", stage.popSizeName},
+      {"sample size", stage.sampSizeName},
+      {"sampling rate", stage.rateName},
+      {"weight", stage.weightName},
+  };
+  for (const auto& output : outputs) {
+    if (output.name.IsEmpty()) continue;
+    lines->push_back("  Leaves " + PrintableText(output.name.Text()) + ": the " + output.text);
+  }
+}
+
+void AddStage(const SVPlanSpecs& plan, int number, Lines* lines) {
+  const SVPlanStageSpecs& stage = *plan.getStage(number);
+  const std::string label = stage.label.empty() ? "" : ": " + PrintableText(stage.label);
+  lines->push_back("Stage " + std::to_string(number) + label);
+  lines->push_back("  Strata: " + NamesText(stage.strataVariables));
+  lines->push_back("  Clusters: " + NamesText(stage.clusterVariables));
+  lines->push_back("  Method: " + std::string(MethodText(stage.type)));
+  AddSize(stage, lines);
+  if (stage.type >= kSamplingPpsWor && stage.type <= kSamplingPpsChromy) AddMeasureOfSize(plan, lines);
+  AddOutputs(stage, lines);
+}
+
+}  // namespace
+
+std::vector<std::string> PlanInWords(const SVPlanSpecs& plan) {
+  Lines lines = {"Sample design of " + CountText(plan.stages.size(), "stage")};
+  lines.push_back("Final weight: " + (plan.weight.IsEmpty() ? "none, so nothing can be drawn"
+                                                            : PrintableText(plan.weight.Text())));
+  if (!plan.previousWeight.IsEmpty()) {
+    lines.push_back("Weight of an earlier sampling: " + NamesText({plan.previousWeight}));
+  }
+  if (plan.estimation == kSamplingWr) lines.emplace_back("Estimation as if drawn with replacement");
+  for (int number = 1; number <= plan.numStages(); ++number) AddStage(plan, number, &lines);
+  return lines;
+}
