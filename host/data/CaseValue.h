@@ -1,8 +1,11 @@
 #pragma once
 
-#include "host/data/KORV_InputCaseIterator.h"
+#include <string>
+#include <vector>
 
-class KORV_Variable;
+#include "host/numeric/Obs.h"
+
+class KORV_InputCaseIterator;
 
 // CaseValue is the cell of one column in an iterator's current case. It stays bound to the iterator, which
 // outlives it, and always shows the current case.
@@ -17,8 +20,7 @@ public:
   bool IsMissing() const;
 
 private:
-  bool IsUserMissing() const;
-
-  const KORV_InputCaseIterator* fpIterator;
-  int fColumn;
+  // User-missing values of the variable: numbers, or texts without trailing blanks.
+  std::vector<double> fvMissingNumbers;
+  std::vector<std::string> fvMissingTexts;
 };

@@ -82,6 +82,25 @@ private:
   duckdb_config fConfig = nullptr;
 };
 
+class Statement {
+public:
+  Statement(duckdb_connection connection, const std::string& sql) {
+    if (duckdb_prepare(connection, sql.c_str(), &fStatement) == DuckDBSuccess) return;
+    const char* const message = duckdb_prepare_error(fStatement);
+    const std::string reason = message == nullptr ? "" : message;
+    duckdb_destroy_prepare(&fStatement);
+    Fail(reason.c_str());
+  }
+  ~Statement() { duckdb_destroy_prepare(&fStatement); }
+  Statement(const Statement&) = delete;
+  Statement& operator=(const Statement&) = delete;
+
+  duckdb_prepared_statement Get() const { return fStatement; }
+
+private:
+  duckdb_prepared_statement fStatement = nullptr;
+};
+
 }  // namespace
 
 std::string QuoteIdentifier(std::string_view name) {
@@ -147,25 +166,32 @@ DuckResult DuckConnection::Query(const std::string& sql) {
 }
 
 DuckResult DuckConnection::Stream(const std::string& sql) {
-  struct Statement {
-    ~Statement() {
-      duckdb_destroy_pending(&pending);
-      duckdb_destroy_prepare(&prepared);
-    }
-    duckdb_prepared_statement prepared = nullptr;
-    duckdb_pending_result pending = nullptr;
-  } statement;
-  if (duckdb_prepare(Get(), sql.c_str(), &statement.prepared) != DuckDBSuccess) {
-    Fail(duckdb_prepare_error(statement.prepared));
-  }
-  if (duckdb_pending_prepared_streaming(statement.prepared, &statement.pending) != DuckDBSuccess) {
-    Fail(duckdb_pending_error(statement.pending));
-  }
+  const Statement statement(Get(), sql);
+  duckdb_pending_result pending = nullptr;
+  const duckdb_state started = duckdb_pending_prepared_streaming(statement.Get(), &pending);
   duckdb_result raw{};
-  const duckdb_state state = duckdb_execute_pending(statement.pending, &raw);
+  const bool isGood = started == DuckDBSuccess && duckdb_execute_pending(pending, &raw) == DuckDBSuccess;
   DuckResult result(raw);
-  if (state != DuckDBSuccess) Fail(duckdb_result_error(&raw));
+  const char* const message =
+      started == DuckDBSuccess ? duckdb_result_error(&raw) : duckdb_pending_error(pending);
+  const std::string reason = isGood || message == nullptr ? "" : message;
+  duckdb_destroy_pending(&pending);
+  if (!isGood) Fail(reason.c_str());
   return result;
+}
+
+std::vector<std::string> DuckConnection::QueryColumns(const std::string& sql) {
+  const Statement statement(Get(), sql);
+  if (duckdb_prepared_statement_type(statement.Get()) != DUCKDB_STATEMENT_TYPE_SELECT) {
+    Fail("a statement that isn't a query");
+  }
+  std::vector<std::string> names;
+  for (idx_t i = 0; i < duckdb_prepared_statement_column_count(statement.Get()); ++i) {
+    const char* const name = duckdb_prepared_statement_column_name(statement.Get(), i);
+    names.emplace_back(name == nullptr ? "" : name);
+    duckdb_free(const_cast<char*>(name));
+  }
+  return names;
 }
 
 // --- the work database
@@ -215,4 +241,15 @@ WorkDatabase& WorkDatabase::Current() {
 
 std::string WorkDatabase::UniqueName(std::string_view stem) {
   return fmt::format("{}_{}", stem, ++fNames);
+}
+
+std::shared_ptr<const void> WorkDatabase::Hold(const std::string& release) {
+  const auto remove = [this, release](const void*) {
+    try {
+      Connect().Run(release);
+    } catch (const DataError&) {
+      // It goes with the database at the end of the session.
+    }
+  };
+  return std::shared_ptr<const void>(this, remove);
 }

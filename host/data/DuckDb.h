@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 #include "host/data/DataError.h"
 
@@ -94,6 +95,10 @@ public:
   // REQUIRES: the connection runs nothing else while the result lives.
   DuckResult Stream(const std::string& sql);
 
+  // The names of the columns that a query gives.
+  // Errors: DataError also when the text isn't one statement that gives rows and changes nothing.
+  std::vector<std::string> QueryColumns(const std::string& sql);
+
   duckdb_connection Get() const { return fpConnection.get(); }
 
 private:
@@ -127,6 +132,9 @@ public:
   static WorkDatabase& Current();
 
   DuckConnection Connect() const { return DuckConnection(fpDatabase.get()); }
+
+  // Something that lives in the database: `release` is the statement that removes it once nobody holds it.
+  std::shared_ptr<const void> Hold(const std::string& release);
 
   // A name for a table or an attached file that nothing else in the session has.
   std::string UniqueName(std::string_view stem);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string_view>
@@ -28,6 +29,7 @@ public:
 
   int NextCase() override;
   KORV_DataSource& GetDataSource() override;
+  // Before the first case a number is system-missing and a text all blanks.
   const OBS* BindColumn(int column) override;
   // Ignored for a column of the file itself, before the first case and outside the last pass.
   void SetColumnValue(int column, double value) override;
@@ -37,41 +39,49 @@ public:
   bool SplitGroupEnd() const { return fbSplitEnd; }
 
 private:
-  // A bound string column.
-  struct BoundText {
-    OBS* cells;                     // owned by fvCells
-    std::size_t bytes;              // of the cells
-    std::size_t used;               // bytes that the text of the current case takes; the rest are blanks
-    std::size_t place;              // in the cursor's columns
-    const std::string_view* block;  // the cursor's current block
-  };
-  // A bound number column.
+  static constexpr std::size_t kNotServed = static_cast<std::size_t>(-1);
+
+  // A bound column that the engine serves. The values of the block are null until there is one.
   struct BoundNumber {
-    OBS* cell;
-    std::size_t place;
+    OBS* cell;          // owned by fvCells
+    std::size_t place;  // in the cursor's columns
     const double* block;
   };
-  // A bound column of added values.
+  struct BoundText {
+    OBS* cells;
+    std::size_t used;  // bytes that the text of the current case takes; all behind are blanks
+    std::size_t place;
+    const std::string_view* block;
+  };
+  // A bound column of values that were added.
   struct BoundAdded {
     OBS* cell;
     int column;
   };
 
-  bool ReadNextBlock();
-  void Restart();
-  void ShowRow(std::size_t row);
+  std::size_t PlaceOf(int column);
+  void BindServed(int column, OBS* cells, bool isNumber);
+  bool OpenCursor(std::int64_t firstRow);
+  bool NextBlock();
   bool SplitKeyChanges(std::size_t row) const;
+  // In the loop over the cases: mostly there are numbers alone.
+  void ShowRow(std::size_t row) {
+    for (const BoundNumber& bound : fvNumbers) bound.cell->number = bound.block[row];
+    if (!fvTexts.empty() || !fvAdded.empty()) ShowOthers(row);
+  }
+  void ShowOthers(std::size_t row);
+  void End();
 
   ProcedureDataSource& fSource;
   ActiveFile& fFile;
   std::unique_ptr<CaseCursor> fpCursor;         // null before the first case and after the end
   std::vector<std::unique_ptr<OBS[]>> fvCells;  // by column; null while it isn't bound
-  std::vector<int> fvPlaces;                    // columns of the cursor
+  std::vector<int> fvServed;                    // columns of the cursor
   std::vector<BoundNumber> fvNumbers;
   std::vector<BoundText> fvTexts;
   std::vector<BoundAdded> fvAdded;
-  std::vector<int> fvSplit;  // columns that split the cases
-  std::int64_t fRow = -1;    // current case, 0-based; -1 before the first
+  std::vector<std::size_t> fvSplitPlaces;  // in the cursor's columns
+  std::int64_t fRow = -1;                  // current case, from 0; -1 before the first
   std::size_t fBlockRows = 0;
   std::size_t fNext = 0;  // row of the block that the next case takes
   bool fbSplitEnd = false;

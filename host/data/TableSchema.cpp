@@ -206,26 +206,6 @@ std::string FormatText(const KORV_Format& format) {
   return format.decimals == 0 ? text : fmt::format("{}.{}", text, format.decimals);
 }
 
-bool HasPrefix(const std::string& text, std::string_view prefix) {
-  return text.compare(0, prefix.size(), prefix) == 0;
-}
-
-// A string that holds what isn't text in its file (digits that a double would lose) is a string in the
-// schema as well.
-std::string_view FieldType(const KORV_Variable& variable) {
-  const std::string& column = variable.ColumnType();
-  if (variable.GetType() > 0) {
-    if (column == "DATE") return "date";
-    if (HasPrefix(column, "TIMESTAMP")) return "datetime";
-    return HasPrefix(column, "TIME") ? "time" : "string";
-  }
-  if (column == "BOOLEAN") return "boolean";
-  constexpr std::array<std::string_view, 10> kIntegers = {"TINYINT", "SMALLINT", "INTEGER",   "BIGINT",
-                                                          "HUGEINT", "UTINYINT", "USMALLINT", "UINTEGER",
-                                                          "UBIGINT", "UHUGEINT"};
-  return std::find(kIntegers.begin(), kIntegers.end(), column) == kIntegers.end() ? "number" : "integer";
-}
-
 std::string_view LevelName(int level) {
   const auto found =
       std::find_if(kLevels.begin(), kLevels.end(), [&](const auto& entry) { return entry.second == level; });
@@ -239,7 +219,7 @@ std::string ValueText(const KORV_Variable& variable, const DictionaryValue& valu
 Json FieldJson(const KORV_Variable& variable) {
   Json field;
   field["name"] = variable.GetName();
-  field["type"] = FieldType(variable);
+  field["type"] = SchemaFieldType(variable);
   if (!variable.GetLabel().empty()) field["title"] = variable.GetLabel();
   if (!variable.ValueLabels().empty()) {
     Json& categories = field["categories"] = Json::array();
@@ -261,6 +241,20 @@ Json FieldJson(const KORV_Variable& variable) {
 }
 
 }  // namespace
+
+std::string_view SchemaFieldType(const KORV_Variable& variable) {
+  const std::string& column = variable.ColumnType();
+  if (variable.GetType() > 0) {
+    if (column == "DATE") return "date";
+    if (column.starts_with("TIMESTAMP")) return "datetime";
+    return column.starts_with("TIME") ? "time" : "string";
+  }
+  if (column == "BOOLEAN") return "boolean";
+  constexpr std::array<std::string_view, 10> kIntegers = {"TINYINT", "SMALLINT", "INTEGER",   "BIGINT",
+                                                          "HUGEINT", "UTINYINT", "USMALLINT", "UINTEGER",
+                                                          "UBIGINT", "UHUGEINT"};
+  return std::find(kIntegers.begin(), kIntegers.end(), column) == kIntegers.end() ? "number" : "integer";
+}
 
 TableSchema ParseTableSchema(std::string_view json, const std::string& source) {
   return SchemaReader(source).Read(json);

@@ -45,5 +45,10 @@ struct SchemaError : std::runtime_error {
 // Errors: SchemaError when the text is no JSON or no Table Schema.
 TableSchema ParseTableSchema(std::string_view json, const std::string& source);
 
+// The field type that says what a variable's column holds: "boolean", "integer", "number", "date",
+// "datetime", "time", "string". A string that isn't text in its file (digits that a double would lose) is a
+// string here.
+std::string_view SchemaFieldType(const KORV_Variable& variable);
+
 // The schema of a dictionary as JSON text. Parsed and applied again it gives the same dictionary.
 std::string WriteTableSchema(const Dictionary& dictionary);

@@ -8,6 +8,10 @@ namespace MCCommonMath {
 // The generator of a run: the 32-bit Mersenne Twister. The sequence for a seed is fixed, on every machine.
 class MCRandomTwister {
 public:
+  MCRandomTwister() = default;
+  // Goes on with the sequence of `engine`.
+  explicit MCRandomTwister(const std::mt19937& engine) : fEngine(engine) {}
+
   // Starts the sequence of `seed`.
   void Initialize(std::uint32_t seed) { fEngine.seed(seed); }
 

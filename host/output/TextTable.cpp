@@ -14,16 +14,8 @@ constexpr int kWidestHeader = 24;    // a column label is wrapped to this
 constexpr int kNarrowestLabel = 16;  // however deep a row label is indented, it has this room
 constexpr int kNarrowestTable = 40;  // a smaller width than this isn't kept to
 
-enum class Alignment { Left, Center, Right };
-
 std::string Blanks(int count) {
   return std::string(static_cast<std::size_t>(std::max(count, 0)), ' ');
-}
-
-std::string Aligned(const std::string& text, int width, Alignment alignment) {
-  const int room = width - DisplayWidth(text);
-  const int left = alignment == Alignment::Left ? 0 : alignment == Alignment::Right ? room : room / 2;
-  return Blanks(left) + text + Blanks(room - std::max(left, 0));
 }
 
 int WidestOf(const std::vector<std::string>& texts) {
@@ -64,11 +56,21 @@ void TextTable::Print() {
   for (std::size_t first = 0; first < fvColumns.size();) {
     const std::size_t last = EndOfBlock(first);
     PrintLine({});
-    PrintBlock(first, last);
+    PrintHeader(first, last);
+    PrintRows(first, last);
     first = last;
   }
   if (!fTable.Notes().empty()) PrintLine({});
   for (const std::string& note : fTable.Notes()) PrintWrapped(note);
+}
+
+// `text` in a field of that width; a wider one is left as it is.
+std::string TextTable::Aligned(const std::string& text, int width, Alignment alignment) {
+  const int room = std::max(width - DisplayWidth(text), 0);
+  int left = 0;
+  if (alignment == Alignment::Right) left = room;
+  if (alignment == Alignment::Center) left = room / 2;
+  return Blanks(left) + text + Blanks(room - left);
 }
 
 std::string TextTable::Label(int node) const {
@@ -136,11 +138,6 @@ std::size_t TextTable::EndOfBlock(std::size_t first) const {
   return last;
 }
 
-void TextTable::PrintBlock(std::size_t first, std::size_t last) {
-  PrintHeader(first, last);
-  PrintRows(first, last);
-}
-
 void TextTable::PrintHeader(std::size_t first, std::size_t last) {
   std::size_t levels = 0;
   for (std::size_t c = first; c < last; ++c) levels = std::max(levels, fLayout.Columns()[c].size());
@@ -179,9 +176,7 @@ void TextTable::PrintSpans(const std::vector<Span>& spans, bool isLeaf, const st
     std::string line = Aligned(i + 1 == height ? corner : std::string(), fStubWidth, Alignment::Left);
     for (const Span& span : spans) {
       const std::size_t above = height - span.lines.size();
-      const Alignment alignment = !isLeaf                           ? Alignment::Center
-                                  : fvColumns[span.first].isNumeric ? Alignment::Right
-                                                                    : Alignment::Left;
+      const Alignment alignment = isLeaf ? AlignmentOf(span.first) : Alignment::Center;
       if (!line.empty()) line += Blanks(kGap);
       line += Aligned(i < above ? std::string() : span.lines[i - above], SpanWidth(span.first, span.last),
                       alignment);
@@ -205,7 +200,7 @@ void TextTable::PrintRows(std::size_t first, std::size_t last) {
       const bool isHere = at < entries.size() && entries[at].row == r && entries[at].column == c;
       const std::string text = isHere ? PrintableText(fTable.Cells()[entries[at].cell].text) : std::string();
       if (!line.empty()) line += Blanks(kGap);
-      line += Aligned(text, fvColumns[c].width, fvColumns[c].isNumeric ? Alignment::Right : Alignment::Left);
+      line += Aligned(text, fvColumns[c].width, AlignmentOf(c));
     }
     PrintLine(std::move(line));
     while (at < entries.size() && entries[at].row == r) ++at;

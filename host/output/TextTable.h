@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -19,6 +20,7 @@ public:
   void Print();
 
 private:
+  enum class Alignment : std::uint8_t { Left, Center, Right };
   struct Column {
     int width = 0;
     bool isNumeric = true;  // all its cells are numbers
@@ -30,6 +32,10 @@ private:
     std::vector<std::string> lines;
   };
 
+  static std::string Aligned(const std::string& text, int width, Alignment alignment);
+  Alignment AlignmentOf(std::size_t column) const {
+    return fvColumns[column].isNumeric ? Alignment::Right : Alignment::Left;
+  }
   std::string Label(int node) const;
   std::string Corner() const;
   int StubWidth() const;
@@ -37,7 +43,6 @@ private:
 
   int SpanWidth(std::size_t first, std::size_t last) const;
   std::size_t EndOfBlock(std::size_t first) const;
-  void PrintBlock(std::size_t first, std::size_t last);
   void PrintHeader(std::size_t first, std::size_t last);
   std::vector<Span> SpansAt(std::size_t level, std::size_t first, std::size_t last) const;
   void PrintSpans(const std::vector<Span>& spans, bool isLeaf, const std::string& corner);

@@ -225,8 +225,10 @@ TEST(JsonReport, HasItsFixedForm) {
     BpPivotTable renamed = procedure.PivotTable(Fixed("Renamed"), Fixed("Renamed"), true);
     const BpDimension name = renamed.Dimension(Fixed("Name"), 0);
     name.Position(kPlaceRow, 1, false, false);
-    name.Category(Fixed("old")).Cell(BpString("first", false));
-    name.Category(Fixed("old")).Cell(BpString("new", false));
+    const BpCategory old = name.Category(Fixed("old"));
+    name.Category(Fixed("last made, but not asked"));
+    old.Cell(BpString("first", false));
+    old.Cell(BpString("new", false));
     renamed.Note(BpAnnotation(Fixed("so").Replicate(), -1));
     const BpPivotTable empty = procedure.PivotTable(Fixed("Renamed"), Fixed("Renamed"), true);
   }

@@ -1,0 +1,37 @@
+# Two commands do everything on a fresh Debian machine: `make demo` and `make test`. Each first installs what is
+# missing, and says what it does.
+BUILD := build/release
+JOBS  := $(shell nproc)
+
+.PHONY: help demo test build dependencies bench format clean
+
+help:
+	@echo "make demo   builds svselect and shows it at work on the example frames"
+	@echo "make test   builds svselect and runs all its tests"
+	@echo "make bench  runs the benchmarks whose figures CONTRIBUTING.md states"
+	@echo "make format lays the sources out by .clang-format"
+
+dependencies:
+	@tools/install-dependencies
+
+$(BUILD)/build.ninja: | dependencies
+	cmake --preset release
+
+demo: dependencies $(BUILD)/build.ninja
+	cmake --build $(BUILD) -j$(JOBS) --target svselect_program
+	examples/demo $(BUILD)/bin/svselect
+
+build: dependencies $(BUILD)/build.ninja
+	cmake --build $(BUILD) -j$(JOBS)
+
+test: build
+	ctest --test-dir $(BUILD) --output-on-failure -j$(JOBS)
+
+bench: build
+	bench/run $(BUILD)
+
+format:
+	git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+clean:
+	rm -rf build

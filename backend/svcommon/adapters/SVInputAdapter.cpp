@@ -1,0 +1,101 @@
+#include "backend/svcommon/adapters/SVInputAdapter.h"
+
+#include "host/data/ProcDSIterator.h"
+#include "host/data/ProcedureDataSource.h"
+#include "host/numeric/MissingValue.h"
+
+SVInputAdapter::SVInputAdapter(const SVPlanValidSpecs* validSpecs, ProcedureDataSource* dataSource,
+                               ProcDSIterator* iterator, const SVMessages* messages, bool includeUserMissing)
+    : fpValidSpecs(validSpecs),
+      fpIterator(iterator),
+      fpDataSource(dataSource),
+      fpMessages(messages),
+      fbIncludeUserMissing(includeUserMissing) {
+  for (const auto& [variable, _] : validSpecs->CatRecordIndex()) {
+    fCatReaderIndex.emplace(variable, static_cast<std::int32_t>(fvCatReaders.size()));
+    fvCatReaders.push_back(std::make_unique<CaseValueReader>(iterator, variable, includeUserMissing));
+  }
+  for (const auto& [variable, slot] : validSpecs->ContRecordIndex()) {
+    const bool isSize = validSpecs->IsSizeSlot(slot);
+    const bool isRate = validSpecs->IsRateSlot(slot);
+    fvContVars.push_back(std::make_unique<SVAdaptContVar>(iterator, variable, false, isSize, isRate));
+  }
+  for (const auto& [position, slot] : validSpecs->MatrixRecordIndex()) {
+    fvMatrixSpecs.push_back(
+        std::make_unique<SVAdaptMatrixSpec>(iterator, validSpecs->MatrixSpec(position), includeUserMissing));
+  }
+}
+
+SVInputAdapter::~SVInputAdapter() = default;
+
+int SVInputAdapter::RecordSize() const {
+  const std::size_t slots = fvCatReaders.size() + fvContVars.size() + fvMatrixSpecs.size() +
+                            (fpValidSpecs->CaseIdRecordIndex() >= 0 ? 1 : 0);
+  return static_cast<int>(slots);
+}
+
+bool SVInputAdapter::ReadCategorical(double* record) {
+  // Every variable is encoded, also behind one without a value: the codes don't depend on what is rejected.
+  bool ok = true;
+  auto reader = fvCatReaders.begin();
+  for (const auto& [variable, slot] : fpValidSpecs->CatRecordIndex()) {
+    const std::int32_t code = fPassCounter == 0 ? (*reader)->Encode() : (*reader)->Lookup();
+    record[slot] = code == 0 ? MCMV::gMissingValue : code;
+    if (code == 0) ok = false;
+    ++reader;
+  }
+  return ok;
+}
+
+bool SVInputAdapter::ReadFree(double*) {
+  return true;
+}
+
+bool SVInputAdapter::AcceptRecord(const double*) {
+  return true;
+}
+
+bool SVInputAdapter::KeepIncomplete() const {
+  return false;
+}
+
+void SVInputAdapter::OnNewIterator(ProcDSIterator*) {}
+
+void SVInputAdapter::SetIterator(ProcDSIterator* iterator) {
+  ++fPassCounter;
+  fpIterator = iterator;
+  fCasesRead = 0;
+  fRecordsPassed = 0;
+  fValidCases = 0;
+  fInvalidCases = 0;
+  for (const auto& reader : fvCatReaders) reader->Rebind(iterator, fbIncludeUserMissing);
+  for (const auto& contVar : fvContVars) contVar->Rebind(iterator, false);
+  for (const auto& matrixSpec : fvMatrixSpecs) matrixSpec->Rebind(iterator, fbIncludeUserMissing);
+  OnNewIterator(iterator);
+}
+
+void SVInputAdapter::SetCaseId(double* record) const {
+  const std::int32_t slot = fpValidSpecs->CaseIdRecordIndex();
+  if (slot >= 0) record[slot] = static_cast<double>(fCasesRead - 1);
+}
+
+const OBS* SVInputAdapter::ObsOfCode(std::int32_t variable, std::int32_t code) const {
+  const CaseValueReader* reader = ReaderOf(variable);
+  return reader == nullptr ? nullptr : reader->ObsOfCode(code);
+}
+
+std::int32_t SVInputAdapter::CodeOfObs(std::int32_t variable, const OBS* obs, bool* wasNew, bool addIfNew) {
+  *wasNew = false;
+  CaseValueReader* reader = ReaderOf(variable);
+  return reader == nullptr ? 0 : reader->CodeOfObs(obs, wasNew, addIfNew);
+}
+
+bool SVInputAdapter::FatalError() const {
+  return fpDataSource->FatalError();
+}
+
+CaseValueReader* SVInputAdapter::ReaderOf(std::int32_t variable) const {
+  const auto found = fCatReaderIndex.find(variable);
+  return found == fCatReaderIndex.end() ? nullptr
+                                        : fvCatReaders[static_cast<std::size_t>(found->second)].get();
+}

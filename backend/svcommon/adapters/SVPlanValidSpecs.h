@@ -1,0 +1,104 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "backend/svcommon/design/DesignStage.h"
+#include "host/data/KORV_Format.h"
+#include "host/data/ObsVecMap.h"
+
+class MCStopProcessor;
+
+// The table that gives one stage its rate or size: one number for each combination of values of some
+// variables. All null for a stage without a table. Whoever made the stage owns what is pointed to.
+struct SVMatrixSpec {
+  const std::vector<std::int32_t>* variables = nullptr;  // dictionary indices, in the order of the key
+  const ObsVecMap* map = nullptr;                        // from their values to one number
+  const std::vector<KORV_Format>* formats = nullptr;     // of each variable
+};
+
+// SVPlanValidSpecs is what any procedure that works from a plan has settled before it reads a case: the
+// design stages in dictionary indices, their tables, and the layout of the numeric record, that is, which
+// variable sits in which slot.
+//
+// Use:        add the stages, then Validate() once; from then on it only answers.
+// Ownership:  borrows the stages and tables from the parser; owns the stop processor.
+// Invariants: (1) slots run from 0 without gaps; the maps of categorical and continuous variables, the map of
+//                 tables and the case id share one counter, so a variable in two roles has two slots.
+//             (2) DictionaryVars() has one entry for each slot, -1 for a table and for the case id.
+class SVPlanValidSpecs {
+public:
+  using SlotMap = std::map<std::int32_t, std::int32_t>;
+
+  SVPlanValidSpecs();
+  virtual ~SVPlanValidSpecs();
+  SVPlanValidSpecs(const SVPlanValidSpecs&) = delete;
+  SVPlanValidSpecs& operator=(const SVPlanValidSpecs&) = delete;
+
+  // Lays out the record.
+  virtual void Validate() = 0;
+
+  // The stages in the order in which they were added; gives their new number. The last three are null for a
+  // stage without a table.
+  // REQUIRES: designStage isn't null.
+  int AddDesignStage(const std::string& label, const DesignStage* designStage,
+                     const std::vector<std::int32_t>* variables, const ObsVecMap* map,
+                     const std::vector<KORV_Format>* formats);
+  void SetPlanFile(const std::string& name) { fPlanFile = name; }
+  void SetThreads(std::int32_t threads) { fMaxThreads = threads; }
+
+  // The slot of a variable, or of the table of the stage at a position (from 0). What has none yet is given
+  // `next`, which the caller then counts up: a result equal to `next` tells a new slot.
+  std::int32_t RecordIndex(std::int32_t variable, std::int32_t next, bool categorical);
+  std::int32_t MatrixRecordIndex(std::int32_t position, std::int32_t next);
+  // The slot of the case id. A new one is `next`, which is counted up here.
+  std::int32_t CaseIdRecordIndex(std::int32_t* next);
+
+  int StageCount() const { return static_cast<int>(fDesignStages.size()); }
+  const std::vector<const DesignStage*>& DesignStages() const { return fDesignStages; }
+  const std::vector<std::string>& StageLabels() const { return fStageLabels; }
+  const std::string& PlanFile() const { return fPlanFile; }
+  // Null for an index out of range.
+  const SVMatrixSpec* MatrixSpec(std::int32_t index) const;
+  // The number of the stage that the table at `index` in the order of the table slots belongs to; -1 for an
+  // index out of range.
+  std::int32_t MatrixStageNumber(std::int32_t index) const;
+
+  const SlotMap& CatRecordIndex() const { return fCatRecordIndex; }
+  const SlotMap& ContRecordIndex() const { return fContRecordIndex; }
+  const SlotMap& MatrixRecordIndex() const { return fMatrixRecordIndex; }
+  std::int32_t CaseIdRecordIndex() const { return fCaseIdRecordIndex; }
+  bool IsRateSlot(std::int32_t slot) const;
+  bool IsSizeSlot(std::int32_t slot) const;
+  const std::vector<std::int32_t>& SizeRecordIndices() const { return fSizeRecordIndices; }
+  const std::vector<std::int32_t>& RateRecordIndices() const { return fRateRecordIndices; }
+  const std::vector<std::int32_t>& MatrixStages() const { return fMatrixStages; }
+  const std::vector<std::int32_t>& DictionaryVars() const { return fDictionaryVars; }
+  const std::vector<std::int32_t>& FirstStageStrata() const { return fFirstStageStrata; }
+  const std::vector<std::int32_t>& FirstStageClusters() const { return fFirstStageClusters; }
+
+  std::int32_t MaxThreads() const { return fMaxThreads; }
+  char DecimalChar() const { return fDecimalChar; }
+
+protected:
+  std::vector<const DesignStage*> fDesignStages;                  // borrowed
+  std::vector<std::string> fStageLabels;                          // parallel to fDesignStages
+  std::vector<std::unique_ptr<const SVMatrixSpec>> fMatrixSpecs;  // parallel to fDesignStages, never null
+  std::string fPlanFile;                                          // after resolving
+  SlotMap fCatRecordIndex;                                        // dictionary index to slot
+  SlotMap fContRecordIndex;
+  SlotMap fMatrixRecordIndex;                    // position of the stage, from 0, to slot
+  std::vector<std::int32_t> fSizeRecordIndices;  // slots that hold a sample size
+  std::vector<std::int32_t> fRateRecordIndices;  // slots that hold a rate
+  std::vector<std::int32_t> fMatrixStages;       // stage numbers in the order of the table slots
+  std::vector<std::int32_t> fDictionaryVars;     // dictionary index by slot
+  std::vector<std::int32_t> fFirstStageStrata;   // dictionary indices
+  std::vector<std::int32_t> fFirstStageClusters;
+  std::int32_t fCaseIdRecordIndex = -1;
+  std::int32_t fMaxThreads = 1;
+  std::unique_ptr<MCStopProcessor> fpStopProcessor;
+  char fDecimalChar;  // that the host writes numbers with
+};

@@ -1,0 +1,79 @@
+#include "backend/svcommon/adapters/SVProcDSMultiIter.h"
+
+#include "backend/svcommon/adapters/SVInputAdapter.h"
+#include "host/data/ProcedureDataSource.h"
+
+std::unique_ptr<ProcDSIterator> SVProcDSMultiIter::MakeIterator(ProcedureDataSource* dataSource) {
+  std::unique_ptr<KORV_InputCaseIterator> made(dataSource->MakeInputCaseIterator(0));
+  auto* iterator = dynamic_cast<ProcDSIterator*>(made.get());
+  if (iterator != nullptr) static_cast<void>(made.release());
+  return std::unique_ptr<ProcDSIterator>(iterator);
+}
+
+SVProcDSMultiIter::SVProcDSMultiIter(ProcedureDataSource* dataSource,
+                                     std::unique_ptr<ProcDSIterator> iterator, SVInputAdapter* adapter)
+    : fpDataSource(dataSource),
+      fpIterator(std::move(iterator)),
+      fpAdapter(adapter),
+      fRecordFirst(adapter->RecordSize()),
+      fRecordSecond(adapter->RecordSize()) {
+  ReadAhead();
+}
+
+SVProcDSMultiIter::~SVProcDSMultiIter() = default;
+
+MCCommon::Record* SVProcDSMultiIter::Next() {
+  if (fStatus != MCCommon::kRecordReady) return nullptr;
+  ReadAhead();
+  // The record filled by the read before this one.
+  return fbReadSecond ? &fRecordSecond : &fRecordFirst;
+}
+
+MCCommon::Record* SVProcDSMultiIter::Current() {
+  if (fStatus != MCCommon::kRecordReady) return nullptr;
+  return fbReadSecond ? &fRecordFirst : &fRecordSecond;
+}
+
+int SVProcDSMultiIter::Reset() {
+  fpIterator.reset();
+  fpIterator = MakeIterator(fpDataSource);
+  if (fpIterator == nullptr) {
+    fStatus = MCCommon::kSourceFailed;
+    return fStatus;
+  }
+  fpAdapter->SetIterator(fpIterator.get());
+  fStatus = MCCommon::kRecordReady;
+  ReadAhead();
+  return fStatus;
+}
+
+// Fills the next record with the next valid case.
+void SVProcDSMultiIter::ReadAhead() {
+  double* record = (fbReadSecond ? fRecordSecond : fRecordFirst).GetAll();
+  fbReadSecond = !fbReadSecond;
+  while (MoveToNextCase()) {
+    fpAdapter->CountRead();
+    if (ReadCase(record)) {
+      fpAdapter->CountValid();
+      fpAdapter->SetCaseId(record);
+      fpAdapter->CountPassed();
+      return;
+    }
+    if (fpAdapter->FatalError()) break;
+    fpAdapter->CountInvalid();
+  }
+  // A source that broke off isn't one that came to its end: what was read so far isn't the file.
+  fStatus = fpAdapter->FatalError() ? MCCommon::kSourceFailed : MCCommon::kCasesExhausted;
+}
+
+bool SVProcDSMultiIter::MoveToNextCase() {
+  if (fpIterator->NextCase() == 0) return false;
+  return !fpIterator->SplitGroupEnd() || fpIterator->NextCase() != 0;
+}
+
+bool SVProcDSMultiIter::ReadCase(double* record) {
+  const bool keep = fpAdapter->KeepIncomplete();
+  return fpAdapter->ReadCategorical(record) && fpAdapter->ReadContinuous(record) &&
+         (fpAdapter->ReadMatrix(record) || keep) && fpAdapter->ReadFree(record) &&
+         (fpAdapter->AcceptRecord(record) || keep);
+}

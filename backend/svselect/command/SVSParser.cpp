@@ -1,0 +1,163 @@
+#include "backend/svselect/command/SVSParser.h"
+
+#include "backend/svcommon/PlanReadErrors.h"
+#include "backend/svcommon/PlanXmlReader.h"
+#include "backend/svcommon/SVPlanSpecs.h"
+#include "backend/svselect/command/SVSValidSpecs.h"
+#include "host/command/CommandSpec.h"
+#include "host/command/ParamObj.h"
+#include "host/command/SubComObj.h"
+#include "host/command/UniversalParser.h"
+#include "host/environment/CommonBlocks.h"
+#include "host/environment/HostSession.h"
+#include "host/text/VariableNames.h"
+
+SVSParser::SVSParser(const KORV_TokenSequence& commandTokens, SVSValidSpecs* validSpecs,
+                     KORV_DataSource* source)
+    : tokens(commandTokens), specs(validSpecs), dataSource(source) {}
+
+SVSParser::~SVSParser() = default;
+
+bool SVSParser::Parse() {
+  currentStage = 0;
+  messages.SetCommandName("SVSELECT");
+  messages.SetProcedureTitle("SVSelect");
+  if (!ReadCommand()) return false;
+
+  SVPlanSpecs planSpecs;
+  plan = &planSpecs;
+  const bool isGood = [&] {
+    const int code = SV_XML::PlanXmlReader(plan).readSamplePlan(planFile);
+    if (code != 0) {
+      SV_XML::PlanReadErrors().report(code);
+      return false;
+    }
+    if (!plan->isSampleMode()) {
+      messages.NoPlanSpecifications();
+      return false;
+    }
+    return CheckPlan() && CheckOutputFiles();
+  }();
+  plan = nullptr;
+  if (isGood) LeaveSplitAndWeight();
+  return isGood;
+}
+
+bool SVSParser::ReadCommand() {
+  CommandSpec command;
+  if (UniversalParser(tokens, command).getCommandSpecifications() != 0) return false;
+  const bool isGood = WalkSubcommands(command);
+  currentSubcommand = nullptr;
+  return isGood;
+}
+
+bool SVSParser::WalkSubcommands(const CommandSpec& command) {
+  const std::size_t count = command.getSubComListSize();
+  if (count == 0) {
+    messages.NoSubcommands();
+    return false;
+  }
+  for (std::size_t i = 0; i < count; ++i) {
+    currentSubcommand = command.getSubComObj(i);
+    if (currentSubcommand == nullptr) {
+      messages.NoSubcommandInformation();
+      return false;
+    }
+    if (!ReadSubcommand(*currentSubcommand)) return false;
+  }
+  if (specs->SeedNotGiven()) specs->SetSeed(-1);
+  if (seenPlan == 0) {
+    messages.SubcommandRequired("PLAN");
+    return false;
+  }
+  if (const int threads = GETTHREADS(); threads != 0) specs->SetThreads(threads);
+  specs->SetExactDesign(GETEXACTDESIGN());
+  return true;
+}
+
+bool SVSParser::ReadSubcommand(const SubComObj& subcommand) {
+  const std::string name = subcommand.getSubComName();
+  if (name.empty()) {  // text before the first slash
+    messages.InvalidSubComName("");
+    return false;
+  }
+  if (subcommand.getParamListSize() == 0) {
+    messages.SubcommandEmpty(name.c_str());
+    return false;
+  }
+  if (!RunHandler(name)) return false;
+  if (subcommand.areParenUsed()) {
+    messages.ParenthesisNotAllowed(name.c_str());
+    return false;
+  }
+  return true;
+}
+
+bool SVSParser::RunHandler(const std::string& name) {
+  struct Handler {
+    const char* name;
+    std::int64_t SVSParser::*seen;
+    bool (SVSParser::*read)();
+  };
+  static constexpr Handler kHandlers[] = {
+      {"PLAN", &SVSParser::seenPlan, &SVSParser::ReadPlan},
+      {"CRITERIA", &SVSParser::seenCriteria, &SVSParser::ReadCriteria},
+      {"CLASSMISSING", &SVSParser::seenClassMissing, &SVSParser::ReadClassMissing},
+      {"DATA", &SVSParser::seenData, &SVSParser::ReadData},
+      {"SAMPLEFILE", &SVSParser::seenSampleFile, &SVSParser::ReadSampleFile},
+      {"JOINTPROB", &SVSParser::seenJointProb, &SVSParser::ReadJointProb},
+      {"SELECTRULE", &SVSParser::seenSelectRule, &SVSParser::ReadSelectRule},
+      {"PRINT", &SVSParser::seenPrint, &SVSParser::ReadPrint},
+  };
+  for (const Handler& handler : kHandlers) {
+    if (name != handler.name) continue;
+    if (this->*handler.seen > 0) {
+      messages.SubcommandRepeated(name.c_str());
+      return false;
+    }
+    const bool isGood = (this->*handler.read)();
+    ++(this->*handler.seen);
+    return isGood;
+  }
+  messages.SubcommandUnknown(name.c_str());
+  return false;
+}
+
+bool SVSParser::CheckOutputFiles() {
+  const std::string sample = GetUpperString(sampleFile);
+  const std::string joint = GetUpperString(jointProbFile);
+  const std::string rule = GetUpperString(selectRuleFile);
+  if (!sample.empty() && sample == joint) {
+    messages.FileUsedTwice(sampleFile.c_str(), "SAMPLEFILE", "JOINTPROB");
+    return false;
+  }
+  if (!sample.empty() && sample == rule) {
+    messages.FileUsedTwice(sampleFile.c_str(), "SAMPLEFILE", "SELECTRULE");
+    return false;
+  }
+  if (!joint.empty() && joint == rule) {
+    messages.FileUsedTwice(jointProbFile.c_str(), "JOINTPROB", "SELECTRULE");
+    return false;
+  }
+  return true;
+}
+
+// This procedure runs without split groups and without case weights; the entry restores both after the run.
+void SVSParser::LeaveSplitAndWeight() {
+  CommonGlobalBlock& host = *pvGetCmnGlb();
+  if (host.errorFlag != 0) return;
+  if (host.splitCount > 0) {
+    messages.NoSplitFile();
+    host.splitCount = 0;
+  }
+  if (host.weightVariable > 0) {
+    messages.NoWeight();
+    host.weightVariable = 0;
+  }
+}
+
+const char* SVSParser::SubcommandForMessage() const {
+  return messages.GetGroupIndex() < 0 && currentSubcommand != nullptr
+             ? currentSubcommand->getSubComName().c_str()
+             : nullptr;
+}

@@ -1,0 +1,379 @@
+#include "backend/svselect/command/SVSParser.h"
+#include "backend/svselect/command/SVSValidSpecs.h"
+#include "host/command/ParamObj.h"
+#include "host/command/SubComObj.h"
+#include "host/command/TokenInfoObj.h"
+#include "host/data/CheckFileRef.h"
+#include "host/data/KORV_DataSource.h"
+#include "host/data/UserCaseFileSpec.h"
+#include "host/numeric/Fuzzy.h"
+#include "host/numeric/MCPower.h"
+#include "host/text/VariableNames.h"
+
+namespace {
+
+using MCCommonMath::MCPower::gMachineMaxInt;
+
+// What a test of a file specification finds.
+struct TestedFile {
+  int status = 0, exists = 0, valid = 0, readOnly = 0, inUse = 0;
+};
+
+TestedFile TestFile(const std::string& path, bool forWrite) {
+  TestedFile flags;
+  ValidateFileSpecification(path.c_str(), static_cast<int>(path.size()), forWrite, flags.status, flags.exists,
+                            flags.valid, flags.readOnly, flags.inUse);
+  return flags;
+}
+
+bool CanRead(const std::string& path) {
+  const TestedFile flags = TestFile(path, false);
+  return flags.exists == 1 && flags.valid == 1 && flags.inUse == 0;
+}
+
+bool CanWrite(const std::string& path) {
+  const TestedFile flags = TestFile(path, true);
+  return flags.valid == 1 && flags.readOnly == 0 && flags.inUse == 0;
+}
+
+}  // namespace
+
+// The one parameter of a subcommand that names a file, `keyword`, and its value.
+bool SVSParser::ReadOnlyFile(const char* keyword, const char* subcommand, std::string& value,
+                             bool& isLiteral) {
+  const ParamObj* parameter = currentSubcommand->getParamObj(0);
+  currentParameter = parameter->getParamName();
+  if (currentParameter != keyword) {
+    messages.OnlyParameter(keyword, subcommand);
+    return false;
+  }
+  if (currentSubcommand->getParamObj(1) != nullptr) {
+    messages.TooManyParameters(subcommand, 1);
+    return false;
+  }
+  return ReadFileValue(*parameter, subcommand, value, isLiteral);
+}
+
+bool SVSParser::ReadFileValue(const ParamObj& parameter, const char* subcommand, std::string& value,
+                              bool& isLiteral) {
+  isLiteral = parameter.getLiteral(value);
+  if (isLiteral || parameter.getStringGeneric(value)) return true;
+  messages.ParameterValueType(currentParameter.c_str(), subcommand);
+  return false;
+}
+
+bool SVSParser::ReadPlan() {
+  std::string value;
+  bool isLiteral = false;
+  if (!ReadOnlyFile("FILE", "PLAN", value, isLiteral)) return false;
+  const std::string resolved = CheckFileRef(value, !isLiteral, false).Name();
+  if (!CanRead(resolved)) {
+    messages.FileAccess(resolved.c_str());
+    return false;
+  }
+  planFile = resolved;
+  specs->SetPlanFile(resolved);
+  return true;
+}
+
+bool SVSParser::ReadSelectRule() {
+  std::string value;
+  bool isLiteral = false;
+  if (!ReadOnlyFile("OUTFILE", "SELECTRULE", value, isLiteral)) return false;
+  const std::string resolved = CheckFileRef(value, !isLiteral, false).Name();
+  if (!CanWrite(resolved)) {
+    messages.FileAccess(resolved.c_str());
+    return false;
+  }
+  selectRuleFile = resolved;
+  specs->SetSelectRuleFile(resolved);
+  return true;
+}
+
+bool SVSParser::ReadJointProb() {
+  std::string value;
+  bool isLiteral = false;
+  if (!ReadOnlyFile("OUTFILE", "JOINTPROB", value, isLiteral)) return false;
+  specs->SetJointProbFile(value, isLiteral);
+  jointProbFile = value;
+  return TestCaseFile(specs->JointProbFile(), value);
+}
+
+bool SVSParser::TestCaseFile(const UserCaseFileSpec& file, const std::string& value) {
+  if (file.IsValid() && !file.IsInUse() && !file.IsReadOnly()) return true;
+  messages.FileAccess(value.c_str());
+  return false;
+}
+
+bool SVSParser::ReadCriteria() {
+  for (std::size_t i = 0; i < currentSubcommand->getParamListSize(); ++i) {
+    const ParamObj& parameter = *currentSubcommand->getParamObj(i);
+    currentParameter = parameter.getParamName();
+    if (currentParameter == "STAGES") {
+      if (!ReadStages(parameter)) return false;
+    } else if (currentParameter == "SEED") {
+      if (!ReadSeed(parameter)) return false;
+    } else {
+      messages.ParameterInvalid(currentParameter.c_str(), "CRITERIA");
+      return false;
+    }
+  }
+  return true;
+}
+
+bool SVSParser::ReadStages(const ParamObj& parameter) {
+  if (seenStages > 0) {
+    messages.ParameterRepeated("STAGES", "CRITERIA");
+    return false;
+  }
+  std::vector<double> values;
+  bool isGood = parameter.getNumberList(values) && !values.empty() && IsValidInteger(values.front() - 1);
+  double previous = isGood ? values.front() - 1 : 0.0;
+  for (std::size_t i = 0; isGood && i < values.size(); ++i) {
+    isGood = values[i] > 0 && values[i] == previous + 1 && IsValidInteger(values[i]);
+    if (isGood) selectStages.push_back(TruncateToInt32(values[i]));
+    previous = values[i];
+  }
+  if (!isGood) {
+    messages.InvalidIntegerList("STAGES", "CRITERIA");
+    return false;
+  }
+  specs->SetSelectStages(&selectStages);
+  ++seenStages;
+  return true;
+}
+
+bool SVSParser::ReadSeed(const ParamObj& parameter) {
+  if (seenSeed > 0) {
+    messages.ParameterRepeated("SEED", "CRITERIA");
+    return false;
+  }
+  std::string word;
+  double number = 0.0;
+  if (parameter.getUpStringGeneric(word)) {
+    if (word != "RANDOM") {
+      messages.ParameterValue("SEED", "CRITERIA", word.c_str());
+      return false;
+    }
+    specs->SetSeed(-1);
+  } else if (parameter.getNumberValue(number) && number > 0 && number <= gMachineMaxInt &&
+             static_cast<double>(TruncateToInt32(number)) == number) {
+    specs->SetSeed(TruncateToInt32(number));
+  } else {
+    messages.ParameterValueType("SEED", "CRITERIA");
+    return false;
+  }
+  ++seenSeed;
+  return true;
+}
+
+bool SVSParser::IsBareKeyword(const ParamObj& parameter) {
+  if (parameter.isLeadingToken()) return true;
+  messages.KeywordHasValue(currentParameter.c_str());
+  return false;
+}
+
+bool SVSParser::ReadClassMissing() {
+  for (std::size_t i = 0; i < currentSubcommand->getParamListSize(); ++i) {
+    const ParamObj& parameter = *currentSubcommand->getParamObj(i);
+    currentParameter = parameter.getParamName();
+    const bool isExclude = currentParameter == "EXCLUDE";
+    if (!isExclude && currentParameter != "INCLUDE") {
+      messages.ParameterInvalid(currentParameter.c_str(), "CLASSMISSING");
+      return false;
+    }
+    std::int64_t& seenThis = isExclude ? seenExclude : seenInclude;
+    if (seenThis > 0) {
+      messages.ParameterRepeated(currentParameter.c_str(), "CLASSMISSING");
+      return false;
+    }
+    if ((isExclude ? seenInclude : seenExclude) > 0) {
+      messages.ParameterExcluded(currentParameter.c_str(), isExclude ? "INCLUDE" : "EXCLUDE", "CLASSMISSING");
+      return false;
+    }
+    if (!IsBareKeyword(parameter)) return false;
+    ++seenThis;
+  }
+  specs->SetClassMissingExclude(seenExclude > 0);
+  return true;
+}
+
+// A subcommand of two keywords, each of which may come once and takes no value.
+bool SVSParser::ReadFlags(const char* subcommand, const char* first, std::int64_t& seenFirst,
+                          const char* second, std::int64_t& seenSecond) {
+  for (std::size_t i = 0; i < currentSubcommand->getParamListSize(); ++i) {
+    const ParamObj& parameter = *currentSubcommand->getParamObj(i);
+    currentParameter = parameter.getParamName();
+    if (currentParameter != first && currentParameter != second) {
+      messages.ParameterInvalid(currentParameter.c_str(), subcommand);
+      return false;
+    }
+    std::int64_t& seen = currentParameter == first ? seenFirst : seenSecond;
+    if (seen > 0) {
+      messages.ParameterRepeated(currentParameter.c_str(), subcommand);
+      return false;
+    }
+    if (!IsBareKeyword(parameter)) return false;
+    ++seen;
+  }
+  return true;
+}
+
+bool SVSParser::ReadData() {
+  if (!ReadFlags("DATA", "RENAMEVARS", seenRenameVars, "PRESORTED", seenPresorted)) return false;
+  specs->SetDataOptions(seenRenameVars > 0, seenPresorted > 0);
+  return true;
+}
+
+bool SVSParser::ReadPrint() {
+  if (!ReadFlags("PRINT", "SELECTION", seenSelection, "CPS", seenCps)) return false;
+  specs->SetPrintOptions(seenSelection > 0, seenCps > 0);
+  return true;
+}
+
+// The answer is that of the last parameter: a file that can't be used, or a bad name in a list, is told, and
+// the parameters behind it are read all the same.
+bool SVSParser::ReadSampleFile() {
+  Step step = Step::kGood;
+  for (std::size_t i = 0; i < currentSubcommand->getParamListSize(); ++i) {
+    const ParamObj& parameter = *currentSubcommand->getParamObj(i);
+    currentParameter = parameter.getParamName();
+    step = ReadSampleFileParameter(parameter);
+    if (step == Step::kFailedStop) return false;
+  }
+  if (step == Step::kGood && seenOutFile == 0) {
+    messages.ParameterRequired("OUTFILE", "SAMPLEFILE");
+    return false;
+  }
+  return step == Step::kGood;
+}
+
+SVSParser::Step SVSParser::ReadSampleFileParameter(const ParamObj& parameter) {
+  struct Reader {
+    const char* name;
+    std::int64_t SVSParser::*seen;
+    Step (SVSParser::*read)(const ParamObj&);
+  };
+  static constexpr Reader kReaders[] = {
+      {"OUTFILE", &SVSParser::seenOutFile, &SVSParser::ReadOutFile},
+      {"KEEP", &SVSParser::seenKeep, &SVSParser::ReadKeep},
+      {"DROP", &SVSParser::seenDrop, &SVSParser::ReadDrop},
+  };
+  for (const Reader& reader : kReaders) {
+    if (currentParameter != reader.name) continue;
+    if (this->*reader.seen > 0) {
+      messages.ParameterRepeated(currentParameter.c_str(), "SAMPLEFILE");
+      return Step::kFailedStop;
+    }
+    return (this->*reader.read)(parameter);
+  }
+  messages.ParameterInvalid(currentParameter.c_str(), "SAMPLEFILE");
+  return Step::kFailedStop;
+}
+
+SVSParser::Step SVSParser::ReadOutFile(const ParamObj& parameter) {
+  std::string value;
+  bool isLiteral = false;
+  if (!ReadFileValue(parameter, "SAMPLEFILE", value, isLiteral)) return Step::kFailedStop;
+  ++seenOutFile;
+  specs->SetSampleFile(value, isLiteral);
+  sampleFile = value;
+  return TestCaseFile(specs->SampleFile(), value) ? Step::kGood : Step::kFailedGoOn;
+}
+
+SVSParser::Step SVSParser::ReadKeep(const ParamObj& parameter) {
+  std::vector<KorvVarName> names;
+  if (!parameter.getVarList(names)) {
+    messages.InvalidVariableList(currentParameter.c_str(), "SAMPLEFILE");
+    return Step::kFailedStop;
+  }
+  if (!CheckKeep(names)) return Step::kFailedGoOn;
+  specs->SetKeepList(&keepIndices);
+  ++seenKeep;
+  return Step::kGood;
+}
+
+SVSParser::Step SVSParser::ReadDrop(const ParamObj& parameter) {
+  std::vector<KorvVarName> names;
+  if (!parameter.getVarList(names)) {
+    std::vector<TokenInfoObj> words;
+    names.clear();
+    if (!parameter.getTokenList(words) || words.size() != 1 ||
+        words.front().getOperatorCode() != kOperatorAll) {
+      messages.InvalidVariableList(currentParameter.c_str(), "SAMPLEFILE");
+      return Step::kFailedStop;
+    }
+    dropAll = true;
+  }
+  if (!CheckDrop(names)) return Step::kFailedGoOn;
+  if (dropAll) {
+    specs->SetDropAll(true);
+  } else {
+    specs->SetDropList(&dropIndices);
+  }
+  ++seenDrop;
+  return Step::kGood;
+}
+
+// A name is examined to its end, and its index kept, whatever was wrong with it or with those before it.
+bool SVSParser::CheckKeep(const std::vector<KorvVarName>& names) {
+  bool isGood = true;
+  std::set<std::string> inThisList;
+  for (const KorvVarName& name : names) {
+    const std::string upper = GetUpperVarName(name.Text());
+    if (!inThisList.insert(upper).second) {
+      messages.VariableRepeated(name.Text().c_str(), currentParameter.c_str(), "SAMPLEFILE");
+      isGood = false;
+    }
+    if (dropAll || dropNames.contains(upper)) {
+      messages.VariableNotFor(name.Text().c_str(), currentParameter.c_str(), "DROP");
+      isGood = false;
+    } else {
+      keepNames.insert(upper);
+    }
+    const std::int32_t index = FindVariable(name.Text(), false);
+    if (index >= 0) {
+      keepIndices.push_back(index);
+    } else {
+      isGood = false;
+    }
+  }
+  return isGood;
+}
+
+bool SVSParser::CheckDrop(const std::vector<KorvVarName>& names) {
+  bool isGood = true;
+  std::set<std::string> inThisList;
+  for (const KorvVarName& name : names) {
+    const std::string upper = GetUpperVarName(name.Text());
+    if (!inThisList.insert(upper).second) {
+      messages.VariableRepeated(name.Text().c_str(), currentParameter.c_str(), "SAMPLEFILE");
+      isGood = false;
+    }
+    if (seenKeep > 0 && !keepNames.contains(upper)) {
+      messages.VariableMustAlsoBe(name.Text().c_str(), currentParameter.c_str(), "KEEP");
+      isGood = false;
+    } else {
+      dropNames.insert(upper);
+    }
+    const std::int32_t index = FindVariable(name.Text(), false);
+    if (index >= 0) {
+      dropIndices.push_back(index);
+    } else {
+      isGood = false;
+    }
+  }
+  return isGood;
+}
+
+std::int32_t SVSParser::FindVariable(const std::string& name, bool isOptional) {
+  if (ValidateKORVName(name) != 0) {
+    messages.VariableNameInvalid(name.c_str(), currentParameter.c_str(), SubcommandForMessage());
+    return -1;
+  }
+  const int index = dataSource->FindVarIndex(name, 0);
+  if (index < 0 && !isOptional) {
+    messages.VariableNotFound(name.c_str(), currentParameter.c_str(), SubcommandForMessage());
+  }
+  return index;
+}

@@ -1,0 +1,120 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "backend/svcommon/adapters/SVPlanValidSpecs.h"
+#include "backend/svselect/design/SVSCompSettings.h"
+#include "host/data/UserCaseFileSpec.h"
+#include "host/text/KorvVarName.h"
+
+// SVSValidSpecs is what the command and the plan have settled, in terms of the active file's dictionary. It
+// is the meeting point of the parser, which fills it, and of everything that runs afterwards.
+//
+// Use:        the parser calls the setters; then Validate() once; then it is only read.
+// Ownership:  owns the computational settings; borrows the lists, which live as long as the parser.
+//             Preconditions of the setters are the parser's to keep, whatever the user writes.
+class SVSValidSpecs : public SVPlanValidSpecs {
+public:
+  SVSValidSpecs();
+  ~SVSValidSpecs() override;
+
+  // Lays out the record and builds the computational settings; without a stage there are none. The record
+  // holds, in the order of first use, the strata and cluster variables and the parameter of each stage in
+  // turn; then the previous weight and the measure of size if they are new; then the case id.
+  void Validate() override;
+
+  // --- set by the parser
+  void SetFinalWeight(const KorvVarName& name, std::int32_t wgtVar);  // REQUIRES: wgtVar >= -1
+  void SetPreviousWeight(std::int32_t wgtVar);                        // REQUIRES: wgtVar >= 0
+  void SetMosVariable(std::int32_t mosVar);                           // REQUIRES: mosVar >= 0
+  void SetMosFromData(bool fromData) { fbMOSFromData = fromData; }
+  void SetMosMin(double mosMin);  // REQUIRES: mosMin >= 0
+  void SetMosMax(double mosMax);  // REQUIRES: mosMax >= 0
+  // REQUIRES: the lists aren't null.
+  void SetKeepList(const std::vector<std::int32_t>* keepList);
+  void SetDropList(const std::vector<std::int32_t>* dropList);
+  void SetSelectStages(const std::vector<std::int32_t>* selectStages);
+  void SetDropAll(bool dropAll) { fbDropAll = dropAll; }
+  // A value of 0 or below asks for a seed from the clock.
+  void SetSeed(std::int32_t value);
+  void SetDataOptions(bool renameVars, bool preSorted);
+  void SetPrintOptions(bool selection, bool cps);
+  void SetClassMissingExclude(bool exclude) { fbClassMissingExclude = exclude; }
+  void SetSampleFile(const std::string& name, bool isLiteral) { fSampleFile.Init(name, isLiteral, true); }
+  void SetJointProbFile(const std::string& name, bool isLiteral) {
+    fJointProbFile.Init(name, isLiteral, true);
+  }
+  void SetSelectRuleFile(const std::string& name) { fSelectRuleFile = name; }
+  void SetExactDesign(bool exact) { fbExactDesign = exact; }
+
+  // --- reads
+  const KorvVarName& FinalWeightName() const { return fWgtFinalName; }
+  std::int32_t FinalWeightVar() const { return fWgtFinalVar; }
+  std::int32_t PreviousWeightVar() const { return fPrevWeightVar; }
+  std::int32_t MosVar() const { return fMOSVar; }
+  bool MosFromData() const { return fbMOSFromData; }
+  double MosMin() const { return fMOSMin; }
+  double MosMax() const { return fMOSMax; }
+  // Null when there is no list; the counts are then 0.
+  const std::vector<std::int32_t>* KeepList() const { return fpKeepList; }
+  const std::vector<std::int32_t>* DropList() const { return fpDropList; }
+  const std::vector<std::int32_t>* SelectStages() const { return fpSelectStages; }
+  int KeepCount() const;
+  int DropCount() const;
+  int SelectStageCount() const;
+  bool DropAll() const { return fbDropAll; }
+  std::int32_t SeedRequested() const { return fSeedRequested; }  // as the command gave it
+  std::int32_t Seed() const { return fSeed; }                    // in force
+  bool SeedNotGiven() const { return fSeedRequested < 1; }
+  bool RenameVars() const { return fbRenameVars; }
+  bool PreSorted() const { return fbPreSorted; }
+  bool PrintSelection() const { return fbPrintSelection; }
+  bool PrintCPS() const { return fbPrintCPS; }
+  bool ClassMissingExclude() const { return fbClassMissingExclude; }
+  UserCaseFileSpec& SampleFile() { return fSampleFile; }
+  const UserCaseFileSpec& SampleFile() const { return fSampleFile; }
+  UserCaseFileSpec& JointProbFile() { return fJointProbFile; }
+  const UserCaseFileSpec& JointProbFile() const { return fJointProbFile; }
+  const std::string& SelectRuleFile() const { return fSelectRuleFile; }
+  // Null before Validate(), and after it without a stage.
+  SVSCompSettings* CompSettings() { return fpCompSettings.get(); }
+  const SVSCompSettings* CompSettings() const { return fpCompSettings.get(); }
+  const std::vector<std::int32_t>& DesignVars() const { return fDesignVars; }
+  bool ExactDesign() const { return fbExactDesign; }
+  // How many variables the run can add to the active file.
+  unsigned MaxObsAdded() const;
+
+private:
+  void AddDesignVars(const DesignStage& stage, bool isFirst, VariableRole role, std::int32_t* next);
+  void AddParameter(const DesignStage& stage, std::int32_t position, std::int32_t* next);
+  void AddRun(std::int32_t* next);
+  std::int32_t SlotOf(std::int32_t variable, bool categorical, std::int32_t* next);
+
+  KorvVarName fWgtFinalName;
+  std::int32_t fWgtFinalVar = -1;  // dictionary index; -1 while the variable doesn't exist
+  std::int32_t fPrevWeightVar = -1;
+  std::int32_t fMOSVar = -1;  // measure of size
+  bool fbMOSFromData = false;
+  double fMOSMin = -1.0;
+  double fMOSMax = -1.0;
+  const std::vector<std::int32_t>* fpKeepList = nullptr;  // dictionary indices
+  const std::vector<std::int32_t>* fpDropList = nullptr;
+  bool fbDropAll = false;
+  const std::vector<std::int32_t>* fpSelectStages = nullptr;  // stages to draw
+  std::int32_t fSeedRequested = -1;
+  std::int32_t fSeed = -1;
+  bool fbRenameVars = false;
+  bool fbPreSorted = false;
+  bool fbPrintSelection = true;
+  bool fbPrintCPS = false;
+  bool fbClassMissingExclude = true;
+  UserCaseFileSpec fSampleFile;
+  UserCaseFileSpec fJointProbFile{FileRole::kJoint};
+  std::string fSelectRuleFile;
+  std::unique_ptr<SVSCompSettings> fpCompSettings;
+  std::vector<std::int32_t> fDesignVars;  // of all strata and cluster variables, stage by stage, with repeats
+  bool fbExactDesign = false;
+};

@@ -1,0 +1,73 @@
+#include "backend/svselect/component/SVSAlgorithm.h"
+
+#include "backend/svselect/design/SVSCompSettings.h"
+#include "host/numeric/MissingValue.h"
+
+SVSAlgorithm::SVSAlgorithm(const SVSCompSettings* settings, MCSV::SVSOutJointProbs* jointProbs)
+    : fCompSettings(settings),
+      fFirstStage(settings->FirstStage()),
+      fLastStage(settings->LastStage()),
+      fCancelInfo(settings->StopProcessor()),
+      fvpDataTabulators(settings->DesignStages().size()),
+      fpJointProbs(jointProbs) {}
+
+SVStatus SVSAlgorithm::Run(MCCommon::MultiPassRecordIter& recordIterator, MCSV::SVSOutputSummary* summary) {
+  const auto stages = static_cast<std::int32_t>(fvpDataTabulators.size());
+  if (fFirstStage < 1 || fFirstStage > fLastStage || fLastStage > stages) {
+    fStatus = ErrorStatus(kStatusNoStages);
+    fOutSamples.AddStatus(fStatus);
+    return fStatus;
+  }
+  fRandom.Initialize(static_cast<std::uint32_t>(fCompSettings->Seed()));
+  for (std::int32_t stage = fFirstStage; stage <= fLastStage && !fStatus.IsError(); ++stage) {
+    if (stage != fFirstStage) {
+      recordIterator.Reset();  // a reset that fails leaves no record
+      fbDataProcessed = false;
+      fbModelBuilt = false;
+    }
+    TabulateStage(stage, recordIterator);
+    if (!fStatus.IsError()) DrawStage(stage, summary);
+  }
+  return fStatus;
+}
+
+void SVSAlgorithm::TabulateStage(std::int32_t stage, MCCommon::MultiPassRecordIter& recordIterator) {
+  if (!recordIterator.HasMore()) fStatus = ErrorStatus(kStatusNoRecords);
+  if (fbDataProcessed) fStatus = ErrorStatus(kStatusUserError);
+  if (!fStatus.IsError()) {
+    fOutSamples.SetStage(stage);
+    SVSDataTabulator* previous = stage > 1 ? Tabulator(stage - 1).get() : nullptr;
+    Tabulator(stage) = std::make_unique<SVSDataTabulator>(fCompSettings, stage, previous, &fCancelInfo);
+    Tabulator(stage)->SetRandom(&fRandom);
+    Tabulator(stage)->SetOutputStats(&fOutSamples);
+    fStatus = Tabulator(stage)->ProcessData(recordIterator);
+    fbDataProcessed = !fStatus.IsError();
+  }
+  fOutSamples.AddStatus(fStatus);
+}
+
+void SVSAlgorithm::DrawStage(std::int32_t stage, MCSV::SVSOutputSummary* summary) {
+  fStatus = Tabulator(stage)->SelectSamples(summary, fpJointProbs);
+  fbModelBuilt = !fStatus.IsError();
+  fOutSamples.AddStatus(fStatus);
+}
+
+SVStatus SVSAlgorithm::CaseStats(const MCCommon::Record& record,
+                                 std::vector<std::vector<double>>* stageValues, double* finalWeight) {
+  stageValues->resize(fvpDataTabulators.size());
+  SVStatus status;
+  double carried = 1.0;
+  for (std::size_t place = 0; place < stageValues->size(); ++place) {
+    std::vector<double>& values = (*stageValues)[place];
+    if (fvpDataTabulators[place] == nullptr) {
+      values.clear();
+      continue;
+    }
+    const SVStatus found = fvpDataTabulators[place]->Lookup(record, carried, &values);
+    carried = values[kOutCumWeight];
+    if (!status.IsError()) status = found;
+  }
+  // A stage that the case isn't in leaves no weight to carry on, so the last one has the answer.
+  *finalWeight = status.IsError() ? MCMV::gMissingValue : carried;
+  return status;
+}

@@ -1,0 +1,55 @@
+#include "backend/svselect/records/SVSInputAdapter.h"
+
+#include "backend/svcommon/adapters/SVMessages.h"
+#include "host/data/ProcDSIterator.h"
+#include "host/numeric/MissingValue.h"
+
+SVSInputAdapter::SVSInputAdapter(const SVSValidSpecs* validSpecs, ProcedureDataSource* dataSource,
+                                 ProcDSIterator* iterator, const SVMessages* messages)
+    : SVInputAdapter(validSpecs, dataSource, iterator, messages, !validSpecs->ClassMissingExclude()),
+      fpSelectSpecs(validSpecs) {}
+
+SVSInputAdapter::~SVSInputAdapter() = default;
+
+bool SVSInputAdapter::ReadContinuous(double* record) {
+  bool ok = true;
+  auto contVar = fvContVars.begin();
+  for (const auto& [variable, slot] : fpSelectSpecs->ContRecordIndex()) {
+    bool invalid = false;
+    bool missing = false;  // of a rate or size; the stratum deals with it
+    record[slot] = (*contVar)->Get(&invalid, &missing);
+    if (record[slot] == MCMV::gMissingValue && variable == fpSelectSpecs->PreviousWeightVar()) ok = false;
+    if (invalid) {
+      if (fpSelectSpecs->IsSizeSlot(slot)) {
+        fpMessages->InvalidSize(variable);
+      } else if (fpSelectSpecs->IsRateSlot(slot)) {
+        fpMessages->InvalidRate(variable);
+      }
+      return false;
+    }
+    ++contVar;
+  }
+  return ok;
+}
+
+bool SVSInputAdapter::ReadMatrix(double* record) {
+  bool ok = true;
+  std::int32_t index = 0;
+  for (const auto& [position, slot] : fpSelectSpecs->MatrixRecordIndex()) {
+    bool notFound = false;
+    record[slot] = fvMatrixSpecs[static_cast<std::size_t>(index)]->Get(&notFound);
+    if (record[slot] == MCMV::gMissingValue) ok = false;
+    if (notFound) {
+      const std::int32_t stage = fpSelectSpecs->MatrixStageNumber(index);
+      const std::vector<std::int32_t>& variables = *fpSelectSpecs->MatrixSpec(position)->variables;
+      if (fpSelectSpecs->IsSizeSlot(slot)) {
+        fpMessages->NoSize(stage, variables, fpIterator);
+      } else if (fpSelectSpecs->IsRateSlot(slot)) {
+        fpMessages->NoRate(stage, variables, fpIterator);
+      }
+      return false;
+    }
+    ++index;
+  }
+  return ok;
+}

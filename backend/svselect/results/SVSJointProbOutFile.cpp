@@ -1,0 +1,125 @@
+#include "backend/svselect/results/SVSJointProbOutFile.h"
+
+#include <algorithm>
+#include <cassert>
+#include <string>
+
+#include "backend/svselect/command/SVSValidSpecs.h"
+#include "backend/svselect/records/SVSInputAdapter.h"
+#include "host/data/ErrorText.h"
+#include "host/data/IndependentDataStore.h"
+#include "host/environment/CommonBlocks.h"
+#include "host/numeric/MissingValue.h"
+#include "host/output/BpError.h"
+#include "host/output/BpString.h"
+#include "host/output/BpVariable.h"
+
+using namespace MCSV;
+
+SVSJointProbOutFile::SVSJointProbOutFile(const SVSValidSpecs* validSpecs, const SVSInputAdapter* inputAdapter,
+                                         const KORV_DataSource* dataSource)
+    : fpValidSpecs(validSpecs),
+      fpInputAdapter(inputAdapter),
+      fpDataSource(dataSource),
+      fOutFile(validSpecs->JointProbFile()) {}
+
+SVSJointProbOutFile::~SVSJointProbOutFile() {
+  if (fState == kJointOpened || fState == kJointRowWritten) fpOutStore->CloseStore();
+}
+
+int SVSJointProbOutFile::Open(int maxJointVars) {
+  fpOutStore = fOutFile.DataSource();
+  if (fState != kJointCreated || !fpValidSpecs->JointProbFile().IsInit() || fpOutStore == nullptr) {
+    return fState = kJointFailed;
+  }
+  fMaxNJPVars = maxJointVars;
+  fStrataVars = fpInputAdapter->FirstStageStrata();
+  fClusterVars = fpInputAdapter->FirstStageClusters();
+  fNKeyVars = static_cast<int>(fStrataVars.size() + fClusterVars.size());
+  DefineVariables();
+  return fState = kJointOpened;
+}
+
+void SVSJointProbOutFile::DefineVariables() {
+  CopyVariables(fStrataVars);
+  CopyVariables(fClusterVars);
+  AddNewVariable("Unit_No_", 0, kLevelNominal);
+  for (int k = 1; k <= fMaxNJPVars; ++k) {
+    AddNewVariable("Joint_Prob_" + std::to_string(k) + "_", pvGetCmnSys()->defaultFormatDecimals,
+                   kLevelScale);
+  }
+  fpOutStore->FinishDictionary();
+  fCaseCells.resize(fpOutStore->CaseCellCount());
+  fpCase = std::make_unique<KORV_Case>(*fpOutStore, fCaseCells.data());
+}
+
+void SVSJointProbOutFile::CopyVariables(const std::vector<std::int32_t>& variables) {
+  int index = 0;
+  for (const std::int32_t variable : variables) {
+    fpOutStore->MakeVariable(fpDataSource->GetVariable(variable), index);
+  }
+}
+
+void SVSJointProbOutFile::AddNewVariable(const std::string& name, int decimals, int level) {
+  const CommonSystemBlock& defaults = *pvGetCmnSys();
+  int index = 0;
+  KORV_Variable& variable = fpOutStore->MakeVariable(0, index);
+  variable.SetName(name);
+  variable.SetFormat(defaults.defaultFormatType, defaults.defaultFormatWidth, decimals);
+  variable.SetWriteFormat(defaults.defaultFormatType, defaults.defaultFormatWidth, decimals);
+  variable.SetMeasurementLevel(level);
+}
+
+int SVSJointProbOutFile::StartStratum(int nJProbVars, const std::vector<std::int32_t>& vStrataVals) {
+  if (fState != kJointOpened && fState != kJointRowWritten) return fState = kJointFailed;
+  assert(1 <= nJProbVars && nJProbVars <= fMaxNJPVars);
+  assert(vStrataVals.size() == fStrataVars.size());
+  assert(fRecordCount == fNJProbVars);
+  fRecordCount = 0;
+  fNJProbVars = nJProbVars;
+  const int columns = fNKeyVars + 1 + fMaxNJPVars;
+  for (int column = 0; column < columns; ++column) fpCase->SetColumnValue(column, MCMV::gMissingValue);
+  int column = 0;
+  for (const std::int32_t code : vStrataVals) {
+    SetKey(column, fStrataVars[static_cast<std::size_t>(column)], code);
+    ++column;
+  }
+  return fState = kJointStratumStarted;
+}
+
+void SVSJointProbOutFile::SetKey(int column, std::int32_t variable, std::int32_t code) {
+  const OBS* value = fpInputAdapter->ObsOfCode(variable, code);
+  assert(value != nullptr);
+  std::copy_n(value, ObsCells(fpDataSource->GetVariable(variable).GetType()), fpCase->GetObsPointer(column));
+}
+
+int SVSJointProbOutFile::WriteRow(const std::vector<std::int32_t>& clusterValues,
+                                  const std::vector<double>& jointProbs) {
+  if (fState != kJointStratumStarted && fState != kJointRowWritten) return fState = kJointFailed;
+  int column = static_cast<int>(fStrataVars.size());
+  for (std::size_t i = 0; i < fClusterVars.size(); ++i) SetKey(column++, fClusterVars[i], clusterValues[i]);
+  fpCase->SetColumnValue(column++, fRecordCount + 1);
+  for (int k = 0; k < fNJProbVars; ++k) {
+    fpCase->SetColumnValue(column++, jointProbs[static_cast<std::size_t>(k)]);
+  }
+  try {
+    fpOutStore->AddCase(*fpCase);
+  } catch (const ErrorText& error) {
+    BpError(BpString(error.message, false), kShowInMessage, kErrorLevel);
+    return fState = kJointFailed;
+  }
+  ++fRecordCount;
+  ++fTotalRows;
+  return fState = kJointRowWritten;
+}
+
+int SVSJointProbOutFile::Close() {
+  if (fState == kJointOpened || fState == kJointRowWritten) {
+    assert(fRecordCount == fNJProbVars);
+    fpOutStore->CloseStore();
+    fState = kJointClosed;
+  } else if (fState == kJointStratumStarted || fState == kJointClosed) {
+    fState = kJointFailed;
+  }
+  return fState;
+}

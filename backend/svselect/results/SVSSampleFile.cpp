@@ -1,0 +1,290 @@
+#include "backend/svselect/results/SVSSampleFile.h"
+
+#include <algorithm>
+#include <numeric>
+#include <optional>
+
+#include "backend/svcommon/adapters/SVProcDSMultiIter.h"
+#include "backend/svselect/command/SVSValidSpecs.h"
+#include "backend/svselect/component/SVSComponent.h"
+#include "backend/svselect/records/SVSInputAdapter.h"
+#include "backend/svselect/results/OutputKindTraits.h"
+#include "backend/svselect/results/SVSDocumentStrings.h"
+#include "backend/svselect/results/SVSSelectRuleFile.h"
+#include "backend/svselect/results/SampleDocument.h"
+#include "backend/svselect/results/UniqueVariableName.h"
+#include "host/data/CaseValue.h"
+#include "host/data/ErrorText.h"
+#include "host/data/IndependentDataStore.h"
+#include "host/data/KORV_Case.h"
+#include "host/data/ProcedureDataSource.h"
+#include "host/environment/MessageCatalogue.h"
+#include "host/numeric/Fuzzy.h"
+#include "host/numeric/MissingValue.h"
+#include "host/output/BpError.h"
+#include "host/output/BpString.h"
+#include "host/output/BpVariable.h"
+
+namespace {
+
+constexpr std::int32_t kFinalWeightStage = -1;
+constexpr int kNoRepeats = -1;
+constexpr int kNewVariableWidth = 10;
+constexpr std::size_t kMaxNameSize = 64;  // bytes
+
+}  // namespace
+
+// Writes selected cases to the sample file: the copied columns, and the new values behind them.
+class SVSSampleFile::CaseWriter {
+public:
+  // With a repeat position a case is written as often as the new value there says, numbered there from 1.
+  CaseWriter(IndependentDataStore* store, KORV_InputCaseIterator* cases,
+             const std::vector<std::int32_t>& columns, int repeatPosition)
+      : fpStore(store),
+        fCells(store->CaseCellCount()),
+        fCase(*store, fCells.data()),
+        fRepeatPosition(repeatPosition) {
+    fvCopied.reserve(columns.size());
+    for (const std::int32_t column : columns) fvCopied.emplace_back(cases, column);
+  }
+
+  // Throws ErrorText.
+  void Write(const std::vector<double>& newValues) {
+    int column = 0;
+    for (const CaseValue& value : fvCopied) {
+      std::copy_n(value.fpObs, ObsCells(value.fWidth), fCase.GetObsPointer(column++));
+    }
+    const int repeatColumn = column + fRepeatPosition;
+    for (const double value : newValues) fCase.SetColumnValue(column++, value);
+    if (fRepeatPosition == kNoRepeats) {
+      fpStore->AddCase(fCase);
+      return;
+    }
+    const std::int32_t repeats = TruncateToInt32(newValues[static_cast<std::size_t>(fRepeatPosition)]);
+    for (std::int32_t k = 1; k <= repeats; ++k) {
+      fCase.SetColumnValue(repeatColumn, k);
+      fpStore->AddCase(fCase);
+    }
+  }
+
+private:
+  IndependentDataStore* fpStore;
+  std::vector<OBS> fCells;
+  KORV_Case fCase;
+  std::vector<CaseValue> fvCopied;
+  int fRepeatPosition;
+};
+
+// Hands selected cases to the selection rule file for as long as that takes them.
+class SVSSampleFile::RuleWriter {
+public:
+  RuleWriter(const SVSValidSpecs* validSpecs, ProcedureDataSource* dataSource, SVSInputAdapter* inputAdapter)
+      : fFile(validSpecs, dataSource, inputAdapter), fKey(fFile.KeyLength()) {
+    fFile.Open();
+  }
+
+  void Take(KORV_InputCaseIterator& cases) {
+    if (fFile.IsGood()) fFile.AddCase(cases, fKeys, fKey);
+  }
+  void Finish() {
+    if (fFile.IsGood()) fFile.Finish();
+  }
+
+private:
+  SVSSelectRuleFile fFile;
+  SVSSelectRuleFile::KeySet fKeys;
+  SVKey fKey;
+};
+
+SVSSampleFile::SVSSampleFile(const SVSValidSpecs* validSpecs, ProcedureDataSource* dataSource,
+                             SVSInputAdapter* inputAdapter)
+    : fpValidSpecs(validSpecs),
+      fpDataSource(dataSource),
+      fOutFile(validSpecs->SampleFile()),
+      fpInputAdapter(inputAdapter) {
+  if (!validSpecs->SampleFile().IsValid()) return;
+  fpOutStore = fOutFile.DataSource();
+  if (fpOutStore == nullptr) fState = kFailed;
+}
+
+SVSSampleFile::~SVSSampleFile() {
+  if (fpOutStore != nullptr && fState != kClosed && fState != kFailed) fpOutStore->CloseStore();
+}
+
+std::int32_t SVSSampleFile::Write(SVSComponent& component, SVProcDSMultiIter& multiPassIter) {
+  if (fState != kCreated) return fState = kFailed;
+  DefineVariables();
+  // The pass starts when it is known which columns it copies.
+  if (multiPassIter.Reset() != MCCommon::kRecordReady) return fState = kFailed;
+  fpDataSource->SetLastPass();
+  MakePass(component, multiPassIter);
+  if (fState == kFailed) return fState;
+  if (fpOutStore != nullptr) fpOutStore->CloseStore();
+  return fState = kClosed;
+}
+
+const std::map<std::int32_t, std::int32_t>& SVSSampleFile::RenamedVariables(
+    const KORV_DataSource** target) const {
+  *target = &Target();
+  return fRenamed;
+}
+
+// --- the variables
+// --------------------------------------------------------------------------------------------
+
+// Where the new variables go.
+KORV_DataSource& SVSSampleFile::Target() const {
+  if (fpOutStore != nullptr) return *fpOutStore;
+  return *fpDataSource;
+}
+
+void SVSSampleFile::DefineVariables() {
+  if (fpOutStore != nullptr && !fpValidSpecs->DropAll()) CopyVariables();
+  for (const DesignStage* stage : fpValidSpecs->DesignStages()) {
+    if (!IsLeftOut(*stage)) AddStageVariables(*stage);
+  }
+  if (!fpValidSpecs->FinalWeightName().IsEmpty()) AddFinalWeight();
+  SaveDocument();
+  if (fpOutStore != nullptr) fpOutStore->FinishDictionary();
+  fState = kDefined;
+}
+
+void SVSSampleFile::CopyVariables() {
+  if (fpValidSpecs->KeepCount() > 0) {
+    fKeepColumns = *fpValidSpecs->KeepList();
+  } else {
+    fKeepColumns.resize(fpDataSource->ColumnCount());
+    std::iota(fKeepColumns.begin(), fKeepColumns.end(), 0);
+  }
+  if (fpValidSpecs->DropCount() > 0) {
+    for (const std::int32_t dropped : *fpValidSpecs->DropList()) {
+      const auto found = std::find(fKeepColumns.begin(), fKeepColumns.end(), dropped);
+      if (found != fKeepColumns.end()) fKeepColumns.erase(found);
+    }
+  }
+  int index = 0;
+  for (const std::int32_t column : fKeepColumns) {
+    fpOutStore->MakeVariable(fpDataSource->GetVariable(column), index);
+  }
+}
+
+bool SVSSampleFile::IsLeftOut(const DesignStage& stage) const {
+  if (fpValidSpecs->SelectStageCount() == 0) return false;
+  const std::vector<std::int32_t>& selected = *fpValidSpecs->SelectStages();
+  return std::find(selected.begin(), selected.end(), stage.stageNumber()) == selected.end();
+}
+
+void SVSSampleFile::AddStageVariables(const DesignStage& stage) {
+  for (const std::int32_t kind : stage.requestedOutputs()) {
+    const std::string name = stage.outputName(kind);
+    if (name.empty()) continue;
+    const OutputKindTraits& traits = TraitsOfKind(kind);
+    char label[kCatalogueTextSize];
+    GETTXM(traits.labelMessage, std::to_string(stage.stageNumber()).c_str(), label);
+    MakeVariable(name, traits.decimals, label);
+    fNewKinds.push_back(kind);
+    fNewStages.push_back(stage.stageNumber());
+    fNewMethods.push_back(stage.methodType());
+  }
+}
+
+void SVSSampleFile::AddFinalWeight() {
+  char label[kCatalogueTextSize];
+  ERRTXN(kFinalWeightTraits.labelMessage, label);
+  MakeVariable(fpValidSpecs->FinalWeightName().Text(), kFinalWeightTraits.decimals, label);
+  fNewKinds.push_back(kOutWeight);
+  fNewStages.push_back(kFinalWeightStage);
+  fNewMethods.push_back(kMethodNone);
+}
+
+void SVSSampleFile::MakeVariable(const std::string& name, int decimals, const char* label) {
+  KORV_DataSource& target = Target();
+  const int older = target.FindVarIndex(name, 0);
+  if (older >= 0) GiveWay(older, name);
+  int index = 0;
+  KORV_Variable& variable = target.MakeVariable(0, index);
+  variable.SetName(name);
+  variable.SetFormat(kFormatF, kNewVariableWidth, decimals);
+  variable.SetWriteFormat(kFormatF, kNewVariableWidth, decimals);
+  variable.SetMeasurementLevel(kLevelScale);
+  variable.SetLabel(label, static_cast<int>(std::char_traits<char>::length(label)));
+  if (older >= 0) fRenamed[index] = older;
+}
+
+// Renames an older variable that has the name of a new one; in the file below a view first.
+void SVSSampleFile::GiveWay(std::int32_t older, const std::string& name) {
+  KORV_DataSource& target = Target();
+  const std::string unique = UniqueVariableName(target, name, kMaxNameSize);
+  if (KORV_DataSource* parent = target.GetParentSource()) parent->GetVariable(older).SetName(unique);
+  target.GetVariable(older).SetName(unique);
+}
+
+void SVSSampleFile::SaveDocument() {
+  std::vector<DSDocument> documents;
+  if (fpOutStore == nullptr) documents = GetDocuments(*fpDataSource);
+  documents.push_back(MakeSampleDocument(DescribeDesign(*fpValidSpecs, *fpDataSource)));
+  SaveDocuments(documents, Target());
+}
+
+// --- the pass
+// -------------------------------------------------------------------------------------------------
+
+void SVSSampleFile::MakePass(SVSComponent& component, SVProcDSMultiIter& multiPassIter) {
+  KORV_InputCaseIterator& cases = *multiPassIter.CaseIterator();
+  std::optional<CaseWriter> writer;
+  if (fpOutStore != nullptr) writer.emplace(fpOutStore, &cases, fKeepColumns, FindRepeatPosition());
+  std::optional<RuleWriter> rule;
+  if (!fpValidSpecs->SelectRuleFile().empty()) rule.emplace(fpValidSpecs, fpDataSource, fpInputAdapter);
+  std::vector<double> values(fNewStages.size());
+  const auto firstNew = static_cast<int>(fpDataSource->ColumnCount() - values.size());
+
+  const auto takeCase = [&] {
+    if (writer) {
+      writer->Write(values);
+    } else {
+      int column = firstNew;
+      for (const double value : values) cases.SetColumnValue(column++, value);
+    }
+    if (rule) rule->Take(cases);
+  };
+  try {
+    while (multiPassIter.HasMore()) {
+      double finalWeight = MCMV::gMissingValue;
+      const MCCommon::Record* record = multiPassIter.Current();
+      if (record != nullptr && !component.CaseStats(*record, &fStageValues, &finalWeight).IsError() &&
+          finalWeight != MCMV::gMissingValue) {
+        FillNewValues(finalWeight, &values);
+        takeCase();
+      }
+      multiPassIter.Next();
+    }
+    fState = multiPassIter.Status() == MCCommon::kSourceFailed ? kFailed : kWritten;
+  } catch (const ErrorText& error) {
+    BpError(BpString(error.message, false), kShowInMessage, kWarningLevel);
+    fState = kFailed;
+  }
+  if (rule) rule->Finish();
+}
+
+// The new variable that numbers the copies of a case: the number of selections of the last stage with new
+// variables, if that stage draws with replacement.
+int SVSSampleFile::FindRepeatPosition() const {
+  if (fNewStages.empty()) return kNoRepeats;
+  const std::int32_t maxStage = *std::max_element(fNewStages.begin(), fNewStages.end());
+  for (std::size_t i = 0; i < fNewStages.size(); ++i) {
+    if (fNewStages[i] == maxStage && fNewKinds[i] == kOutIndex && IsWithReplacement(fNewMethods[i])) {
+      return static_cast<int>(i);
+    }
+  }
+  return kNoRepeats;
+}
+
+void SVSSampleFile::FillNewValues(double finalWeight, std::vector<double>* values) const {
+  for (std::size_t i = 0; i < values->size(); ++i) {
+    const std::int32_t stage = fNewStages[i];
+    (*values)[i] =
+        stage == kFinalWeightStage
+            ? finalWeight
+            : fStageValues[static_cast<std::size_t>(stage - 1)][static_cast<std::size_t>(fNewKinds[i])];
+  }
+}

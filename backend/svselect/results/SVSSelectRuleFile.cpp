@@ -1,0 +1,94 @@
+#include "backend/svselect/results/SVSSelectRuleFile.h"
+
+#include <algorithm>
+
+#include "backend/svselect/command/SVSValidSpecs.h"
+#include "backend/svselect/records/SVSInputAdapter.h"
+#include "host/data/KORV_DataSource.h"
+#include "host/data/KORV_InputCaseIterator.h"
+#include "host/data/Values.h"
+#include "host/output/BpError.h"
+#include "host/output/BpString.h"
+#include "host/output/BpVariable.h"
+
+namespace {
+
+constexpr int kOpenForOutput = 2;
+
+}  // namespace
+
+SVSSelectRuleFile::SVSSelectRuleFile(const SVSValidSpecs* validSpecs, const KORV_DataSource* dataSource,
+                                     SVSInputAdapter* inputAdapter)
+    : fpValidSpecs(validSpecs),
+      fpDataSource(dataSource),
+      fpInputAdapter(inputAdapter),
+      fKeyVars(validSpecs->DesignVars()) {
+  if (!fKeyVars.empty()) return;
+  fState = kFailed;
+  BpError(BpString("No SELECTRULE without stratification and cluster variables ...", true), kShowInMessage,
+          kWarningLevel);
+}
+
+SVSSelectRuleFile::~SVSSelectRuleFile() {
+  if (IsGood()) Finish();
+}
+
+std::int32_t SVSSelectRuleFile::Open() {
+  if (fState != kCreated || fpValidSpecs->SelectRuleFile().empty()) return fState = kFailed;
+  fpStream = std::make_unique<ExtOutputStream>();
+  ExtNameStr name;
+  name.SetGeneric(fpValidSpecs->SelectRuleFile());
+  name.Open(*fpStream, kOpenForOutput);  // a stream that failed to open takes and loses the text
+  return fState = kOpened;
+}
+
+std::int32_t SVSSelectRuleFile::AddCase(KORV_InputCaseIterator& caseIterator, KeySet& keys, SVKey& key) {
+  if (!IsGood()) return fState = kFailed;
+  for (std::int32_t i = 0; i < KeyLength(); ++i) {
+    const std::int32_t variable = fKeyVars[static_cast<std::size_t>(i)];
+    bool wasNew = false;
+    key[i] = fpInputAdapter->CodeOfObs(variable, caseIterator.BindColumn(variable), &wasNew, true);
+  }
+  key.ComputeHash();
+  fState = kWriting;
+  if (keys.Insert(key, 1) != nullptr) WriteClause(caseIterator);
+  return fState;
+}
+
+void SVSSelectRuleFile::WriteClause(KORV_InputCaseIterator& caseIterator) {
+  if (!fPendingLine.empty()) {
+    *fpStream << fPendingLine << " OR\n";
+    ++fClauseCount;
+  }
+  for (const std::int32_t& variable : fKeyVars) {
+    fPendingLine = &variable == &fKeyVars.front() ? "(" : " ";
+    fPendingLine += " ( " + fpDataSource->GetVariable(variable).GetName() + " EQ " +
+                    ValueText(caseIterator, variable) + " ) ";
+    if (&variable == &fKeyVars.back()) {
+      fPendingLine += ")";
+    } else {
+      *fpStream << fPendingLine << "AND\n";
+    }
+  }
+}
+
+// The value in its print format, without blanks in front; of nothing but blanks the last one stays.
+std::string SVSSelectRuleFile::ValueText(KORV_InputCaseIterator& caseIterator, std::int32_t variable) const {
+  const KORV_Format& format = fpDataSource->GetVariable(variable).GetFormat();
+  std::string text(format.width + 1U, '\0');
+  ToString(caseIterator.BindColumn(variable), format, text.data());
+  text.back() = '\0';
+  text.resize(text.find('\0'));
+  const std::size_t start = std::min(text.find_first_not_of(' '), text.size());
+  return start < text.size() || text.empty() ? text.substr(start) : " ";
+}
+
+std::int32_t SVSSelectRuleFile::Finish() {
+  if (!IsGood()) return fState = kFailed;
+  if (!fPendingLine.empty()) {
+    *fpStream << fPendingLine << '\n';
+    fpStream->SetCount(fClauseCount + 1);
+  }
+  fpStream->close();
+  return fState = kClosed;
+}

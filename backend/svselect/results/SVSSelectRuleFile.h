@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/data/ExtNameStr.h"
+#include "model_components/surveyplans/common/SVHashtable.h"
+#include "model_components/surveyplans/common/SVKey.h"
+
+class KORV_InputCaseIterator;
+class KORV_DataSource;
+class SVSInputAdapter;
+class SVSValidSpecs;
+
+// SVSSelectRuleFile writes the sample as a logical expression over the design variables: one clause for each
+// combination of their values among the selected cases, in the order in which the combinations first appear,
+// joined by OR. The last line of a clause is held back until it is known whether another one follows.
+//
+// Use:        construct, Open(), AddCase() for each selected case, Finish(). Each gives the state; a call out
+//             of order leads to kFailed, and nothing leads out of it.
+// Ownership:  borrows everything but its stream.
+// Failures:   a plan without design variables is told by a warning; the host tells when the file can't be
+//             opened or written, and what is written from then on is lost.
+// Cost:       a case whose combination has its clause costs one search.
+class SVSSelectRuleFile {
+public:
+  enum State : std::int32_t { kCreated = 0, kOpened = 1, kWriting = 2, kClosed = 3, kFailed = 4 };
+  // The combinations that have their clauses.
+  using KeySet = SVHashtable<std::int32_t>;
+
+  SVSSelectRuleFile(const SVSValidSpecs* validSpecs, const KORV_DataSource* dataSource,
+                    SVSInputAdapter* inputAdapter);
+  // Finishes the file if that is still to be done.
+  ~SVSSelectRuleFile();
+  SVSSelectRuleFile(const SVSSelectRuleFile&) = delete;
+  SVSSelectRuleFile& operator=(const SVSSelectRuleFile&) = delete;
+
+  std::int32_t Open();
+  // Takes the iterator's current case. `keys` and `key` are the caller's for the pass; the key is scratch.
+  // REQUIRES: the key's length is KeyLength().
+  std::int32_t AddCase(KORV_InputCaseIterator& caseIterator, KeySet& keys, SVKey& key);
+  std::int32_t Finish();
+
+  std::int32_t KeyLength() const { return static_cast<std::int32_t>(fKeyVars.size()); }
+  bool IsGood() const { return fState == kOpened || fState == kWriting; }
+
+private:
+  void WriteClause(KORV_InputCaseIterator& caseIterator);
+  std::string ValueText(KORV_InputCaseIterator& caseIterator, std::int32_t variable) const;
+
+  const SVSValidSpecs* fpValidSpecs;
+  const KORV_DataSource* fpDataSource;  // the active file
+  SVSInputAdapter* fpInputAdapter;
+  std::unique_ptr<ExtOutputStream> fpStream;  // null until opened
+  std::int64_t fClauseCount = 0;              // clauses that have a successor
+  std::vector<std::int32_t> fKeyVars;         // all strata and cluster variables, stage by stage
+  std::string fPendingLine;                   // the last line of the newest clause
+  std::int32_t fState = kCreated;
+};

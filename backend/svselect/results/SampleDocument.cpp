@@ -1,0 +1,175 @@
+#include "backend/svselect/results/SampleDocument.h"
+
+#include <iterator>
+#include <locale>
+#include <sstream>
+#include <string>
+
+#include "backend/svselect/command/SVSValidSpecs.h"
+#include "backend/svselect/results/SVSDocumentStrings.h"
+#include "host/data/KORV_DataSource.h"
+#include "host/environment/Clocks.h"
+
+namespace {
+
+constexpr std::size_t kPieceSize = 71;        // bytes of a text in one line
+constexpr std::size_t kNumberSize = 10;       // characters of a number, what goes beyond is cut off
+constexpr std::size_t kStageSize = 3;         // the same of a stage number
+constexpr char kFirstPrefix[] = "document ";  // of the first line; the others are indented by as much
+constexpr char kOtherPrefix[] = "         ";
+static_assert(sizeof kFirstPrefix == sizeof kOtherPrefix);
+
+constexpr char kReplacement[] = "Sampling with replacement";
+constexpr char kUnequal[] =
+    "Unequal probability sampling without replacement(using joint inclusion probabilitites)";
+
+struct MethodTexts {
+  const char* method;
+  const char* estimator;
+};
+// By MethodType.
+constexpr MethodTexts kMethodTexts[] = {
+    {"", ""},
+    {"Simple random sampling without replacement", "Equal probability sampling without replacement"},
+    {"Simple random sampling with replacement", kReplacement},
+    {"Systematic sampling with equal probability", kReplacement},
+    {"Chromy (sequential) sampling with equal probability", kReplacement},
+    {"PPS sampling without replacement", kUnequal},
+    {"PPS sampling with replacement", kReplacement},
+    {"Systematic sampling with PPS", kReplacement},
+    {"Chromy (sequential) sampling with PPS", kReplacement},
+    {"Brewer sampling with PPS", kUnequal},
+    {"Murthy sampling with PPS", kUnequal},
+    {"Sampford sampling with PPS", kUnequal},
+};
+
+const MethodTexts& TextsOf(std::int32_t method) {
+  const auto index = static_cast<std::size_t>(method);
+  return index < std::size(kMethodTexts) ? kMethodTexts[index] : kMethodTexts[kMethodNone];
+}
+
+std::string NumberText(double value) {
+  std::ostringstream out;
+  out.imbue(std::locale::classic());
+  out << value;
+  return out.str().substr(0, kNumberSize);
+}
+
+// The lines of one design, written one after the other.
+class Describer {
+public:
+  Describer(const SVSValidSpecs& specs, const KORV_DataSource& activeFile)
+      : fSpecs(specs), fActiveFile(activeFile) {}
+
+  SVSDocumentStrings Describe() {
+    fTexts.Add("Plan File: " + fSpecs.PlanFile());
+    fTexts.Add("Weight Variable: " + fSpecs.FinalWeightName().Text());
+    for (std::size_t i = 0; i < fSpecs.DesignStages().size(); ++i) {
+      AddHeading(i);
+      AddStage(*fSpecs.DesignStages()[i]);
+    }
+    return std::move(fTexts);
+  }
+
+private:
+  const std::string& NameOf(std::int32_t variable) const {
+    return fActiveFile.GetVariable(variable).GetName();
+  }
+
+  void AddHeading(std::size_t index) {
+    const std::string& label = fSpecs.StageLabels()[index];
+    const std::string heading = "Stage " + std::to_string(index + 1).substr(0, kStageSize);
+    fTexts.Add(label.empty() ? heading : heading + ": " + label);
+  }
+
+  void AddStage(const DesignStage& stage) {
+    const MethodTexts& texts = TextsOf(stage.methodType());
+    AddVariables("Stratification Variables: ", stage.strataVariables());
+    AddVariables("Cluster Variables: ", stage.clusterVariables());
+    if (stage.methodType() != kMethodNone) fTexts.Add(std::string("Selection Method: ") + texts.method);
+    AddMeasureOfSize();
+    AddInclusion(stage);
+    AddBound("Minimum Number of Units Sampled: ", stage.rateMinSize());
+    AddBound("Maximum Number of Units Sampled: ", stage.rateMaxSize());
+    fTexts.Add(std::string("Estimator Assumption: ") + texts.estimator);
+  }
+
+  void AddVariables(const char* prefix, const std::vector<std::int32_t>& variables) {
+    if (variables.empty()) return;
+    std::string text = prefix;
+    for (const std::int32_t variable : variables) text += NameOf(variable) + " ";
+    fTexts.Add(text);
+  }
+
+  // It belongs to the plan, and stands with every stage all the same.
+  void AddMeasureOfSize() {
+    if (fSpecs.MosVar() >= 0) {
+      AddFromVariable("Measure of Size: ", fSpecs.MosVar());
+    } else if (fSpecs.MosFromData()) {
+      fTexts.Add("Measure of Size: Obtained from data");
+    }
+    AddBound("Minimum MOS Value: ", fSpecs.MosMin());
+    AddBound("Maximum MOS Value: ", fSpecs.MosMax());
+  }
+
+  void AddInclusion(const DesignStage& stage) {
+    const std::string rate = "Proportion of Units Sampled: ";
+    const std::string size = "Number of Units Sampled: ";
+    switch (stage.inclusionType()) {
+      case kRateValue:
+        fTexts.Add(rate + NumberText(stage.rateValue()));
+        break;
+      case kRateVariable:
+        AddFromVariable(rate, stage.rateVariable());
+        break;
+      case kRateMatrix:
+        fTexts.Add(rate + "Obtained from matrix specification");
+        break;
+      case kSizeValue:
+        fTexts.Add(size + NumberText(stage.sizeValue()));
+        break;
+      case kSizeVariable:
+        AddFromVariable(size, stage.sizeVariable());
+        break;
+      case kSizeMatrix:
+        fTexts.Add(size + "Obtained from matrix specification");
+        break;
+      default:
+        break;
+    }
+  }
+
+  void AddFromVariable(const std::string& prefix, std::int32_t variable) {
+    if (variable >= 0) fTexts.Add(prefix + "Obtained from variable " + NameOf(variable));
+  }
+
+  void AddBound(const char* prefix, double bound) {
+    if (bound > 0.0) fTexts.Add(prefix + NumberText(bound));
+  }
+
+  const SVSValidSpecs& fSpecs;
+  const KORV_DataSource& fActiveFile;
+  SVSDocumentStrings fTexts;
+};
+
+}  // namespace
+
+SVSDocumentStrings DescribeDesign(const SVSValidSpecs& specs, const KORV_DataSource& activeFile) {
+  return Describer(specs, activeFile).Describe();
+}
+
+DSDocument MakeSampleDocument(const SVSDocumentStrings& texts) {
+  DSDocument document;
+  for (std::size_t i = 0; i < texts.Count(); ++i) {
+    for (std::size_t piece = 0; piece < texts.LinesOf(i, kPieceSize); ++piece) {
+      const char* prefix = i == 0 && piece == 0 ? kFirstPrefix : kOtherPrefix;
+      document.AddLine(prefix + texts.Line(i, piece, kPieceSize));
+    }
+  }
+  const CalendarDay today = BCLOCK();
+  document.Day(today.day);
+  document.Month(today.month);
+  document.Year(today.year);
+  AddDateLine(document);
+  return document;
+}

@@ -1,0 +1,103 @@
+#include "backend/svselect/run/SVSProcedure.h"
+
+#include <string>
+
+#include "backend/svcommon/adapters/SVMessages.h"
+#include "backend/svcommon/adapters/SVProcDSMultiIter.h"
+#include "backend/svselect/command/SVSValidSpecs.h"
+#include "backend/svselect/component/SVSComponent.h"
+#include "backend/svselect/records/SVSInputAdapter.h"
+#include "backend/svselect/results/SVSJointProbOutFile.h"
+#include "backend/svselect/run/StatusTexts.h"
+#include "host/data/ProcedureDataSource.h"
+#include "host/output/BpComposite.h"
+#include "host/output/BpError.h"
+#include "host/output/BpNumber.h"
+#include "host/output/BpProcedure.h"
+#include "host/output/BpString.h"
+#include "host/output/BpVariable.h"
+
+SVSProcedure::SVSProcedure(SVSValidSpecs* validSpecs, ProcedureDataSource* dataSource)
+    : fpValidSpecs(validSpecs), fpDataSource(dataSource) {
+  std::unique_ptr<ProcDSIterator> iterator = SVProcDSMultiIter::MakeIterator(dataSource);
+  fpMessages = std::make_unique<SVMessages>(dataSource);
+  if (iterator == nullptr) {
+    fStatus = ErrorStatus(kStatusNoRecords);
+    fpMessages->NoCasesForSelection();
+    return;
+  }
+  fpInputAdapter =
+      std::make_unique<SVSInputAdapter>(validSpecs, dataSource, iterator.get(), fpMessages.get());
+  auto multiPass = std::make_unique<SVProcDSMultiIter>(dataSource, std::move(iterator), fpInputAdapter.get());
+  fpMultiPassIter = multiPass.get();
+  fpRecordIter = std::move(multiPass);
+  if (fpRecordIter->Status() != MCCommon::kRecordReady) {
+    fStatus = ErrorStatus(kStatusNoRecords);
+    fpMessages->NoValidCases();
+  }
+}
+
+SVSProcedure::~SVSProcedure() {
+  fpSummary = nullptr;
+  fpComponent.reset();
+  fpRecordIter.reset();
+  fpMessages.reset();
+  fpInputAdapter.reset();
+}
+
+bool SVSProcedure::Run() {
+  const SVSCompSettings* settings = fpValidSpecs->CompSettings();
+  std::unique_ptr<SVSJointProbOutFile> jointProbs;
+  if (fpValidSpecs->JointProbFile().IsValid() && settings != nullptr && settings->JointProbNeeded()) {
+    jointProbs = std::make_unique<SVSJointProbOutFile>(fpValidSpecs, fpInputAdapter.get(), fpDataSource);
+  }
+  if (!fStatus.IsOK() || fpInputAdapter == nullptr || fpRecordIter == nullptr || settings == nullptr)
+    return false;
+
+  fpComponent = std::make_unique<SVSComponent>(*settings, jointProbs.get());
+  fStatus = fpComponent->GetStatus();
+  if (fStatus.IsError()) return false;
+  const bool isGood = fpComponent->Run(*fpRecordIter, fpSummary);
+  if (!isGood) fStatus = fpComponent->GetStatus();
+  return isGood;
+}
+
+const SVSOutputStats* SVSProcedure::GetOutputStats() {
+  const SVSOutputStats* stats = nullptr;
+  if (!fStatus.IsError() && fpComponent != nullptr) fpComponent->GetOutputStats(&stats);
+  return stats;
+}
+
+void SVSProcedure::Report() {
+  if (fStatus.IsError()) {
+    ShowStatus(fStatus);
+  } else if (fpComponent != nullptr) {
+    for (const SVStatus& status : fpComponent->Statuses()) ShowStatus(status);
+  }
+}
+
+void SVSProcedure::ShowStatus(const SVStatus& status) {
+  if (status.IsOK()) return;
+  const std::int32_t stage = fpComponent == nullptr ? 0 : fpComponent->StageOf(status);
+  bool isStratified = false;
+  if (stage > 0) {
+    for (const DesignStage* design : fpValidSpecs->DesignStages()) {
+      if (design->stageNumber() == stage)
+        isStratified = design->strataCount() > 0 || design->clusterCount() > 0;
+    }
+  }
+  const SVSCompSettings* settings = fpValidSpecs->CompSettings();
+  const std::int32_t inclusionType = settings == nullptr ? 0 : settings->StageSpecType(stage);
+  const StatusText found = TextOfStatus(status.code, inclusionType, isStratified);
+  if (found.text == nullptr) return;
+
+  const int level = status.IsError() ? kErrorLevel : kWarningLevel;
+  if (stage > 0 && found.showsStage) {
+    BpComposite composite(found.text, true);
+    composite.Add(BpNumber(stage, BpProcedure::Count()));
+    composite.Finish();
+    BpError(composite, kShowInMessage, level);
+  } else {
+    BpError(BpString(found.text, true), kShowInMessage, level);
+  }
+}

@@ -1,0 +1,9 @@
+#include "backend/svselect/selection/SVSCallBackJointProb.h"
+
+#include "backend/svselect/selection/SVSelectSamples.h"
+#include "host/threads/sfCompleteTask.h"
+
+int SVSCallBackJointProb::callBack() {
+  fpSelectSamples->JointProbsRange(fThreadInd);
+  return fpCompleteTask->callBack();
+}

@@ -1,0 +1,163 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "backend/svselect/selection/SVSClusterData.h"
+#include "host/numeric/MissingValue.h"
+#include "model_components/surveyplans/common/SVStatus.h"
+
+class DesignStage;
+class SVCancelInfo;
+class SVSCompSettings;
+class SVSJointWork;
+class SVSOutSamples;
+class SampfordFurtherDraws;
+class sfMutex;
+namespace MCCommonMath {
+class MCRandomTwister;
+}
+
+// SVSelectSamples draws the sample of one stratum in one stage, and holds what its joint inclusion
+// probabilities are computed from.
+//
+// Use:        SetRandom(), Prepare(), SelectSamples(), once each; then, only where joint probabilities are
+//             written, JointProbs() or PrepareThreads(), JointProbsRange() per range and FinishThreads();
+//             then ClearWork(). The results stand in the units and in GetStageValues().
+// Ownership:  owns its arrays. Borrows everything that it points to: settings, stage and cancel view for its
+//             own life, the rest from SetRandom() and Prepare() on.
+// Threads:    the thread of the run; JointProbsRange() of different ranges may run in parallel.
+// Notation:   units 1..N in the order of the list given to Prepare(); s(i) size, S(i) its running sum, M its
+//             total; p(i) = s(i) / M and c(i) its running sum; n the requested size. Unit numbers kept here
+//             are 1-based; sums are plain sums of doubles in list order.
+// Errors:     the status stays in the engine, and once it is an error nothing changes it and nothing more is
+//             computed: 1 when cancelled, 92031 a size is missing, 92032 a size is too large for the method,
+//             92036 no memory for the joint probabilities.
+//
+// The methods spread over source files by family; the arithmetic of each that needs no draw stands in free
+// functions beside them (PpsWorSteps.h, SampfordFurtherDraws.h and so on).
+class SVSelectSamples {
+public:
+  SVSelectSamples(const SVSCompSettings* settings, std::int32_t stageNumber, SVCancelInfo* cancelInfo);
+  ~SVSelectSamples();
+  SVSelectSamples(const SVSelectSamples&) = delete;
+  SVSelectSamples& operator=(const SVSelectSamples&) = delete;
+
+  void SetRandom(MCCommonMath::MCRandomTwister* generator) { fpRandom = generator; }
+
+  // Takes the units of the stratum and what is asked for, and forms the measures of size.
+  // `clusterSelectPairs` is filled by SelectSamples().
+  SVStatus Prepare(const ClusterPairs* clusterTablePairs, ClusterPairs* clusterSelectPairs,
+                   SVSOutSamples* outSamples, std::int32_t requestSize, double requestRate);
+
+  // Draws the sample and writes the results into the units.
+  SVStatus SelectSamples();
+
+  // Units or, for some methods with replacement, hits.
+  std::int32_t GetNumSelected() const { return fNSelectSamples; }
+
+  // Missing until something was selected.
+  void GetStageValues(double* popSize, double* sampleSize, double* rate) const;
+
+  // Releases the lists that only joint probabilities need.
+  void ClearWork();
+
+  // --- joint inclusion probabilities of the selected units, after SelectSamples() ---
+  // Decides how many threads share the work, and for two or more makes everything ready for them.
+  SVStatus PrepareThreads(std::int32_t* threadCount);
+  // The whole matrix, on the calling thread. `*matrix` is row by row in the order of selection, or null; it
+  // lives until ClearWork().
+  SVStatus JointProbs(const std::vector<double>** matrix);
+  // The share of one thread. REQUIRES: index is below the count that PrepareThreads() gave.
+  void JointProbsRange(std::int32_t index);
+  // Ends what PrepareThreads() began.
+  SVStatus FinishThreads(const std::vector<double>** matrix);
+
+private:
+  // Results that a unit of this inclusion probability receives.
+  static double WeightOf(double inclProb) { return inclProb > 0.0 ? 1.0 / inclProb : MCMV::gMissingValue; }
+
+  SVSClusterData& Unit(std::int32_t index) const {
+    return (*fpClusterTablePairs)[static_cast<std::size_t>(index)]->value;
+  }
+  double Share(std::int32_t index) const { return fProbPropSize[static_cast<std::size_t>(index)]; }
+  double RequestedShare(std::int32_t index) const { return fNRequestSamples * Share(index); }
+
+  // Empties a list and gives its memory back.
+  template <class T>
+  static void Release(std::vector<T>* list) {
+    std::vector<T>().swap(*list);
+  }
+
+  void FormSizes();
+  void ClearSizes();
+  void RunMethod();
+  bool Cancelled();  // a yes becomes the status
+  void Fail(std::int32_t code);
+  void SetStageValues();
+  // Selects the unit at a 0-based index for the methods that name their units one by one.
+  void TakeUnit(std::int32_t index, double inclProb, double weight);
+  void TakeUnit(std::int32_t index) {
+    TakeUnit(index, RequestedShare(index), WeightOf(RequestedShare(index)));
+  }
+  bool AnySizeAbove(double limit) const;
+
+  void SelectSimpleWor();
+  void SelectSimpleWr();
+  void SelectSimpleSystematic();
+  void SelectSequential();
+  void SelectPpsWor();
+  void SelectPpsWorMain();
+  void SelectPpsWorEqual();
+  void TakeTurns(std::int32_t turns, const std::vector<double>& shares, const std::vector<double>& ratios);
+  void SelectPpsWr();
+  void SelectPpsSystematic();
+  void SelectSampfordFamily();
+  void SelectByAttempts();
+  bool SampfordAttempt(SampfordFurtherDraws* further, std::vector<std::uint8_t>* taken,
+                       std::vector<std::int32_t>* sample);
+  void SelectExactSampford();
+  void SelectMurthy();
+
+  // Joint probabilities.
+  int CompareLargest() const;
+  std::int32_t SharedItems() const;
+  void StartJointWork(std::int32_t ranges);
+  void FormJointMatrix();
+  void SplitItems(std::int32_t items, std::int32_t ranges);
+  std::unique_ptr<SVSJointWork> MakeJointWork();
+  void RunJointWork(std::int32_t range);
+  void EndJointWork();
+
+  const SVSCompSettings* fpSettings;                  // borrowed
+  const DesignStage* fpStage;                         // borrowed; read at construction only
+  SVSOutSamples* fpOutSamples = nullptr;              // borrowed
+  const ClusterPairs* fpClusterTablePairs = nullptr;  // borrowed; all units
+  ClusterPairs* fpClusterSelectPairs = nullptr;       // borrowed; methods 5, 9, 10 and 11 fill it
+  std::vector<std::int32_t> fSelectSampleInds;        // unit numbers, parallel to fpClusterSelectPairs
+  std::int32_t fSelectMethod;                         // MethodType
+  std::int32_t fStageInd;                             // from 1
+  std::vector<double> fAllSampleSizes;                // s(i); the four lists are empty for methods 1 to 3
+  std::vector<double> fCumSampleSizes;                // S(i), of methods 6 and 7
+  double fTotalSampleSize = 0.0;                      // M
+  std::vector<double> fProbPropSize;                  // p(i); 0 where M isn't positive
+  std::vector<double> fCumProbPropSize;               // c(i), of all others
+  std::int32_t fNAllSamples = 0;                      // N
+  std::int32_t fNRequestSamples = 0;                  // n, at most N without replacement
+  std::int32_t fNSelectSamples = 0;                   // selected so far
+  double fRequestSampleRate = 0.0;                    // at most 1 without replacement
+  double fOutPopSize = MCMV::gMissingValue;           // results of the stratum
+  double fOutSampleSize = MCMV::gMissingValue;
+  double fOutSampleRate = MCMV::gMissingValue;
+  std::vector<double> fJointProbs;  // square, row by row, in order of selection
+  std::vector<std::pair<std::int32_t, std::int32_t>> fThreadRanges;  // 1-based, inclusive
+  bool fbAllUnitsTaken = false;               // Sampford's and Brewer's census: all joint ones are 1
+  std::vector<double> fFirstStepProbs;        // a(1..n) of PPS_WOR, not divided by their sum
+  std::unique_ptr<SVSJointWork> fpJointWork;  // the computation of fJointProbs, while it runs
+  SVCancelInfo* fpCancelInfo;                 // borrowed
+  SVStatus fStatus;
+  std::unique_ptr<sfMutex> fpMutex;                   // while threads compute
+  MCCommonMath::MCRandomTwister* fpRandom = nullptr;  // borrowed; the run's one generator
+};

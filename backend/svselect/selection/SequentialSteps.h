@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+
+// The sequential procedure goes round the units and keeps the number of hits so far next to what is expected
+// of it: at each position it has the whole part of the expectation, or one more.
+
+// The expected number of hits up to a position.
+struct ExpectedHits {
+  std::int32_t count = 0;  // whole part
+  double rest = 0.0;       // the expectation less its whole part
+};
+
+// `expected` split into whole part and rest.
+ExpectedHits SplitExpected(double expected);
+
+// How many hits there are to be up to a position: `count`, and one more with probability `chance`. A number
+// is drawn only if `bDraw`.
+struct HitsStep {
+  std::int32_t count = 0;
+  bool bDraw = false;
+  double chance = 0.0;
+};
+
+// The step from one position to the next. `hits` is the number up to `before`: before.count, or one more.
+HitsStep NextHits(std::int32_t hits, const ExpectedHits& before, const ExpectedHits& now);

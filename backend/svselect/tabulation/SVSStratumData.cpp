@@ -1,0 +1,202 @@
+#include "backend/svselect/tabulation/SVSStratumData.h"
+
+#include <cassert>
+#include <cmath>
+
+#include "backend/svselect/design/SVSCompSettings.h"
+#include "backend/svselect/design/SVSOutSamples.h"
+#include "backend/svselect/selection/SVSCallBackJointProb.h"
+#include "backend/svselect/selection/SizeOrder.h"
+#include "host/numeric/Fuzzy.h"
+#include "host/numeric/MCPower.h"
+#include "host/numeric/MissingValue.h"
+#include "host/threads/sfCompleteTask.h"
+#include "host/threads/sfThreadPool.h"
+
+namespace {
+
+using MCMV::gMissingValue;
+
+// Two values count as equal within this many roundings of the one that was there first.
+constexpr double kConstTolerance = 2.0 * MCCommonMath::MCPower::gMachineEpsilon;
+
+// The methods whose number of units is theirs, whatever the stage asks for.
+bool DrawsTwoUnits(std::int32_t method) {
+  return method == kMethodPpsBrewer || method == kMethodPpsMurthy;
+}
+
+}  // namespace
+
+SVSStratumData::SVSStratumData(const SVSCompSettings* settings, std::int32_t stage, SVCancelInfo* cancelInfo,
+                               std::size_t constCount)
+    : fConstValues(constCount, 0.0),
+      fSelectSamples(settings, stage, cancelInfo),
+      fpSettings(settings),
+      fStageInd(stage),
+      fInitSizeMeasure(gMissingValue) {
+  if (settings->MOSVar() >= 0) fConstClusterVars.push_back(settings->MOSVar());
+  const DesignStage* design = settings->GetStage(stage);
+  assert(design != nullptr);
+  fSelectMethod = design->methodType();
+  fInclProbType = design->inclusionType();
+  if (IsEqualProbability(fSelectMethod)) {
+    fInitSizeMeasure = 1.0;
+  } else if (settings->MOSFromData()) {
+    fInitSizeMeasure = 0.0;
+    fbUseMOSData = true;
+  } else {
+    fbUseMOSVar = true;
+  }
+}
+
+bool SVSStratumData::InitConstValues(const double* record, const std::vector<std::int32_t>& variables) {
+  bool allThere = true;
+  for (std::size_t k = 0; k < variables.size(); ++k) {
+    fConstValues[k] = record[variables[k]];
+    if (fConstValues[k] == gMissingValue) allThere = false;
+  }
+  return allThere;
+}
+
+int SVSStratumData::CheckConstValues(const double* record, const std::vector<std::int32_t>& variables) {
+  int differs = -1;
+  for (std::size_t k = 0; k < variables.size(); ++k) {
+    const double value = record[variables[k]];
+    double& first = fConstValues[k];
+    if (first == gMissingValue) {
+      first = value;
+      if (value != gMissingValue) differs = static_cast<int>(k);
+    } else if (differs < 0 && std::fabs(first - value) > kConstTolerance * first) {
+      differs = static_cast<int>(k);
+    }
+  }
+  return differs;
+}
+
+void SVSStratumData::AddRecord(const SVKey& unitKey, const double* record) {
+  const bool readSize = fbUseMOSVar && !fConstClusterVars.empty();
+  ClusterTable::Entry* entry = fClusterTable.Find(unitKey);
+  if (entry == nullptr) {
+    entry = fClusterTable.Insert(unitKey, fInitSizeMeasure);
+    fClusterTablePairs.push_back(entry);
+    if (readSize) entry->value.LoadSize(record, fConstClusterVars);
+  } else if (readSize && entry->value.CheckSize(record, fConstClusterVars) >= 0 && !fbConstStatus &&
+             !fStatus.IsError()) {
+    fStatus = WarningStatus(kStatusUnequalSize);
+    fbConstStatus = true;
+  }
+  if (fbUseMOSData) entry->value.CountRecord();
+  fpOutSamples->AddStatus(fStatus);
+}
+
+// It yields the same request whenever it runs, and raises the same warnings: those the collector drops.
+void SVSStratumData::ComputeRequest() {
+  if (DrawsTwoUnits(fSelectMethod)) {
+    fRequestSampleSize = 2;
+    fRequestSampleRate = 2.0 / NumUnits();
+    return;
+  }
+  fRequestSampleSize = 0;
+  fRequestSampleRate = 0.0;
+  const DesignStage& design = *fpSettings->GetStage(fStageInd);
+  const bool carried = !fConstValues.empty();
+  if (fInclProbType == kSizeValue) RequestSize(design.sizeValue());
+  if (fInclProbType == kSizeVariable && carried) RequestSize(fConstValues.front());
+  if (fInclProbType == kRateValue) RequestRate(design.rateValue());
+  if (fInclProbType == kRateVariable && carried) RequestRate(fConstValues.front());
+  fpOutSamples->AddStatus(fStatus);
+}
+
+void SVSStratumData::RequestSize(double size) {
+  if (size == gMissingValue) {
+    fStatus = ErrorStatus(kStatusMissingSpec);
+    return;
+  }
+  const std::int32_t n = TruncateToInt32(size);
+  if (!IsWithReplacement(fSelectMethod) && n > NumUnits()) fStatus = WarningStatus(kStatusSizeAboveUnits);
+  if (n < 0) return;
+  fRequestSampleSize = n;
+  if (NumUnits() > 0) fRequestSampleRate = static_cast<double>(n) / NumUnits();
+}
+
+void SVSStratumData::RequestRate(double rate) {
+  if (rate == gMissingValue) {
+    fStatus = ErrorStatus(kStatusMissingSpec);
+    return;
+  }
+  if (!IsWithReplacement(fSelectMethod) && rate > 1.0) fStatus = WarningStatus(kStatusRateAboveOne);
+  // Halves round up. The whole part is stepped up as a double: as an integer it could be the largest already.
+  const double share = NumUnits() * rate;
+  double whole = std::trunc(share);
+  if (share - whole >= 0.5) whole += 1.0;
+  std::int32_t n = TruncateToInt32(whole);
+  // The bounds act on the size; the rate stays the one that was asked for.
+  const DesignStage& design = *fpSettings->GetStage(fStageInd);
+  const double least = design.rateMinSize();
+  const double most = design.rateMaxSize();
+  if (least > 0.0 && least > n) n = TruncateToInt32(least);
+  if (most > 0.0 && n > most) n = TruncateToInt32(most);
+  if (n < 0) return;
+  fRequestSampleSize = n;
+  fRequestSampleRate = rate;
+}
+
+std::int32_t SVSStratumData::GetRequestSize() {
+  ComputeRequest();
+  return fRequestSampleSize;
+}
+double SVSStratumData::GetRequestRate() {
+  ComputeRequest();
+  return fRequestSampleRate;
+}
+
+double SVSStratumData::GetSelectRate() const {
+  if (NumUnits() < 1) return gMissingValue;
+  return static_cast<double>(GetNumSelected()) / NumUnits();
+}
+
+SVStatus SVSStratumData::Select() {
+  if (fbUseMOSVar) BoundSizes(fClusterTablePairs, fpSettings->MOSMin(), fpSettings->MOSMax());
+  if (fSelectMethod == kMethodPpsWor) SortBySize(&fClusterTablePairs, fpSettings->ExactDesign());
+  fClusterSelectPairs.clear();
+  ComputeRequest();
+  if (!fStatus.IsError()) {
+    fSelectSamples.SetRandom(fpRandom);
+    fStatus = fSelectSamples.Prepare(&fClusterTablePairs, &fClusterSelectPairs, fpOutSamples,
+                                     fRequestSampleSize, fRequestSampleRate);
+  }
+  if (!fStatus.IsError()) fStatus = fSelectSamples.SelectSamples();
+  return fStatus;
+}
+
+SVStatus SVSStratumData::GetRecordStats(const SVKey& unitKey, std::vector<double>* values) const {
+  values->assign(kOutputKinds, gMissingValue);
+  if (fStatus.IsError()) return fStatus;
+  const ClusterTable::Entry* entry = fClusterTable.Find(unitKey);
+  if (entry == nullptr) return fStatus;
+  std::vector<double>& out = *values;
+  entry->value.GetResults(&out[kOutInclProb], &out[kOutWeight], &out[kOutIndex]);
+  fSelectSamples.GetStageValues(&out[kOutPopSize], &out[kOutSampSize], &out[kOutRate]);
+  return fStatus;
+}
+
+SVStatus SVSStratumData::ComputeJointProbs(const std::vector<double>** matrix) {
+  *matrix = nullptr;
+  std::int32_t threadCount = 1;
+  if (!fStatus.IsError()) fStatus = fSelectSamples.PrepareThreads(&threadCount);
+  if (fStatus.IsError()) return fStatus;
+  if (threadCount == 1) {
+    fStatus = fSelectSamples.JointProbs(matrix);
+    return fStatus;
+  }
+  sfCompleteTask done(threadCount);
+  sfThreadPool pool(threadCount, 0);  // ends before the task that its jobs tell
+  pool.init();
+  for (std::int32_t thread = 0; thread < threadCount; ++thread) {
+    pool.invoke(new SVSCallBackJointProb(&fSelectSamples, thread, &done), nullptr,
+                sfThreadPool::kProcessScope);
+  }
+  done.waitAll();
+  fStatus = fSelectSamples.FinishThreads(matrix);
+  return fStatus;
+}

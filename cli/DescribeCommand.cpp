@@ -1,0 +1,118 @@
+#include "cli/DescribeCommand.h"
+
+#include <algorithm>
+#include <array>
+#include <iostream>
+
+#include "cli/Terminal.h"
+#include "host/data/Values.h"
+#include "host/text/DisplayText.h"
+
+namespace {
+
+using Row = std::array<std::string, 6>;
+constexpr const char* kIndent = "  ";
+
+const char* LevelWord(int level) {
+  switch (level) {
+    case kLevelNominal:
+      return "nominal";
+    case kLevelOrdinal:
+      return "ordinal";
+    default:
+      return "scale";
+  }
+}
+
+// "F8.2", "A12".
+std::string FormatWord(const KORV_Format& format) {
+  std::string word = format.type == kFormatF ? "F" : format.type == kFormatAHex ? "AHEX" : "A";
+  word += std::to_string(format.width);
+  if (format.type == kFormatF) word += "." + std::to_string(format.decimals);
+  return word;
+}
+
+std::string ValueWord(const KORV_Variable& variable, const DictionaryValue& value) {
+  return variable.GetType() == 0 ? NumberText(value.number) : "'" + value.text + "'";
+}
+
+Row RowOf(std::size_t index, const KORV_Variable& variable) {
+  return {std::to_string(index + 1),
+          PrintableText(variable.GetName()),
+          variable.GetType() == 0 ? "numeric" : "string " + std::to_string(variable.GetType()),
+          FormatWord(variable.GetFormat()),
+          LevelWord(variable.GetMeasurementLevel()),
+          PrintableText(variable.GetLabel())};
+}
+
+void PrintRow(const Row& row, const std::array<int, 6>& widths) {
+  std::string line;
+  for (std::size_t i = 0; i < row.size(); ++i) {
+    const std::string blanks(static_cast<std::size_t>(widths[i] - DisplayWidth(row[i])), ' ');
+    line += kIndent;
+    line += i == 0 ? blanks + row[i] : row[i] + blanks;  // the number stands at the right
+  }
+  std::cout << TrimRight(line) << '\n';
+}
+
+// What stands below a variable: its user-missing values and its value labels.
+void PrintValues(const KORV_Variable& variable) {
+  const std::string indent = "        ";
+  if (!variable.MissingValues().empty()) {
+    std::string line = indent + "user-missing:";
+    for (const DictionaryValue& value : variable.MissingValues()) line += " " + ValueWord(variable, value);
+    std::cout << PrintableText(line) << '\n';
+  }
+  for (const ValueLabel& label : variable.ValueLabels()) {
+    std::cout << PrintableText(indent + ValueWord(variable, label.value) + " = " + label.label) << '\n';
+  }
+}
+
+void PrintVariables(const std::vector<KORV_Variable>& variables) {
+  std::vector<Row> rows = {{"#", "Name", "Type", "Format", "Level", "Label"}};
+  for (std::size_t i = 0; i < variables.size(); ++i) rows.push_back(RowOf(i, variables[i]));
+  std::array<int, 6> widths{};
+  for (const Row& row : rows) {
+    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], DisplayWidth(row[i]));
+  }
+  PrintRow(rows.front(), widths);
+  for (std::size_t i = 0; i < variables.size(); ++i) {
+    PrintRow(rows[i + 1], widths);
+    PrintValues(variables[i]);
+  }
+}
+
+std::string Counted(std::int64_t count, const char* one, const char* many) {
+  return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+}  // namespace
+
+int DescribeFrame(const FrameOptions& options) {
+  HostSession session;
+  OpenDocument();
+  try {
+    OpenFrame(options);
+    const std::int64_t cases = ActiveFile::Current().Engine().CountCases();
+    const Dictionary& dictionary = *ActiveFile::Current().SharedDictionary();
+    std::cout << PrintableText(options.path) << ": " << Counted(cases, "case", "cases") << ", "
+              << Counted(static_cast<std::int64_t>(dictionary.variables.size()), "variable", "variables")
+              << '\n';
+    if (!dictionary.variables.empty()) {
+      std::cout << '\n';
+      PrintVariables(dictionary.variables);
+    }
+    for (const DocumentLines& document : dictionary.documents) {
+      std::cout << "\nDocument\n";
+      for (const std::string& line : document) std::cout << kIndent << PrintableText(line) << '\n';
+    }
+  } catch (const DataError& error) {
+    std::cout.flush();
+    TellMessages();
+    TellProblem(error.what());
+    return kExitError;
+  }
+  std::cout.flush();
+  TellMessages();
+  return ErrorRaised() ? kExitError : kExitOk;
+}

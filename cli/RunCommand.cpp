@@ -1,0 +1,194 @@
+#include "cli/RunCommand.h"
+
+#include <algorithm>
+#include <csignal>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <sstream>
+
+#include "cli/CommandText.h"
+#include "cli/ProcedureLibrary.h"
+#include "cli/Terminal.h"
+#include "host/command/SessionCommand.h"
+#include "host/data/SaveActiveFile.h"
+#include "host/data/SessionFiles.h"
+#include "host/data/TemporaryFile.h"
+#include "host/environment/ErrorSink.h"
+#include "host/environment/MCStopProcessor.h"
+#include "host/output/JsonReport.h"
+#include "host/output/OutputDocument.h"
+#include "host/output/TextRenderer.h"
+
+namespace {
+
+void OnInterrupt(int) {
+  RequestStop();
+}
+
+// Ctrl-C asks the run to end in good order; a second one ends it at once.
+void CatchInterrupts() {
+  struct sigaction action {};
+  action.sa_handler = OnInterrupt;
+  action.sa_flags = static_cast<int>(SA_RESETHAND);
+  sigaction(SIGINT, &action, nullptr);
+  sigaction(SIGTERM, &action, nullptr);
+}
+
+bool Fail(const std::string& text) {
+  IssueHostMessage(text, kErrorLevel);
+  return false;
+}
+
+// The text of the command, from wherever the options have it. False when its file can't be read.
+bool ReadCommand(const RunOptions& options, std::string* text) {
+  if (options.commandFile.empty()) {
+    *text = options.command.empty() ? CommandText(options.parts) : options.command;
+    return true;
+  }
+  const FileFlags flags =
+      SessionFiles::Current().Claims().ClaimForReading(FileRole::kCommand, options.commandFile);
+  std::ifstream file(options.commandFile, std::ios::binary);
+  if (!flags.CanBeRead() || !file) return Fail(options.commandFile + ": the command file can't be read");
+  text->assign(std::istreambuf_iterator<char>(file), {});
+  return !file.bad() || Fail(options.commandFile + ": " + SystemReason());
+}
+
+bool TakeCommand(const RunOptions& options) {
+  std::string text;
+  if (!ReadCommand(options, &text)) return false;
+  const std::string source = options.commandFile.empty() ? "Command" : options.commandFile;
+  HostSession::Current().Layer<SessionCommand>().SetCommand(std::move(text), source);
+  return true;
+}
+
+// Claims what the program itself writes, so that no output of the procedure goes there.
+bool ClaimOwnFiles(const RunOptions& options) {
+  PathClaims& claims = SessionFiles::Current().Claims();
+  const auto claim = [&](FileRole role, const std::string& path) {
+    int number = PathClaims::kNone;
+    return claims.ClaimForWriting(role, path, path, &number).CanBeWritten() ||
+           Fail(path + ": the file can't be written, or is used for something else");
+  };
+  for (const std::string& report : options.reports) {
+    if (!claim(FileRole::kReport, report)) return false;
+  }
+  return options.save.empty() || claim(FileRole::kSaved, options.save);
+}
+
+bool OpenRunFrame(const FrameOptions& frame) {
+  try {
+    OpenFrame(frame);
+    return true;
+  } catch (const DataError& error) {
+    return Fail(error.what());
+  }
+}
+
+// Runs the procedure on the session's frame and command. False when it couldn't be run.
+bool CallProcedure() {
+  std::string why;
+  const ProcedureEntry entry = LoadProcedure(&why);
+  if (entry == nullptr) return Fail("the procedure can't be loaded: " + why);
+  try {
+    entry();
+    return true;
+  } catch (const std::bad_alloc&) {
+    return Fail("out of memory");
+  } catch (const std::exception& error) {
+    return Fail(std::string("the procedure failed: ") + error.what());
+  }
+}
+
+// Whether the run came to the point of writing its sample: the last pass over the cases has begun.
+bool HasDrawn() {
+  return ActiveFile::Current().IsOpen() && ActiveFile::Current().IsLastPass();
+}
+
+// Puts the files of the run in their places, or removes them. Gives the status of the run.
+std::string SettleFiles(const RunOptions& options) {
+  if (StopRequested()) {
+    DiscardFiles();
+    return "cancelled";
+  }
+  if (!ErrorRaised() && !options.save.empty() && HasDrawn()) SaveActiveFile(options.save);
+  if (ErrorRaised() || !HasDrawn() || !CommitFiles()) {
+    DiscardFiles();
+    return "error";
+  }
+  return SessionFiles::Current().MissingFiles().empty() ? "ok" : "error";
+}
+
+// What a run that ended without an error has to say beyond its messages.
+void TellAdvice(const RunOptions& options, const std::string& status) {
+  if (ErrorRaised()) return;
+  if (!HasDrawn() && status == "error") {
+    TellProblem(
+        "nothing was drawn: the plan names no final weight, or its design can't be run (a stage without "
+        "size, rate "
+        "or clusters, or stages out of order)");
+  }
+  for (const std::string& missing : SessionFiles::Current().MissingFiles()) {
+    if (HasDrawn() && status != "cancelled") TellProblem(missing + ": the file didn't come into being");
+  }
+  const auto& files = SessionFiles::Current().CommittedFiles();
+  const bool isKept = std::any_of(files.begin(), files.end(), [](const OutputFile& file) {
+    return file.role == FileRole::kSample || file.role == FileRole::kSaved;
+  });
+  if (status == "ok" && !isKept && options.save.empty()) {
+    TellProblem("the draw isn't kept: name a file with --sample (SAMPLEFILE) or --save");
+  }
+}
+
+RunOutcome OutcomeOf(const std::string& status) {
+  RunOutcome outcome{status, {}};
+  for (const OutputFile& file : SessionFiles::Current().CommittedFiles()) {
+    outcome.files.push_back({RoleName(file.role), file.path, file.cases});
+  }
+  return outcome;
+}
+
+bool WriteReport(const std::string& path, const RunOutcome& outcome) {
+  std::ostringstream text;
+  if (path.ends_with(".json")) {
+    WriteJsonReport(OutputDocument::Current(), outcome, text);
+  } else {
+    RenderText(OutputDocument::Current(), kDefaultTextWidth, text);
+    RenderMessages(OutputDocument::Current(), text);
+  }
+  std::string why;
+  if (WriteWholeFile(path, text.view(), &why)) return true;
+  TellProblem("the report " + path + " can't be written: " + why);
+  return false;
+}
+
+}  // namespace
+
+int ExplainCommand(const RunOptions& options) {
+  HostSession session;
+  OpenDocument();
+  std::string text;
+  const bool isGood = ReadCommand(options, &text);
+  TellMessages();
+  if (isGood) std::cout << text << '\n';
+  return isGood ? kExitOk : kExitError;
+}
+
+int RunSample(const RunOptions& options) {
+  HostSession session(options.settings);
+  OpenDocument();
+  CatchInterrupts();
+  const bool isReady = ClaimOwnFiles(options) && TakeCommand(options) && OpenRunFrame(options.frame);
+  if (isReady) CallProcedure();
+  const std::string status = SettleFiles(options);
+
+  TellMessages();
+  TellAdvice(options, status);
+  if (!options.quiet) RenderText(OutputDocument::Current(), TerminalWidth(), std::cout);
+  std::cout.flush();
+  bool isReported = true;
+  const RunOutcome outcome = OutcomeOf(status);
+  for (const std::string& report : options.reports) isReported = WriteReport(report, outcome) && isReported;
+  if (status == "cancelled") return kExitInterrupted;
+  return status == "ok" && isReported ? kExitOk : kExitError;
+}

@@ -1,0 +1,33 @@
+#include "cli/Terminal.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <iostream>
+
+#include "host/environment/CommonBlocks.h"
+#include "host/output/OutputDocument.h"
+#include "host/output/TextRenderer.h"
+#include "host/text/DisplayText.h"
+
+void OpenDocument() {
+  OutputDocument::Current().SetProcedure("SVSelect");
+}
+
+bool ErrorRaised() {
+  return pvGetCmnGlb()->errorFlag != 0;
+}
+
+void TellProblem(const std::string& text) {
+  std::cerr << "svselect: " << PrintableText(text) << '\n';
+}
+
+void TellMessages() {
+  RenderMessages(OutputDocument::Current(), std::cerr);
+}
+
+int TerminalWidth() {
+  winsize size{};
+  const bool isTerminal = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return isTerminal ? size.ws_col : kDefaultTextWidth;
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+// What the program says to the person at the terminal, beyond the output of the procedure.
+
+// Makes the output document of the session, so that all that follows is collected in it.
+void OpenDocument();
+
+// Whether an error has been raised in the session.
+bool ErrorRaised();
+
+// One line on standard error: "svselect: ...".
+void TellProblem(const std::string& text);
+
+// The messages of the session so far, on standard error.
+void TellMessages();
+
+// Columns of the terminal that standard output is; a usual width when it is none.
+int TerminalWidth();

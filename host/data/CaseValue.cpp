@@ -1,0 +1,32 @@
+#include "host/data/CaseValue.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "host/data/KORV_DataSource.h"
+#include "host/data/KORV_InputCaseIterator.h"
+#include "host/data/Values.h"
+#include "host/numeric/MissingValue.h"
+
+CaseValue::CaseValue(KORV_InputCaseIterator* iterator, int column) : fpObs(iterator->BindColumn(column)) {
+  const KORV_Variable& variable = iterator->GetDataSource().GetVariable(column);
+  fWidth = variable.GetType();
+  for (const DictionaryValue& value : variable.MissingValues()) {
+    if (fWidth > 0) {
+      fvMissingTexts.push_back(value.text);
+    } else {
+      fvMissingNumbers.push_back(value.number);
+    }
+  }
+}
+
+bool CaseValue::IsMissing() const {
+  if (fWidth == 0) {
+    const double number = fpObs->number;
+    return number == MCMV::gMissingValue ||
+           std::find(fvMissingNumbers.begin(), fvMissingNumbers.end(), number) != fvMissingNumbers.end();
+  }
+  const std::string_view text = TrimRight({fpObs->text, static_cast<std::size_t>(fWidth)});
+  return text.empty() ||
+         std::find(fvMissingTexts.begin(), fvMissingTexts.end(), text) != fvMissingTexts.end();
+}

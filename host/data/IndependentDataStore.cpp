@@ -1,0 +1,74 @@
+#include "host/data/IndependentDataStore.h"
+
+#include <fmt/format.h>
+
+#include <cassert>
+
+#include "host/data/ActiveFile.h"
+#include "host/data/DataError.h"
+#include "host/data/ErrorText.h"
+#include "host/data/KORV_Case.h"
+#include "host/data/SessionFiles.h"
+#include "host/environment/ErrorSink.h"
+
+IndependentDataStore::IndependentDataStore(OutputFile* file)
+    : KORV_DataSource(std::make_shared<Dictionary>()), fpFile(file), fPath(file->path) {}
+
+IndependentDataStore::~IndependentDataStore() {
+  if (fpFile != nullptr) SessionFiles::Current().Abandon(fpFile);
+}
+
+KORV_Variable& IndependentDataStore::MakeVariable(const KORV_Variable& source, int& index) {
+  assert(fState == State::kDefining || fState == State::kFailed);
+  ActiveFile::Current().NoteCopied(source.GetName());
+  return KORV_DataSource::MakeVariable(source, index);
+}
+
+KORV_Variable& IndependentDataStore::MakeVariable(int, int& index) {
+  return KORV_DataSource::MakeVariable(KORV_Variable(), index);
+}
+
+// Gives the output file up; the answer is the message.
+std::string IndependentDataStore::Fail(const std::string& why) {
+  fState = State::kFailed;
+  SessionFiles::Current().Abandon(fpFile);
+  fpFile = nullptr;
+  return fmt::format("{} can't be written: {}", fPath, why);
+}
+
+void IndependentDataStore::FinishDictionary() {
+  if (fState != State::kDefining) return;
+  try {
+    Begin();
+    fState = State::kTaking;
+  } catch (const DataError& error) {
+    IssueHostMessage(Fail(error.what()), kErrorLevel);
+  }
+}
+
+void IndependentDataStore::AddCase(const KORV_Case& values) {
+  if (fState != State::kTaking) throw ErrorText{fmt::format("{} can't take more cases", fPath)};
+  try {
+    Append(values);
+    ++fCases;
+  } catch (const DataError& error) {
+    throw ErrorText{Fail(error.what())};
+  }
+}
+
+void IndependentDataStore::CloseStore() {
+  FinishDictionary();
+  if (fState != State::kTaking) return;
+  try {
+    End();
+  } catch (const DataError& error) {
+    IssueHostMessage(Fail(error.what()), kErrorLevel);
+    return;
+  }
+  OutputFile* file = fpFile;
+  fpFile = nullptr;
+  file->cases = fCases;
+  const bool isWhole = SessionFiles::Current().Finish(*file);
+  if (!isWhole) SessionFiles::Current().Abandon(file);
+  fState = isWhole ? State::kClosed : State::kFailed;
+}

@@ -1,0 +1,143 @@
+#include "host/data/PathClaims.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <system_error>
+
+#include "host/data/FileKind.h"
+#include "host/data/FileLock.h"
+#include "host/data/TemporaryFile.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::array<const char*, 9> kRoleNames = {"frame", "plan", "schema", "command", "sample",
+                                                   "joint", "rule", "saved",  "report"};
+
+constexpr std::size_t kLongestFileName = 255;  // bytes, on the file systems that we know
+
+// The path by which claims are compared. A link that leads nowhere stands for the file that would be made.
+std::string PlainPath(const std::string& path) {
+  std::error_code error;
+  const fs::path whole = fs::weakly_canonical(fs::absolute(path, error), error);
+  return error ? path : whole.lexically_normal().string();
+}
+
+bool IsSameFile(const std::string& one, const std::string& other) {
+  std::error_code error;
+  return one == other || (fs::equivalent(one, other, error) && !error);
+}
+
+bool IsProcedureOutput(FileRole role) {
+  return role == FileRole::kSample || role == FileRole::kJoint || role == FileRole::kRule;
+}
+
+bool IsDataOutput(FileRole role) {
+  return role == FileRole::kSample || role == FileRole::kJoint || role == FileRole::kSaved;
+}
+
+bool CanWrite(const std::string& path) {
+  return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
+// Everything but inUse, for a file that is to be written at a plain path.
+FileFlags TestTarget(const std::string& path) {
+  FileFlags flags;
+  std::error_code error;
+  const fs::file_status status = fs::status(path, error);
+  const fs::path folder = fs::path(path).parent_path();
+  const std::size_t length = fs::path(path).filename().string().size();
+  flags.exists = fs::exists(status);
+  flags.valid = (fs::is_regular_file(status) || status.type() == fs::file_type::not_found) &&
+                fs::is_directory(folder, error) && 0 < length && length <= kLongestFileName - kBesideRoom;
+  flags.readOnly = flags.valid && ((flags.exists && !CanWrite(path)) || !CanWrite(folder.string()));
+  return flags;
+}
+
+bool NamesFolder(const std::string& path) {
+  return path.empty() || path.back() == '/';
+}
+
+}  // namespace
+
+const char* RoleName(FileRole role) {
+  return kRoleNames[static_cast<std::size_t>(role)];
+}
+
+bool PathClaims::IsClaimed(const std::string& plain, bool isForWriting) const {
+  return std::any_of(fvClaims.begin(), fvClaims.end(), [&](const Claim& claim) {
+    return claim.isForWriting == isForWriting && IsSameFile(claim.plain, plain);
+  });
+}
+
+bool PathClaims::IsTaken(FileRole role, const std::string& spelling, const std::string& plain,
+                         bool isBeside) const {
+  return std::any_of(fvClaims.begin(), fvClaims.end(), [&](const Claim& claim) {
+    const bool isSameSpelling = IsProcedureOutput(role) && IsProcedureOutput(claim.role) &&
+                                claim.spelling == spelling && claim.isBeside == isBeside;
+    return !isSameSpelling && IsSameFile(claim.plain, plain);
+  });
+}
+
+FileFlags PathClaims::ClaimForReading(FileRole role, const std::string& path) {
+  FileFlags flags;
+  std::error_code error;
+  const fs::file_status status = fs::status(path, error);
+  flags.exists = fs::exists(status);
+  flags.valid = fs::is_regular_file(status);
+  if (!flags.valid) return flags;
+  const std::string plain = PlainPath(path);
+  // What the session reads already was tested then. DuckDB may hold it, and looking again would drop its
+  // lock.
+  const bool isRead = IsClaimed(plain, false);
+  flags.inUse = IsClaimed(plain, true) || (!isRead && IsLockedByOthers(plain, false));
+  if (flags.CanBeRead()) fvClaims.push_back({fNext++, role, false, path, path, plain, false});
+  return flags;
+}
+
+FileFlags PathClaims::ClaimForWriting(FileRole role, const std::string& spelling, const std::string& path,
+                                      int* claim) {
+  *claim = kNone;
+  if (NamesFolder(path)) return FileFlags();
+  std::vector<std::string> paths = {PlainPath(path)};
+  FileFlags flags = TestTarget(paths[0]);
+  if (IsDataOutput(role)) {
+    const FileKind kind = KindOf(path);
+    flags.valid = flags.valid && CanBeWritten(kind);
+    if (HasSchemaFile(kind)) paths.push_back(SchemaPath(paths[0]));
+  }
+  if (paths.size() > 1) {
+    const FileFlags beside = TestTarget(paths[1]);
+    flags.valid = flags.valid && beside.valid;
+    flags.readOnly = flags.readOnly || beside.readOnly;
+  }
+  if (!flags.valid) return flags;
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    flags.inUse = flags.inUse || IsTaken(role, spelling, paths[i], i > 0) ||
+                  (!IsClaimed(paths[i], false) && IsLockedByOthers(paths[i], true));
+  }
+  if (!flags.CanBeWritten()) return flags;
+  *claim = fNext++;
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    fvClaims.push_back({*claim, role, true, spelling, path, paths[i], i > 0});
+  }
+  return flags;
+}
+
+void PathClaims::Release(int claim) {
+  std::erase_if(fvClaims, [claim](const Claim& held) { return held.number == claim; });
+}
+
+std::vector<std::string> PathClaims::Outputs() const {
+  std::vector<std::string> outputs;
+  for (const Claim& claim : fvClaims) {
+    const bool isOutput = IsDataOutput(claim.role) || claim.role == FileRole::kRule;
+    if (isOutput && !claim.isBeside) outputs.push_back(claim.path);
+  }
+  return outputs;
+}

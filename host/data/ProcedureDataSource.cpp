@@ -1,0 +1,32 @@
+#include "host/data/ProcedureDataSource.h"
+
+#include "host/data/ActiveFile.h"
+#include "host/data/ProcDSIterator.h"
+
+namespace {
+
+std::shared_ptr<Dictionary> ActiveDictionary() {
+  const ActiveFile& file = ActiveFile::Current();
+  return file.IsOpen() ? file.SharedDictionary() : std::make_shared<Dictionary>();
+}
+
+}  // namespace
+
+ProcedureDataSource::ProcedureDataSource() : KORV_DataSource(ActiveDictionary()) {}
+
+void ProcedureDataSource::SetMaxObsAdded(unsigned count) {
+  GetDictionary().variables.reserve(GetDictionary().variables.size() + count);
+}
+
+void ProcedureDataSource::SetLastPass() {
+  ActiveFile::Current().SetLastPass();
+}
+
+bool ProcedureDataSource::FatalError() const {
+  return ActiveFile::Current().HasFailed();
+}
+
+KORV_InputCaseIterator* ProcedureDataSource::MakeInputCaseIterator(int) {
+  ActiveFile& file = ActiveFile::Current();
+  return file.IsOpen() ? new ProcDSIterator(*this, file) : nullptr;
+}

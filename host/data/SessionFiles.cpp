@@ -1,0 +1,98 @@
+#include "host/data/SessionFiles.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "host/data/FileKind.h"
+#include "host/environment/ErrorSink.h"
+#include "host/environment/HostSession.h"
+
+void IssueFileError(const std::string& path, const std::string& why) {
+  IssueHostMessage(fmt::format("{} can't be written: {}", path, why), kErrorLevel);
+}
+
+SessionFiles& SessionFiles::Current() {
+  return HostSession::Current().Layer<SessionFiles>();
+}
+
+SessionFiles::~SessionFiles() {
+  DiscardFiles();
+}
+
+OutputFile* SessionFiles::Start(FileRole role, const std::string& path, const std::string& target) {
+  std::vector<std::string> paths = {target};
+  const bool isData = role != FileRole::kRule;
+  if (isData && HasSchemaFile(KindOf(target))) paths.insert(paths.begin(), SchemaPath(target));
+  auto file = std::make_unique<OutputFile>();
+  file->role = role;
+  file->path = path;
+  file->target = target;
+  for (const std::string& part : paths) {
+    std::string why;
+    file->parts.push_back(TemporaryFile::Open(part, &why));
+    if (file->parts.back() == nullptr) {
+      IssueFileError(part, why);
+      return nullptr;
+    }
+  }
+  return fvFiles.emplace_back(std::move(file)).get();
+}
+
+bool SessionFiles::Finish(OutputFile& file) {
+  for (const auto& part : file.parts) {
+    std::string why;
+    if (!part->Finish(&why)) {
+      IssueFileError(file.path, why);
+      return false;
+    }
+  }
+  file.isFinished = true;
+  return true;
+}
+
+void SessionFiles::Abandon(OutputFile* file) {
+  std::erase_if(fvFiles, [file](const auto& held) { return held.get() == file; });
+}
+
+bool SessionFiles::CommitFiles() {
+  std::erase_if(fvFiles, [](const auto& file) { return !file->isFinished; });
+  for (const auto& file : fvFiles) {
+    for (const auto& part : file->parts) {
+      std::string why;
+      if (!part->Replace(&why)) {
+        DiscardFiles();
+        IssueFileError(file->path, why);
+        return false;
+      }
+    }
+  }
+  for (const auto& file : fvFiles) {
+    for (const auto& part : file->parts) part->Settle();
+    file->parts.clear();
+    fvCommitted.push_back(std::move(*file));
+  }
+  fvFiles.clear();
+  return true;
+}
+
+void SessionFiles::DiscardFiles() {
+  fvFiles.clear();
+}
+
+std::vector<std::string> SessionFiles::MissingFiles() const {
+  std::vector<std::string> missing;
+  for (const std::string& path : fClaims.Outputs()) {
+    const bool isThere = std::any_of(fvCommitted.begin(), fvCommitted.end(),
+                                     [&](const OutputFile& file) { return file.target == path; });
+    if (!isThere) missing.push_back(path);
+  }
+  return missing;
+}
+
+bool CommitFiles() {
+  return SessionFiles::Current().CommitFiles();
+}
+void DiscardFiles() {
+  SessionFiles::Current().DiscardFiles();
+}

@@ -1,0 +1,143 @@
+#include "host/data/TemporaryFile.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+
+#include "host/data/FileWriter.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kTemporarySuffix = ".svselect-new";
+constexpr const char* kOldSuffix = ".svselect-old";
+// DuckDB's log of a database file that wasn't closed.
+constexpr const char* kLogSuffix = ".wal";
+
+bool Sync(const std::string& path, int flags, std::string* why) {
+  const int file = open(path.c_str(), flags | O_CLOEXEC);
+  bool synced = file >= 0 && fsync(file) == 0;
+  if (!synced) *why = SystemReason();
+  if (file >= 0) close(file);
+  return synced;
+}
+
+// A new name can be lost in a power cut until its folder is on the disk.
+bool SyncFolderOf(const std::string& path, std::string* why) {
+  const std::string folder = fs::path(path).parent_path().string();
+  return Sync(folder.empty() ? "." : folder, O_RDONLY | O_DIRECTORY, why);
+}
+
+// The file that a path stands for, through symbolic links; it need not exist.
+std::string LinkTarget(const std::string& path) {
+  std::error_code error;
+  if (!fs::is_symlink(fs::symlink_status(path, error))) return path;
+  const fs::path target = fs::weakly_canonical(path, error);
+  return error ? path : target.string();
+}
+
+}  // namespace
+
+std::string SystemReason() {
+  return std::system_category().message(errno);
+}
+
+std::string BesideName(const std::string& path, std::string_view suffix) {
+  const fs::path whole(path);
+  return (whole.parent_path() / fmt::format(".{}{}", whole.filename().string(), suffix)).string();
+}
+
+TemporaryFile::TemporaryFile(std::string target, std::unique_ptr<FileLock> lock)
+    : fTarget(std::move(target)),
+      fTemporary(BesideName(fTarget, kTemporarySuffix)),
+      fOld(BesideName(fTarget, kOldSuffix)),
+      fpLock(std::move(lock)) {}
+
+std::unique_ptr<TemporaryFile> TemporaryFile::Open(const std::string& target, std::string* why) {
+  const std::string file = LinkTarget(target);
+  std::unique_ptr<FileLock> lock = FileLock::Take(file, why);
+  if (lock == nullptr) return nullptr;
+  std::unique_ptr<TemporaryFile> temporary(new TemporaryFile(file, std::move(lock)));
+  temporary->RemoveHelpers();
+  return temporary;
+}
+
+TemporaryFile::~TemporaryFile() {
+  Restore();
+  RemoveHelpers();
+}
+
+void TemporaryFile::RemoveHelpers() {
+  unlink(fTemporary.c_str());
+  unlink((fTemporary + kLogSuffix).c_str());
+  unlink(fOld.c_str());
+}
+
+bool TemporaryFile::Finish(std::string* why) {
+  struct stat old {};
+  if (stat(fTarget.c_str(), &old) == 0 && S_ISREG(old.st_mode)) {
+    chmod(fTemporary.c_str(), old.st_mode & 07777);  // best effort: the file may belong to someone else
+  }
+  return Sync(fTemporary, O_RDONLY, why) && SyncFolderOf(fTemporary, why);
+}
+
+// Gives the old file a second name. A file system without hard links can't, and the file then can't come back
+// once it is replaced.
+bool TemporaryFile::KeepOldFile(std::string* why) {
+  fbHasOld = link(fTarget.c_str(), fOld.c_str()) == 0;
+  if (fbHasOld || errno == ENOENT || errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS) return true;
+  *why = SystemReason();
+  return false;
+}
+
+bool TemporaryFile::Replace(std::string* why) {
+  std::error_code error;
+  if (fs::is_directory(fTarget, error)) {
+    *why = std::system_category().message(EISDIR);
+    return false;
+  }
+  if (!KeepOldFile(why)) return false;
+  if (std::rename(fTemporary.c_str(), fTarget.c_str()) != 0) {
+    *why = SystemReason();
+    return false;
+  }
+  fbReplaced = true;
+  return SyncFolderOf(fTarget, why);
+}
+
+void TemporaryFile::Restore() {
+  if (!fbReplaced) return;
+  if (fbHasOld) {
+    std::rename(fOld.c_str(), fTarget.c_str());
+  } else {
+    unlink(fTarget.c_str());
+  }
+  fbReplaced = false;
+}
+
+void TemporaryFile::Settle() {
+  unlink(fOld.c_str());
+  fbReplaced = false;
+  fbHasOld = false;
+}
+
+bool WriteWholeFile(const std::string& path, std::string_view content, std::string* why) {
+  const std::unique_ptr<TemporaryFile> file = TemporaryFile::Open(path, why);
+  if (file == nullptr) return false;
+  FileWriter writer;
+  const bool written = writer.Open(file->TemporaryPath()) && writer.Write(content);
+  if (!writer.Close() || !written) {
+    *why = writer.Reason();
+    return false;
+  }
+  if (!file->Finish(why) || !file->Replace(why)) return false;
+  file->Settle();
+  return true;
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/data/CaseRelation.h"
+#include "host/data/SchemaRules.h"
+
+// The columns of a relation whose columns have SQL types: what DuckDB scans or keeps in a table.
+struct TypedColumn {
+  std::string name;  // as the file says
+  std::string sql;   // the expression that gives it
+  std::string type;  // SQL type
+};
+
+// The columns of what stands behind FROM, in order.
+// Errors: DataError with DuckDB's reason alone.
+std::vector<TypedColumn> DescribeColumns(const std::string& from);
+
+// Makes the dictionary of a relation and picks its columns. What the rules leave open is found out from all
+// cases in one scan. `trusted`: the rules were written with the file, so that what they settle needs no
+// looking at. Errors: DataError that names the relation.
+DataFrame MakeTypedFrame(const std::string& name, const std::string& from,
+                         const std::vector<TypedColumn>& columns, const SchemaRules& rules, bool trusted);

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "host/threads/msgBaseData.h"
+
+// One job for a pool of threads. Whoever makes it gives it to sfThreadPoolBase::invoke() and forgets it.
+class CallBackObject : public msgBaseData {
+public:
+  virtual void setCallbackData(void* data);  // borrowed
+  virtual void* getCallbackData() const;
+
+  // Does the job, once, on some thread. The result is not used; 0 means done.
+  virtual int callBack() = 0;
+
+private:
+  void* fpCallbackData = nullptr;
+};

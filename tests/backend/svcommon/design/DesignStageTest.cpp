@@ -1,0 +1,54 @@
+#include "backend/svcommon/design/DesignStage.h"
+
+namespace {
+
+// Goal: the tag follows the last value or variable, and nothing else moves it or is lost with it.
+TEST(DesignStage, TagFollowsWhatWasSetLast) {
+  DesignStage stage(2);
+  EXPECT_EQ(stage.inclusionType(), 0);
+  for (const double value : {stage.inclProbValue(), stage.popSizeValue(), stage.rateValue(),
+                             stage.sizeValue(), stage.rateMinSize(), stage.rateMaxSize()}) {
+    EXPECT_EQ(value, -1.0);
+  }
+  std::vector<std::int32_t> tags;
+  const auto note = [&] { tags.push_back(stage.inclusionType()); };
+  stage.setInclProbValue(0.1), note();
+  stage.setInclProbVariable(1), note();
+  stage.setPopSizeValue(4), note();
+  stage.setPopSizeVariable(2), note();
+  stage.setRateValue(0.2), note();
+  stage.setRateVariable(3), note();
+  stage.setSizeValue(5), note();
+  stage.setSizeVariable(4), note();
+  stage.setRateMinSize(2), note();
+  stage.setRateMaxSize(9), note();
+  EXPECT_EQ(tags, (std::vector<std::int32_t>{1, 2, 4, 5, 7, 8, 10, 11, 11, 11}));
+  EXPECT_EQ(stage.sizeValue(), 5.0);
+  stage.reset();
+  EXPECT_EQ(stage.stageNumber() + stage.inclusionType(), 0);
+  EXPECT_EQ(stage.sizeValue(), -1.0);
+}
+
+TEST(DesignStage, OutputsAreRequestedByKindAndName) {
+  DesignStage stage(1);
+  stage.requestOutput(7, "X");
+  stage.requestOutput(-1, "X");
+  stage.requestOutput(0, "");
+  EXPECT_EQ(stage.requestedCount(), 0);
+  stage.requestOutput(kOutWeight, "W");
+  stage.requestOutput(kOutInclProb, "P");
+  EXPECT_EQ(stage.requestedOutputs(), (std::vector<std::int32_t>{6, 0}));
+  EXPECT_EQ(stage.outputName(6) + stage.outputName(7) + stage.outputName(-1) + stage.outputName(1), "W");
+}
+
+// Goal: the two numberings part at the last four methods.
+TEST(Enumerations, MethodsOfSamplingTypes) {
+  std::vector<int> methods;
+  for (int type = -1; type <= 17; ++type) methods.push_back(MethodOfSamplingType(type));
+  EXPECT_EQ(methods, (std::vector<int>{0, 0, 1, 2, 3, 4, 5, 6, 7, 9, 10, 11, 8, 0, 0, 0, 0, 0, 0}));
+  EXPECT_EQ(MethodTypeText(kMethodPpsBrewer).substr(0, 6), "Brewer");
+  EXPECT_EQ(MethodTypeText(12), "unrecognized");
+  EXPECT_EQ(MethodTypeText(-1), "unrecognized");
+}
+
+}  // namespace

@@ -1,0 +1,122 @@
+#include "backend/svselect/design/SVSCompSettings.h"
+
+#include <functional>
+
+namespace {
+
+using Change = std::function<void(SVSCompSettings&)>;
+using Indices = std::vector<std::int32_t>;
+
+// Two sound stages: strata 0, clusters 1; then strata 2, clusters 3.
+SVSCompSettings TwoStages() {
+  SVSCompSettings s;
+  s.AddDesignVar(2, kRoleStrata, 2);
+  s.AddDesignVar(3, kRoleCluster, 2);
+  s.AddDesignVar(0, kRoleStrata, 1);
+  s.AddDesignVar(1, kRoleCluster, 1);
+  for (const int stage : {1, 2}) {
+    s.SetMethod(kMethodSimpleWor, stage);
+    s.SetSpecValue(2, kSizeValue, stage);
+  }
+  return s;
+}
+
+TEST(SVSCompSettings, ValidateFindsTheFirstFault) {
+  struct Case {
+    const char* aim;
+    Change change;
+    std::int32_t code, stage;
+  };
+  const Case kCases[] = {
+      {"sound", [](auto&) {}, 0, 0},
+      {"no stages", [](auto& s) { s = SVSCompSettings(); }, 92021, 0},
+      {"first isn't 1", [](auto& s) { s.FindStage(0); }, 92022, 0},
+      {"a gap", [](auto& s) { s.SetMethod(1, 4); }, 92023, 0},
+      {"inner stage without clusters", [](auto& s) { s.FindStage(1).setClusters({}); }, 92025, 1},
+      {"last stage without clusters", [](auto& s) { s.FindStage(2).setClusters({}); }, 0, 0},
+      {"late estimator", [](auto& s) { s.FindStage(2).setEstimatorType(1); }, 92026, 2},
+      {"estimator 1", [](auto& s) { s.SetEstimator(1, 1); }, 0, 0},
+      {"estimator 2", [](auto& s) { s.FindStage(1).setEstimatorType(2); }, 92027, 1},
+      {"Brewer asks for nothing", [](auto& s) { s.FindStage(1).setInclusionType(0), s.SetMethod(9, 1); }, 0,
+       0},
+      {"Sampford does", [](auto& s) { s.FindStage(1).setInclusionType(0), s.SetMethod(11, 1); }, 92028, 1},
+      {"no size or rate", [](auto& s) { s.FindStage(2).setInclusionType(0); }, 92028, 2},
+      {"rate 0", [](auto& s) { s.FindStage(1).setRateValue(0.0); }, 92029, 1},
+      {"rate 2", [](auto& s) { s.FindStage(1).setRateValue(2.0); }, 0, 0},
+      {"size 2.5", [](auto& s) { s.FindStage(2).setSizeValue(2.5); }, 92030, 2},
+      {"size 0", [](auto& s) { s.FindStage(2).setSizeValue(0); }, 92030, 2},
+      {"size by variable", [](auto& s) { s.AddSpecVar(7, kSizeVariable, 2); }, 0, 0},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.aim);
+    SVSCompSettings settings = TwoStages();
+    c.change(settings);
+    const SVStatus status = settings.Validate();
+    EXPECT_EQ(status.code, c.code);
+    EXPECT_EQ(status.IsError(), c.code != 0);
+    EXPECT_EQ(status.ints, (std::array<std::int32_t, 3>{0, c.stage, 0}));
+  }
+}
+
+// Goal: what a setter refuses leaves the settings as they were.
+TEST(SVSCompSettings, SettersRefuse) {
+  SVSCompSettings s = TwoStages();
+  EXPECT_TRUE(s.SetWeightVar(6));
+  EXPECT_TRUE(s.SetCaseIdVar(8));
+  EXPECT_TRUE(s.AddSpecVar(5, kRateVariable, 1));
+  const std::vector<bool> refused = {s.AddDesignVar(-1, kRoleStrata, 1),
+                                     s.AddDesignVar(0, kRoleCluster, 2),
+                                     s.AddDesignVar(5, kRoleStrata, 1),
+                                     s.AddDesignVar(6, kRoleStrata, 1),
+                                     s.AddSpecVar(5, kRateVariable, 2),
+                                     s.AddSpecVar(3, kSizeVariable, 2),
+                                     s.AddSpecVar(-1, kSizeVariable, 2),
+                                     s.AddSpecVar(7, kRateMatrix, 2),
+                                     s.SetSpecValue(0.0, kRateValue, 2),
+                                     s.SetSpecValue(2.5, kSizeValue, 2),
+                                     s.SetSpecValue(1, kPopSizeValue, 2),
+                                     s.SetEstimator(1, 2),
+                                     s.SetEstimator(2, 1),
+                                     s.SetMethod(kMethodPpsWor, 2),
+                                     s.SetMethod(kMethodNone, 2),
+                                     s.SetMOSVar(0),
+                                     s.SetMOSVar(-1),
+                                     s.SetWeightVar(5)};
+  EXPECT_EQ(refused, std::vector<bool>(refused.size(), false));
+  EXPECT_EQ(s.VariableTypes(), (Indices{1, 1, 1, 1, 0, 2, 4, 0, 0}));
+  EXPECT_EQ(s.CatDesignVars(), (Indices{0, 1, 2, 3}));
+  EXPECT_EQ(s.ContDesignVars(), (Indices{5}));
+  EXPECT_EQ(s.StageSpecType(2), kSizeValue);
+  EXPECT_EQ(s.GetStage(2)->sizeValue(), 2.0);
+  EXPECT_EQ(s.WeightVar(), 6);
+  EXPECT_EQ(s.MOSVar(), -1);
+  EXPECT_EQ(s.StageSpecVar(1), 5);
+  EXPECT_EQ(s.StageSpecVar(2) + s.StageSpecVar(3), -2);
+  s.AddSelectStage(3), s.AddSelectStage(2), s.AddSelectStage(3);
+  EXPECT_EQ(s.SelectStages(), (Indices{3, 2}));
+  EXPECT_FALSE(s.SetMethod(kMethodPpsWr, 3));  // the stage is there all the same, and has no method
+  ASSERT_NE(s.GetStage(3), nullptr);
+  EXPECT_EQ(s.GetStage(3)->methodType(), kMethodNone);
+}
+
+TEST(SVSCompSettings, KeysNestAndJointProbabilitiesGoByTheFirstStage) {
+  SVSCompSettings s = TwoStages();
+  Indices strata, clusters;
+  s.KeyVars(1, &strata, &clusters);
+  EXPECT_EQ(strata, (Indices{0}));
+  EXPECT_EQ(clusters, (Indices{1}));
+  s.KeyVars(2, &strata, &clusters);
+  EXPECT_EQ(strata, (Indices{0, 1, 2}));
+  EXPECT_EQ(clusters, (Indices{3}));
+  std::string needed;
+  for (int method = 0; method <= 11; ++method) {
+    s.SetMethod(method, 1);
+    needed += s.JointProbNeeded() ? 'y' : '-';
+  }
+  EXPECT_EQ(needed, "-----y---yyy");
+  s.SetEstimator(kEstimatorWr, 1);
+  EXPECT_FALSE(s.JointProbNeeded());
+  EXPECT_FALSE(SVSCompSettings().JointProbNeeded());
+}
+
+}  // namespace

@@ -1,0 +1,226 @@
+#include "backend/svselect/selection/SVSelectSamples.h"
+
+#include <cmath>
+
+#include "ScriptedTwister.h"
+#include "StratumDraw.h"
+
+namespace {
+constexpr double kTiny =
+    1e-12;  // draws stand this far beside a threshold, so that the other operation would cross
+
+struct Case {
+  const char* aim;
+  MethodType method;
+  std::vector<double> sizes;
+  int n;
+  std::vector<ScriptedDraw> draws;  // exactly those that may be taken
+  std::vector<double> hits;
+  std::vector<int> order = {};  // for the methods that name their units
+  int code = 0;
+  bool exact = false;
+};
+const std::vector<double> kOneToSeven = {1, 2, 3, 4, 5, 6, 7};
+const std::vector<double> kFractions = {0.9, 0.2, 0.5, 0.7, 0.4};
+const std::vector<double> kOnes(10, 1);
+
+const Case kCases[] = {
+    {"all, though certain, are drawn for",
+     kMethodSimpleWor,
+     {1, 1, 1},
+     5,
+     {Open(0.9), Open(0.9), Open(0.9)},
+     {1, 1, 1}},
+    {"ends when full", kMethodSimpleWor, {1, 1, 1}, 1, {Open(1.0 / 3 - kTiny)}, {1, 0, 0}},
+    {"the last is certain",
+     kMethodSimpleWor,
+     {1, 1, 1},
+     1,
+     {Open(1.0 / 3 + kTiny), Open(0.5 + kTiny), Open(0.999)},
+     {0, 0, 1}},
+    {"more hits than units",
+     kMethodSimpleWr,
+     {1, 1, 1, 1},
+     6,
+     {Closed(0), Closed(0.25), Closed(0.25 - 0x1p-53), Closed(1 - 0x1p-53), Closed(0.5), Closed(0.5)},
+     {2, 1, 2, 1}},
+    {"interval no whole number",
+     kMethodSimpleSystematic,
+     kOnes,
+     3,
+     {Open(0.5)},
+     {0, 1, 0, 0, 0, 1, 0, 0, 1, 0}},
+    {"interval of one", kMethodSimpleSystematic, {1, 1, 1}, 3, {Open(0.999)}, {1, 1, 1}},
+    {"hit, no hit, hit left over",
+     kMethodPpsChromy,
+     {1, 2, 2, 3},
+     2,
+     {Closed(0.5), Open(0.5 - kTiny), Open(0.5 + kTiny), Open(0.34)},
+     {0, 1, 1, 0}},
+    {"no hit, certain, hit ahead",
+     kMethodPpsChromy,
+     {1, 2, 2, 3},
+     2,
+     {Closed(0.5), Open(0.6), Open(0.3), Open(kTiny)},
+     {1, 0, 0, 1}},
+    {"all of them", kMethodSimpleChromy, {1, 1, 1, 1}, 4, {Closed(0.6)}, {1, 1, 1, 1}},
+    {"size of the limit", kMethodPpsChromy, {4, 2, 2}, 2, {Closed(0.1), Open(0.6)}, {1, 0, 1}},
+    {"above the limit", kMethodPpsChromy, {5, 2, 2}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
+    {"largest certain",
+     kMethodPpsWor,
+     kOneToSeven,
+     2,
+     {Closed(0.1 - kTiny), Closed(0.5)},
+     {0, 0, 0, 0, 1, 0, 1},
+     {6, 4}},
+    {"none certain",
+     kMethodPpsWor,
+     kOneToSeven,
+     2,
+     {Closed(0.1 + kTiny), Closed(0.0741), Closed(0.99)},
+     {0, 1, 0, 0, 0, 0, 1},
+     {1, 6}},
+    {"largest at the limit", kMethodPpsWor, {5, 1, 4}, 2, {Closed(0.999), Closed(0.5)}, {1, 0, 1}, {0, 2}},
+    {"equal, all of them",
+     kMethodPpsWor,
+     {2, 2, 2},
+     3,
+     {Closed(0.9), Closed(0), Closed(0.5)},
+     {1, 1, 1},
+     {0, 1, 2}},
+    {"one by its share", kMethodPpsWor, {1, 3}, 1, {Closed(0.25)}, {0, 1}, {1}},
+    {"above the limit", kMethodPpsWor, {1, 1, 3}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
+    {"fractions out of order", kMethodPpsWor, kFractions, 2, {}, {0, 0, 0, 0, 0}},
+    {"fractions in order",
+     kMethodPpsWor,
+     kFractions,
+     2,
+     {Closed(0), Closed(0)},
+     {1, 1, 0, 0, 0},
+     {0, 1},
+     0,
+     true},
+    {"points on a line",
+     kMethodPpsWr,
+     {1, 3},
+     3,
+     {Open(0.25 + kTiny), Open(0.25 - kTiny), Open(0.9)},
+     {1, 2}},
+    {"one unit", kMethodPpsWr, {3}, 4, {Open(0.1), Open(0.9), Open(0.5), Open(0.5)}, {4}},
+    {"points at an interval", kMethodPpsSystematic, {1, 1, 2, 4}, 2, {Open(0.5 - kTiny)}, {0, 1, 0, 1}},
+    {"above the limit", kMethodPpsSystematic, {1, 1, 5}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
+    {"one unit", kMethodPpsSampford, {1, 2, 3, 4}, 1, {Closed(0.5)}, {0, 0, 1, 0}, {2}},
+    {"a rejected attempt draws on",
+     kMethodPpsSampford,
+     {1, 1, 1, 1, 1, 1, 1, 1, 1, 2},
+     4,
+     {Closed(0), Closed(0.01), Closed(0.02), Closed(0.5), Closed(0.95), Closed(0.05), Closed(0.5),
+      Closed(0.3)},
+     {1, 0, 1, 0, 1, 0, 0, 0, 0, 1},
+     {9, 0, 4, 2}},
+    {"census", kMethodPpsSampford, {3, 3, 3}, 3, {}, {1, 1, 1}, {0, 1, 2}},
+    {"no census", kMethodPpsSampford, {3, 3, 4}, 3, {}, {0, 0, 0}, {}, kStatusInvalidSize},
+    {"one unit", kMethodPpsBrewer, {0}, 2, {}, {1}, {0}},
+    {"census", kMethodPpsBrewer, {3, 3}, 2, {}, {1, 1}, {0, 1}, 0, true},
+    {"the limit itself", kMethodPpsBrewer, {1, 1, 2}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
+    {"always two", kMethodPpsBrewer, {1, 1, 1}, 1, {Closed(0.34), Closed(0.5)}, {0, 1, 1}, {1, 2}},
+    {"exact, skipping",
+     kMethodPpsBrewer,
+     {1, 1, 1},
+     2,
+     {Open(2.0 / 3 - kTiny), Open(0.5 + kTiny), Open(0.999)},
+     {1, 0, 1},
+     {0, 2},
+     0,
+     true},
+    {"exact, ends when full",
+     kMethodPpsSampford,
+     {1, 1, 1},
+     2,
+     {Open(0.1), Open(0.5 - kTiny)},
+     {1, 1, 0},
+     {0, 1},
+     0,
+     true},
+    {"two draws", kMethodPpsMurthy, {5, 3, 2}, 2, {Closed(0.1), Closed(0.7)}, {1, 0, 1}, {0, 2}},
+    {"one unit", kMethodPpsMurthy, {5}, 2, {Closed(0.1)}, {1}, {0}},
+    {"one unit has all", kMethodPpsMurthy, {0, 4, 0}, 2, {Closed(0.1), Closed(0.7)}, {0, 1, 0}, {1}},
+    {"a missing size", kMethodPpsMurthy, {1, MCMV::gMissingValue}, 2, {}, {0, 0}, {}, kStatusMissingSize},
+};
+}  // namespace
+
+// Goal: which units come of which numbers, in which order, and that not one number more is drawn.
+TEST(SVSelectSamples, DrawsAsScripted) {
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(std::string(MethodTypeText(c.method)) + ": " + c.aim);
+    MCCommonMath::MCRandomTwister random = ScriptedTwister(c.draws);
+    const StratumDraw drawn = DrawStratum(c.method, c.sizes, c.n, &random, c.exact);
+    EXPECT_EQ(drawn.code, c.code);
+    EXPECT_EQ(drawn.hits, c.hits);
+    EXPECT_EQ(drawn.order, c.order);
+    EXPECT_EQ(DrawsTaken(&random), static_cast<int>(c.draws.size()));
+  }
+}
+
+// Goal: sizes that nobody should ask for, with any n: a status that is told, no more units than there are,
+// and always an end. Sampford's attempts can go on beyond patience, so they would be stopped. A negative size
+// leads the line of PPS_WR back, so that a point can hit twice.
+TEST(SVSelectSamples, AnySizesComeToAnEnd) {
+  const double kHuge = 1.7e308;
+  const std::vector<double> kSizes[] = {
+      {0},
+      {-1},
+      {1},
+      {kHuge, kHuge, kHuge},
+      {-kHuge, -kHuge, 5},
+      {0, 0, 0, 0},
+      {-1, -1, -2},
+      {-3, 2, 2, 2},
+      {5e9, 4e9},
+      {1e-320, 1, 1e-320, 1},
+      {kHuge, 1, 1, 1e300},
+      {0, 0, 1, 1, 1},
+      {1, -1, 1, 0, 3},
+      {1e-9, 1e9, 1e9, 1e9, 1e9 + 1e-7},
+  };
+  for (int method = kMethodSimpleWor; method <= kMethodPpsSampford; ++method) {
+    for (const auto& sizes : kSizes) {
+      for (const int n : {0, 1, 2, 3, static_cast<int>(sizes.size()), 9}) {
+        for (const bool exact : {false, true}) {
+          SCOPED_TRACE(testing::PrintToString(std::pair(sizes, n)) + std::to_string(method));
+          MCCommonMath::MCRandomTwister random;
+          random.Initialize(7);
+          const StratumDraw drawn =
+              DrawStratum(static_cast<MethodType>(method), sizes, n, &random, exact, 10000);
+          EXPECT_TRUE(drawn.code == 0 || drawn.code == kStatusInvalidSize) << drawn.code;
+          EXPECT_LE(drawn.selected, IsWithReplacement(method) ? 2 * n : static_cast<int>(sizes.size()));
+          EXPECT_EQ(drawn.popSize, drawn.selected > 0 ? static_cast<double>(sizes.size()) : 0.0);
+        }
+      }
+    }
+  }
+}
+
+// Goal: a stop at any question ends in status 1, and leaves units written only where a method writes as it
+// goes.
+TEST(SVSelectSamples, StopsAtAnyQuestion) {
+  for (int method = kMethodSimpleWor; method <= kMethodPpsSampford; ++method) {
+    for (int stopAt = 1, code = kStatusCancelled; code != 0 && stopAt < 100; ++stopAt) {
+      SCOPED_TRACE(std::to_string(method) + '/' + std::to_string(stopAt));
+      MCCommonMath::MCRandomTwister random;
+      random.Initialize(3);
+      const bool exact = method == kMethodPpsBrewer;
+      const StratumDraw drawn =
+          DrawStratum(static_cast<MethodType>(method), kOneToSeven, 3, &random, exact, stopAt);
+      code = drawn.code;
+      EXPECT_TRUE(stopAt > 1 || code == (method == kMethodPpsMurthy ? 0 : kStatusCancelled));
+      if (code == 0) continue;
+      ASSERT_EQ(code, kStatusCancelled);
+      EXPECT_EQ(drawn.popSize, 0);
+      const bool asItGoes =
+          method == kMethodSimpleWor || method == kMethodSimpleSystematic || method == kMethodPpsWor;
+      EXPECT_TRUE(asItGoes || drawn.hits == std::vector<double>(7, 0.0));
+      EXPECT_LT(drawn.selected, 3);
+    }
+  }
+}

@@ -1,0 +1,205 @@
+#include "backend/svselect/tabulation/SVSDataTabulator.h"
+
+#include <limits>
+
+#include "MemoryRecords.h"
+#include "backend/svselect/design/SVCancelInfo.h"
+#include "backend/svselect/design/SVSCompSettings.h"
+#include "backend/svselect/design/SVSOutSamples.h"
+#include "host/numeric/MCRandomTwister.h"
+#include "host/numeric/MissingValue.h"
+#include "model_components/surveyplans/common/SVSOutJointProbs.h"
+#include "model_components/surveyplans/common/SVSOutputSummary.h"
+
+namespace {
+
+constexpr double kMissing = MCMV::gMissingValue;
+using Calls = std::vector<std::string>;
+
+// Writes its calls down and answers `answer` from call number `from` on.
+struct Summary : MCSV::SVSOutputSummary {
+  int Answer(const std::string& call) {
+    calls.push_back(call);
+    return calls.size() == at ? answer : 0;
+  }
+  int StartStage(int stage) override { return Answer("start " + std::to_string(stage)); }
+  int AddStratum(const std::vector<std::int32_t>& key, int requested, int actual, double, double) override {
+    return Answer(std::to_string(key.at(0)) + ": " + std::to_string(requested) + " " +
+                  std::to_string(actual));
+  }
+  int EndStage() override { return Answer("end"); }
+  int Status() override { return 0; }
+  Calls calls;
+  std::size_t at = 0;
+  int answer = 0;
+};
+
+struct JointProbs : MCSV::SVSOutJointProbs {
+  int Answer(const std::string& call) {
+    calls.push_back(call);
+    return calls.size() == failAt ? MCSV::kJointFailed : MCSV::kJointOpened;
+  }
+  int Open(int most) override { return Answer("open " + std::to_string(most)); }
+  int StartStratum(int n, const std::vector<std::int32_t>& key) override {
+    return Answer("stratum " + std::to_string(key.at(0)) + " of " + std::to_string(n));
+  }
+  int WriteRow(const std::vector<std::int32_t>& unit, const std::vector<double>& row) override {
+    return Answer("row " + std::to_string(unit.at(0)) + " of " + std::to_string(row.size()));
+  }
+  int Close() override { return Answer("close"); }
+  int TotalRows() override { return 0; }
+  int State() override { return 0; }
+  Calls calls;
+  std::size_t failAt = 0;
+};
+
+// One stage over records of stratum, cluster, rate or size or weight, case id.
+struct Stage {
+  explicit Stage(const SVSCompSettings& given, std::vector<double> values)
+      : settings(given), records(4, std::move(values)), tabulator(&settings, 1, nullptr, &cancel) {
+    random.Initialize(1);
+    out.SetStage(1);
+    tabulator.SetRandom(&random);
+    tabulator.SetOutputStats(&out);
+  }
+  SVSCompSettings settings;
+  MemoryRecords records;
+  SVCancelInfo cancel{nullptr};
+  SVSOutSamples out;
+  MCCommonMath::MCRandomTwister random;
+  SVSDataTabulator tabulator;
+};
+
+SVSCompSettings Settings(std::int32_t method) {
+  SVSCompSettings settings;
+  settings.AddSelectStage(1);
+  settings.AddDesignVar(0, kRoleStrata, 1);
+  settings.AddDesignVar(1, kRoleCluster, 1);
+  settings.SetCaseIdVar(3);
+  settings.SetMethod(method, 1);
+  settings.SetSpecValue(1, kSizeValue, 1);
+  return settings;
+}
+
+// Goal: which values of a record drop it, and which stop the pass.
+TEST(SVSDataTabulator, FitnessOfRecords) {
+  constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+  enum Slot { kCode, kRate, kSize, kWeight };
+  struct Case {
+    Slot slot;
+    std::vector<double> passing, dropped, invalid;
+  };
+  const Case kCases[] = {
+      {kCode, {1, 2147483647}, {kMissing, 0, -1, 0.49}, {0.5, 2.5, 1e10, kNan}},
+      {kRate, {kMissing, 1e-9, 5}, {}, {0, -0.1, kNan}},
+      {kSize, {kMissing, 1, 20}, {}, {0, -3, 1.5, 1e10, kNan}},
+      {kWeight, {0.1, 20}, {kMissing, 0, -1, kNan}, {}},
+  };
+  for (const Case& c : kCases) {
+    SVSCompSettings settings = Settings(kMethodSimpleWr);
+    if (c.slot == kRate) settings.AddSpecVar(2, kRateVariable, 1);
+    if (c.slot == kSize) settings.AddSpecVar(2, kSizeVariable, 1);
+    if (c.slot == kWeight) settings.SetWeightVar(2);
+    const auto run = [&](double value, std::int32_t code, int valid) {
+      SCOPED_TRACE(testing::Message() << c.slot << ": " << value);
+      const double other = c.slot == kCode ? 1.0 : value;
+      Stage stage(settings, {1, c.slot == kCode ? value : 1, other, 0});
+      const SVStatus status = stage.tabulator.ProcessData(stage.records);
+      EXPECT_EQ(status.code, code);
+      EXPECT_EQ(stage.tabulator.RecordCount(), 1);
+      EXPECT_EQ(stage.tabulator.ValidCount(), valid);
+      EXPECT_EQ(stage.out.Statuses().empty(), code == 0);
+      if (code == 0 || value != value) return;
+      EXPECT_EQ(stage.out.Statuses().size(), 1U);
+      EXPECT_EQ(status.ints, (std::array<std::int32_t, 3>{1, c.slot == kCode ? 1 : 2, 0}));
+      EXPECT_EQ(status.reals[1], value);
+    };
+    for (const double value : c.passing) run(value, 0, 1);
+    for (const double value : c.dropped) run(value, 0, 0);
+    for (const double value : c.invalid) run(value, 92006, 0);
+  }
+}
+
+TEST(SVSDataTabulator, FaultsOfThePass) {
+  const auto code = [](auto change) {
+    Stage stage(Settings(kMethodSimpleWor), {1, 1, 0, 0, 1, 2, 0, 1});
+    change(stage);
+    return stage.tabulator.ProcessData(stage.records).code;
+  };
+  EXPECT_EQ(code([](Stage&) {}), 0);
+  EXPECT_EQ(code([](Stage& s) { s.records.fFailAt = 1; }), 92000);
+  EXPECT_EQ(code([](Stage& s) { s.records.fNullAt = 1; }), 92002);
+  EXPECT_EQ(code([](Stage& s) { s.settings.SetWeightVar(4); }), 92004);
+  EXPECT_EQ(code([](Stage& s) { s.records = MemoryRecords(4, {}); }), 92001);
+  EXPECT_EQ(code([](Stage& s) { s.cancel.Cancel(); }), kStatusCancelled);
+  EXPECT_EQ(code([](Stage& s) { s.tabulator.ProcessData(s.records), s.records.Reset(); }), 92000);
+}
+
+// Goal: one warning for the stage, and the first value of each stratum is asked for.
+TEST(SVSDataTabulator, UnequalSizesWarnOnce) {
+  SVSCompSettings settings = Settings(kMethodSimpleWr);
+  settings.AddSpecVar(2, kSizeVariable, 1);
+  Stage stage(settings, {1, 1, 3, 0, 1, 2, 4, 1, 2, 1, 5, 2, 2, 2, 6, 3, 1, 1, 7, 4});
+  EXPECT_FALSE(stage.tabulator.ProcessData(stage.records).IsError());
+  EXPECT_EQ(stage.tabulator.ValidCount(), 5);
+  ASSERT_EQ(stage.out.Statuses().size(), 1U);
+  EXPECT_EQ(stage.out.Statuses()[0].code, kStatusUnequalSpec);
+  Summary summary;
+  EXPECT_FALSE(stage.tabulator.SelectSamples(&summary, nullptr).IsError());
+  EXPECT_EQ(summary.calls, (Calls{"start 1", "1: 3 3", "2: 5 5", "end"}));
+}
+
+TEST(SVSDataTabulator, SummaryProtocol) {
+  struct Case {
+    const char* aim;
+    std::size_t at;
+    int answer;
+    std::int32_t code;
+    Calls calls;
+    bool joint;  // the joint probabilities come after a summary that didn't fail
+  };
+  const Case kCases[] = {
+      {"all well", 0, 0, 0, {"start 1", "3: 1 1", "7: 1 1", "end"}, true},
+      {"stop at the start", 1, 1, 0, {"start 1", "end"}, true},
+      {"fail at the start", 1, 2, 92000, {"start 1", "end"}, false},
+      {"stop at a stratum", 2, 1, 0, {"start 1", "3: 1 1", "end"}, true},
+      {"fail at a stratum", 2, 2, 92000, {"start 1", "3: 1 1", "end"}, false},
+      {"stop at the end", 4, 1, 0, {"start 1", "3: 1 1", "7: 1 1", "end"}, true},
+      {"fail at the end", 4, 2, 92000, {"start 1", "3: 1 1", "7: 1 1", "end"}, false},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.aim);
+    Stage stage(Settings(kMethodSimpleWor), {7, 1, 0, 0, 3, 1, 0, 1, 7, 2, 0, 2});
+    stage.tabulator.ProcessData(stage.records);
+    Summary summary;
+    summary.at = c.at, summary.answer = c.answer;
+    JointProbs joint;
+    EXPECT_EQ(stage.tabulator.SelectSamples(&summary, &joint).code, c.code);
+    EXPECT_EQ(summary.calls, c.calls);
+    EXPECT_EQ(!joint.calls.empty(), c.joint);
+  }
+}
+
+// Goal: strata in key order whatever the table's; one Close in any case; only a failure in writing is an
+// error.
+TEST(SVSDataTabulator, JointProtocol) {
+  const Calls all = {"open 2",          "stratum 1 of 2", "row 4 of 2", "row 5 of 2",
+                     "stratum 90 of 1", "row 4 of 1",     "close"};
+  for (std::size_t failAt = 0; failAt <= all.size(); ++failAt) {
+    SCOPED_TRACE(failAt);
+    SVSCompSettings settings = Settings(kMethodPpsBrewer);
+    settings.SetMOSFromData(true);
+    Stage stage(settings, {1, 4, 0, 0, 1, 5, 0, 1, 90, 4, 0, 2});  // 90 lies before 1 in a bucket
+    stage.tabulator.ProcessData(stage.records);
+    JointProbs joint;
+    joint.failAt = failAt;
+    const SVStatus status = stage.tabulator.SelectSamples(nullptr, &joint);
+    const bool inWriting = failAt > 1 && failAt < all.size();
+    EXPECT_EQ(status.code, inWriting ? 92012 : 0);
+    Calls expected(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(failAt == 0 ? all.size() : failAt));
+    if (expected.back() != "close") expected.push_back("close");
+    EXPECT_EQ(joint.calls, expected);
+  }
+}
+
+}  // namespace

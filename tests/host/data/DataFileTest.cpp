@@ -1,0 +1,288 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "FrameFixture.h"
+
+namespace {
+
+class DataFileTest : public FrameFixture {};
+
+// Goal: every kind of text becomes the variable that the rules for files without a dictionary give it, and no
+// value changes on the way.
+TEST_F(DataFileTest, TypesTextFilesOverAllRows) {
+  struct Case {
+    const char* aim;
+    const char* name;
+    std::string bytes;
+    const char* dictionary;
+    const char* cases;
+  };
+  const Case kCases[] = {
+      {"numbers and texts", "a.csv", "id,size,name\n1,-1.5e3,ab\n2,,\"c,\"\"d\"\"\"\n",
+       "id F8.0 BIGINT, size F8.2 DOUBLE, name A5 VARCHAR", "1|-1500|ab;2|.~|c,\"d\""},
+      {"leading zeros in the last row", "b.csv", "id,x\n1,0\n2,0.5\n01611190130229,-0\n",
+       "id A14 VARCHAR, x F8.2 DOUBLE", "1|0;2|0.5;01611190130229|0"},
+      {"more digits than a double has", "c.csv",
+       "a,b,c,d\n9007199254740993,9007199254740992,0.10000000000000001,1e999\n",
+       "a A16 VARCHAR, b F16.0 BIGINT, c F8.2 DOUBLE, d A5 VARCHAR",
+       "9007199254740993|9007199254740992|0.1|1e999"},
+      {"digits beyond the last that comes back", "d.csv", "a\n0.1234567890123456789\n", "a A21 VARCHAR",
+       "0.1234567890123456789"},
+      {"dates, times, truth", "e.csv",
+       "d,t,s,b,x\n2024-02-29,23:59:59.5,2024-01-01 00:00:00,true,True\n0001-01-01,00:00:00,1999-12-31 "
+       "12:30:00,false,no\n",
+       "d A10 DATE, t A10 TIME, s A19 TIMESTAMP, b F8.0 BOOLEAN, x A4 VARCHAR",
+       "2024-02-29|23:59:59.5|2024-01-01 00:00:00|1|True;0001-01-01|00:00:00|1999-12-31 12:30:00|0|no"},
+      {"no such day, other spellings", "f.csv", "d,t,s,p\n2023-02-29,24:00:00,2024-01-01T10:00:00,+49\n",
+       "d A10 VARCHAR, t A8 VARCHAR, s A19 VARCHAR, p A3 VARCHAR",
+       "2023-02-29|24:00:00|2024-01-01T10:00:00|+49"},
+      {"semicolons, mark, CRLF, line in a quote", "g.csv", "\xEF\xBB\xBF\"a\";b\r\n\"x\ny\";1,5\r\n",
+       "a A3 VARCHAR, b A3 VARCHAR", "x\ny|1,5"},
+      {"tabs, blank lines, no end of line", "h.tsv", "a\tb\n\n1\t\xC3\xA4\n\n2\t",
+       "a F8.0 BIGINT, b A2 VARCHAR", "1|\xC3\xA4;2|~"},
+      {"a blank line of one column is a case", "i.csv", "a\n1\n\n3", "a F8.0 BIGINT", "1;.~;3"},
+      {"odd names, nothing but nulls", "j.csv", "a b,,ALL,n\n1,2,3,\n",
+       "a b F8.0 BIGINT,  F8.0 BIGINT, ALL F8.0 BIGINT, n A1 VARCHAR", "1|2|3|~"},
+      {"no cases", "k.csv", "a,b", "a A1 VARCHAR, b A1 VARCHAR", ""},
+      {"no bytes", "l.csv", "", "", ""},
+      {"wide numbers", "m.csv", "a,b\n-1234567890,123456789.125\n", "a F11.0 BIGINT, b F12.2 DOUBLE",
+       "-1234567890|123456789.125"},
+      {"one object a line, late and lost keys", "n.ndjson",
+       "{\"a\":1,\"s\":\"12\"}\n{\"b\":true,\"a\":2.50}\n", "a F8.2 DOUBLE, s A2 VARCHAR, b F8.0 BOOLEAN",
+       "1|12|.~;2.5|~|1"},
+      {"a list; digits beyond a double", "o.json",
+       " [{\"a\":12345678901234567890, \"b\":null, \"c\":0.1234567890123456789},\n{\"c\":\"x\"}] ",
+       "a A20 VARCHAR, b A1 VARCHAR, c A21 VARCHAR", "12345678901234567890|~|0.1234567890123456789;~|~|x"},
+      {"characters of patterns in the name", "p[1]*.csv", "a\n1\n", "a F8.0 BIGINT", "1"},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.aim);
+    OpenFrame({.path = Write(c.name, c.bytes)});
+    EXPECT_EQ(ShowDictionary(), c.dictionary);
+    EXPECT_EQ(ShowCases(), c.cases);
+    EXPECT_EQ(fMessages, "");
+  }
+}
+
+TEST_F(DataFileTest, LeavesNestedValuesOutWithOneWarning) {
+  OpenFrame({.path = Write("a.json", R"([{"a":1,"l":[1,{"a":2}]},{"o":{"a":3},"a":4,"l":5}])")});
+  EXPECT_EQ(ShowDictionary(), "a F8.0 BIGINT");
+  EXPECT_EQ(ShowCases(), "1;4");
+  EXPECT_EQ(WithoutFolder(fMessages), "a.json: nested values and blobs can't be variables; left out: l, o\n");
+}
+
+// Goal: the table of column types, each with the value that decides it.
+TEST_F(DataFileTest, MakesVariablesOfParquetColumns) {
+  struct Case {
+    const char* aim;
+    const char* columns;
+    const char* dictionary;
+    const char* cases;
+  };
+  const Case kCases[] = {
+      {"integers that doubles hold", "9007199254740992::BIGINT a, 7::TINYINT b, 2147483648::UINTEGER c",
+       "a F16.0 BIGINT, b F8.0 TINYINT, c F10.0 UINTEGER", "9007199254740992|7|2147483648"},
+      {"integers that they don't", "9007199254740993::BIGINT a, 18446744073709551615::UBIGINT b",
+       "a A16 BIGINT, b A20 UBIGINT", "9007199254740993|18446744073709551615"},
+      {"decimals", "1.50::DECIMAL(4,2) a, 1234567890123456.78::DECIMAL(18,2) b, 12.5::DECIMAL(30,3) c",
+       "a F8.2 DECIMAL(4,2), b A19 DECIMAL(18,2), c F8.3 DECIMAL(30,3)", "1.5|1234567890123456.78|12.5"},
+      {"floating point", "-0.0::DOUBLE a, 'nan'::DOUBLE b, '-inf'::FLOAT c, 0.25::FLOAT d, 1e20::DOUBLE e",
+       "a F8.2 DOUBLE, b F8.2 DOUBLE, c F8.2 FLOAT, d F8.2 FLOAT, e F24.2 DOUBLE", "0|.~|.~|0.25|1e+20"},
+      {"texts",
+       "'ab  ' a, DATE '2024-02-29' b, '5d1c6ac0-0000-4000-8000-000000000001'::UUID c, TIMESTAMP '2024-01-01 "
+       "10:00:00' d, NULL::VARCHAR e, NULL::DOUBLE f, true g",
+       "a A4 VARCHAR, b A10 DATE, c A36 UUID, d A19 TIMESTAMP, e A1 VARCHAR, f F8.2 DOUBLE, g F8.0 BOOLEAN",
+       "ab|2024-02-29|5d1c6ac0-0000-4000-8000-000000000001|2024-01-01 10:00:00|~|.~|1"},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.aim);
+    std::filesystem::create_directories(Path("h=1"));
+    Sql(fmt::format("COPY (SELECT {}) TO '$/h=1/x.parquet'", c.columns));
+    OpenFrame({.path = Path("h=1/x.parquet")});
+    EXPECT_EQ(ShowDictionary(), c.dictionary);
+    EXPECT_EQ(ShowCases(), c.cases);
+  }
+  OpenFrame({.sql = "SELECT 170141183460469231731687303715884105727::HUGEINT a, "
+                    "1000000000000000000000000000000::HUGEINT "
+                    "b, 'b'::ENUM('a', 'b') c"});
+  EXPECT_EQ(ShowDictionary(), "a A39 HUGEINT, b A31 HUGEINT, c A1 ENUM('a', 'b')");
+  EXPECT_EQ(ShowCases(), "170141183460469231731687303715884105727|1000000000000000000000000000000|b");
+  Sql("COPY (SELECT 1 a, [1] l, 'x'::BLOB b, {'a': 2} s) TO '$/nested.parquet'");
+  OpenFrame({.path = Path("nested.parquet")});
+  EXPECT_EQ(ShowDictionary(), "a F8.0 INTEGER");
+  EXPECT_NE(fMessages.find("left out: l, b, s\n"), std::string::npos) << fMessages;
+}
+
+TEST_F(DataFileTest, ReadsNativeFiles) {
+  Sql("ATTACH '$/n.sav' AS n; CREATE TABLE n.cases(id BIGINT, s VARCHAR);"
+      "INSERT INTO n.cases VALUES (1, 'x'), (-9, NULL), (3, 'NA ');"
+      "CREATE TABLE n.variables AS SELECT * FROM (VALUES (0,'id',0,5,9,0,5,12,1,1,'The "
+      "unit'),(1,'s',4,1,4,0,1,4,0,2,'')) "
+      "t(position,name,type,print_type,print_width,print_decimals,write_type,write_width,write_decimals,"
+      "level,label);"
+      "CREATE TABLE n.value_labels AS SELECT 1 AS position, 0 AS ordinal, NULL::DOUBLE AS number, 'x' AS "
+      "text, 'cross' AS label;"
+      "CREATE TABLE n.missing_values AS SELECT * FROM (VALUES (0,0,-9.0::DOUBLE,NULL),(1,0,NULL,'NA')) "
+      "t(position,ordinal,number,text);"
+      "CREATE TABLE n.documents AS SELECT * FROM (VALUES (0,0,'one'),(0,1,''),(1,0,'two')) "
+      "t(document,line,text);"
+      "CREATE TABLE n.file_info AS SELECT 'format_version' AS key, '1' AS value; DETACH n");
+  OpenFrame({.path = Path("n.sav")});
+  OpenFrame({.path = Path("n")});  // .sav goes without saying
+  EXPECT_EQ(ShowDictionary(), "id F9.0 BIGINT, s A4 VARCHAR");
+  EXPECT_EQ(ShowCases(), "1|x;-9~|~;3|NA~");
+  const Dictionary& dictionary = *ActiveFile::Current().SharedDictionary();
+  EXPECT_EQ(dictionary.documents, (std::vector<DocumentLines>{{"one", ""}, {"two"}}));
+  EXPECT_EQ(dictionary.variables[0].GetLabel(), "The unit");
+  EXPECT_EQ(dictionary.variables[0].GetWriteFormat(), (KORV_Format{12, kFormatF, 1}));
+  EXPECT_EQ(dictionary.variables[1].ValueLabels(), (std::vector<ValueLabel>{{{0.0, "x"}, "cross"}}));
+  EXPECT_EQ(ActiveFile::Current().Engine().CountCases(), 3);
+}
+
+// Goal: a schema overrules what the file says, and its missing values mean what they should.
+TEST_F(DataFileTest, AppliesTableSchemas) {
+  struct Case {
+    const char* aim;
+    const char* bytes;
+    const char* schema;
+    const char* dictionary;
+    const char* cases;
+  };
+  const Case kCases[] = {
+      {"missing values of table and field", "a,b,s\n1,-9,NA\nNA,2,x\n",
+       R"({"fields":[{"name":"B","missingValues":["-9"]}],"missingValues":["","NA"]})",
+       "a F8.0 BIGINT, b F8.0 BIGINT, s A2 VARCHAR", "1|-9~|NA~;.~|2|x"},
+      {"types", "a,b,c,y\n007,1,01,TRUE\n8,2,02,0\n",
+       R"({"fields":[{"name":"a","type":"integer"},{"name":"b","type":"string","width":5},{"name":"c"},{"name":"y","type":"boolean"}]})",
+       "a F8.0 BIGINT, b A5 VARCHAR, c A2 VARCHAR, y F8.0 BOOLEAN", "7|1|01|1;8|2|02|0"},
+      {"our own members", "a\n1\n",
+       R"({"fields":[{"name":"a","title":"T","printFormat":"F12.3","level":"ordinal","categories":[{"value":1,"label":"one"}]}],"documents":[["x"]]})",
+       "a F12.3 BIGINT", "1"},
+      {"dates with a missing one keep it", "d\n2024-01-01\nnone\n",
+       R"({"fields":[{"name":"d","type":"date","missingValues":["none"]}]})", "d A10 VARCHAR",
+       "2024-01-01;none~"},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.aim);
+    Write("a.schema.json", c.schema);
+    OpenFrame({.path = Write("a.csv", c.bytes)});
+    EXPECT_EQ(ShowDictionary(), c.dictionary);
+    EXPECT_EQ(ShowCases(), c.cases);
+  }
+  const std::string numbers =
+      Write("n.json", R"({"fields":[{"name":"t","type":"number","missingValues":["x"]}]})");
+  Sql("COPY (SELECT unnest(['01.5','x','']) AS t, 2 AS u) TO '$/t.parquet'");
+  OpenFrame({.path = Path("t.parquet"), .schema = numbers});
+  EXPECT_EQ(ShowCases(), "1.5|2;.~|2;.~|2");
+}
+
+// Goal: the dictionary in a Parquet file is believed without a scan, but never at the cost of a value.
+TEST_F(DataFileTest, TrustsTheDictionaryOfParquetUpToTheValues) {
+  const std::string copy =
+      R"(COPY (SELECT unnest(['abc','abcd']) AS s) TO '$/d.parquet' (KV_METADATA {{dictionary: '{{"fields":[{{"name":"s","type":"string","width":{}}}]}}'}}))";
+  Sql(fmt::format(fmt::runtime(copy), 6));
+  OpenFrame({.path = Path("d.parquet")});
+  EXPECT_EQ(ShowDictionary(), "s A6 VARCHAR");
+  EXPECT_EQ(ShowCases(), "abc;abcd");
+  Sql(fmt::format(fmt::runtime(copy), 3));
+  OpenFrame({.path = Path("d.parquet")});
+  EXPECT_EQ(ShowCases(), "");
+  EXPECT_EQ(WithoutFolder(fMessages),
+            "d.parquet, case 2: a text of 4 bytes where the dictionary has 3, in column \"s\"\n");
+}
+
+TEST_F(DataFileTest, NamesWhatIsWrongWithAFile) {
+  struct Case {
+    const char* name;
+    std::string bytes;
+    const char* message;
+  };
+  const Case kCases[] = {
+      {"a.csv", "a,b\n1,2\n\n1\n", "a.csv, line 4: 1 field, expected 2"},
+      {"b.csv", "a,b\n1,\"x\ny\",3\n", "b.csv, line 2: 3 fields, expected 2"},
+      {"c.csv", "a\n1\n\"x\ny", "c.csv, line 3: a quote isn't closed"},
+      {"d.csv", "a\n\"x\"y\n", "d.csv, line 2: text behind a closing quote"},
+      {"e.csv", "a\nb\nx\xFFy\n", "e.csv, line 3: invalid UTF-8"},
+      {"f.csv", "Ab,aB\n1,2\n", "f.csv, line 1: two columns are named \"Ab\" and \"aB\""},
+      {"g.json", "[{\"a\":1},\n{\"a\":]}", "g.json, line 2: the text is no JSON"},
+      {"h.json", "[{\"a\":1}, 2]", "h.json, object 2: a single value where an object is expected"},
+      {"i.ndjson", "{\"a\":1}\n{\"a\":1,\"a\":2}", "i.ndjson, object 2: \"a\" stands twice"},
+      {"i2.json", "[[1]]", "i2.json, object 1: a list where an object is expected"},
+      {"j.parquet", "PAR1 and no more", "j.parquet: "},
+      {"k.sav", "no database", "k.sav: no native data file"},
+      {"l.xlsx", "x", "l.xlsx: no data file by its extension"},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.name);
+    const std::string error = ErrorOf({.path = Write(c.name, c.bytes)});
+    EXPECT_EQ(error.substr(0, std::string(c.message).size()), c.message);
+    EXPECT_EQ(error.find('\n'), std::string::npos) << error;
+  }
+  EXPECT_EQ(ErrorOf({.path = Path("none.csv")}), "none.csv: there is no such file");
+  EXPECT_EQ(ErrorOf({.path = Path("none")}), "none.sav: there is no such file");
+  std::filesystem::create_directory(Path("folder.csv"));
+  EXPECT_EQ(ErrorOf({.path = Path("folder.csv")}), "folder.csv: a folder, expected a file");
+  ASSERT_EQ(mkfifo(Path("pipe.csv").c_str(), 0600), 0);
+  EXPECT_EQ(ErrorOf({.path = Path("pipe.csv")}), "pipe.csv: a pipe or device, expected a file");
+  int ready[2];
+  ASSERT_EQ(pipe(ready), 0);
+  const std::string held = Write("held.sav", "x");
+  const pid_t writer = fork();
+  if (writer == 0) {  // holds the file as a process that writes it does
+    struct flock lock = {F_WRLCK, SEEK_SET, 0, 0, 0};
+    fcntl(open(held.c_str(), O_RDWR), F_SETLK, &lock);
+    (void)!write(ready[1], "x", 1);
+    pause();
+  }
+  char byte = 0;
+  ASSERT_EQ(read(ready[0], &byte, 1), 1);
+  EXPECT_EQ(ErrorOf({.path = held}), "held.sav: in use by another process");
+  kill(writer, SIGKILL);
+  waitpid(writer, nullptr, 0);
+  Sql("ATTACH '$/plain.sav' AS p; CREATE TABLE p.t(a INT); DETACH p");
+  EXPECT_EQ(ErrorOf({.path = Path("plain.sav")}).substr(0, 30), "plain.sav: no native data file");
+  EXPECT_FALSE(ActiveFile::Current().IsOpen());
+}
+
+TEST_F(DataFileTest, NamesWhatIsWrongWithASchema) {
+  const std::string data = Write("a.csv", "a,b\n1,x\n12345678901234567890,\n");
+  struct Case {
+    const char* schema;
+    const char* message;
+  };
+  const Case kCases[] = {
+      {R"({"fields":[{"name":"c"}]})", "s.json: a.csv has no column \"c\""},
+      {"{", "s.json, line 1: no valid JSON"},
+      {R"({"fields":[{"name":"b","type":"number"}]})", "a.csv, line 2: \"x\" in column \"b\" is no number"},
+      {R"({"fields":[{"name":"a","type":"number"}]})",
+       "a.csv, line 3: \"12345678901234567890\" in column \"a\" has more digits than a number keeps"},
+      {R"({"fields":[{"name":"b","type":"boolean"}]})",
+       "a.csv, line 2: \"x\" in column \"b\" is neither true nor false"},
+  };
+  for (const Case& c : kCases)
+    EXPECT_EQ(ErrorOf({.path = data, .schema = Write("s.json", c.schema)}), c.message);
+  EXPECT_EQ(ErrorOf({.path = data, .schema = Path("t.json")}), "t.json: there is no such file");
+}
+
+TEST_F(DataFileTest, KeepsTheOrderOfQueriesAndSorts) {
+  Write("a.csv", "k,s,n\n2,b,1\n1,,2\n,B,3\n2,a,4\n1,b ,5\n");
+  OpenFrame({.path = Path("a.csv"), .sort = {"K"}});
+  EXPECT_EQ(ShowCases(), ".~|B|3;1|~|2;1|b|5;2|b|1;2|a|4");
+  OpenFrame({.path = Path("a.csv"), .sort = {"s", "k"}});
+  EXPECT_EQ(ShowCases(), "1|~|2;.~|B|3;2|a|4;1|b|5;2|b|1");
+  OpenFrame({.sql = "SELECT i, i / 2 AS h FROM range(3) t(i) ORDER BY i DESC; -- done"});
+  EXPECT_EQ(ShowDictionary(), "i F8.0 BIGINT, h F8.2 DOUBLE");
+  EXPECT_EQ(ShowCases(), "2|1;1|0.5;0|0");
+  EXPECT_EQ(ErrorOf({.sql = "DROP TABLE x"}).substr(0, 7), "query: ");
+  EXPECT_EQ(ErrorOf({.sql = "SELECT 1; SELECT 2"}).substr(0, 7), "query: ");
+  EXPECT_EQ(ErrorOf({.sql = "SELECT 1 AS a, 2 AS A"}), "query: two columns are named \"A\"");
+  EXPECT_EQ(ErrorOf({.path = Path("a.csv"), .sort = {"z"}}), "a.csv: there is no variable \"z\" to sort by");
+  EXPECT_EQ(ErrorOf({.path = Path("a.csv"), .weight = "s"}),
+            "a.csv: the weight \"s\" is no numeric variable");
+}
+
+}  // namespace

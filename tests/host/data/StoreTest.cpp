@@ -1,0 +1,246 @@
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <sstream>
+
+#include "FrameFixture.h"
+#include "host/data/DSDocument.h"
+#include "host/data/ErrorText.h"
+#include "host/data/ExtNameStr.h"
+#include "host/data/IndependentDataStore.h"
+#include "host/data/KORV_Case.h"
+#include "host/data/SaveActiveFile.h"
+#include "host/data/SessionFiles.h"
+#include "host/data/UserCaseFileSpec.h"
+#include "host/data/UserOutputCaseFile.h"
+
+namespace {
+
+class Store : public FrameFixture {
+protected:
+  std::string Read(const std::string& name) const {
+    std::ostringstream all;
+    all << std::ifstream(Path(name), std::ios::binary).rdbuf();
+    return all.str();
+  }
+  // The names in the folder, so that litter is seen.
+  std::string Names() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(fFolder.Path()))
+      names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return fmt::format("{}", fmt::join(names, " "));
+  }
+  // Writes a number column with the values 1 to `cases` and leaves it uncommitted; what AddCase() threw.
+  static std::string WriteNumbers(const std::string& path, int cases, FileRole role = FileRole::kSample) {
+    UserCaseFileSpec spec(role);
+    spec.Init(path, true, true);
+    const UserOutputCaseFile out(spec);
+    if (out.DataSource() == nullptr) return "not opened";
+    int index = 0;
+    out.DataSource()->MakeVariable(0, index).SetName("n");
+    out.DataSource()->FinishDictionary();
+    OBS cell;
+    KORV_Case values(*out.DataSource(), &cell);
+    try {
+      for (int i = 1; i <= cases; ++i) {
+        values.SetColumnValue(0, i + 0.125);
+        out.DataSource()->AddCase(values);
+      }
+    } catch (const ErrorText& error) {
+      return error.message;
+    }
+    out.DataSource()->CloseStore();
+    return "";
+  }
+};
+
+// A dictionary with everything that one can hold.
+void Embellish(Dictionary* dictionary) {
+  KORV_Variable& pay = dictionary->variables[0];
+  pay.SetLabel("Pay, \"gross\" 'n' net", 20);
+  pay.SetFormat(kFormatF, 12, 3);
+  pay.SetWriteFormat(kFormatF, 9, 1);
+  pay.SetMeasurementLevel(kLevelOrdinal);
+  pay.SetValueLabels({{{0.1, ""}, "a tenth"}, {{-5, ""}, ""}});
+  pay.SetMissingValues({{0.1 + 0.2, ""}, {-9, ""}});
+  KORV_Variable& text = dictionary->variables.back();
+  text.SetFormat(kFormatA, 4, 0);
+  text.SetValueLabels({{{0, "it's"}, "ÄÖ\n"}});
+  text.SetMissingValues({{0, "NA"}});
+  dictionary->documents = {{"document one", "", "  \"third\" line"}, {"two"}};
+}
+
+constexpr const char* kEveryType =
+    "SELECT * FROM (VALUES (12.5::DOUBLE, 7::BIGINT, 9007199254740993::BIGINT, 1.10::DECIMAL(6,2), "
+    "0.07::DECIMAL(38,20), true, DATE '2024-02-29', TIMESTAMP '2024-01-02 03:04:05', '007', "
+    "'a,\"b\";' || chr(10) || 'c'), (NULL, NULL, 5, NULL, NULL, NULL, NULL, NULL, NULL, NULL), "
+    "(1e300, -3, -1, -0.05, -12345678.123, false, DATE '1969-12-31', TIMESTAMP '1999-12-31 23:59:59.5', "
+    "'01', ' it''s ')) t(pay, b, big, d, dl, t, day, ts, code, \"odd name\")";
+
+// Every type, dictionary entry and document of a frame comes back from each kind of file.
+TEST_F(Store, RoundTripThroughEveryKind) {
+  const std::string types =
+      "DOUBLE BIGINT BIGINT DECIMAL(6,2) DECIMAL(38,20) BOOLEAN DATE TIMESTAMP VARCHAR VARCHAR";
+  for (const std::string kind : {".sav", ".parquet", ".csv", ".tsv"}) {
+    SCOPED_TRACE(kind);
+    OpenFrame({.path = "", .sql = kEveryType, .sort = {}, .schema = "", .weight = "", .split = {}});
+    Embellish(ActiveFile::Current().SharedDictionary().get());
+    const Dictionary before = *ActiveFile::Current().SharedDictionary();
+    const std::string cases = ShowCases();
+    UserCaseFileSpec spec(FileRole::kSaved);
+    spec.Init(Path("out" + kind), true, true);
+    ASSERT_TRUE(SaveActiveFile(spec)) << fMessages;
+    ASSERT_TRUE(CommitFiles());
+    OpenFrame({.path = Path("out" + kind), .sql = "", .sort = {}, .schema = "", .weight = "", .split = {}});
+    const Dictionary& after = *ActiveFile::Current().SharedDictionary();
+    EXPECT_EQ(ShowCases(), cases);
+    EXPECT_EQ(after.documents, before.documents);
+    ASSERT_EQ(after.variables.size(), before.variables.size());
+    std::string found;
+    for (std::size_t i = 0; i < after.variables.size(); ++i) {
+      const KORV_Variable& is = after.variables[i];
+      const KORV_Variable& was = before.variables[i];
+      SCOPED_TRACE(was.GetName());
+      EXPECT_EQ(is.GetName(), was.GetName());
+      EXPECT_EQ(is.GetType(), was.GetType());
+      EXPECT_EQ(is.GetFormat(), was.GetFormat());
+      EXPECT_EQ(is.GetWriteFormat(), was.GetWriteFormat());
+      EXPECT_EQ(is.GetMeasurementLevel(), was.GetMeasurementLevel());
+      EXPECT_EQ(is.GetLabel(), was.GetLabel());
+      EXPECT_EQ(is.ValueLabels(), was.ValueLabels());
+      EXPECT_EQ(is.MissingValues(), was.MissingValues());
+      found += (i > 0 ? " " : "") + is.ColumnType();
+    }
+    if (kind == ".sav" || kind == ".parquet") EXPECT_EQ(found, types);
+    ActiveFile::Current().SharedDictionary()->documents.clear();
+  }
+}
+
+TEST_F(Store, TextFileToTheByte) {
+  OpenFrame({.path = "", .sql = kEveryType, .sort = {}, .schema = "", .weight = "", .split = {}});
+  UserCaseFileSpec spec(FileRole::kSaved);
+  spec.Init(Path("out.csv"), true, true);
+  ASSERT_TRUE(SaveActiveFile(spec) && CommitFiles()) << fMessages;
+  EXPECT_EQ(Read("out.csv"),
+            "pay,b,big,d,dl,t,day,ts,code,odd name\n"
+            "12.5,7,9007199254740993,1.1,0.07,true,2024-02-29,2024-01-02 03:04:05,007,\"a,\"\"b\"\";\nc\"\n"
+            ",,5,,,,,,,\n"
+            "1e+300,-3,-1,-0.05,-12345678.123,false,1969-12-31,1999-12-31 23:59:59.5,01, it's\n");
+  EXPECT_EQ(SessionFiles::Current().CommittedFiles().at(0).cases, 3);
+  EXPECT_EQ(Names(), "out.csv out.schema.json");
+}
+
+TEST_F(Store, FilesOfARunAppearTogetherOrNotAtAll) {
+  Write("a.csv", "old a");
+  Write("rule.txt", "old rule");
+  for (const bool fails : {true, false}) {
+    ASSERT_EQ(WriteNumbers(Path("a.csv"), 2), "");
+    ASSERT_EQ(WriteNumbers(Path("b.sav"), 2, FileRole::kJoint), "");
+    ExtNameStr name;
+    ExtOutputStream rule;
+    name.SetGeneric(Path("rule.txt"));
+    ASSERT_TRUE(name.Open(rule, 2));
+    rule << "( A EQ " << 1 << " )\n";
+    rule.SetCount(1);
+    rule.close();
+    EXPECT_TRUE(rule.good());
+    EXPECT_EQ(Read("a.csv"), "old a");
+    if (fails) std::filesystem::create_directory(Path("b.sav"));
+    EXPECT_EQ(CommitFiles(), !fails);
+    if (fails) {
+      EXPECT_EQ(WithoutFolder(fMessages), "b.sav can't be written: Is a directory\n");
+      EXPECT_EQ(Read("a.csv") + Read("rule.txt"), "old aold rule");
+      EXPECT_EQ(Names(), "a.csv b.sav rule.txt");
+      EXPECT_EQ(SessionFiles::Current().MissingFiles().size(), 2U);
+      std::filesystem::remove(Path("b.sav"));
+    }
+  }
+  EXPECT_EQ(Read("a.csv") + Read("rule.txt"), "n\n1.125\n2.125\n( A EQ 1 )\n");
+  EXPECT_EQ(Names(), "a.csv a.schema.json b.sav rule.txt");
+  std::string written;
+  for (const OutputFile& file : SessionFiles::Current().CommittedFiles())
+    written += fmt::format("{} {} {};", RoleName(file.role), WithoutFolder(file.path), file.cases);
+  EXPECT_EQ(written, "sample a.csv 2;joint b.sav 2;rule rule.txt 1;");
+  ASSERT_EQ(WriteNumbers(Path("c.csv"), 2), "");
+  DiscardFiles();
+  EXPECT_EQ(Names(), "a.csv a.schema.json b.sav rule.txt");
+  EXPECT_EQ(SessionFiles::Current().MissingFiles(), std::vector<std::string>{Path("c.csv")});
+}
+
+TEST_F(Store, FullDisk) {
+  const std::string small = Path("small");
+  std::filesystem::create_directory(small);
+  if (mount("tmpfs", small.c_str(), "tmpfs", 0, "size=1m") != 0) GTEST_SKIP() << "no small file system here";
+  for (const std::string kind : {".csv", ".parquet", ".sav"}) {
+    std::ofstream(small + "/s" + kind) << "old";
+    fMessages.clear();
+    const std::string thrown = WriteNumbers(small + "/s" + kind, 400'000);
+    EXPECT_NE((thrown + fMessages).find("/s" + kind + " can't be written: "), std::string::npos)
+        << thrown << fMessages;
+    EXPECT_NE((thrown + fMessages).find("No space left"), std::string::npos) << thrown << fMessages;
+    EXPECT_TRUE(CommitFiles());
+    EXPECT_EQ(Read("small/s" + kind), "old");
+  }
+  fMessages.clear();
+  ExtNameStr name;
+  ExtOutputStream rule;
+  name.SetGeneric(small + "/rule.txt");
+  ASSERT_TRUE(name.Open(rule, 2));
+  for (int i = 0; i < 200'000; ++i) rule << "( A EQ 1 ) OR\n";
+  rule.close();
+  EXPECT_TRUE(rule.fail());
+  EXPECT_EQ(WithoutFolder(fMessages), "small/rule.txt can't be written: No space left on device\n");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(small), {}), 3) << "litter";
+  umount(small.c_str());
+}
+
+// The child never returns: it is killed in the midst of its writes, or right after a commit.
+TEST_F(Store, KilledAtAnyMoment) {
+  for (int round = 0; round < 24; ++round) {
+    const std::string kind = round % 3 == 0 ? ".csv" : round % 3 == 1 ? ".parquet" : ".sav";
+    const std::string path = Write("k" + kind, "old");
+    const pid_t child = fork();
+    if (child == 0) {
+      execl("/proc/self/exe", "self", "--gtest_also_run_disabled_tests",
+            "--gtest_filter=Store.DISABLED_WriteUntilKilled", path.c_str(), nullptr);
+      _exit(127);
+    }
+    usleep(static_cast<useconds_t>(60'000 + round * 17'000));
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    if (Read("k" + kind) != "old") {
+      OpenFrame({.path = path, .sql = "", .sort = {}, .schema = "", .weight = "", .split = {}});
+      EXPECT_EQ(ShowCases().substr(0, 11), "1.125;2.125") << "neither the old file nor a whole new one";
+    }
+    ASSERT_EQ(WriteNumbers(path, 3), "") << fMessages << " after a kill";
+    ASSERT_TRUE(CommitFiles());
+  }
+  EXPECT_EQ(Names(), "k.csv k.parquet k.sav k.schema.json") << "litter";
+}
+TEST_F(Store, DISABLED_WriteUntilKilled) {
+  for (;;) {
+    WriteNumbers(::testing::internal::GetArgvs().back(), 30'000);
+    CommitFiles();
+  }
+}
+
+TEST_F(Store, DocumentsOfAFile) {
+  Dictionary dictionary;
+  OpenFrame({.path = "", .sql = "SELECT 1 AS a", .sort = {}, .schema = "", .weight = "", .split = {}});
+  ProcedureDataSource source;
+  std::vector<DSDocument> documents = GetDocuments(source);
+  DSDocument& document = documents.emplace_back();
+  document.AddLine("document Plan File: p.xml");
+  document.Day(29);
+  document.Month(2);
+  document.Year(2024);
+  AddDateLine(document);
+  SaveDocuments(documents, source);
+  EXPECT_EQ(GetDocuments(source).at(0).Lines(),
+            (DocumentLines{"document Plan File: p.xml", "         Date: 2024-02-29"}));
+}
+
+}  // namespace

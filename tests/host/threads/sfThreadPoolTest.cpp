@@ -1,0 +1,79 @@
+#include "host/threads/sfThreadPool.h"
+
+#include <atomic>
+#include <chrono>
+#include <stdexcept>
+#include <thread>
+
+#include "host/threads/sfCompleteTask.h"
+#include "host/threads/sfMutex.h"
+
+namespace {
+
+struct Tally {
+  std::atomic<int> alive{0};
+  int done = 0;  // guarded by mutex
+  sfMutex mutex;
+};
+
+class Job : public CallBackObject {
+public:
+  Job(Tally* tally, sfCompleteTask* task, bool throws) : fpTally(tally), fpTask(task), fbThrows(throws) {
+    ++fpTally->alive;
+  }
+  ~Job() override { --fpTally->alive; }
+  int callBack() override {
+    std::this_thread::sleep_for(std::chrono::microseconds(200));
+    fpTally->mutex.lock(sfMutex::kExclusive, nullptr, 0);
+    ++fpTally->done;
+    fpTally->mutex.unlock(nullptr, 0);
+    if (fpTask != nullptr) fpTask->callBack();
+    if (fbThrows) throw std::runtime_error("a job that fails");
+    return 0;
+  }
+
+private:
+  Tally* fpTally;
+  sfCompleteTask* fpTask;
+  bool fbThrows;
+};
+
+// Each job runs once and is destroyed, whatever the number of threads and whoever throws; -1 stands for a
+// system that grants no thread.
+TEST(sfThreadPool, RunsAndDestroysEachJob) {
+  for (const int threads : {-1, 1, 2, 7}) {
+    for (const bool early : {false, true}) {  // handed over before the pool is started
+      SCOPED_TRACE(testing::Message() << threads << " threads, early " << early);
+      Tally tally;
+      sfCompleteTask task(20);
+      {
+        sfThreadPool pool(threads, 0);
+        if (!early) pool.init();
+        pool.invoke(nullptr, nullptr, sfThreadPoolBase::kProcessScope);
+        for (int i = 0; i < 20; ++i) {
+          pool.invoke(new Job(&tally, &task, i % 3 == 0), nullptr, sfThreadPoolBase::kProcessScope);
+        }
+        if (early) pool.init();
+        task.waitAll();
+        EXPECT_EQ(tally.done, 20);
+      }
+      EXPECT_EQ(tally.alive, 0);
+    }
+  }
+}
+
+TEST(sfThreadPool, DestructionWaitsForTheJobs) {
+  Tally tally;
+  {
+    sfThreadPool pool(2, 0);
+    pool.init();
+    for (int i = 0; i < 9; ++i) pool.invoke(new Job(&tally, nullptr, false), nullptr, 1);
+  }
+  EXPECT_EQ(tally.done, 9);
+  EXPECT_EQ(tally.alive, 0);
+  { sfThreadPool(2, 0).invoke(new Job(&tally, nullptr, false), nullptr, 1); }  // never started
+  EXPECT_EQ(tally.done, 9);
+  EXPECT_EQ(tally.alive, 0);
+}
+
+}  // namespace

@@ -1,0 +1,60 @@
+#include "StratumDraw.h"
+
+#include "KeyOf.h"
+#include "backend/svselect/design/SVCancelInfo.h"
+#include "backend/svselect/design/SVSCompSettings.h"
+#include "backend/svselect/design/SVSOutSamples.h"
+#include "backend/svselect/selection/SVSelectSamples.h"
+#include "backend/svselect/selection/SizeOrder.h"
+#include "host/environment/MCStopProcessor.h"
+
+namespace {
+class StopAt : public MCStopProcessor {
+public:
+  explicit StopAt(int question) : MCStopProcessor(0.0), fLeft(question) {}
+  bool Stopped() override { return --fLeft <= 0; }
+
+private:
+  int fLeft;
+};
+
+double OrZero(double value) {
+  return value == MCMV::gMissingValue ? 0.0 : value;
+}
+}  // namespace
+
+StratumDraw DrawStratum(MethodType method, const std::vector<double>& sizes, int n,
+                        MCCommonMath::MCRandomTwister* random, bool exact, int stopAt) {
+  SVSCompSettings settings;
+  settings.FindStage(1).setMethodType(method);
+  settings.SetExactDesign(exact);
+  StopAt stop(stopAt);
+  SVCancelInfo cancelInfo(&stop);
+  SVSOutSamples outSamples;
+  ClusterTable table;
+  ClusterPairs units;
+  for (std::size_t i = 0; i < sizes.size(); ++i) {
+    units.push_back(table.Insert(KeyOf({static_cast<int>(i)}), sizes[i]));
+  }
+  const ClusterPairs asGiven = units;
+  if (method == kMethodPpsWor) SortBySize(&units, exact);
+  ClusterPairs selected;
+  SVSelectSamples engine(&settings, 1, &cancelInfo);
+  engine.SetRandom(random);
+  engine.Prepare(&units, &selected, &outSamples, n, 0.5);
+
+  StratumDraw drawn;
+  drawn.code = engine.SelectSamples().code;
+  drawn.selected = engine.GetNumSelected();
+  engine.GetStageValues(&drawn.popSize, &drawn.sampleSize, &drawn.rate);
+  for (double* value : {&drawn.popSize, &drawn.sampleSize, &drawn.rate}) *value = OrZero(*value);
+  for (const ClusterTable::Entry* unit : asGiven) {
+    double inclProb, weight, hits;
+    unit->value.GetResults(&inclProb, &weight, &hits);
+    drawn.inclProb.push_back(OrZero(inclProb));
+    drawn.weight.push_back(OrZero(weight));
+    drawn.hits.push_back(OrZero(hits));
+  }
+  for (const ClusterTable::Entry* unit : selected) drawn.order.push_back(unit->key[0]);
+  return drawn;
+}
