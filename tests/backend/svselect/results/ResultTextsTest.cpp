@@ -55,7 +55,8 @@ TEST(UniqueVariableName, TakesTheFirstFreeNameThatFits) {
 
 TEST(SVSDocumentStrings, CutsByBytes) {
   SVSDocumentStrings strings;
-  for (const std::size_t length : {0, 71, 72}) EXPECT_EQ(strings.Add(std::string(length, 'x')), static_cast<int>(length));
+  for (const std::size_t length : {0, 71, 72})
+    EXPECT_EQ(strings.Add(std::string(length, 'x')), static_cast<int>(length));
   const std::size_t lines[] = {0, 1, 2, 0};  // the last is that of a text beyond the list
   for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(strings.LinesOf(i, 71), lines[i]) << i;
   EXPECT_EQ(strings.Line(2, 0, 71), std::string(71, 'x'));
@@ -79,7 +80,8 @@ TEST(SampleDocument, TellsEachStage) {
          s.setClusters({1});
          s.setMethodType(kMethodPpsSampford);
        },
-       {"Stratification Variables: region size ", "Cluster Variables: town ", "Selection Method: Sampford sampling with PPS",
+       {"Stratification Variables: region size ", "Cluster Variables: town ",
+        "Selection Method: Sampford sampling with PPS",
         none + "Unequal probability sampling without replacement(using joint inclusion probabilitites)"}},
       {"rate with bounds",
        [](DesignStage& s) {
@@ -89,19 +91,25 @@ TEST(SampleDocument, TellsEachStage) {
        },
        {"Proportion of Units Sampled: 0.333333", "Minimum Number of Units Sampled: 2",
         "Maximum Number of Units Sampled: 1.23457e+0", none}},
-      {"rate by variable", [](DesignStage& s) { s.setRateVariable(1); },
+      {"rate by variable",
+       [](DesignStage& s) { s.setRateVariable(1); },
        {"Proportion of Units Sampled: Obtained from variable town", none}},
       {"no variable", [](DesignStage& s) { s.setRateVariable(-1); }, {none}},
-      {"rate by table", [](DesignStage& s) { s.setInclusionType(kRateMatrix); },
+      {"rate by table",
+       [](DesignStage& s) { s.setInclusionType(kRateMatrix); },
        {"Proportion of Units Sampled: Obtained from matrix specification", none}},
       {"size", [](DesignStage& s) { s.setSizeValue(1000000); }, {"Number of Units Sampled: 1e+06", none}},
-      {"size by variable", [](DesignStage& s) { s.setSizeVariable(2); },
+      {"size by variable",
+       [](DesignStage& s) { s.setSizeVariable(2); },
        {"Number of Units Sampled: Obtained from variable size", none}},
-      {"size by table", [](DesignStage& s) { s.setInclusionType(kSizeMatrix); },
+      {"size by table",
+       [](DesignStage& s) { s.setInclusionType(kSizeMatrix); },
        {"Number of Units Sampled: Obtained from matrix specification", none}},
       {"population size", [](DesignStage& s) { s.setPopSizeValue(3); }, {none}},
-      {"method without strata", [](DesignStage& s) { s.setMethodType(kMethodSimpleChromy); },
-       {"Selection Method: Chromy (sequential) sampling with equal probability", none + "Sampling with replacement"}},
+      {"method without strata",
+       [](DesignStage& s) { s.setMethodType(kMethodSimpleChromy); },
+       {"Selection Method: Chromy (sequential) sampling with equal probability",
+        none + "Sampling with replacement"}},
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
@@ -125,7 +133,8 @@ TEST(SampleDocument, TellsTheMeasureOfSizeInEachStage) {
   specs.SetMosFromData(true);
   specs.SetMosMin(0.5);
   specs.SetMosMax(1e10);
-  const Texts size = {"Measure of Size: Obtained from data", "Minimum MOS Value: 0.5", "Maximum MOS Value: 1e+10", "Estimator Assumption: "};
+  const Texts size = {"Measure of Size: Obtained from data", "Minimum MOS Value: 0.5",
+                      "Maximum MOS Value: 1e+10", "Estimator Assumption: "};
   Texts expected = {"Plan File: ", "Weight Variable: w", "Stage 1: Towns"};
   expected.insert(expected.end(), size.begin(), size.end());
   expected.push_back("Stage 2");
@@ -142,6 +151,7 @@ TEST(SampleDocument, IndentsAllButTheFirstLine) {
   strings.Add("");
   strings.Add("y");
   EXPECT_THAT(MakeSampleDocument(strings).Lines(),
-              testing::ElementsAre("document " + std::string(71, 'x'), "         x", "         y", "         Date: 2024-02-29"));
+              testing::ElementsAre("document " + std::string(71, 'x'), "         x", "         y",
+                                   "         Date: 2024-02-29"));
   unsetenv("SOURCE_DATE_EPOCH");
 }

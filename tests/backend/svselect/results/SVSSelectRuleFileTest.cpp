@@ -19,16 +19,20 @@ TEST(SVSSelectRuleFile, WritesOneClauseForEachCombination) {
       "( ( a EQ o'neill ) AND\n  ( b EQ 20 ) ) OR\n( ( a EQ x \"y\" ) AND\n  ( b EQ 10 ) )\n";
   const Case kCases[] = {
       {"two variables", Stage("simple_wor", Strata("a") + Clusters("b") + Size("1")), pairs, "3", "2"},
-      {"one variable", Stage("simple_wor", Strata("b") + Size("1")), "( ( b EQ 20 ) ) OR\n( ( b EQ 10 ) )\n", "2", "2"},
-      {"a case drawn three times", Stage("simple_wr", Strata("a") + Clusters("b") + Size("3") + Out("Index", "i")), pairs, "9", "2"},
-      {"over two stages", Stage("simple_wor", Clusters("a") + Size("3")) + Stage("simple_wor", Strata("c") + Size("1")),
+      {"one variable", Stage("simple_wor", Strata("b") + Size("1")), "( ( b EQ 20 ) ) OR\n( ( b EQ 10 ) )\n",
+       "2", "2"},
+      {"a case drawn three times",
+       Stage("simple_wr", Strata("a") + Clusters("b") + Size("3") + Out("Index", "i")), pairs, "9", "2"},
+      {"over two stages",
+       Stage("simple_wor", Clusters("a") + Size("3")) + Stage("simple_wor", Strata("c") + Size("1")),
        "( ( a EQ o'neill ) AND\n  ( c EQ 1 ) ) OR\n( ( a EQ x \"y\" ) AND\n  ( c EQ 1 ) ) OR\n"
        "( ( a EQ o'neill ) AND\n  ( c EQ 2 ) ) OR\n( ( a EQ z ) AND\n  ( c EQ 3 ) )\n",
        "4", "4"},
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
-    const DrawSession draw(frame, c.stages + Out("Weight", "w"), "/CRITERIA SEED=1 /SELECTRULE OUTFILE='@/r.txt' /SAMPLEFILE OUTFILE='@/s.csv'");
+    const DrawSession draw(frame, c.stages + Out("Weight", "w"),
+                           "/CRITERIA SEED=1 /SELECTRULE OUTFILE='@/r.txt' /SAMPLEFILE OUTFILE='@/s.csv'");
     EXPECT_THAT(draw.messages, IsEmpty());
     EXPECT_EQ(draw.TextOf("r.txt"), c.rule);
     EXPECT_THAT(draw.files, ElementsAre("sample " + c.cases, "rule " + c.clauses));

@@ -1,0 +1,128 @@
+// Writing: the last pass of a draw of 1 % from a frame with 10 columns, Parquet to Parquet, beside the time
+// in which the same columns are drained through DuckDB's C API on one thread; and a joint file of one
+// stratum.
+//
+//   bench_results [cases [units]]
+
+#include <duckdb.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "backend/svselect/command/SVSParser.h"
+#include "backend/svselect/command/SVSValidSpecs.h"
+#include "backend/svselect/results/SVSJointProbOutFile.h"
+#include "backend/svselect/results/SVSSampleFile.h"
+#include "backend/svselect/run/SVSProcedure.h"
+#include "host/command/KORV_TokenSequence.h"
+#include "host/command/SessionCommand.h"
+#include "host/data/ActiveFile.h"
+#include "host/data/DuckDb.h"
+#include "host/data/ProcedureDataSource.h"
+#include "host/data/SessionFiles.h"
+#include "host/environment/HostSession.h"
+
+namespace {
+
+double Seconds(const std::function<void()>& step) {
+  const auto start = std::chrono::steady_clock::now();
+  step();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+const char kPlan[] =
+    "<KORVSurveyPlans><SampleDesign><SampleStage selectionMethod='simple_wor'>"
+    "<StrataVarList><Variable name='region'/></StrataVarList>"
+    "<InputSampleRate><SingleValue value='0.01'/></InputSampleRate>"
+    "<IncProb><Variable name='p'/></IncProb></SampleStage>"
+    "<Weight><Variable name='w'/></Weight></SampleDesign></KORVSurveyPlans>";
+
+void Generate(const std::string& path, const std::string& cases) {
+  WorkDatabase::Current().Connect().Run(
+      "COPY (SELECT i % 100 AS region, i AS id, lpad(i::VARCHAR, 12, '0') AS name, random() * 100 AS a, "
+      "random() AS "
+      "b, random() AS c, (random() * 100)::INTEGER AS d, (random() * 9)::INTEGER AS e, 'town ' || (i % 5000) "
+      "AS f, "
+      "random() AS g FROM range(" +
+      cases + ") t(i)) TO " + QuoteLiteral(path));
+}
+
+void Drain(const std::string& path) {
+  DuckConnection connection = WorkDatabase::Current().Connect();
+  DuckResult result = connection.Stream("SELECT * FROM read_parquet(" + QuoteLiteral(path) + ")");
+  while (const DuckChunk chunk = result.Fetch()) {
+    if (chunk.Rows() == 0) break;
+  }
+}
+
+// A draw as far as its specifications, and the procedure over them.
+struct Draw {
+  Draw(const std::string& folder, const std::string& command) {
+    std::ofstream(folder + "/plan.xml") << kPlan;
+    HostSession::Current().Layer<SessionCommand>().SetCommand("SVSELECT /PLAN FILE='" + folder +
+                                                              "/plan.xml' " + command);
+    tokens = std::make_unique<KORV_TokenSequence>(true);
+    parser = std::make_unique<SVSParser>(*tokens, &specs, &source);
+    if (!parser->Parse()) std::exit(1);
+    specs.Validate();
+    procedure = std::make_unique<SVSProcedure>(&specs, &source);
+  }
+
+  ProcedureDataSource source;
+  SVSValidSpecs specs;
+  std::unique_ptr<KORV_TokenSequence> tokens;
+  std::unique_ptr<SVSParser> parser;
+  std::unique_ptr<SVSProcedure> procedure;
+};
+
+void TimeSample(const std::string& folder, const std::string& cases) {
+  const std::string path = folder + "/frame.parquet";
+  Generate(path, cases);
+  OpenFrame({.path = path});
+  Draw draw(folder, "/CRITERIA SEED=1 /SAMPLEFILE OUTFILE='" + folder + "/sample.parquet'");
+  const double stages = Seconds([&] { draw.procedure->Run(); });
+  const double pass = Seconds([&] {
+    SVSSampleFile file(&draw.specs, &draw.source, draw.procedure->GetInputAdapter());
+    file.Write(*draw.procedure->GetComponent(), *draw.procedure->GetMultiPassIter());
+  });
+  Drain(path);
+  const double drained = Seconds([&] { Drain(path); });
+  std::printf("cases %s\n", cases.c_str());
+  std::printf("pass of the stage        %.3f s\n", stages);
+  std::printf("last pass, with its file %.3f s\n", pass);
+  std::printf("query drained            %.3f s\n", drained);
+  std::printf("ratio                    %.2f (at most 4)\n", pass / drained);
+}
+
+void TimeJoint(const std::string& folder, int units) {
+  for (const char* name : {"joint.parquet", "joint.csv", "joint.sav"}) {
+    Draw draw(folder, "/CRITERIA SEED=1 /JOINTPROB OUTFILE='" + folder + "/" + name + "'");
+    const std::vector<double> row(static_cast<std::size_t>(units), 0.123456789);
+    const double seconds = Seconds([&] {
+      SVSJointProbOutFile file(&draw.specs, draw.procedure->GetInputAdapter(), &draw.source);
+      file.Open(units);
+      file.StartStratum(units, {1});
+      for (int i = 0; i < units; ++i) file.WriteRow({}, row);
+      file.Close();
+    });
+    std::printf("%d by %d to %-13s %.3f s (under 2)\n", units, units, name, seconds);
+  }
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  HostSettings settings;
+  settings.threads = 1;
+  const HostSession session(settings);
+  const TemporaryFolder folder;
+  TimeSample(folder.Path(), count > 1 ? arguments[1] : "10000000");
+  TimeJoint(folder.Path(), count > 2 ? std::atoi(arguments[2]) : 1000);
+  return 0;
+}
