@@ -5,7 +5,7 @@
 #include <cstring>
 #include <optional>
 
-#include "../../FrameSession.h"
+#include "FrameSession.h"
 #include "backend/svcommon/adapters/SVMessages.h"
 #include "backend/svcommon/adapters/SVProcDSMultiIter.h"
 #include "host/numeric/MissingValue.h"
