@@ -61,9 +61,9 @@ void SVSSelectRuleFile::WriteClause(KORV_InputCaseIterator& caseIterator) {
     ++fClauseCount;
   }
   for (const std::int32_t& variable : fKeyVars) {
-    fPendingLine = &variable == &fKeyVars.front() ? "(" : " ";
-    fPendingLine += " ( " + fpDataSource->GetVariable(variable).GetName() + " EQ " +
-                    ValueText(caseIterator, variable) + " ) ";
+    fPendingLine.assign(1, &variable == &fKeyVars.front() ? '(' : ' ');
+    fPendingLine.append(" ( ").append(fpDataSource->GetVariable(variable).GetName()).append(" EQ ");
+    fPendingLine.append(ValueText(caseIterator, variable)).append(" ) ");
     if (&variable == &fKeyVars.back()) {
       fPendingLine += ")";
     } else {

@@ -1,0 +1,140 @@
+#include "backend/svselect/run/SVSELECT.h"
+
+#include <gmock/gmock.h>
+
+#include "../DrawSession.h"
+#include "backend/svcommon/design/Enumerations.h"
+#include "backend/svselect/run/StatusTexts.h"
+#include "model_components/surveyplans/common/SVStatus.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const std::string kWeight = Out("Weight", "w");
+const std::string kOneOfEach = Stage("simple_wor", Strata("s") + Size("1")) + kWeight;
+const std::string kOutputs = " /SAMPLEFILE OUTFILE='@/s.csv' /SELECTRULE OUTFILE='@/r.txt'";
+
+}  // namespace
+
+// What a run that can't go on leaves: its messages, notes only once the command is good, and no file.
+TEST(SVSELECT, EndsWhereItCannotGoOn) {
+  struct Case {
+    const char* aim;
+    const char* csv;
+    std::string stages;
+    std::string command;
+    Texts messages;
+    bool hasNotes;
+  };
+  const Case kCases[] = {
+      {"a wrong command",
+       "s\n1\n",
+       kOneOfEach,
+       "/CRITERIA SEED=x",
+       {"error: Parameter SEED of subcommand CRITERIA cannot take value X..."},
+       false},
+      {"no columns",
+       "",
+       Stage("simple_wor", Size("1")) + kWeight,
+       "",
+       {"error: There are no valid cases for selection ...", "error: There are no valid cases ..."},
+       true},
+      {"no cases", "s\n", kOneOfEach, "", {"error: There are no valid cases ..."}, true},
+      {"no valid case", "s,a\n,1\n", kOneOfEach, "", {"error: There are no valid cases ..."}, true},
+      {"no final weight", "s\n1\n", Stage("simple_wor", Strata("s") + Size("1")), "", {}, false},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.aim);
+    const DrawSession draw(c.csv, c.stages, c.command + kOutputs);
+    EXPECT_EQ(draw.messages, c.messages);
+    EXPECT_EQ(!draw.notes.empty(), c.hasNotes);
+    EXPECT_THAT(draw.files, IsEmpty());
+    EXPECT_FALSE(draw.Exists("s.csv") || draw.Exists("r.txt"));
+  }
+}
+
+// Weighting and split groups are set aside, told, and put back, however the run ends.
+TEST(SVSELECT, PutsTheWordsOfTheHostBack) {
+  for (const char* seed : {"1", "x"}) {
+    FrameSession session("s,wt\n1,2\n2,3\n", "", {"s"});
+    pvGetCmnGlb()->weightVariable = 2;
+    const PlanFile plan(Design(kOneOfEach));
+    HostSession::Current().Layer<SessionCommand>().SetCommand("SVSELECT /PLAN FILE='" + plan.Path() +
+                                                              "' /CRITERIA SEED=" + seed);
+    SVSELECT();
+    EXPECT_EQ(pvGetCmnGlb()->weightVariable, 2) << seed;
+    EXPECT_EQ(pvGetCmnGlb()->splitCount, 1) << seed;
+    const Texts told = {"No split file ...", "No KORV weight ..."};
+    EXPECT_EQ(session.Messages() == told, *seed == '1');
+  }
+}
+
+// The same seed draws the same sample, in a file as in the active file.
+TEST(SVSELECT, DrawsTheSameTwice) {
+  std::string csv = "s\n";
+  for (int i = 0; i < 40; ++i) csv += i % 2 == 0 ? "a\n" : "b\n";
+  const std::string stages = Stage("simple_wor", Strata("s") + Size("5") + Out("IncProb", "p")) + kWeight;
+  const DrawSession first(csv, stages, "/CRITERIA SEED=11");
+  EXPECT_EQ(DrawSession(csv, stages, "/CRITERIA SEED=11").active, first.active);
+  EXPECT_NE(DrawSession(csv, stages, "/CRITERIA SEED=12").active, first.active);
+  Texts drawn;
+  for (const std::string& line : first.active)
+    if (!line.ends_with(".")) drawn.push_back(line);
+  EXPECT_EQ(DrawSession(csv, stages, "/CRITERIA SEED=11" + kOutputs).Cases("s.csv"), drawn);
+}
+
+// Statuses of a run that goes on are told behind it, each once.
+TEST(SVSELECT, ReportsStatuses) {
+  const DrawSession draw(
+      "s,r\na,0.5\na,1\nb,1\nb,0.5\n",
+      Stage("simple_wor", Strata("s") + "<InputSampleRate><Variable name='r'/></InputSampleRate>") + kWeight,
+      "/CRITERIA SEED=1" + kOutputs);
+  EXPECT_THAT(draw.messages, ElementsAre("warning: Unequal sample rate in stage 1 stratum ..."));
+  EXPECT_THAT(draw.files, ElementsAre("sample 3", "rule 2"));
+}
+
+TEST(StatusTexts, DependOnSpecificationAndStrata) {
+  struct Case {
+    std::int32_t code, inclusionType;
+    std::string stratified, plain;  // empty when nothing is told
+    bool showsStage;
+  };
+  const Case kCases[] = {
+      {92001, 0, "There are no valid cases ...", "There are no valid cases ...", false},
+      {92005, kRateVariable, "Unequal sample rate in stage ^1 stratum ...",
+       "Unequal sample rate in stage ^1 ...", true},
+      {92005, kSizeVariable, "Unequal sample size in stage ^1 stratum ...",
+       "Unequal sample size in stage ^1 ...", true},
+      {92005, kRateValue, "", "", false},
+      {92008, kRateVariable, "No sample rate in active in stage ^1 stratum ...",
+       "No sample rate in active in stage ^1 ...", true},
+      {92008, kSizeVariable, "No sample size in active in stage ^1 stratum ...",
+       "No sample size in active in stage ^1 ...", true},
+      {92008, 0, "", "", false},
+      {92009, kSizeValue, "Pop size too big in stage ^1 stratum ...", "Pop size too big in stage ^1 ...",
+       true},
+      {92034, 0, "Pop size too big in stage ^1 stratum ...", "Pop size too big in stage ^1 ...", true},
+      {92031, 0, "All missing values for measure of size ...", "All missing values for measure of size ...",
+       false},
+      {92032, 0, "Invalid measure of size value ...", "Invalid measure of size value ...", false},
+      {92033, 0, "Measure of size values unequal or missing ...",
+       "Measure of size values unequal or missing ...", false},
+      {92035, 0, "Sampling rate exceeds 1 in stage ^1 stratum ...", "Sampling rate exceeds 1 in stage ^1 ...",
+       true},
+      {92036, 0, "Insufficient memory for joint probabilities ...",
+       "Insufficient memory for joint probabilities ...", false},
+      {92000, 0, "", "", false},
+      {92012, kRateVariable, "", "", false},
+      {92021, 0, "", "", false},
+      {1, 0, "", "", false},
+  };
+  for (const Case& c : kCases) {
+    for (const bool isStratified : {true, false}) {
+      const StatusText found = TextOfStatus(c.code, c.inclusionType, isStratified);
+      EXPECT_EQ(found.text == nullptr ? "" : found.text, isStratified ? c.stratified : c.plain) << c.code;
+      EXPECT_EQ(found.showsStage, c.showsStage) << c.code;
+    }
+  }
+}
