@@ -125,9 +125,34 @@ void Csv(benchmark::State& state) {
   });
 }
 
+// A matrix of 1,000 by 1,000: the joint probabilities of one large stratum.
+void Matrix(benchmark::State& state) {
+  constexpr int kUnits = 1000;
+  HostSession session;
+  const TemporaryFolder folder;
+  for (auto _ : state) {
+    UserCaseFileSpec spec(FileRole::kJoint);
+    spec.Init(folder.Path() + "/joint.sav", true, true);
+    UserOutputCaseFile out(spec);
+    IndependentDataStore& store = *out.DataSource();
+    int index = 0;
+    for (int i = 0; i < kUnits; ++i) store.MakeVariable(0, index).SetName(fmt::format("Joint_Prob_{}_", i));
+    store.FinishDictionary();
+    std::vector<OBS> buffer(store.CaseCellCount());
+    KORV_Case values(store, buffer.data());
+    for (int row = 0; row < kUnits; ++row) {
+      for (int i = 0; i < kUnits; ++i) values.SetColumnValue(i, 1.0 / (row + i + 1.0));
+      store.AddCase(values);
+    }
+    store.CloseStore();
+    CommitFiles();
+  }
+}
+
 BENCHMARK(Parquet)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(Native)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(Csv)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(Matrix)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(3);
 
 }  // namespace
 

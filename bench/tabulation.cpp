@@ -9,7 +9,7 @@
 #include <random>
 #include <vector>
 
-#include "../tests/reference/MemoryRecords.h"
+#include "MemoryRecords.h"
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"

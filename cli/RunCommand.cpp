@@ -14,6 +14,7 @@
 #include "host/data/SaveActiveFile.h"
 #include "host/data/SessionFiles.h"
 #include "host/data/TemporaryFile.h"
+#include "host/data/UserCaseFileSpec.h"
 #include "host/environment/ErrorSink.h"
 #include "host/environment/MCStopProcessor.h"
 #include "host/output/JsonReport.h"
@@ -63,7 +64,7 @@ bool TakeCommand(const RunOptions& options) {
 }
 
 // Claims what the program itself writes, so that no output of the procedure goes there.
-bool ClaimOwnFiles(const RunOptions& options) {
+bool ClaimOwnFiles(const RunOptions& options, UserCaseFileSpec* save) {
   PathClaims& claims = SessionFiles::Current().Claims();
   const auto claim = [&](FileRole role, const std::string& path) {
     int number = PathClaims::kNone;
@@ -73,7 +74,10 @@ bool ClaimOwnFiles(const RunOptions& options) {
   for (const std::string& report : options.reports) {
     if (!claim(FileRole::kReport, report)) return false;
   }
-  return options.save.empty() || claim(FileRole::kSaved, options.save);
+  if (options.save.empty()) return true;
+  save->Init(options.save, true, true);
+  return (save->IsValid() && !save->IsInUse() && !save->IsReadOnly()) ||
+         Fail(options.save + ": the file can't be written, or is used for something else");
 }
 
 bool OpenRunFrame(const FrameOptions& frame) {
@@ -106,12 +110,12 @@ bool HasDrawn() {
 }
 
 // Puts the files of the run in their places, or removes them. Gives the status of the run.
-std::string SettleFiles(const RunOptions& options) {
+std::string SettleFiles(const UserCaseFileSpec& save) {
+  if (!ErrorRaised() && save.IsValid() && HasDrawn()) SaveActiveFile(save);
   if (StopRequested()) {
     DiscardFiles();
     return "cancelled";
   }
-  if (!ErrorRaised() && !options.save.empty() && HasDrawn()) SaveActiveFile(options.save);
   if (ErrorRaised() || !HasDrawn() || !CommitFiles()) {
     DiscardFiles();
     return "error";
@@ -178,9 +182,10 @@ int RunSample(const RunOptions& options) {
   HostSession session(options.settings);
   OpenDocument();
   CatchInterrupts();
-  const bool isReady = ClaimOwnFiles(options) && TakeCommand(options) && OpenRunFrame(options.frame);
+  UserCaseFileSpec save(FileRole::kSaved);
+  const bool isReady = ClaimOwnFiles(options, &save) && TakeCommand(options) && OpenRunFrame(options.frame);
   if (isReady) CallProcedure();
-  const std::string status = SettleFiles(options);
+  const std::string status = SettleFiles(save);
 
   TellMessages();
   TellAdvice(options, status);

@@ -24,6 +24,9 @@ PlanDomParser::PlanDomParser() {
 }
 
 void PlanDomParser::startDocument() {
+  fbInSubset = false;
+  fNodes = 0;
+  fNames.clear();
   if (const XMLCh* id = getScanner()->getLocator()->getSystemId(); id != nullptr) fDocumentId = id;
   XercesDOMParser::startDocument();
 }

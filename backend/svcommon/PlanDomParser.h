@@ -38,10 +38,11 @@ protected:
   void docComment(const XMLCh* text) override;
   void docPI(const XMLCh* target, const XMLCh* data) override;
 
-  // A document may declare entities: general ones, and parameter entities that stand for the DTD. What is
-  // declared about elements and attributes stands in the DTD alone.
   void startIntSubset() override;
   void endIntSubset() override;
+
+  // A document may declare entities: general ones, and parameter entities that stand for the DTD. What is
+  // declared about elements and attributes stands in the DTD alone.
   void elementDecl(const xercesc::DTDElementDecl& declaration, bool isIgnored) override;
   void startAttList(const xercesc::DTDElementDecl& declaration) override;
   void entityDecl(const xercesc::DTDEntityDecl& declaration, bool isParameter, bool isIgnored) override;

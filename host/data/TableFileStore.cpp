@@ -50,6 +50,16 @@ std::string SelectSql(const Dictionary& dictionary, const std::string& table, Fi
   return fmt::format("SELECT {} FROM memory.{}", columns, table);
 }
 
+// A column of a database must have a name; one that came without gets its place as its name.
+void NameTheNameless(Dictionary* dictionary) {
+  for (std::size_t i = 0; i < dictionary->variables.size(); ++i) {
+    if (!dictionary->variables[i].GetName().empty()) continue;
+    std::string name = fmt::format("column{}", i + 1);
+    while (dictionary->Find(name) >= 0) name += '_';
+    dictionary->variables[i].SetName(name);
+  }
+}
+
 void WriteParquet(DuckConnection& connection, const Dictionary& dictionary, const std::string& select,
                   const std::string& path) {
   connection.Run(
@@ -106,6 +116,7 @@ TableFileStore::TableFileStore(OutputFile* file, FileKind kind) : IndependentDat
 TableFileStore::~TableFileStore() = default;
 
 void TableFileStore::Begin() {
+  NameTheNameless(&GetDictionary());
   fpBlock = std::make_unique<CaseBlock>(GetDictionary());
 }
 

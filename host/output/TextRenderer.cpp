@@ -7,7 +7,7 @@
 
 #include "host/environment/ErrorSink.h"
 #include "host/output/OutputDocument.h"
-#include "host/output/TextTable.h"
+#include "host/output/TablePrinter.h"
 #include "host/text/DisplayText.h"
 
 namespace {
@@ -59,7 +59,7 @@ void RenderText(const OutputDocument& document, int width, std::ostream& out) {
   PrintNotes(document.Notes(), width, out);
   for (const auto& table : document.Tables()) {
     out << '\n';
-    TextTable(*table, width, out).Print();
+    TablePrinter(*table, width, out).Print();
   }
 }
 

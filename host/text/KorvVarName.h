@@ -1,6 +1,5 @@
 #pragma once
 
-#include <compare>
 #include <string>
 #include <utility>
 
@@ -15,7 +14,8 @@ public:
   const std::string& Text() const { return fText; }
   bool IsEmpty() const { return fText.empty(); }
 
-  friend auto operator<=>(const KorvVarName&, const KorvVarName&) = default;
+  friend bool operator==(const KorvVarName&, const KorvVarName&) = default;
+  friend bool operator<(const KorvVarName& a, const KorvVarName& b) { return a.fText < b.fText; }
 
 private:
   std::string fText;

@@ -7,23 +7,42 @@
 
 // Plans as a person would write them, in pieces, and a file to put one in.
 
-inline const std::string kSizeOf3 = "<InputSampleSize><SingleValue value='3'/></InputSampleSize>";
-inline const std::string kByCounty = "<ClusterVarList><Variable name='county'/></ClusterVarList>";
-inline const std::string kMosOfPupils = "<MOS fromData='no'><Variable name='pupils'/></MOS>";
-
-inline std::string Stage(const std::string& method, const std::string& inner) {
-  return "<SampleStage selectionMethod='" + method + "'>" + inner + "</SampleStage>";
+inline std::string In(const std::string& element, const std::string& inner) {
+  return "<" + element + ">" + inner + "</" + element + ">";
+}
+inline std::string Var(const std::string& name) {
+  return "<Variable name='" + name + "'/>";
+}
+inline std::string Strata(const std::string& variables) {
+  return In("StrataVarList", variables);
+}
+inline std::string Clusters(const std::string& variables) {
+  return In("ClusterVarList", variables);
+}
+inline std::string Size(const std::string& value) {
+  return In("InputSampleSize", "<SingleValue value='" + value + "'/>");
 }
 inline std::string Rate(const std::string& value, const std::string& bounds = "") {
-  return "<InputSampleRate><SingleValue value='" + value + "'/>" + bounds + "</InputSampleRate>";
+  return In("InputSampleRate", "<SingleValue value='" + value + "'/>" + bounds);
 }
 inline std::string Bounds(const std::string& least, const std::string& most) {
   return "<MinSize><SingleValue value='" + least + "'/></MinSize><MaxSize><SingleValue value='" + most +
          "'/></MaxSize>";
 }
-inline std::string Design(const std::string& inner) {
-  return "<KORVSurveyPlans><SampleDesign>" + inner + "</SampleDesign></KORVSurveyPlans>";
+inline std::string Stage(const std::string& method, const std::string& inner) {
+  return "<SampleStage selectionMethod='" + method + "'>" + inner + "</SampleStage>";
 }
+// A stage that is drawn at random without replacement.
+inline std::string Wor(const std::string& inner) {
+  return Stage("simple_wor", inner);
+}
+inline std::string Design(const std::string& inner) {
+  return In("KORVSurveyPlans", In("SampleDesign", inner));
+}
+
+inline const std::string kSizeOf3 = Size("3");
+inline const std::string kByCounty = Clusters(Var("county"));
+inline const std::string kMosOfPupils = "<MOS fromData='no'><Variable name='pupils'/></MOS>";
 
 // A file of the test's own, gone with it.
 class PlanFile {

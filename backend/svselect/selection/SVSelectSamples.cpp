@@ -37,8 +37,8 @@ SVStatus SVSelectSamples::Prepare(const ClusterPairs* clusterTablePairs, Cluster
   return fStatus;
 }
 
-// Of the two lists of running sums a method reads one, and a large stratum is spared the other: points on a line
-// fall to units by S(i), all other draws by c(i).
+// Of the two lists of running sums a method reads one, and a large stratum is spared the other: points on a
+// line fall to units by S(i), all other draws by c(i).
 void SVSelectSamples::FormSizes() {
   const bool bLine = fSelectMethod == kMethodPpsWr || fSelectMethod == kMethodPpsSystematic;
   const std::size_t count = fpClusterTablePairs->size();

@@ -157,10 +157,12 @@ TEST_F(DataFileTest, AppliesTableSchemas) {
        R"({"fields":[{"name":"B","missingValues":["-9"]}],"missingValues":["","NA"]})",
        "a F8.0 BIGINT, b F8.0 BIGINT, s A2 VARCHAR", "1|-9~|NA~;.~|2|x"},
       {"types", "a,b,c,y\n007,1,01,TRUE\n8,2,02,0\n",
-       R"({"fields":[{"name":"a","type":"integer"},{"name":"b","type":"string","width":5},{"name":"c"},{"name":"y","type":"boolean"}]})",
+       R"({"fields":[{"name":"a","type":"integer"},{"name":"b","type":"string","width":5},)"
+       R"({"name":"c"},{"name":"y","type":"boolean"}]})",
        "a F8.0 BIGINT, b A5 VARCHAR, c A2 VARCHAR, y F8.0 BOOLEAN", "7|1|01|1;8|2|02|0"},
       {"our own members", "a\n1\n",
-       R"({"fields":[{"name":"a","title":"T","printFormat":"F12.3","level":"ordinal","categories":[{"value":1,"label":"one"}]}],"documents":[["x"]]})",
+       R"({"fields":[{"name":"a","title":"T","printFormat":"F12.3","level":"ordinal",)"
+       R"("categories":[{"value":1,"label":"one"}]}],"documents":[["x"]]})",
        "a F12.3 BIGINT", "1"},
       {"dates with a missing one keep it", "d\n2024-01-01\nnone\n",
        R"({"fields":[{"name":"d","type":"date","missingValues":["none"]}]})", "d A10 VARCHAR",
@@ -183,7 +185,8 @@ TEST_F(DataFileTest, AppliesTableSchemas) {
 // Goal: the dictionary in a Parquet file is believed without a scan, but never at the cost of a value.
 TEST_F(DataFileTest, TrustsTheDictionaryOfParquetUpToTheValues) {
   const std::string copy =
-      R"(COPY (SELECT unnest(['abc','abcd']) AS s) TO '$/d.parquet' (KV_METADATA {{dictionary: '{{"fields":[{{"name":"s","type":"string","width":{}}}]}}'}}))";
+      R"(COPY (SELECT unnest(['abc','abcd']) AS s) TO '$/d.parquet' (KV_METADATA {{dictionary: )"
+      R"('{{"fields":[{{"name":"s","type":"string","width":{}}}]}}'}}))";
   Sql(fmt::format(fmt::runtime(copy), 6));
   OpenFrame({.path = Path("d.parquet")});
   EXPECT_EQ(ShowDictionary(), "s A6 VARCHAR");

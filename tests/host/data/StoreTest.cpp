@@ -136,6 +136,21 @@ TEST_F(Store, TextFileToTheByte) {
   EXPECT_EQ(Names(), "out.csv out.schema.json");
 }
 
+TEST_F(Store, OddNames) {
+  const std::string csv = Write("odd.csv", "COLUMN2,,\"a \"\"b\"\"\",select\n1,2,3,4\n");
+  for (const std::string kind : {".sav", ".parquet", ".csv"}) {
+    OpenFrame({.path = csv, .sql = "", .sort = {}, .schema = "", .weight = "", .split = {}});
+    UserCaseFileSpec spec(FileRole::kSaved);
+    spec.Init(Path("out" + kind), true, true);
+    ASSERT_TRUE(SaveActiveFile(spec) && CommitFiles()) << fMessages;
+    OpenFrame({.path = Path("out" + kind), .sql = "", .sort = {}, .schema = "", .weight = "", .split = {}});
+    EXPECT_EQ(ShowDictionary(), fmt::format("COLUMN2 F8.0 BIGINT, {} F8.0 BIGINT, a \"b\" F8.0 BIGINT, "
+                                            "select F8.0 BIGINT",
+                                            kind == ".csv" ? "" : "column2_"));
+    EXPECT_EQ(ShowCases(), "1|2|3|4");
+  }
+}
+
 TEST_F(Store, FilesOfARunAppearTogetherOrNotAtAll) {
   Write("a.csv", "old a");
   Write("rule.txt", "old rule");

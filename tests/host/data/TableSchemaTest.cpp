@@ -4,7 +4,8 @@
 
 TEST(TableSchema, ReadsThePublishedMembersAndOurs) {
   const TableSchema schema = ParseTableSchema(R"({"fields": [
-      {"name": "pay", "type": "number", "title": "Pay", "missingValues": ["", "-9", {"value": 99, "label": "refused"}],
+      {"name": "pay", "type": "number", "title": "Pay", 
+       "missingValues": ["", "-9", {"value": 99, "label": "refused"}],
        "categories": [{"value": 1.5, "label": "low"}, 7], "printFormat": "F10.3", "level": 2},
       {"name": "Straße", "writeFormat": "A12", "width": 12, "level": "nominal", "constraints": {"x": [1]}}],
       "missingValues": ["", "NA"], "documents": [["a", "b"], []]})",

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "../../FrameSession.h"
+#include "FrameSession.h"
 #include "backend/svcommon/adapters/SVInputAdapter.h"
 #include "host/data/DuckDb.h"
 #include "host/environment/CommonBlocks.h"

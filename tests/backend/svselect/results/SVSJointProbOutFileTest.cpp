@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "../DrawSession.h"
+#include "DrawSession.h"
 #include "backend/svcommon/adapters/SVMessages.h"
 #include "backend/svcommon/adapters/SVProcDSMultiIter.h"
 #include "backend/svselect/records/SVSInputAdapter.h"

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "../DrawSession.h"
+#include "DrawSession.h"
 
 namespace {
 

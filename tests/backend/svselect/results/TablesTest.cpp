@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "../DrawSession.h"
+#include "DrawSession.h"
 
 using testing::Contains;
 using testing::ElementsAre;

@@ -2,6 +2,10 @@
 
 #include <rapidcheck/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+
 #include "KeyOf.h"
 
 namespace {
@@ -88,4 +92,22 @@ TEST(SVHashtable, GrowsAtThe67thKey) {
   EXPECT_EQ(OrderOf(table).front(), std::vector<int>{0});  // 89 * 3 i is 88 i modulo 179: chains of one
   EXPECT_FALSE(table.Insert(KeyOf({1}), 67));
   EXPECT_EQ(table.Find(KeyOf({1}))->value, 66);
+}
+
+TEST(SVHashtable, Displays) {
+  struct Shown {
+    void Display(std::FILE* out) const { std::fputs(" shown\n", out); }
+  };
+  SVHashtable<Shown> table;
+  table.Insert(KeyOf({7, 1}));
+  table.Insert(KeyOf({}));
+  char* text = nullptr;
+  std::size_t size = 0;
+  std::FILE* out = open_memstream(&text, &size);
+  table.Display(out);
+  std::fclose(out);
+  const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
+  EXPECT_STREQ(text,
+               "Start of Hashtable.\nBucket 0 :\t Key:  shown\n"
+               "Bucket 16 :\t Key:   7  1 shown\nEnd of Hashtable.\n");
 }

@@ -3,7 +3,7 @@
 #include <sstream>
 #include <vector>
 
-#include "../FrameSession.h"
+#include "FrameSession.h"
 #include "PlanText.h"
 #include "backend/svselect/run/SVSELECT.h"
 #include "host/command/SessionCommand.h"

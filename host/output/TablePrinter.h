@@ -8,14 +8,14 @@
 
 #include "host/output/PivotLayout.h"
 
-// TextTable prints one table as plain text: rows with nested groups indented, columns aligned, numbers to the
-// right. Columns that don't fit beside each other within the width follow in further blocks, each with the
-// row labels again; labels that don't fit are wrapped, cells never cut.
+// TablePrinter prints one table as plain text: rows with nested groups indented, columns aligned, numbers to
+// the right. Columns that don't fit beside each other within the width follow in further blocks, each with
+// the row labels again; labels that don't fit are wrapped, cells never cut.
 //
 // Ownership:  borrows the table and the stream, which must outlive it.
-class TextTable {
+class TablePrinter {
 public:
-  TextTable(const OutputTable& table, int width, std::ostream& out);
+  TablePrinter(const OutputTable& table, int width, std::ostream& out);
 
   void Print();
 

@@ -1,4 +1,4 @@
-#include "host/output/TextTable.h"
+#include "host/output/TablePrinter.h"
 
 #include <algorithm>
 #include <ostream>
@@ -42,7 +42,7 @@ std::size_t CommonStart(const PivotLayout::Header& a, const PivotLayout::Header&
 
 }  // namespace
 
-TextTable::TextTable(const OutputTable& table, int width, std::ostream& out)
+TablePrinter::TablePrinter(const OutputTable& table, int width, std::ostream& out)
     : fTable(table),
       fLayout(table),
       fWidth(std::max(width, kNarrowestTable)),
@@ -50,7 +50,7 @@ TextTable::TextTable(const OutputTable& table, int width, std::ostream& out)
       fStubWidth(StubWidth()),
       fvColumns(MeasureColumns()) {}
 
-void TextTable::Print() {
+void TablePrinter::Print() {
   PrintWrapped(fTable.Title());
   if (!fTable.Caption().empty()) PrintWrapped(fTable.Caption());
   for (std::size_t first = 0; first < fvColumns.size();) {
@@ -65,7 +65,7 @@ void TextTable::Print() {
 }
 
 // `text` in a field of that width; a wider one is left as it is.
-std::string TextTable::Aligned(const std::string& text, int width, Alignment alignment) {
+std::string TablePrinter::Aligned(const std::string& text, int width, Alignment alignment) {
   const int room = std::max(width - DisplayWidth(text), 0);
   int left = 0;
   if (alignment == Alignment::Right) left = room;
@@ -73,12 +73,12 @@ std::string TextTable::Aligned(const std::string& text, int width, Alignment ali
   return Blanks(left) + text + Blanks(room - left);
 }
 
-std::string TextTable::Label(int node) const {
+std::string TablePrinter::Label(int node) const {
   return PrintableText(fTable.NodeAt(node).text);
 }
 
 // What stands over the row labels: the labels of the row dimensions that show theirs.
-std::string TextTable::Corner() const {
+std::string TablePrinter::Corner() const {
   std::string corner;
   for (const OutputTable::Dimension& dimension : fTable.Dimensions()) {
     if (dimension.place == kPlaceColumn || dimension.hideLabel) continue;
@@ -89,7 +89,7 @@ std::string TextTable::Corner() const {
 }
 
 // The room of the row labels: what the longest takes, but no more than half the width.
-int TextTable::StubWidth() const {
+int TablePrinter::StubWidth() const {
   int widest = DisplayWidth(Corner());
   const PivotLayout::Header* previous = nullptr;
   for (const PivotLayout::Header& row : fLayout.Rows()) {
@@ -103,7 +103,7 @@ int TextTable::StubWidth() const {
 
 // A column is as wide as its widest cell and its own label; the labels over it are broken only between words.
 // No label makes it wider than what fits beside the row labels.
-std::vector<TextTable::Column> TextTable::MeasureColumns() const {
+std::vector<TablePrinter::Column> TablePrinter::MeasureColumns() const {
   const int widest = std::min(kWidestHeader, fWidth / 2 - kGap);
   std::vector<Column> columns(fLayout.Columns().size());
   for (std::size_t c = 0; c < columns.size(); ++c) {
@@ -121,14 +121,14 @@ std::vector<TextTable::Column> TextTable::MeasureColumns() const {
   return columns;
 }
 
-int TextTable::SpanWidth(std::size_t first, std::size_t last) const {
+int TablePrinter::SpanWidth(std::size_t first, std::size_t last) const {
   int width = 0;
   for (std::size_t c = first; c < last; ++c) width += (c == first ? 0 : kGap) + fvColumns[c].width;
   return width;
 }
 
 // The first column behind those that fit beside the row labels, at least one.
-std::size_t TextTable::EndOfBlock(std::size_t first) const {
+std::size_t TablePrinter::EndOfBlock(std::size_t first) const {
   std::size_t last = first + 1;
   int width = fStubWidth + kGap + fvColumns[first].width;
   for (; last < fvColumns.size(); ++last) {
@@ -138,7 +138,7 @@ std::size_t TextTable::EndOfBlock(std::size_t first) const {
   return last;
 }
 
-void TextTable::PrintHeader(std::size_t first, std::size_t last) {
+void TablePrinter::PrintHeader(std::size_t first, std::size_t last) {
   std::size_t levels = 0;
   for (std::size_t c = first; c < last; ++c) levels = std::max(levels, fLayout.Columns()[c].size());
   const std::string corner = Corner();
@@ -153,8 +153,8 @@ void TextTable::PrintHeader(std::size_t first, std::size_t last) {
   }
 }
 
-std::vector<TextTable::Span> TextTable::SpansAt(std::size_t level, std::size_t first,
-                                                std::size_t last) const {
+std::vector<TablePrinter::Span> TablePrinter::SpansAt(std::size_t level, std::size_t first,
+                                                      std::size_t last) const {
   std::vector<Span> spans;
   for (std::size_t c = first; c < last;) {
     const PivotLayout::Header& header = fLayout.Columns()[c];
@@ -169,7 +169,7 @@ std::vector<TextTable::Span> TextTable::SpansAt(std::size_t level, std::size_t f
 }
 
 // The lines of a level of the header; labels stand at its bottom.
-void TextTable::PrintSpans(const std::vector<Span>& spans, bool isLeaf, const std::string& corner) {
+void TablePrinter::PrintSpans(const std::vector<Span>& spans, bool isLeaf, const std::string& corner) {
   std::size_t height = 1;
   for (const Span& span : spans) height = std::max(height, span.lines.size());
   for (std::size_t i = 0; i < height; ++i) {
@@ -185,7 +185,7 @@ void TextTable::PrintSpans(const std::vector<Span>& spans, bool isLeaf, const st
   }
 }
 
-void TextTable::PrintRows(std::size_t first, std::size_t last) {
+void TablePrinter::PrintRows(std::size_t first, std::size_t last) {
   const std::vector<PivotLayout::Entry>& entries = fLayout.Entries();
   const PivotLayout::Header* previous = nullptr;
   std::size_t at = 0;
@@ -209,7 +209,7 @@ void TextTable::PrintRows(std::size_t first, std::size_t last) {
 
 // Prints the label's lines but the last, which is given back with the stub's width. Deep groups whose labels
 // don't fit are indented less, so that the label keeps room.
-std::string TextTable::StubLines(int node, std::size_t level) {
+std::string TablePrinter::StubLines(int node, std::size_t level) {
   const std::string label = Label(node);
   int indent = static_cast<int>(level) * kIndent;
   if (indent + DisplayWidth(label) > fStubWidth) {
@@ -220,11 +220,11 @@ std::string TextTable::StubLines(int node, std::size_t level) {
   return Aligned(Blanks(indent) + lines.back(), fStubWidth, Alignment::Left);
 }
 
-void TextTable::PrintWrapped(const std::string& text) {
+void TablePrinter::PrintWrapped(const std::string& text) {
   for (const std::string& line : WrapText(PrintableText(text), fWidth)) PrintLine(line);
 }
 
-void TextTable::PrintLine(std::string line) {
+void TablePrinter::PrintLine(std::string line) {
   line.erase(line.find_last_not_of(' ') + 1);
   fOut << line << '\n';
 }
