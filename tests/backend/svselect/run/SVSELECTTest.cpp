@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "../DrawSession.h"
+#include "DrawSession.h"
 #include "backend/svcommon/design/Enumerations.h"
 #include "backend/svselect/run/StatusTexts.h"
 #include "model_components/surveyplans/common/SVStatus.h"
