@@ -11,6 +11,7 @@
 #include "cli/ProcedureLibrary.h"
 #include "cli/Terminal.h"
 #include "host/command/SessionCommand.h"
+#include "host/data/ReadableFile.h"
 #include "host/data/SaveActiveFile.h"
 #include "host/data/SessionFiles.h"
 #include "host/data/TemporaryFile.h"
@@ -80,7 +81,12 @@ bool ClaimOwnFiles(const RunOptions& options, UserCaseFileSpec* save) {
          Fail(options.save + ": the file can't be written, or is used for something else");
 }
 
+// Opens the frame, after claiming what is read of it, so that no output goes there. Whether a file can be
+// read is told by whoever opens it, with the reason.
 bool OpenRunFrame(const FrameOptions& frame) {
+  PathClaims& claims = SessionFiles::Current().Claims();
+  if (!frame.path.empty()) claims.ClaimForReading(FileRole::kFrame, PathToRead(frame.path));
+  if (!frame.schema.empty()) claims.ClaimForReading(FileRole::kSchema, frame.schema);
   try {
     OpenFrame(frame);
     return true;
