@@ -11,6 +11,7 @@
 #include "cli/ProcedureLibrary.h"
 #include "cli/Terminal.h"
 #include "host/command/SessionCommand.h"
+#include "host/data/FileKind.h"
 #include "host/data/ReadableFile.h"
 #include "host/data/SaveActiveFile.h"
 #include "host/data/SessionFiles.h"
@@ -64,6 +65,22 @@ bool TakeCommand(const RunOptions& options) {
   return true;
 }
 
+// Claims a file that is read, so that no output goes there. Whatever else is wrong with it is told by who
+// opens it.
+bool ClaimInput(FileRole role, const std::string& path) {
+  const FileFlags flags = SessionFiles::Current().Claims().ClaimForReading(role, path);
+  return !flags.inUse || Fail(path + ": the file is in use, by this run or another process");
+}
+
+bool ClaimFrame(const FrameOptions& frame) {
+  if (!frame.schema.empty() && !ClaimInput(FileRole::kSchema, frame.schema)) return false;
+  if (frame.path.empty()) return true;
+  const std::string path = PathToRead(frame.path);
+  if (!ClaimInput(FileRole::kFrame, path)) return false;
+  const std::string beside = SchemaPath(path);
+  return !HasSchemaFile(KindOf(path)) || !FileExists(beside) || ClaimInput(FileRole::kSchema, beside);
+}
+
 // Claims what the program itself writes, so that no output of the procedure goes there.
 bool ClaimOwnFiles(const RunOptions& options, UserCaseFileSpec* save) {
   PathClaims& claims = SessionFiles::Current().Claims();
@@ -81,12 +98,7 @@ bool ClaimOwnFiles(const RunOptions& options, UserCaseFileSpec* save) {
          Fail(options.save + ": the file can't be written, or is used for something else");
 }
 
-// Opens the frame, after claiming what is read of it, so that no output goes there. Whether a file can be
-// read is told by whoever opens it, with the reason.
 bool OpenRunFrame(const FrameOptions& frame) {
-  PathClaims& claims = SessionFiles::Current().Claims();
-  if (!frame.path.empty()) claims.ClaimForReading(FileRole::kFrame, PathToRead(frame.path));
-  if (!frame.schema.empty()) claims.ClaimForReading(FileRole::kSchema, frame.schema);
   try {
     OpenFrame(frame);
     return true;
@@ -189,7 +201,8 @@ int RunSample(const RunOptions& options) {
   OpenDocument();
   CatchInterrupts();
   UserCaseFileSpec save(FileRole::kSaved);
-  const bool isReady = ClaimOwnFiles(options, &save) && TakeCommand(options) && OpenRunFrame(options.frame);
+  const bool isReady = ClaimFrame(options.frame) && ClaimOwnFiles(options, &save) && TakeCommand(options) &&
+                       OpenRunFrame(options.frame);
   if (isReady) CallProcedure();
   const std::string status = SettleFiles(save);
 
