@@ -1,0 +1,247 @@
+#include "backend/svselect/command/SVSParser.h"
+
+#include "FrameSession.h"
+#include "PlanText.h"
+#include "backend/svselect/command/SVSValidSpecs.h"
+#include "host/command/KORV_TokenSequence.h"
+#include "host/command/SessionCommand.h"
+#include "host/environment/CommonBlocks.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+const char* const kFrame = "region,district,name,size,rate,w\nN,1,a,10,0.5,1\nS,2,b,20,0.5,1\n";
+
+std::string Out(const std::string& element, const std::string& name) {
+  return In(element, Var(name));
+}
+const std::string kWeight = Out("Weight", "final_weight");
+const std::string kOneStage = Wor(StrataOf(Var("region")) + Size("1"));
+
+std::string Replace(std::string text, const std::string& what, const std::string& by) {
+  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
+    text.replace(at, what.size(), by);
+  }
+  return text;
+}
+
+// One command parsed on a small frame. "@" stands for the folder of frame and plan in command and messages.
+class Parsed {
+public:
+  Parsed(const std::string& stages, const std::string& command) {
+    const std::string frame = folder.path / "frame.csv";
+    std::ofstream(frame) << kFrame;
+    std::ofstream(folder.path / "plan.xml") << Design(stages);
+    FrameSession session(FrameSession::ExistingFile{frame});
+    HostSession::Current().Layer<SessionCommand>().SetCommand(Replace(command, "@", folder.path));
+    const KORV_TokenSequence tokens(true);
+    ProcedureDataSource source;
+    SVSValidSpecs specs;
+    SVSParser parser(tokens, &specs, &source);
+    isGood = parser.Parse() && pvGetCmnGlb()->errorFlag == 0;
+    for (const OutputMessage& message : OutputDocument::Current().Messages()) {
+      const std::string group = message.group.empty() ? "" : "[" + message.group + "] ";
+      messages.push_back(group + Replace(message.text, folder.path, "@"));
+    }
+    stageCount = specs.StageCount();
+    drawn = specs.SelectStages() == nullptr ? std::vector<std::int32_t>() : *specs.SelectStages();
+    kept = specs.KeepList() == nullptr ? std::vector<std::int32_t>() : *specs.KeepList();
+    seed = specs.SeedRequested();
+    previousWeight = specs.PreviousWeightVar();
+    joint = Replace(specs.JointProbFile().DocumentationString(), folder.path, "@");
+    isJointValid = specs.JointProbFile().IsValid();
+  }
+
+  TestFolder folder;
+  bool isGood = false;
+  Texts messages;
+  int stageCount = 0;
+  std::vector<std::int32_t> drawn, kept;
+  std::int32_t seed = 0, previousWeight = -1;
+  std::string joint;
+  bool isJointValid = false;
+};
+
+constexpr const char* kPlan = "SVSELECT /PLAN FILE='@/plan.xml' ";
+
+}  // namespace
+
+// Each row a command that a person could have written, and what it is told.
+TEST(SVSParser, TellsWhatIsWrongWithACommand) {
+  struct Case {
+    const char* command;  // behind the plan, unless it begins with SVSELECT
+    Texts messages;
+  };
+  const Case kCases[] = {
+      {"SVSELECT", {"The command doesn't have any subcommand..."}},
+      {"SVSELECT /PRINT CPS", {"Subcommand PLAN is required..."}},
+      {"SVSELECT /PLAN", {"Subcommand PLAN is empty..."}},
+      {"SVSELECT /PLAN FILES='x'", {"Subcommand PLAN can have only parameter FILE..."}},
+      {"SVSELECT /PLAN FILE='@/plan.xml' MORE=1", {"Subcommand PLAN cannot have more than 1 parameters..."}},
+      {"SVSELECT /PLAN FILE", {"Parameter FILE of subcommand PLAN has incorrect value type..."}},
+      {"SVSELECT /PLAN FILE='@/none.xml'", {"File @/none.xml cannot be accessed..."}},
+      {"SVSELECT /PLAN (FILE='@/plan.xml')", {"Parenthesis not allowed in subcommand PLAN..."}},
+      {"SVSELECT /PLAN (FILE='@/none.xml')", {"File @/none.xml cannot be accessed..."}},
+      {"/XYZ", {"Subcommand XYZ is empty..."}},
+      {"/XYZ A=1", {"Subcommand XYZ is not recognized..."}},
+      {"/PRINT CPS /PRINT CPS", {"Subcommand PRINT already called..."}},
+      {"/CRITERIA STAGES=1 3",
+       {"Parameter STAGES of subcommand CRITERIA does not have a valid integer list..."}},
+      {"/CRITERIA STAGES=2 1",
+       {"Parameter STAGES of subcommand CRITERIA does not have a valid integer list..."}},
+      {"/CRITERIA STAGES=0 1",
+       {"Parameter STAGES of subcommand CRITERIA does not have a valid integer list..."}},
+      {"/CRITERIA STAGES=1.5",
+       {"Parameter STAGES of subcommand CRITERIA does not have a valid integer list..."}},
+      {"/CRITERIA STAGES=ONE",
+       {"Parameter STAGES of subcommand CRITERIA does not have a valid integer list..."}},
+      {"/CRITERIA STAGES=1 STAGES=1", {"Parameter STAGES already occurred in subcommand CRITERIA..."}},
+      {"/CRITERIA SEED=0", {"Parameter SEED of subcommand CRITERIA has incorrect value type..."}},
+      {"/CRITERIA SEED=1.5", {"Parameter SEED of subcommand CRITERIA has incorrect value type..."}},
+      {"/CRITERIA SEED=2147483648", {"Parameter SEED of subcommand CRITERIA has incorrect value type..."}},
+      {"/CRITERIA SEED=abc", {"Parameter SEED of subcommand CRITERIA cannot take value ABC..."}},
+      {"/CRITERIA SEED=1 SEED=2", {"Parameter SEED already occurred in subcommand CRITERIA..."}},
+      {"/CRITERIA SORT=1", {"SORT is not a valid parameter for subcommand CRITERIA..."}},
+      {"/CLASSMISSING EXCLUDE INCLUDE",
+       {"Parameter INCLUDE of subcommand CLASSMISSING cannot be given with parameter EXCLUDE..."}},
+      {"/CLASSMISSING EXCLUDE EXCLUDE", {"Parameter EXCLUDE already occurred in subcommand CLASSMISSING..."}},
+      {"/CLASSMISSING INCLUDE=1", {"Keyword INCLUDE cannot have a value..."}},
+      {"/CLASSMISSING NONE", {"NONE is not a valid parameter for subcommand CLASSMISSING..."}},
+      {"/DATA RENAMEVARS=1", {"Keyword RENAMEVARS cannot have a value..."}},
+      {"/DATA PRESORTED PRESORTED", {"Parameter PRESORTED already occurred in subcommand DATA..."}},
+      {"/PRINT ALL", {"ALL is not a valid parameter for subcommand PRINT..."}},
+      {"/SAMPLEFILE KEEP=region name", {"Parameter OUTFILE is required in subcommand SAMPLEFILE..."}},
+      {"/SAMPLEFILE OUTFILE='@/none/s.csv' KEEP=region", {"File @/none/s.csv cannot be accessed..."}},
+      {"/SAMPLEFILE OUTFILE='@/s.csv' OUTFILE='@/t.csv'",
+       {"Parameter OUTFILE already occurred in subcommand SAMPLEFILE..."}},
+      {"/SAMPLEFILE OUTFILE='@/s.csv' KEEP=region REGION",
+       {"Variable REGION for parameter KEEP of subcommand SAMPLEFILE already occured..."}},
+      {"/SAMPLEFILE OUTFILE='@/s.csv' KEEP=none x.",
+       {"Variable none for parameter KEEP of subcommand SAMPLEFILE is not found in the dictionary...",
+        "Variable x for parameter KEEP of subcommand SAMPLEFILE is not found in the dictionary..."}},
+      {"/SAMPLEFILE OUTFILE='@/s.csv' KEEP=1a",
+       {"Variable name 1a for parameter KEEP of subcommand SAMPLEFILE is not valid..."}},
+      {"/SAMPLEFILE OUTFILE='@/s.csv' KEEP=ALL",
+       {"Parameter KEEP of subcommand SAMPLEFILE does not have a valid variable list..."}},
+      {"/SAMPLEFILE OUTFILE='@/s.csv' DROP=ALL KEEP=region",
+       {"Variable name region for parameter KEEP cannot be used for parameter DROP..."}},
+      {"/SAMPLEFILE OUTFILE='@/s.csv' KEEP=region DROP=name",
+       {"Variable name name for parameter DROP must also be used for parameter KEEP..."}},
+      {"/JOINTPROB OUTFILE='@/plan.xml'", {"File @/plan.xml cannot be accessed..."}},
+      {"/SELECTRULE OUTFILE='@/none/r.txt'", {"File @/none/r.txt cannot be accessed..."}},
+      {"/SAMPLEFILE OUTFILE='@/s.csv' /SELECTRULE OUTFILE='@/S.CSV'",
+       {"[Plan stage 2...] File @/s.csv cannot be used for both SAMPLEFILE and SELECTRULE..."}},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.command);
+    const std::string command =
+        std::string(c.command).starts_with("SVSELECT") ? c.command : kPlan + std::string(c.command);
+    const Parsed parsed(kOneStage + kWeight, command);
+    EXPECT_EQ(parsed.messages, c.messages);
+    EXPECT_FALSE(parsed.isGood);
+  }
+}
+
+// What a plan is told when it meets the dictionary and the command.
+TEST(SVSParser, TellsWhatIsWrongWithAPlanOnThisFrame) {
+  const std::string clusters = ClustersOf(Var("district"));
+  const std::string pps = "<MOS fromData='no'><Variable name='size'/></MOS>";
+  const auto table = [](const std::string& variable, const std::string& category) {
+    return In("InputSampleSize", "<Matrix numberOfValues='1'>" + In("MatrixVarList", Var(variable)) +
+                                     "<MatrixValue sizeValue='1'><Category value='" + category +
+                                     "'/></MatrixValue></Matrix>");
+  };
+  struct Case {
+    const char* aim;
+    std::string stages;
+    const char* command;
+    Texts messages;
+  };
+  const Case kCases[] = {
+      {"no final weight", kOneStage, "", {}},
+      {"the final weight is a string",
+       kOneStage + Out("Weight", "name"),
+       "",
+       {"[Global plan stage...] Variable name for parameter SAMPLEWEIGHT is not numeric..."}},
+      {"a name that can't be",
+       kOneStage + Out("Weight", "rate"),
+       "",
+       {"Plan output variables already exist rate"}},
+      {"an unknown previous weight",
+       Wor(Size("1")) + Out("PreviousWeight", "none") + kWeight,
+       "",
+       {"[Global plan stage...] Variable none for parameter PREVIOUSWEIGHT is not found in the "
+        "dictionary..."}},
+      {"no stage", kWeight, "", {"The plan doesn't have any stage..."}},
+      {"a stage too many",
+       kOneStage + kWeight,
+       "/CRITERIA STAGES=2",
+       {"[Plan stage 1...] Parameter STAGES of subcommand CRITERIA does not have a valid integer list..."}},
+      {"an unknown stratum",
+       Wor(StrataOf(Var("none")) + Size("1")) + kWeight,
+       "",
+       {"[Plan stage 1...] Variable none for parameter STRATA is not found in the dictionary..."}},
+      {"a rate that is a stratum",
+       Wor(StrataOf(Var("district")) + In("InputSampleRate", Var("name"))) + kWeight,
+       "",
+       {"[Plan stage 1...] Variable name for parameter RATE is not numeric..."}},
+      {"a table with a text for a number",
+       Wor(StrataOf(Var("size")) + table("size", "ten")) + kWeight,
+       "",
+       {"[Plan stage 1...] MATRIX variable size in column 1 has value ten of invalid type or format in row "
+        "1..."}},
+      {"a table with a text too long",
+       Wor(StrataOf(Var("region")) + table("region", "NN")) + kWeight,
+       "",
+       {"[Plan stage 1...] MATRIX variable region in column 1 has value NN of invalid type or format in row "
+        "1..."}},
+      {"a later stage without the earlier weight",
+       Wor(clusters + Size("1")) + Wor(Size("1")) + kWeight,
+       "/CRITERIA STAGES=2",
+       {"[Plan stage 1...] Variable name  for parameter CUMWEIGHT is not valid..."}},
+      {"replacement without a sample file",
+       Stage("simple_wr", Size("1")) + kWeight,
+       "",
+       {"[Plan stage 1...] Subcommand SAMPLEFILE is required when parameter METHOD has value SIMPLE_WR..."}},
+      {"joint probabilities where there are none",
+       kOneStage + kWeight,
+       "/JOINTPROB OUTFILE='@/j.csv'",
+       {"[Plan stage 1...] Subcommand JOINTPROB is ignored when parameter TYPE has value "
+        "PPS_WR/PPS_SYSTEMATIC/PPS_CHROMY/SIMPLE..."}},
+      {"renamed",
+       kOneStage + Out("Weight", "rate"),
+       "/DATA RENAMEVARS",
+       {"Some plan output variables are renamed..."}},
+      {"the default joint file is the rule file",
+       Stage("pps_wor", clusters + Size("1") + pps) + kWeight,
+       "/SELECTRULE OUTFILE='@/plan.sav'",
+       {"[Plan stage 2...] File @/plan.sav cannot be used for both JOINTPROB and SELECTRULE..."}},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.aim);
+    EXPECT_EQ(Parsed(c.stages, kPlan + std::string(c.command)).messages, c.messages);
+  }
+}
+
+TEST(SVSParser, FillsTheSpecifications) {
+  const std::string later =
+      Wor(ClustersOf(Var("district")) + Size("1") + Out("CumulativeWeight", "w")) + Wor(Size("1")) + kWeight;
+  const Parsed parsed(later, std::string(kPlan) +
+                                 "/CRITERIA STAGES=2 SEED=20 /SAMPLEFILE OUTFILE='@/s.csv' KEEP=name region");
+  EXPECT_TRUE(parsed.isGood) << ::testing::PrintToString(parsed.messages);
+  EXPECT_EQ(parsed.stageCount, 2);
+  EXPECT_EQ(parsed.drawn, std::vector<std::int32_t>{2});
+  EXPECT_EQ(parsed.kept, (std::vector<std::int32_t>{2, 0}));
+  EXPECT_EQ(parsed.seed, 20);
+  EXPECT_EQ(parsed.previousWeight, 5);  // the cumulative weight of the stage that was drawn before
+
+  const std::string pps = Stage("pps_wor", ClustersOf(Var("district")) + Size("1") + "<MOS fromData='yes'/>");
+  const Parsed joint(pps + kWeight, kPlan);
+  EXPECT_TRUE(joint.isGood);
+  EXPECT_EQ(joint.joint, "@/plan.sav");
+  EXPECT_TRUE(joint.isJointValid);
+  EXPECT_EQ(joint.drawn, std::vector<std::int32_t>{1});
+  EXPECT_EQ(joint.seed, -1);
+  EXPECT_FALSE(Parsed(kOneStage + kWeight, std::string(kPlan) + "/JOINTPROB OUTFILE='@/j.csv'").isJointValid);
+}
