@@ -74,6 +74,13 @@ void DescribeRun(CLI::App& app, RunOptions& options) {
   app.add_flag("--quiet", options.quiet, "No tables and notes on standard output");
 }
 
+void DescribePlan(CLI::App& app, PlanOptions& options) {
+  app.add_option("PLAN", options.plan, "Sampling plan")->required();
+  app.add_option("--data", options.frame.path, "Data file to hold the plan's variables against")
+      ->type_name("FRAME");
+  app.add_option("--schema", options.frame.schema, "Table Schema of the frame")->type_name("FILE");
+}
+
 void DescribeDescribe(CLI::App& app, FrameOptions& options) {
   app.add_option("FRAME", options.path, "Data file")->required();
   app.add_option("--schema", options.schema, "Table Schema of the frame")->type_name("FILE");

@@ -41,3 +41,8 @@ struct RunOptions {
   std::string save;
   bool quiet = false;
 };
+
+struct PlanOptions {
+  std::string plan;
+  FrameOptions frame;  // without a path: the plan isn't held against a frame
+};

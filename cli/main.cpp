@@ -4,6 +4,7 @@
 #include "cli/CommandLine.h"
 #include "cli/DescribeCommand.h"
 #include "cli/Options.h"
+#include "cli/PlanCommand.h"
 #include "cli/RunCommand.h"
 #include "cli/Terminal.h"
 
@@ -25,10 +26,13 @@ int main(int argc, char** argv) {
   app.set_version_flag("--version", "svselect " SV_VERSION);
   app.require_subcommand(1);
   RunOptions runOptions;
+  PlanOptions planOptions;
   FrameOptions describeOptions;
   CLI::App* run = app.add_subcommand("run", "Draw a sample");
+  CLI::App* plan = app.add_subcommand("plan", "Tell in words what a sampling plan says");
   CLI::App* describe = app.add_subcommand("describe", "Show a data file's dictionary and number of cases");
   DescribeRun(*run, runOptions);
+  DescribePlan(*plan, planOptions);
   DescribeDescribe(*describe, describeOptions);
   try {
     app.parse(argc, argv);
@@ -37,5 +41,6 @@ int main(int argc, char** argv) {
     TellProblem(std::string(error.what()) + " (svselect --help tells more)");
     return kExitUsage;
   }
-  return run->parsed() ? Run(runOptions) : DescribeFrame(describeOptions);
+  if (run->parsed()) return Run(runOptions);
+  return plan->parsed() ? TellPlan(planOptions) : DescribeFrame(describeOptions);
 }

@@ -1,0 +1,67 @@
+#include "cli/PlanCommand.h"
+
+#include <iostream>
+
+#include "backend/svcommon/PlanInWords.h"
+#include "backend/svcommon/PlanReadErrors.h"
+#include "backend/svcommon/PlanXmlReader.h"
+#include "backend/svcommon/SVPlanSpecs.h"
+#include "cli/Terminal.h"
+#include "host/text/DisplayText.h"
+
+namespace {
+
+// The variables that the frame must hold, in the order of the plan: all but those that a run makes.
+std::vector<KorvVarName> VariablesOf(const SVPlanSpecs& plan) {
+  std::vector<KorvVarName> names;
+  const auto add = [&](const KorvVarName& name) {
+    if (!name.IsEmpty()) names.push_back(name);
+  };
+  add(plan.previousWeight);
+  add(plan.mosVariable);
+  for (const SVPlanStageSpecs& stage : plan.stages) {
+    for (const KorvVarName& name : stage.strataVariables) add(name);
+    for (const KorvVarName& name : stage.clusterVariables) add(name);
+    add(stage.paramVariable);
+    std::vector<KorvVarName> ofTable;
+    stage.paramMatrix.copyVarList(ofTable);
+    for (const KorvVarName& name : ofTable) add(name);
+  }
+  return names;
+}
+
+bool HasAllVariables(const SVPlanSpecs& plan, const std::string& frame) {
+  bool hasAll = true;
+  const Dictionary& dictionary = *ActiveFile::Current().SharedDictionary();
+  for (const KorvVarName& name : VariablesOf(plan)) {
+    if (dictionary.Find(name.Text()) >= 0) continue;
+    TellProblem(frame + " has no variable " + name.Text());
+    hasAll = false;
+  }
+  return hasAll;
+}
+
+}  // namespace
+
+int TellPlan(const PlanOptions& options) {
+  HostSession session;
+  OpenDocument();
+  SVPlanSpecs plan;
+  const int code = SV_XML::PlanXmlReader(&plan).readSamplePlan(options.plan);
+  if (code != 0) {
+    SV_XML::PlanReadErrors().report(code);
+    TellMessages();
+    return kExitError;
+  }
+  for (const std::string& line : PlanInWords(plan)) std::cout << PrintableText(line) << '\n';
+  std::cout.flush();
+  if (options.frame.path.empty()) return kExitOk;
+  try {
+    OpenFrame(options.frame);
+  } catch (const DataError& error) {
+    TellProblem(error.what());
+    return kExitError;
+  }
+  TellMessages();
+  return HasAllVariables(plan, options.frame.path) ? kExitOk : kExitError;
+}
