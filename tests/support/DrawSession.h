@@ -21,15 +21,6 @@ using Texts = std::vector<std::string>;
 inline std::string Out(const std::string& element, const std::string& name) {
   return "<" + element + "><Variable name='" + name + "'/></" + element + ">";
 }
-inline std::string Strata(const std::string& name) {
-  return "<StrataVarList><Variable name='" + name + "'/></StrataVarList>";
-}
-inline std::string Clusters(const std::string& name) {
-  return "<ClusterVarList><Variable name='" + name + "'/></ClusterVarList>";
-}
-inline std::string Size(const std::string& value) {
-  return "<InputSampleSize><SingleValue value='" + value + "'/></InputSampleSize>";
-}
 
 // The names of the variables and the cases of the open frame, each a line; a missing number is a full stop.
 inline Texts AllCases() {
