@@ -11,6 +11,8 @@
 #include "cli/ProcedureLibrary.h"
 #include "cli/Terminal.h"
 #include "host/command/SessionCommand.h"
+#include "host/data/FileKind.h"
+#include "host/data/ReadableFile.h"
 #include "host/data/SaveActiveFile.h"
 #include "host/data/SessionFiles.h"
 #include "host/data/TemporaryFile.h"
@@ -61,6 +63,22 @@ bool TakeCommand(const RunOptions& options) {
   const std::string source = options.commandFile.empty() ? "Command" : options.commandFile;
   HostSession::Current().Layer<SessionCommand>().SetCommand(std::move(text), source);
   return true;
+}
+
+// Claims a file that is read, so that no output goes there. Whatever else is wrong with it is told by who
+// opens it.
+bool ClaimInput(FileRole role, const std::string& path) {
+  const FileFlags flags = SessionFiles::Current().Claims().ClaimForReading(role, path);
+  return !flags.inUse || Fail(path + ": the file is in use, by this run or another process");
+}
+
+bool ClaimFrame(const FrameOptions& frame) {
+  if (!frame.schema.empty() && !ClaimInput(FileRole::kSchema, frame.schema)) return false;
+  if (frame.path.empty()) return true;
+  const std::string path = PathToRead(frame.path);
+  if (!ClaimInput(FileRole::kFrame, path)) return false;
+  const std::string beside = SchemaPath(path);
+  return !HasSchemaFile(KindOf(path)) || !FileExists(beside) || ClaimInput(FileRole::kSchema, beside);
 }
 
 // Claims what the program itself writes, so that no output of the procedure goes there.
@@ -183,7 +201,8 @@ int RunSample(const RunOptions& options) {
   OpenDocument();
   CatchInterrupts();
   UserCaseFileSpec save(FileRole::kSaved);
-  const bool isReady = ClaimOwnFiles(options, &save) && TakeCommand(options) && OpenRunFrame(options.frame);
+  const bool isReady = ClaimFrame(options.frame) && ClaimOwnFiles(options, &save) && TakeCommand(options) &&
+                       OpenRunFrame(options.frame);
   if (isReady) CallProcedure();
   const std::string status = SettleFiles(save);
 

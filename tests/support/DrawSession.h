@@ -19,7 +19,13 @@ using Texts = std::vector<std::string>;
 
 // Pieces of a plan.
 inline std::string Out(const std::string& element, const std::string& name) {
-  return "<" + element + "><Variable name='" + name + "'/></" + element + ">";
+  return In(element, Var(name));
+}
+inline std::string Strata(const std::string& name) {
+  return StrataOf(Var(name));
+}
+inline std::string Clusters(const std::string& name) {
+  return ClustersOf(Var(name));
 }
 
 // The names of the variables and the cases of the open frame, each a line; a missing number is a full stop.

@@ -35,7 +35,7 @@ struct Case {
 };
 
 const std::string kType = Var("type");
-const std::string kByType = Strata(kType);
+const std::string kByType = StrataOf(kType);
 const std::string kOne = Var("1");  // no legal name
 const std::string kPlain = Wor(kSizeOf3);
 const std::string kFirst = Wor(kByCounty + kSizeOf3);
@@ -64,21 +64,21 @@ TEST_F(PlanXmlReader, TellsFaultsOfSampleDesigns) {
       {0, "no stage at all", ""},
       {0, "one stage", kPlain},
       {0, "holder without a form", Wor("<InputSampleSize/>")},
-      {2, "no letter first", Wor(Strata(Var("9lives")) + kSizeOf3)},
-      {2, "no name", Wor(Strata("<Variable/>") + kSizeOf3)},
-      {2, "good after bad", Wor(Strata(Var("") + kType) + kSizeOf3)},
-      {2, "invalid after repeated", Wor(Strata(kType + kType + kOne) + kSizeOf3)},
-      {22, "repeated after invalid", Wor(Strata(kOne + kType + kType) + kSizeOf3)},
-      {22, "invalid and repeated", Wor(Strata(kOne + kOne) + kSizeOf3)},
+      {2, "no letter first", Wor(StrataOf(Var("9lives")) + kSizeOf3)},
+      {2, "no name", Wor(StrataOf("<Variable/>") + kSizeOf3)},
+      {2, "good after bad", Wor(StrataOf(Var("") + kType) + kSizeOf3)},
+      {2, "invalid after repeated", Wor(StrataOf(kType + kType + kOne) + kSizeOf3)},
+      {22, "repeated after invalid", Wor(StrataOf(kOne + kType + kType) + kSizeOf3)},
+      {22, "invalid and repeated", Wor(StrataOf(kOne + kOne) + kSizeOf3)},
       {22, "other case, other role", Wor(kByType + kSizeOf3) + In("Weight", Var("TYPE"))},
       {22, "the weights", kPlain + In("PreviousWeight", Var("w")) + In("Weight", Var("W"))},
       {0, "weight without a variable", kPlain + "<Weight/>"},
       {7, "first of two", kPlain + kPlain},
-      {7, "second of three", kFirst + kPlain + Wor(Clusters(Var("d")) + kSizeOf3)},
+      {7, "second of three", kFirst + kPlain + Wor(ClustersOf(Var("d")) + kSizeOf3)},
       {0, "last needs none", kFirst + kPlain},
       {8, "not of the design", Wor(Matrix(kType, Row("5")))},
       {8, "bad name isn't of the design either", Wor(Matrix(kOne, Row("5")))},
-      {8, "cluster of its own stage", Wor(Clusters(kType) + Matrix("<v name='TYPE'/>", Row("5")))},
+      {8, "cluster of its own stage", Wor(ClustersOf(kType) + Matrix("<v name='TYPE'/>", Row("5")))},
       {0, "cluster of an earlier stage", kFirst + Wor(Matrix(Var("COUNTY"), Row("5")))},
       {9, "two categories for one variable", Wor(kByType + Matrix(kType, Row("5", 2)))},
       {12, "bad size over bad list", Wor(kByType + Matrix(kType, Row("0", 0)))},
@@ -280,7 +280,7 @@ TEST_F(PlanXmlReader, RefusesHostileFiles) {
       {1, "an external entity isn't read", typed("<!ENTITY e SYSTEM 'file:///etc/hostname'>", "&e;")},
       {0, "an entity of ours",
        "<!DOCTYPE KORVSurveyPlans SYSTEM 'x' [<!ENTITY e 'type'>]>" +
-           Design(Wor(Strata(Var("&e;")) + kSizeOf3))},
+           Design(Wor(StrataOf(Var("&e;")) + kSizeOf3))},
       {1, "laughs in text", typed(laughs, "&a9;")},
       {1, "laughs in an attribute", typed(laughs, "<SampleStage label='&a9;'/>")},
       {1, "laughs in a default", typed(laughs + "<!ATTLIST SampleDesign wrEstimation CDATA '&a9;'>")},

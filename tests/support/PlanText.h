@@ -13,10 +13,10 @@ inline std::string In(const std::string& element, const std::string& inner) {
 inline std::string Var(const std::string& name) {
   return "<Variable name='" + name + "'/>";
 }
-inline std::string Strata(const std::string& variables) {
+inline std::string StrataOf(const std::string& variables) {
   return In("StrataVarList", variables);
 }
-inline std::string Clusters(const std::string& variables) {
+inline std::string ClustersOf(const std::string& variables) {
   return In("ClusterVarList", variables);
 }
 inline std::string Size(const std::string& value) {
@@ -41,7 +41,7 @@ inline std::string Design(const std::string& inner) {
 }
 
 inline const std::string kSizeOf3 = Size("3");
-inline const std::string kByCounty = Clusters(Var("county"));
+inline const std::string kByCounty = ClustersOf(Var("county"));
 inline const std::string kMosOfPupils = "<MOS fromData='no'><Variable name='pupils'/></MOS>";
 
 // A file of the test's own, gone with it.
