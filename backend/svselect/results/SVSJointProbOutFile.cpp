@@ -6,6 +6,7 @@
 
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "backend/svselect/records/SVSInputAdapter.h"
+#include "backend/svselect/results/UniqueVariableName.h"
 #include "host/data/ErrorText.h"
 #include "host/data/IndependentDataStore.h"
 #include "host/environment/CommonBlocks.h"
@@ -62,6 +63,7 @@ void SVSJointProbOutFile::CopyVariables(const std::vector<std::int32_t>& variabl
 
 void SVSJointProbOutFile::AddNewVariable(const std::string& name, int decimals, int level) {
   const CommonSystemBlock& defaults = *pvGetCmnSys();
+  FreeVariableName(*fpOutStore, name);
   int index = 0;
   KORV_Variable& variable = fpOutStore->MakeVariable(0, index);
   variable.SetName(name);

@@ -16,9 +16,9 @@ class SVSValidSpecs;
 
 // SVSJointProbOutFile writes the joint inclusion probabilities of the first stage to a data file, for later
 // variance estimates. Its variables: the strata and cluster variables of the first stage as they stand in the
-// active file; Unit_No_, the number of the unit within its stratum from 1; Joint_Prob_1_, Joint_Prob_2_ and
-// so on. A stratum with n selected units has n cases, which hold its n by n matrix in the first n
-// probabilities; the others are missing.
+// active file, where none has the name of a new one; Unit_No_, the number of the unit within its stratum from
+// 1; Joint_Prob_1_, Joint_Prob_2_ and so on. A stratum with n selected units has n cases, which hold its n by
+// n matrix in the first n probabilities; the others are missing.
 //
 // Ownership:  owns the output file; borrows everything else.
 // Failures:   a file that can't be opened or written has been told by a message. The state is then

@@ -30,7 +30,6 @@ namespace {
 constexpr std::int32_t kFinalWeightStage = -1;
 constexpr int kNoRepeats = -1;
 constexpr int kNewVariableWidth = 10;
-constexpr std::size_t kMaxNameSize = 64;  // bytes
 
 }  // namespace
 
@@ -199,8 +198,7 @@ void SVSSampleFile::AddFinalWeight() {
 
 void SVSSampleFile::MakeVariable(const std::string& name, int decimals, const char* label) {
   KORV_DataSource& target = Target();
-  const int older = target.FindVarIndex(name, 0);
-  if (older >= 0) GiveWay(older, name);
+  const int older = FreeVariableName(target, name);
   int index = 0;
   KORV_Variable& variable = target.MakeVariable(0, index);
   variable.SetName(name);
@@ -209,14 +207,6 @@ void SVSSampleFile::MakeVariable(const std::string& name, int decimals, const ch
   variable.SetMeasurementLevel(kLevelScale);
   variable.SetLabel(label, static_cast<int>(std::char_traits<char>::length(label)));
   if (older >= 0) fRenamed[index] = older;
-}
-
-// Renames an older variable that has the name of a new one; in the file below a view first.
-void SVSSampleFile::GiveWay(std::int32_t older, const std::string& name) {
-  KORV_DataSource& target = Target();
-  const std::string unique = UniqueVariableName(target, name, kMaxNameSize);
-  if (KORV_DataSource* parent = target.GetParentSource()) parent->GetVariable(older).SetName(unique);
-  target.GetVariable(older).SetName(unique);
 }
 
 void SVSSampleFile::SaveDocument() {

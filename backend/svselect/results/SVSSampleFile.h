@@ -60,7 +60,6 @@ private:
   void AddStageVariables(const DesignStage& stage);
   void AddFinalWeight();
   void MakeVariable(const std::string& name, int decimals, const char* label);
-  void GiveWay(std::int32_t older, const std::string& name);
   void SaveDocument();
   void MakePass(SVSComponent& component, SVProcDSMultiIter& multiPassIter);
   int FindRepeatPosition() const;

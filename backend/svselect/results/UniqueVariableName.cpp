@@ -3,6 +3,12 @@
 #include "host/data/KORV_DataSource.h"
 #include "host/text/TextConversion.h"
 
+namespace {
+
+constexpr std::size_t kMaxNameSize = 64;  // bytes
+
+}  // namespace
+
 std::string UniqueVariableName(const KORV_DataSource& source, const std::string& name, std::size_t limit) {
   const std::string joint = name.ends_with('_') ? "" : "_";
   std::string candidate = name;
@@ -15,4 +21,13 @@ std::string UniqueVariableName(const KORV_DataSource& source, const std::string&
     candidate = name.substr(0, KORVMBFindStart_A(name, name.size() - excess)) + suffix;
   }
   return candidate;
+}
+
+int FreeVariableName(KORV_DataSource& source, const std::string& name) {
+  const int older = source.FindVarIndex(name, 0);
+  if (older < 0) return older;
+  const std::string unique = UniqueVariableName(source, name, kMaxNameSize);
+  if (KORV_DataSource* parent = source.GetParentSource()) parent->GetVariable(older).SetName(unique);
+  source.GetVariable(older).SetName(unique);
+  return older;
 }

@@ -9,3 +9,7 @@ class KORV_DataSource;
 // name_2_ and so on; a name that ends with an underscore gets no second one. Where that would be longer than
 // `limit` bytes, the name is cut at the start of a character.
 std::string UniqueVariableName(const KORV_DataSource& source, const std::string& name, std::size_t limit);
+
+// Makes `name` free for a new variable: an older one of that name gives way to a unique name, in the file
+// below a view first. The index of the older variable; negative when there is none.
+int FreeVariableName(KORV_DataSource& source, const std::string& name);

@@ -93,10 +93,11 @@ TEST(SVSJointProbOutFile, WritesTheMatrixOfEachStratum) {
   EXPECT_EQ(last.GetMeasurementLevel(), kLevelScale);
 }
 
-// The strata stand in the order in which they appear in the frame, whatever the order of the draw.
+// The strata stand in the order in which they appear in the frame, whatever the order of the draw; a variable
+// that has the name of a new one gives way.
 TEST(SVSJointProbOutFile, ComesOutOfADraw) {
-  const DrawSession draw("s,c,m\nz,1,3\nz,2,3\nz,3,2\na,4,5\na,5,5\n,6,1\n",
-                         Stage("pps_sampford", Strata("s") + Clusters("c") + Size("2") +
+  const DrawSession draw("UNIT_NO_,c,m\nz,1,3\nz,2,3\nz,3,2\na,4,5\na,5,5\n,6,1\n",
+                         Stage("pps_sampford", Strata("unit_no_") + Clusters("c") + Size("2") +
                                                    "<MOS fromData='no'><Variable name='m'/></MOS>") +
                              Out("Weight", "w"),
                          "/CRITERIA SEED=1 /SAMPLEFILE OUTFILE='@/s.csv' /JOINTPROB OUTFILE='@/j.csv'");
@@ -104,7 +105,7 @@ TEST(SVSJointProbOutFile, ComesOutOfADraw) {
   EXPECT_THAT(draw.files, testing::UnorderedElementsAre("sample 4", "joint 4"));
   const Texts cases = draw.Cases("j.csv");
   ASSERT_EQ(cases.size(), 5U);
-  EXPECT_EQ(cases[0], "s,c,Unit_No_,Joint_Prob_1_,Joint_Prob_2_");
+  EXPECT_EQ(cases[0], "Unit_No_1_,c,Unit_No_,Joint_Prob_1_,Joint_Prob_2_");
   EXPECT_TRUE(cases[1].starts_with("z,") && cases[2].starts_with("z,")) << cases[1];
   EXPECT_EQ(cases[3], "a,4,1,1,1");
   EXPECT_EQ(cases[4], "a,5,2,1,1");
