@@ -67,12 +67,17 @@ private:
   bool ReadFlags(const char* subcommand, const char* first, std::int64_t& seenFirst, const char* second,
                  std::int64_t& seenSecond);
   bool ReadOnlyFile(const char* keyword, const char* subcommand, std::string& value, bool& isLiteral);
+  bool ReadResolvedFile(const char* keyword, const char* subcommand, bool (*canUse)(const std::string&),
+                        std::string& file);
   bool ReadFileValue(const ParamObj& parameter, const char* subcommand, std::string& value, bool& isLiteral);
   enum class Step { kGood, kFailedGoOn, kFailedStop };
   Step ReadSampleFileParameter(const ParamObj& parameter);
   Step ReadOutFile(const ParamObj& parameter);
   Step ReadKeep(const ParamObj& parameter);
   Step ReadDrop(const ParamObj& parameter);
+  template <class IsRefused>
+  bool CheckNames(const std::vector<KorvVarName>& names, std::set<std::string>& accepted,
+                  std::vector<std::int32_t>& indices, const IsRefused& isRefused);
   bool CheckKeep(const std::vector<KorvVarName>& names);
   bool CheckDrop(const std::vector<KorvVarName>& names);
   bool IsBareKeyword(const ParamObj& parameter);

@@ -62,31 +62,30 @@ bool SVSParser::ReadFileValue(const ParamObj& parameter, const char* subcommand,
   return false;
 }
 
-bool SVSParser::ReadPlan() {
+// The file that such a subcommand names, resolved and tested by `canUse`; false after an error.
+bool SVSParser::ReadResolvedFile(const char* keyword, const char* subcommand,
+                                 bool (*canUse)(const std::string&), std::string& file) {
   std::string value;
   bool isLiteral = false;
-  if (!ReadOnlyFile("FILE", "PLAN", value, isLiteral)) return false;
+  if (!ReadOnlyFile(keyword, subcommand, value, isLiteral)) return false;
   const std::string resolved = CheckFileRef(value, !isLiteral, false).Name();
-  if (!CanRead(resolved)) {
+  if (!canUse(resolved)) {
     messages.FileAccess(resolved.c_str());
     return false;
   }
-  planFile = resolved;
-  specs->SetPlanFile(resolved);
+  file = resolved;
+  return true;
+}
+
+bool SVSParser::ReadPlan() {
+  if (!ReadResolvedFile("FILE", "PLAN", CanRead, planFile)) return false;
+  specs->SetPlanFile(planFile);
   return true;
 }
 
 bool SVSParser::ReadSelectRule() {
-  std::string value;
-  bool isLiteral = false;
-  if (!ReadOnlyFile("OUTFILE", "SELECTRULE", value, isLiteral)) return false;
-  const std::string resolved = CheckFileRef(value, !isLiteral, false).Name();
-  if (!CanWrite(resolved)) {
-    messages.FileAccess(resolved.c_str());
-    return false;
-  }
-  selectRuleFile = resolved;
-  specs->SetSelectRuleFile(resolved);
+  if (!ReadResolvedFile("OUTFILE", "SELECTRULE", CanWrite, selectRuleFile)) return false;
+  specs->SetSelectRuleFile(selectRuleFile);
   return true;
 }
 
@@ -316,7 +315,11 @@ SVSParser::Step SVSParser::ReadDrop(const ParamObj& parameter) {
 }
 
 // A name is examined to its end, and its index kept, whatever was wrong with it or with those before it.
-bool SVSParser::CheckKeep(const std::vector<KorvVarName>& names) {
+// `isRefused` tells why a name can't stand in this list beside the other one; the others are noted in
+// `accepted`.
+template <class IsRefused>
+bool SVSParser::CheckNames(const std::vector<KorvVarName>& names, std::set<std::string>& accepted,
+                           std::vector<std::int32_t>& indices, const IsRefused& isRefused) {
   bool isGood = true;
   std::set<std::string> inThisList;
   for (const KorvVarName& name : names) {
@@ -325,15 +328,14 @@ bool SVSParser::CheckKeep(const std::vector<KorvVarName>& names) {
       messages.VariableRepeated(name.Text().c_str(), currentParameter.c_str(), "SAMPLEFILE");
       isGood = false;
     }
-    if (dropAll || dropNames.contains(upper)) {
-      messages.VariableNotFor(name.Text().c_str(), currentParameter.c_str(), "DROP");
+    if (isRefused(upper, name.Text().c_str())) {
       isGood = false;
     } else {
-      keepNames.insert(upper);
+      accepted.insert(upper);
     }
     const std::int32_t index = FindVariable(name.Text(), false);
     if (index >= 0) {
-      keepIndices.push_back(index);
+      indices.push_back(index);
     } else {
       isGood = false;
     }
@@ -341,29 +343,20 @@ bool SVSParser::CheckKeep(const std::vector<KorvVarName>& names) {
   return isGood;
 }
 
+bool SVSParser::CheckKeep(const std::vector<KorvVarName>& names) {
+  return CheckNames(names, keepNames, keepIndices, [&](const std::string& upper, const char* name) {
+    if (!dropAll && !dropNames.contains(upper)) return false;
+    messages.VariableNotFor(name, currentParameter.c_str(), "DROP");
+    return true;
+  });
+}
+
 bool SVSParser::CheckDrop(const std::vector<KorvVarName>& names) {
-  bool isGood = true;
-  std::set<std::string> inThisList;
-  for (const KorvVarName& name : names) {
-    const std::string upper = GetUpperVarName(name.Text());
-    if (!inThisList.insert(upper).second) {
-      messages.VariableRepeated(name.Text().c_str(), currentParameter.c_str(), "SAMPLEFILE");
-      isGood = false;
-    }
-    if (seenKeep > 0 && !keepNames.contains(upper)) {
-      messages.VariableMustAlsoBe(name.Text().c_str(), currentParameter.c_str(), "KEEP");
-      isGood = false;
-    } else {
-      dropNames.insert(upper);
-    }
-    const std::int32_t index = FindVariable(name.Text(), false);
-    if (index >= 0) {
-      dropIndices.push_back(index);
-    } else {
-      isGood = false;
-    }
-  }
-  return isGood;
+  return CheckNames(names, dropNames, dropIndices, [&](const std::string& upper, const char* name) {
+    if (seenKeep == 0 || keepNames.contains(upper)) return false;
+    messages.VariableMustAlsoBe(name, currentParameter.c_str(), "KEEP");
+    return true;
+  });
 }
 
 std::int32_t SVSParser::FindVariable(const std::string& name, bool isOptional) {
