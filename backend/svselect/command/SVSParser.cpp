@@ -76,7 +76,7 @@ bool SVSParser::WalkSubcommands(const CommandSpec& command) {
 }
 
 bool SVSParser::ReadSubcommand(const SubComObj& subcommand) {
-  const std::string name = subcommand.getSubComName();
+  const std::string& name = subcommand.getSubComName();
   if (name.empty()) {  // text before the first slash
     messages.InvalidSubComName("");
     return false;
