@@ -5,6 +5,15 @@
 
 namespace {
 
+// A script's unset variable gives an empty text; that shall not read as an option that wasn't given.
+void RefuseEmptyValues(CLI::App& app) {
+  const CLI::Validator notEmpty(
+      [](const std::string& text) { return std::string(text.empty() ? "needs a value" : ""); }, "");
+  for (CLI::Option* option : app.get_options()) {
+    if (option->get_expected_max() > 0) option->check(notEmpty);
+  }
+}
+
 void AddFrame(CLI::App& app, FrameOptions& frame) {
   app.add_option("--data", frame.path, "Data file to draw from: .sav, .parquet, .csv, .tsv, .json or .ndjson")
       ->type_name("FRAME");
@@ -72,6 +81,7 @@ void DescribeRun(CLI::App& app, RunOptions& options) {
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   app.add_option("--save", options.save, "Data file for the frame with the new variables")->type_name("FILE");
   app.add_flag("--quiet", options.quiet, "No tables and notes on standard output");
+  RefuseEmptyValues(app);
 }
 
 void DescribePlan(CLI::App& app, PlanOptions& options) {
@@ -79,11 +89,13 @@ void DescribePlan(CLI::App& app, PlanOptions& options) {
   app.add_option("--data", options.frame.path, "Data file to hold the plan's variables against")
       ->type_name("FRAME");
   app.add_option("--schema", options.frame.schema, "Table Schema of the frame")->type_name("FILE");
+  RefuseEmptyValues(app);
 }
 
 void DescribeDescribe(CLI::App& app, FrameOptions& options) {
   app.add_option("FRAME", options.path, "Data file")->required();
   app.add_option("--schema", options.schema, "Table Schema of the frame")->type_name("FILE");
+  RefuseEmptyValues(app);
 }
 
 std::string UsageError(const RunOptions& options) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <iostream>
 
+#include "cli/InputFiles.h"
 #include "cli/Terminal.h"
 #include "host/data/Values.h"
 #include "host/text/DisplayText.h"
@@ -91,6 +92,10 @@ std::string Counted(std::int64_t count, const char* one, const char* many) {
 int DescribeFrame(const FrameOptions& options) {
   HostSession session;
   OpenDocument();
+  if (!ClaimFrame(options)) {
+    TellMessages();
+    return kExitError;
+  }
   try {
     OpenFrame(options);
     const std::int64_t cases = ActiveFile::Current().Engine().CountCases();
@@ -112,7 +117,7 @@ int DescribeFrame(const FrameOptions& options) {
     TellProblem(error.what());
     return kExitError;
   }
-  std::cout.flush();
+  const bool isTold = FinishOutput();
   TellMessages();
-  return ErrorRaised() ? kExitError : kExitOk;
+  return ErrorRaised() || !isTold ? kExitError : kExitOk;
 }

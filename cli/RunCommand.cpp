@@ -8,11 +8,10 @@
 #include <sstream>
 
 #include "cli/CommandText.h"
+#include "cli/InputFiles.h"
 #include "cli/ProcedureLibrary.h"
 #include "cli/Terminal.h"
 #include "host/command/SessionCommand.h"
-#include "host/data/FileKind.h"
-#include "host/data/ReadableFile.h"
 #include "host/data/SaveActiveFile.h"
 #include "host/data/SessionFiles.h"
 #include "host/data/TemporaryFile.h"
@@ -29,18 +28,14 @@ void OnInterrupt(int) {
   RequestStop();
 }
 
-// Ctrl-C asks the run to end in good order; a second one ends it at once.
+// Ctrl-C, and the end of the terminal, ask the run to end in good order; a second one ends it at once.
 void CatchInterrupts() {
   struct sigaction action {};
   action.sa_handler = OnInterrupt;
   action.sa_flags = static_cast<int>(SA_RESETHAND);
   sigaction(SIGINT, &action, nullptr);
   sigaction(SIGTERM, &action, nullptr);
-}
-
-bool Fail(const std::string& text) {
-  IssueHostMessage(text, kErrorLevel);
-  return false;
+  sigaction(SIGHUP, &action, nullptr);
 }
 
 // The text of the command, from wherever the options have it. False when its file can't be read.
@@ -51,8 +46,9 @@ bool ReadCommand(const RunOptions& options, std::string* text) {
   }
   const FileFlags flags =
       SessionFiles::Current().Claims().ClaimForReading(FileRole::kCommand, options.commandFile);
-  std::ifstream file(options.commandFile, std::ios::binary);
-  if (!flags.CanBeRead() || !file) return Fail(options.commandFile + ": the command file can't be read");
+  std::ifstream file;
+  if (flags.CanBeRead()) file.open(options.commandFile, std::ios::binary);
+  if (!file.is_open()) return Fail(options.commandFile + ": the command file can't be read");
   text->assign(std::istreambuf_iterator<char>(file), {});
   return !file.bad() || Fail(options.commandFile + ": " + SystemReason());
 }
@@ -65,37 +61,38 @@ bool TakeCommand(const RunOptions& options) {
   return true;
 }
 
-// Claims a file that is read, so that no output goes there. Whatever else is wrong with it is told by who
-// opens it.
-bool ClaimInput(FileRole role, const std::string& path) {
-  const FileFlags flags = SessionFiles::Current().Claims().ClaimForReading(role, path);
-  return !flags.inUse || Fail(path + ": the file is in use, by this run or another process");
+std::string WhyNotWritten(const FileFlags& flags) {
+  if (flags.inUse) return "the file is in use, by this run or another process";
+  if (flags.readOnly) return "the file or its folder can't be written";
+  return "its folder doesn't exist, or it is no file that can be written";
 }
 
-bool ClaimFrame(const FrameOptions& frame) {
-  if (!frame.schema.empty() && !ClaimInput(FileRole::kSchema, frame.schema)) return false;
-  if (frame.path.empty()) return true;
-  const std::string path = PathToRead(frame.path);
-  if (!ClaimInput(FileRole::kFrame, path)) return false;
-  const std::string beside = SchemaPath(path);
-  return !HasSchemaFile(KindOf(path)) || !FileExists(beside) || ClaimInput(FileRole::kSchema, beside);
-}
+// What the program itself writes.
+struct OwnFiles {
+  std::vector<std::string> reports;
+  UserCaseFileSpec save{FileRole::kSaved};
+};
 
-// Claims what the program itself writes, so that no output of the procedure goes there.
-bool ClaimOwnFiles(const RunOptions& options, UserCaseFileSpec* save) {
-  PathClaims& claims = SessionFiles::Current().Claims();
-  const auto claim = [&](FileRole role, const std::string& path) {
-    int number = PathClaims::kNone;
-    return claims.ClaimForWriting(role, path, path, &number).CanBeWritten() ||
-           Fail(path + ": the file can't be written, or is used for something else");
-  };
+// Claims these, so that no output of the procedure goes there. The reports that can be written are in `own`.
+bool ClaimOwnFiles(const RunOptions& options, OwnFiles* own) {
+  bool isGood = true;
   for (const std::string& report : options.reports) {
-    if (!claim(FileRole::kReport, report)) return false;
+    int number = PathClaims::kNone;
+    const FileFlags flags =
+        SessionFiles::Current().Claims().ClaimForWriting(FileRole::kReport, report, report, &number);
+    if (flags.CanBeWritten()) {
+      own->reports.push_back(report);
+    } else {
+      isGood = Fail(report + ": " + WhyNotWritten(flags));
+    }
   }
-  if (options.save.empty()) return true;
-  save->Init(options.save, true, true);
-  return (save->IsValid() && !save->IsInUse() && !save->IsReadOnly()) ||
-         Fail(options.save + ": the file can't be written, or is used for something else");
+  if (options.save.empty()) return isGood;
+  own->save.Init(options.save, true, true);
+  const FileFlags flags = {.exists = false,
+                           .valid = own->save.IsValid(),
+                           .readOnly = own->save.IsReadOnly(),
+                           .inUse = own->save.IsInUse()};
+  return flags.CanBeWritten() ? isGood : Fail(options.save + ": " + WhyNotWritten(flags));
 }
 
 bool OpenRunFrame(const FrameOptions& frame) {
@@ -150,8 +147,10 @@ void TellAdvice(const RunOptions& options, const std::string& status) {
         "size, rate "
         "or clusters, or stages out of order)");
   }
-  for (const std::string& missing : SessionFiles::Current().MissingFiles()) {
-    if (HasDrawn() && status != "cancelled") TellProblem(missing + ": the file didn't come into being");
+  if (HasDrawn() && status == "error" && !SessionFiles::Current().IsBroken()) {
+    for (const std::string& missing : SessionFiles::Current().MissingFiles()) {
+      TellProblem(missing + ": the file didn't come into being");
+    }
   }
   const auto& files = SessionFiles::Current().CommittedFiles();
   const bool isKept = std::any_of(files.begin(), files.end(), [](const OutputFile& file) {
@@ -200,19 +199,18 @@ int RunSample(const RunOptions& options) {
   HostSession session(options.settings);
   OpenDocument();
   CatchInterrupts();
-  UserCaseFileSpec save(FileRole::kSaved);
-  const bool isReady = ClaimFrame(options.frame) && ClaimOwnFiles(options, &save) && TakeCommand(options) &&
+  OwnFiles own;
+  const bool isReady = ClaimFrame(options.frame) && ClaimOwnFiles(options, &own) && TakeCommand(options) &&
                        OpenRunFrame(options.frame);
   if (isReady) CallProcedure();
-  const std::string status = SettleFiles(save);
+  const std::string status = SettleFiles(own.save);
 
   TellMessages();
   TellAdvice(options, status);
   if (!options.quiet) RenderText(OutputDocument::Current(), TerminalWidth(), std::cout);
-  std::cout.flush();
-  bool isReported = true;
+  bool isTold = FinishOutput();
   const RunOutcome outcome = OutcomeOf(status);
-  for (const std::string& report : options.reports) isReported = WriteReport(report, outcome) && isReported;
+  for (const std::string& report : own.reports) isTold = WriteReport(report, outcome) && isTold;
   if (status == "cancelled") return kExitInterrupted;
-  return status == "ok" && isReported ? kExitOk : kExitError;
+  return status == "ok" && isTold ? kExitOk : kExitError;
 }

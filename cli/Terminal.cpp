@@ -3,8 +3,10 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <iostream>
 
+#include "host/data/TemporaryFile.h"
 #include "host/environment/CommonBlocks.h"
 #include "host/output/OutputDocument.h"
 #include "host/output/TextRenderer.h"
@@ -30,4 +32,12 @@ int TerminalWidth() {
   winsize size{};
   const bool isTerminal = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
   return isTerminal ? size.ws_col : kDefaultTextWidth;
+}
+
+bool FinishOutput() {
+  errno = 0;
+  std::cout.flush();
+  if (std::cout || errno == EPIPE) return true;
+  TellProblem("standard output can't be written" + (errno == 0 ? "" : ": " + SystemReason()));
+  return false;
 }

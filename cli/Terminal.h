@@ -18,3 +18,7 @@ void TellMessages();
 
 // Columns of the terminal that standard output is; a usual width when it is none.
 int TerminalWidth();
+
+// Brings standard output to its end. False, after a line on standard error, when it couldn't be written; a
+// reader that has seen enough is no failure.
+bool FinishOutput();

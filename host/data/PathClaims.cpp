@@ -123,14 +123,23 @@ FileFlags PathClaims::ClaimForWriting(FileRole role, const std::string& spelling
 }
 
 void PathClaims::Release(int claim) {
+  for (const Claim& held : fvClaims) {
+    if (held.number == claim && IsOutput(held)) fvGivenUp.push_back(held.path);
+  }
   std::erase_if(fvClaims, [claim](const Claim& held) { return held.number == claim; });
+}
+
+bool PathClaims::IsOutput(const Claim& claim) {
+  return (IsDataOutput(claim.role) || claim.role == FileRole::kRule) && !claim.isBeside;
 }
 
 std::vector<std::string> PathClaims::Outputs() const {
   std::vector<std::string> outputs;
   for (const Claim& claim : fvClaims) {
-    const bool isOutput = IsDataOutput(claim.role) || claim.role == FileRole::kRule;
-    if (isOutput && !claim.isBeside) outputs.push_back(claim.path);
+    if (IsOutput(claim)) outputs.push_back(claim.path);
+  }
+  for (const std::string& path : fvGivenUp) {
+    if (std::find(outputs.begin(), outputs.end(), path) == outputs.end()) outputs.push_back(path);
   }
   return outputs;
 }

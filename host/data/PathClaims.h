@@ -39,10 +39,12 @@ public:
   // command has it, `path` what was made of it.
   FileFlags ClaimForWriting(FileRole role, const std::string& spelling, const std::string& path, int* claim);
 
-  // The file isn't wanted any more. kNone is ignored.
+  // The file won't be written: another took its place in the command, or the run leaves it out. kNone is
+  // ignored.
   void Release(int claim);
 
-  // The paths claimed for the sample, the joint probabilities, the rule or the saved frame.
+  // The paths that were claimed for the sample, the joint probabilities, the rule or the saved frame, also
+  // those that were released: all that was asked for.
   std::vector<std::string> Outputs() const;
 
 private:
@@ -59,6 +61,9 @@ private:
   bool IsTaken(FileRole role, const std::string& spelling, const std::string& plain, bool isBeside) const;
   bool IsClaimed(const std::string& plain, bool isForWriting) const;
 
+  static bool IsOutput(const Claim& claim);
+
   std::vector<Claim> fvClaims;
+  std::vector<std::string> fvGivenUp;  // paths of outputs that were released
   int fNext = 0;
 };

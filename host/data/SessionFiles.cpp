@@ -52,11 +52,17 @@ bool SessionFiles::Finish(OutputFile& file) {
 }
 
 void SessionFiles::Abandon(OutputFile* file) {
+  fbBroken = true;
   std::erase_if(fvFiles, [file](const auto& held) { return held.get() == file; });
 }
 
 bool SessionFiles::CommitFiles() {
-  std::erase_if(fvFiles, [](const auto& file) { return !file->isFinished; });
+  const bool isWhole =
+      std::all_of(fvFiles.begin(), fvFiles.end(), [](const auto& file) { return file->isFinished; });
+  if (fbBroken || !isWhole) {
+    DiscardFiles();
+    return false;
+  }
   for (const auto& file : fvFiles) {
     for (const auto& part : file->parts) {
       std::string why;

@@ -36,11 +36,13 @@ public:
   // Brings an output file to the disk. False after an error of the host.
   bool Finish(OutputFile& file);
 
-  // Takes an output file back; what was written of it is removed.
+  // Takes an output file back; what was written of it is removed. The run is then broken: none of its files
+  // is put in its place.
   void Abandon(OutputFile* file);
+  bool IsBroken() const { return fbBroken; }
 
   // Puts all finished files in their places, a schema before its data. On a failure the old files come back,
-  // an error of the host names file and reason, and the answer is false.
+  // an error of the host names file and reason, and the answer is false, as for a broken run.
   bool CommitFiles();
   // Removes all files that aren't in their places.
   void DiscardFiles();
@@ -54,6 +56,7 @@ private:
   PathClaims fClaims;
   std::vector<std::unique_ptr<OutputFile>> fvFiles;  // in the order in which they were started
   std::vector<OutputFile> fvCommitted;
+  bool fbBroken = false;
 };
 
 // Issues an error of the host that names an output file and the reason why it can't be written.

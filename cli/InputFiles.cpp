@@ -1,0 +1,27 @@
+#include "cli/InputFiles.h"
+
+#include "host/data/FileKind.h"
+#include "host/data/ReadableFile.h"
+#include "host/data/SessionFiles.h"
+#include "host/environment/ErrorSink.h"
+
+bool Fail(const std::string& text) {
+  IssueHostMessage(text, kErrorLevel);
+  return false;
+}
+
+// Claims a file that is read, so that no output goes there. Whatever else is wrong with it is told by who
+// opens it.
+bool ClaimInput(FileRole role, const std::string& path) {
+  const FileFlags flags = SessionFiles::Current().Claims().ClaimForReading(role, path);
+  return !flags.inUse || Fail(path + ": the file is in use, by this run or another process");
+}
+
+bool ClaimFrame(const FrameOptions& frame) {
+  if (!frame.schema.empty() && !ClaimInput(FileRole::kSchema, frame.schema)) return false;
+  if (frame.path.empty()) return true;
+  const std::string path = PathToRead(frame.path);
+  if (!ClaimInput(FileRole::kFrame, path)) return false;
+  const std::string beside = SchemaPath(path);
+  return !HasSchemaFile(KindOf(path)) || !FileExists(beside) || ClaimInput(FileRole::kSchema, beside);
+}
