@@ -11,7 +11,7 @@
 
 // CaseCursor walks the rows of a query once, a block of rows at a time.
 //
-// A number is 0 for -0 and system-missing where the file has none or no finite one. A text has no trailing
+// A number is system-missing where the file has none or no finite one; it can be -0. A text has no trailing
 // blanks and is never longer than its variable is wide.
 class CaseCursor {
 public:

@@ -28,28 +28,25 @@ bool IsExact(T value) {
   return number < kBound && static_cast<T>(number) == value;
 }
 
-// Copies numbers as cells hold them. Hardly a block has one that isn't finite, so these are looked for in a
-// second pass, after the first has told in all of a processor's lanes at once that there is one: 0 times it
+// Whether all numbers are finite. Told in all of a processor's lanes at once: 0 times a number that isn't,
 // isn't 0.
 template <class T>
-void CopyFloating(const T* values, std::size_t count, double* out) {
+bool AreFinite(const T* values, std::size_t count) {
   constexpr std::size_t kLanes = 8;
-  double traces[kLanes] = {};
+  T traces[kLanes] = {};
   const std::size_t whole = count / kLanes * kLanes;
   for (std::size_t i = 0; i < whole; i += kLanes) {
-    for (std::size_t lane = 0; lane < kLanes; ++lane) {
-      const double number = static_cast<double>(values[i + lane]) + 0.0;  // makes 0 of -0
-      out[i + lane] = number;
-      traces[lane] += number * 0.0;
-    }
+    for (std::size_t lane = 0; lane < kLanes; ++lane) traces[lane] += values[i + lane] * T{0};
   }
-  for (std::size_t i = whole; i < count; ++i) {
-    out[i] = static_cast<double>(values[i]) + 0.0;
-    traces[0] += out[i] * 0.0;
-  }
-  if (std::accumulate(std::begin(traces), std::end(traces), 0.0) == 0.0) return;
+  for (std::size_t i = whole; i < count; ++i) traces[0] += values[i] * T{0};
+  return std::accumulate(std::begin(traces), std::end(traces), T{0}) == T{0};
+}
+
+// Copies numbers as cells hold them.
+template <class T>
+void CopyFloating(const T* values, std::size_t count, double* out) {
   for (std::size_t i = 0; i < count; ++i) {
-    if (!std::isfinite(out[i])) out[i] = MCMV::gMissingValue;
+    out[i] = std::isfinite(values[i]) ? static_cast<double>(values[i]) : MCMV::gMissingValue;
   }
 }
 
@@ -123,10 +120,18 @@ void DuckCaseCursor::ConvertNumbers(std::size_t place, double* out) const {
   }
 }
 
+// The numbers of a column as DuckDB holds them, when cells hold them alike; else null.
+const double* DuckCaseCursor::PlainNumbers(std::size_t place) {
+  if (fResult.Type(place) != DUCKDB_TYPE_DOUBLE || fChunk.Validity(place) != nullptr) return nullptr;
+  const double* const values = fChunk.Values<double>(place) + fSkipped;
+  return AreFinite(values, fRows) ? values : nullptr;
+}
+
 const double* DuckCaseCursor::Numbers(std::size_t place) {
   Converted& column = fvConverted[place];
   double* const out = column.numbers.data();
   if (column.isCurrent) return out;
+  if (const double* const values = PlainNumbers(place); values != nullptr) return values;
   switch (fResult.Type(place)) {
     case DUCKDB_TYPE_DOUBLE:
       ConvertNumbers<double>(place, out);

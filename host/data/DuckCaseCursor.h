@@ -35,6 +35,7 @@ private:
   };
 
   [[noreturn]] void Refuse(std::size_t place, std::size_t row, const std::string& what) const;
+  const double* PlainNumbers(std::size_t place);
   template <class T>
   void ConvertNumbers(std::size_t place, double* out) const;
 

@@ -30,6 +30,11 @@ KORV_DataSource& ProcDSIterator::GetDataSource() {
 // --------------------------------------------------------------------------------------------------
 
 int ProcDSIterator::NextCase() {
+  if (fNext < fPlainRows && !StopRequested()) {
+    ++fRow;
+    ShowNumbers(fNext++);
+    return 1;
+  }
   if (fbEnded) return 0;
   if (StopRequested()) {
     End();
@@ -43,11 +48,13 @@ int ProcDSIterator::NextCase() {
   fbSplitEnd = false;
   ++fRow;
   ShowRow(fNext++);
+  fPlainRows = fvSplitPlaces.empty() && fvTexts.empty() && fvAdded.empty() ? fBlockRows : 0;
   return 1;
 }
 
 // Moves on to the next block; at the end of the cases or on a failure the walk has ended.
 bool ProcDSIterator::NextBlock() {
+  fPlainRows = 0;
   if (fpCursor == nullptr && !OpenCursor(0)) return false;
   try {
     fBlockRows = fpCursor->NextBlock();
@@ -82,6 +89,7 @@ void ProcDSIterator::End() {
   fbEnded = true;
   fbSplitEnd = false;
   fBlockRows = 0;
+  fPlainRows = 0;
   fNext = 0;
   fpCursor.reset();
 }
@@ -123,8 +131,9 @@ std::size_t ProcDSIterator::PlaceOf(int column) {
 
 const OBS* ProcDSIterator::BindColumn(int column) {
   const auto index = static_cast<std::size_t>(column);
+  if (index < fvCells.size() && fvCells[index] != nullptr) return fvCells[index].get();
+  fPlainRows = 0;  // what is bound now may have texts
   if (index >= fvCells.size()) fvCells.resize(fSource.ColumnCount());
-  if (fvCells[index] != nullptr) return fvCells[index].get();
 
   const int type = fSource.GetVariable(column).GetType();
   fvCells[index] = std::make_unique<OBS[]>(ObsCells(type));

@@ -64,9 +64,11 @@ private:
   bool OpenCursor(std::int64_t firstRow);
   bool NextBlock();
   bool SplitKeyChanges(std::size_t row) const;
-  // In the loop over the cases: mostly there are numbers alone.
+  void ShowNumbers(std::size_t row) {
+    for (const BoundNumber& bound : fvNumbers) bound.cell->number = bound.block[row] + 0.0;  // makes 0 of -0
+  }
   void ShowRow(std::size_t row) {
-    for (const BoundNumber& bound : fvNumbers) bound.cell->number = bound.block[row];
+    ShowNumbers(row);
     if (!fvTexts.empty() || !fvAdded.empty()) ShowOthers(row);
   }
   void ShowOthers(std::size_t row);
@@ -84,6 +86,8 @@ private:
   std::int64_t fRow = -1;                  // current case, from 0; -1 before the first
   std::size_t fBlockRows = 0;
   std::size_t fNext = 0;  // row of the block that the next case takes
+  // Rows of the block that only numbers are shown of, with nothing else to look after; 0 where there is more.
+  std::size_t fPlainRows = 0;
   bool fbSplitEnd = false;
   bool fbEnded = false;
 };

@@ -1,11 +1,7 @@
 #include "host/environment/MCStopProcessor.h"
 
-#include <atomic>
-
-namespace {
 std::atomic<bool> gStopRequested{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "set from a signal handler");
-}  // namespace
 
 MCStopProcessor::~MCStopProcessor() = default;
 bool MCStopProcessor::Stopped() {
@@ -17,9 +13,6 @@ bool MCStopProcessor::Tick() {
 
 void RequestStop() noexcept {
   gStopRequested.store(true, std::memory_order_relaxed);
-}
-bool StopRequested() noexcept {
-  return gStopRequested.load(std::memory_order_relaxed);
 }
 void ClearStopRequest() noexcept {
   gStopRequested.store(false, std::memory_order_relaxed);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+
 // The host's stop request. Each operation answers whether the run is to stop.
 class MCStopProcessor {
 public:
@@ -14,8 +16,14 @@ public:
   virtual bool Tick();
 };
 
-// The request that all stop processors of the process answer from. Safe to call from a signal handler.
+// The request that all stop processors of the process answer from; read through the operations below. It
+// stands in the header because the walk over the cases asks at every one.
+extern std::atomic<bool> gStopRequested;
+
+// Safe to call from a signal handler.
 void RequestStop() noexcept;
-bool StopRequested() noexcept;
+inline bool StopRequested() noexcept {
+  return gStopRequested.load(std::memory_order_relaxed);
+}
 // A new session starts without a request.
 void ClearStopRequest() noexcept;

@@ -229,6 +229,7 @@ TEST_F(PlanXmlReader, ReadsNumbersAsAStreamDoes) {
 TEST_F(PlanXmlReader, ReadsEveryExample) {
   int read = 0;
   for (const auto& entry : std::filesystem::directory_iterator(SV_EXAMPLES "/plans")) {
+    if (entry.path().extension() != ".xml") continue;  // what a draw has left there
     EXPECT_EQ(Sample(entry.path()), 0) << entry.path();
     ++read;
   }
