@@ -18,9 +18,6 @@
 using Texts = std::vector<std::string>;
 
 // Pieces of a plan.
-inline std::string Out(const std::string& element, const std::string& name) {
-  return In(element, Var(name));
-}
 inline std::string Strata(const std::string& name) {
   return StrataOf(Var(name));
 }
@@ -100,11 +97,6 @@ public:
   bool isCommitted = false;
 
 private:
-  static std::string Replace(std::string text, const std::string& what, const std::string& by) {
-    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size()))
-      text.replace(at, what.size(), by);
-    return text;
-  }
   void Write(const char* name, const std::string& content) const {
     std::ofstream(fFolder.path / name, std::ios::binary) << content;
   }

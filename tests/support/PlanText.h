@@ -13,6 +13,10 @@ inline std::string In(const std::string& element, const std::string& inner) {
 inline std::string Var(const std::string& name) {
   return "<Variable name='" + name + "'/>";
 }
+// An output variable.
+inline std::string Out(const std::string& element, const std::string& name) {
+  return In(element, Var(name));
+}
 inline std::string StrataOf(const std::string& variables) {
   return In("StrataVarList", variables);
 }
@@ -43,6 +47,14 @@ inline std::string Design(const std::string& inner) {
 inline const std::string kSizeOf3 = Size("3");
 inline const std::string kByCounty = ClustersOf(Var("county"));
 inline const std::string kMosOfPupils = "<MOS fromData='no'><Variable name='pupils'/></MOS>";
+
+// `text` with every `what` replaced; "@" mostly stands for the folder of a test.
+inline std::string Replace(std::string text, const std::string& what, const std::string& by) {
+  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
+    text.replace(at, what.size(), by);
+  }
+  return text;
+}
 
 // A file of the test's own, gone with it.
 class PlanFile {

@@ -13,18 +13,8 @@ using Texts = std::vector<std::string>;
 
 const char* const kFrame = "region,district,name,size,rate,w\nN,1,a,10,0.5,1\nS,2,b,20,0.5,1\n";
 
-std::string Out(const std::string& element, const std::string& name) {
-  return In(element, Var(name));
-}
 const std::string kWeight = Out("Weight", "final_weight");
 const std::string kOneStage = Wor(StrataOf(Var("region")) + Size("1"));
-
-std::string Replace(std::string text, const std::string& what, const std::string& by) {
-  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
-    text.replace(at, what.size(), by);
-  }
-  return text;
-}
 
 // One command parsed on a small frame. "@" stands for the folder of frame and plan in command and messages.
 class Parsed {
@@ -63,6 +53,9 @@ public:
   bool isJointValid = false;
 };
 
+constexpr const char* kBadList =
+    "Parameter STAGES of subcommand CRITERIA does not have a valid integer list...";
+constexpr const char* kBadSeed = "Parameter SEED of subcommand CRITERIA has incorrect value type...";
 constexpr const char* kPlan = "SVSELECT /PLAN FILE='@/plan.xml' ";
 
 }  // namespace
@@ -86,20 +79,15 @@ TEST(SVSParser, TellsWhatIsWrongWithACommand) {
       {"/XYZ", {"Subcommand XYZ is empty..."}},
       {"/XYZ A=1", {"Subcommand XYZ is not recognized..."}},
       {"/PRINT CPS /PRINT CPS", {"Subcommand PRINT already called..."}},
-      {"/CRITERIA STAGES=1 3",
-       {"Parameter STAGES of subcommand CRITERIA does not have a valid integer list..."}},
-      {"/CRITERIA STAGES=2 1",
-       {"Parameter STAGES of subcommand CRITERIA does not have a valid integer list..."}},
-      {"/CRITERIA STAGES=0 1",
-       {"Parameter STAGES of subcommand CRITERIA does not have a valid integer list..."}},
-      {"/CRITERIA STAGES=1.5",
-       {"Parameter STAGES of subcommand CRITERIA does not have a valid integer list..."}},
-      {"/CRITERIA STAGES=ONE",
-       {"Parameter STAGES of subcommand CRITERIA does not have a valid integer list..."}},
+      {"/CRITERIA STAGES=1 3", {kBadList}},
+      {"/CRITERIA STAGES=2 1", {kBadList}},
+      {"/CRITERIA STAGES=0 1", {kBadList}},
+      {"/CRITERIA STAGES=1.5", {kBadList}},
+      {"/CRITERIA STAGES=ONE", {kBadList}},
       {"/CRITERIA STAGES=1 STAGES=1", {"Parameter STAGES already occurred in subcommand CRITERIA..."}},
-      {"/CRITERIA SEED=0", {"Parameter SEED of subcommand CRITERIA has incorrect value type..."}},
-      {"/CRITERIA SEED=1.5", {"Parameter SEED of subcommand CRITERIA has incorrect value type..."}},
-      {"/CRITERIA SEED=2147483648", {"Parameter SEED of subcommand CRITERIA has incorrect value type..."}},
+      {"/CRITERIA SEED=0", {kBadSeed}},
+      {"/CRITERIA SEED=1.5", {kBadSeed}},
+      {"/CRITERIA SEED=2147483648", {kBadSeed}},
       {"/CRITERIA SEED=abc", {"Parameter SEED of subcommand CRITERIA cannot take value ABC..."}},
       {"/CRITERIA SEED=1 SEED=2", {"Parameter SEED already occurred in subcommand CRITERIA..."}},
       {"/CRITERIA SORT=1", {"SORT is not a valid parameter for subcommand CRITERIA..."}},
