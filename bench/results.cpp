@@ -119,7 +119,7 @@ void TimeJoint(const std::string& folder, int units) {
       SVSJointProbOutFile file(&draw.specs, draw.procedure->GetInputAdapter(), &draw.source);
       file.Open(units);
       file.StartStratum(units, {1});
-      for (int i = 0; i < units; ++i) file.WriteRow({}, row);
+      for (int i = 0; i < units; ++i) file.WriteRow({1}, row);
       if (file.Close() != MCSV::kJointClosed) std::exit(1);
     });
     std::printf("%d by %d to %-13s %.3f s (under 2)\n", units, units, name, seconds);

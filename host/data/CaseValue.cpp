@@ -6,11 +6,11 @@
 #include "host/data/KORV_DataSource.h"
 #include "host/data/KORV_InputCaseIterator.h"
 #include "host/data/Values.h"
-#include "host/numeric/MissingValue.h"
 
 CaseValue::CaseValue(KORV_InputCaseIterator* iterator, int column) : fpObs(iterator->BindColumn(column)) {
   const KORV_Variable& variable = iterator->GetDataSource().GetVariable(column);
   fWidth = variable.GetType();
+  fbUserMissing = !variable.MissingValues().empty();
   for (const DictionaryValue& value : variable.MissingValues()) {
     if (fWidth > 0) {
       fvMissingTexts.push_back(value.text);
@@ -20,7 +20,7 @@ CaseValue::CaseValue(KORV_InputCaseIterator* iterator, int column) : fpObs(itera
   }
 }
 
-bool CaseValue::IsMissing() const {
+bool CaseValue::SearchMissing() const {
   if (fWidth == 0) {
     const double number = fpObs->number;
     return number == MCMV::gMissingValue ||

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "host/numeric/MissingValue.h"
 #include "host/numeric/Obs.h"
 
 class KORV_InputCaseIterator;
@@ -17,9 +18,18 @@ public:
   int fWidth;        // bytes of a string, 0 for a number
 
   // The value is system-missing, a user-missing value, or a string of nothing but blanks.
-  bool IsMissing() const;
+  bool IsMissing() const {
+    if (!fbUserMissing) {
+      if (fWidth == 0) return fpObs->number == MCMV::gMissingValue;
+      if (fpObs->text[0] != ' ') return false;
+    }
+    return SearchMissing();
+  }
 
 private:
+  bool SearchMissing() const;
+
+  bool fbUserMissing;  // the variable has user-missing values
   // User-missing values of the variable: numbers, or texts without trailing blanks.
   std::vector<double> fvMissingNumbers;
   std::vector<std::string> fvMissingTexts;

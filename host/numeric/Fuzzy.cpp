@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace {
 constexpr double kWholeTolerance = 1e-9;  // relative to max(1, |number|): what a decimal text loses at worst
@@ -20,11 +19,4 @@ double FUZZYROUND(const double* number) {
 
 bool IsValidInteger(double value) {
   return std::isfinite(value) && std::trunc(value) == value;
-}
-
-std::int32_t TruncateToInt32(double value) {
-  constexpr double kLowest = std::numeric_limits<std::int32_t>::min();
-  constexpr double kHighest = std::numeric_limits<std::int32_t>::max();
-  if (std::isnan(value)) return 0;
-  return static_cast<std::int32_t>(std::clamp(value, kLowest, kHighest));
 }

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <limits>
 
 // Whole numbers among doubles.
 
@@ -14,4 +16,8 @@ double FUZZYROUND(const double* number);
 bool IsValidInteger(double value);
 
 // `value` truncated toward zero to 32 bits. What lies beyond 32 bits saturates; NaN gives 0.
-std::int32_t TruncateToInt32(double value);
+inline std::int32_t TruncateToInt32(double value) {
+  constexpr double kLowest = std::numeric_limits<std::int32_t>::min();
+  constexpr double kHighest = std::numeric_limits<std::int32_t>::max();
+  return value == value ? static_cast<std::int32_t>(std::clamp(value, kLowest, kHighest)) : 0;
+}

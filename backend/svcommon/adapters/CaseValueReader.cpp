@@ -1,14 +1,12 @@
 #include "backend/svcommon/adapters/CaseValueReader.h"
 
+#include <algorithm>
+
 #include "host/data/KORV_InputCaseIterator.h"
 
 namespace {
-
-std::int32_t CodeIn(const OBS* valueCell) {
-  return valueCell == nullptr ? 0 : static_cast<std::int32_t>(valueCell->number);
+constexpr std::size_t kMaxWholes = 1 << 20;  // 4 MB of codes
 }
-
-}  // namespace
 
 CaseValueReader::CaseValueReader(KORV_InputCaseIterator* iterator, std::int32_t variable,
                                  bool includeUserMissing)
@@ -19,13 +17,12 @@ CaseValueReader::CaseValueReader(KORV_InputCaseIterator* iterator, std::int32_t 
 
 std::int32_t CaseValueReader::Encode() {
   if (!fCaseValue.IsPresent()) return 0;
-  const std::int32_t code = CodeIn(fValueMap.Contains(fCaseValue.Cells()));
+  const std::int32_t code = CodeOf(fCaseValue.Cells());
   return code != 0 ? code : Add(fCaseValue.Cells());
 }
 
 std::int32_t CaseValueReader::Lookup() const {
-  if (!fCaseValue.IsPresent()) return 0;
-  return CodeIn(fValueMap.Contains(fCaseValue.Cells()));
+  return fCaseValue.IsPresent() ? CodeOf(fCaseValue.Cells()) : 0;
 }
 
 const OBS* CaseValueReader::ObsOfCode(std::int32_t code) const {
@@ -34,7 +31,7 @@ const OBS* CaseValueReader::ObsOfCode(std::int32_t code) const {
 }
 
 std::int32_t CaseValueReader::CodeOfObs(const OBS* obs, bool* wasNew, bool addIfNew) {
-  const std::int32_t code = CodeIn(fValueMap.Contains(obs));
+  const std::int32_t code = CodeOf(obs);
   *wasNew = code == 0;
   return *wasNew && addIfNew ? Add(obs) : code;
 }
@@ -43,10 +40,28 @@ void CaseValueReader::Rebind(KORV_InputCaseIterator* iterator, bool includeUserM
   fCaseValue = SVCaseValue(iterator, fVarIndex, includeUserMissing);
 }
 
+std::int32_t CaseValueReader::CodeOf(const OBS* obs) const {
+  if (const std::size_t whole = WholeOf(obs); whole < fvWholeCodes.size()) return fvWholeCodes[whole];
+  const OBS* valueCell = fValueMap.Contains(obs);
+  return valueCell == nullptr ? 0 : static_cast<std::int32_t>(valueCell->number);
+}
+
 std::int32_t CaseValueReader::Add(const OBS* obs) {
   OBS* valueCell = fValueMap.Insert(obs);
   const auto code = static_cast<std::int32_t>(fValueMap.Size());
   valueCell->number = code;
   fvEncodedObs.push_back(valueCell - fKeyCells);
+  if (const std::size_t whole = WholeOf(obs); whole < kMaxWholes) {
+    const std::size_t reach = std::min(kMaxWholes, 2 * (whole + 1));
+    if (whole >= fvWholeCodes.size()) fvWholeCodes.resize(reach, 0);
+    fvWholeCodes[whole] = code;
+  }
   return code;
+}
+
+// The value as a small whole number; kMaxWholes when it is none.
+std::size_t CaseValueReader::WholeOf(const OBS* obs) const {
+  if (fCaseValue.fWidth != 0 || !(obs->number >= 0.0 && obs->number < kMaxWholes)) return kMaxWholes;
+  const auto whole = static_cast<std::size_t>(obs->number);
+  return static_cast<double>(whole) == obs->number ? whole : kMaxWholes;
 }

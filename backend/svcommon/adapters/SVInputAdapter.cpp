@@ -11,8 +11,9 @@ SVInputAdapter::SVInputAdapter(const SVPlanValidSpecs* validSpecs, ProcedureData
       fpDataSource(dataSource),
       fpMessages(messages),
       fbIncludeUserMissing(includeUserMissing) {
-  for (const auto& [variable, _] : validSpecs->CatRecordIndex()) {
+  for (const auto& [variable, slot] : validSpecs->CatRecordIndex()) {
     fCatReaderIndex.emplace(variable, static_cast<std::int32_t>(fvCatReaders.size()));
+    fvCatSlots.push_back(slot);
     fvCatReaders.push_back(std::make_unique<CaseValueReader>(iterator, variable, includeUserMissing));
   }
   for (const auto& [variable, slot] : validSpecs->ContRecordIndex()) {
@@ -37,12 +38,10 @@ int SVInputAdapter::RecordSize() const {
 bool SVInputAdapter::ReadCategorical(double* record) {
   // Every variable is encoded, also behind one without a value: the codes don't depend on what is rejected.
   bool ok = true;
-  auto reader = fvCatReaders.begin();
-  for (const auto& [variable, slot] : fpValidSpecs->CatRecordIndex()) {
-    const std::int32_t code = fPassCounter == 0 ? (*reader)->Encode() : (*reader)->Lookup();
-    record[slot] = code == 0 ? MCMV::gMissingValue : code;
+  for (std::size_t i = 0; i < fvCatReaders.size(); ++i) {
+    const std::int32_t code = fPassCounter == 0 ? fvCatReaders[i]->Encode() : fvCatReaders[i]->Lookup();
+    record[fvCatSlots[i]] = code == 0 ? MCMV::gMissingValue : code;
     if (code == 0) ok = false;
-    ++reader;
   }
   return ok;
 }

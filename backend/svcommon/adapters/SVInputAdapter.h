@@ -93,6 +93,7 @@ protected:
 private:
   CaseValueReader* ReaderOf(std::int32_t variable) const;
 
+  std::vector<std::int32_t> fvCatSlots;                  // of the record, parallel to fvCatReaders
   std::map<std::int32_t, std::int32_t> fCatReaderIndex;  // dictionary index to position in fvCatReaders
   std::int64_t fCasesRead = 0;
   std::int64_t fRecordsPassed = 0;

@@ -52,6 +52,11 @@ void SVSAlgorithm::DrawStage(std::int32_t stage, MCSV::SVSOutputSummary* summary
   fOutSamples.AddStatus(fStatus);
 }
 
+// Whether the run's last stage did: a unit that it selected stands in selected units of all stages before.
+bool SVSAlgorithm::MaySelect(const MCCommon::Record& record) {
+  return Tabulator(fLastStage)->MaySelect(record);
+}
+
 SVStatus SVSAlgorithm::CaseStats(const MCCommon::Record& record,
                                  std::vector<std::vector<double>>* stageValues, double* finalWeight) {
   stageValues->resize(fvpDataTabulators.size());

@@ -30,7 +30,8 @@ public:
   // at a pass without records, those of the tabulators.
   SVStatus Run(MCCommon::MultiPassRecordIter& recordIterator, MCSV::SVSOutputSummary* summary);
 
-  // As SVSComponent::CaseStats(). REQUIRES: ModelBuilt() after the last stage.
+  // As SVSComponent::MaySelect() and CaseStats(). REQUIRES: ModelBuilt() after the last stage.
+  bool MaySelect(const MCCommon::Record& record);
   SVStatus CaseStats(const MCCommon::Record& record, std::vector<std::vector<double>>* stageValues,
                      double* finalWeight);
 

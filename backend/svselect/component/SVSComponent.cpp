@@ -32,6 +32,10 @@ std::int32_t SVSComponent::StageOf(const SVStatus& status) const {
   return fpAlgorithm == nullptr ? 0 : status.StageSlot();
 }
 
+bool SVSComponent::MaySelect(const MCCommon::Record& record) {
+  return !fStatus.IsError() && fpAlgorithm->ModelBuilt() && fpAlgorithm->MaySelect(record);
+}
+
 SVStatus SVSComponent::CaseStats(const MCCommon::Record& record,
                                  std::vector<std::vector<double>>* stageValues, double* finalWeight) {
   if (fStatus.IsError() || !fpAlgorithm->ModelBuilt()) return fStatus;

@@ -40,6 +40,10 @@ public:
   // The stage that a status speaks of, 0 for none.
   std::int32_t StageOf(const SVStatus& status) const;
 
+  // Whether a record may have a final weight: false only for one that CaseStats() would give none. For the
+  // many that aren't in a sample this is far cheaper. False without a finished run.
+  bool MaySelect(const MCCommon::Record& record);
+
   // What the run decided about a record: for each stage of the design the seven results by OutputKind, none
   // for a stage that wasn't selected; and the final weight, missing for a case that isn't in the sample. The
   // first error is returned, and leaves no final weight. Without a finished run nothing is computed.

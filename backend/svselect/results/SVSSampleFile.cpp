@@ -241,7 +241,8 @@ void SVSSampleFile::MakePass(SVSComponent& component, SVProcDSMultiIter& multiPa
     while (multiPassIter.HasMore()) {
       double finalWeight = MCMV::gMissingValue;
       const MCCommon::Record* record = multiPassIter.Current();
-      if (record != nullptr && !component.CaseStats(*record, &fStageValues, &finalWeight).IsError() &&
+      if (record != nullptr && component.MaySelect(*record) &&
+          !component.CaseStats(*record, &fStageValues, &finalWeight).IsError() &&
           finalWeight != MCMV::gMissingValue) {
         FillNewValues(finalWeight, &values);
         takeCase();

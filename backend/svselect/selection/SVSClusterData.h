@@ -33,6 +33,7 @@ public:
     fWeight = weight;
     fHits = hits;
   }
+  bool IsSelected() const { return fWeight != MCMV::gMissingValue; }
   void GetResults(double* inclProb, double* weight, double* hits) const {
     *inclProb = fInclProb;
     *weight = fWeight;

@@ -70,6 +70,10 @@ SVSDataTabulator::SVSDataTabulator(const SVSCompSettings* settings, std::int32_t
   settings->KeyVars(stage, &fKeyStrataVars, &fKeyClusterVars);
   fSVStratumKey = SVKey(static_cast<int>(fKeyStrataVars.size()));
   fSVUnitKey = SVKey(std::max(1, static_cast<int>(fKeyClusterVars.size())));
+  for (Arrival& arrival : fArrivals) {
+    arrival.stratumKey = fSVStratumKey;
+    arrival.unitKey = fSVUnitKey;
+  }
   if (settings->StageSpecVar(stage) >= 0) fConstVars.push_back(settings->StageSpecVar(stage));
 }
 
@@ -78,6 +82,7 @@ SVStatus SVSDataTabulator::ProcessData(MCCommon::MultiPassRecordIter& iterator) 
   if (fbSourceProcessed) fStatus = ErrorStatus(kStatusUserError);
   while (!fStatus.IsError() && iterator.HasMore() && !fpCancelInfo->IsCancelled()) TakeRecord(iterator);
   if (fpCancelInfo->IsCancelled()) fStatus = ErrorStatus(kStatusCancelled);
+  while (!fStatus.IsError() && fEntered < fArrived) EnterNext();
   if (!fStatus.IsError()) fbSourceProcessed = true;
   fpOutSamples->AddStatus(fStatus);
   return fStatus;
@@ -125,7 +130,7 @@ void SVSDataTabulator::Tabulate(const MCCommon::Record& record) {
   if (data == nullptr) {
     fStatus = ErrorStatus(kStatusInvalidRecord);
   } else if (IsPositive(IncomingWeight(data)) && EntersStage(record)) {
-    EnterRecord(data);
+    Arrive(record);
   }
   fpOutSamples->AddStatus(fStatus);
 }
@@ -133,24 +138,39 @@ void SVSDataTabulator::Tabulate(const MCCommon::Record& record) {
 // The stage before selected the record's unit.
 bool SVSDataTabulator::EntersStage(const MCCommon::Record& record) {
   if (fpPrevTabulator == nullptr) return true;
-  return !fpPrevTabulator->Lookup(record, 1.0, &fPrevValues).IsError() && IsPositive(fPrevValues[kOutWeight]);
+  return fpPrevTabulator->MaySelect(record) &&
+         !fpPrevTabulator->Lookup(record, 1.0, &fPrevValues).IsError() && IsPositive(fPrevValues[kOutWeight]);
 }
 
-void SVSDataTabulator::EnterRecord(const double* data) {
-  MakeKeys(data);
-  StratumEntry* entry = fDataTable.Find(fSVStratumKey);
+// Takes the record into the ring, asks for the unit of the record halfway through it, and enters the oldest
+// when the ring is full.
+void SVSDataTabulator::Arrive(const MCCommon::Record& record) {
+  Arrival& arrival = ArrivalAt(fArrived);
+  arrival.data.assign(record.GetAll(), record.GetAll() + record.Size());
+  MakeKeys(record.GetAll(), &arrival.stratumKey, &arrival.unitKey);
+  arrival.stratum = fDataTable.Find(arrival.stratumKey);
+  if (arrival.stratum != nullptr) arrival.stratum->value.PrefetchPlace(arrival.unitKey);
+  const Arrival& halfway = ArrivalAt(fArrived - kWaiting / 2);
+  if (halfway.stratum != nullptr) halfway.stratum->value.PrefetchUnit(halfway.unitKey);
+  ++fArrived;
+  if (fArrived - fEntered == kWaiting) EnterNext();
+}
+
+void SVSDataTabulator::EnterNext() {
+  const Arrival& arrival = ArrivalAt(fEntered++);
+  const double* data = arrival.data.data();
+  StratumEntry* entry = arrival.stratum != nullptr ? arrival.stratum : fDataTable.Find(arrival.stratumKey);
   if (entry != nullptr && !fConstVars.empty() && entry->value.CheckConstValues(data, fConstVars) >= 0 &&
       !fbConstStatus && !fStatus.IsError()) {
     fStatus = WarningStatus(kStatusUnequalSpec);
     fbConstStatus = true;
   }
-  SVSStratumData& stratum = entry != nullptr ? entry->value : NewStratum(data);
-  stratum.AddRecord(fSVUnitKey, data);
+  SVSStratumData& stratum = entry != nullptr ? entry->value : NewStratum(arrival.stratumKey, data);
+  stratum.AddRecord(arrival.unitKey, data);
 }
 
-SVSStratumData& SVSDataTabulator::NewStratum(const double* data) {
-  StratumEntry* entry =
-      fDataTable.Insert(fSVStratumKey, fCompSettings, fStageInd, fpCancelInfo, fConstVars.size());
+SVSStratumData& SVSDataTabulator::NewStratum(const SVKey& key, const double* data) {
+  StratumEntry* entry = fDataTable.Insert(key, fCompSettings, fStageInd, fpCancelInfo, fConstVars.size());
   fTablePairs.push_back(entry);
   SVSStratumData& stratum = entry->value;
   stratum.SetOutSamples(fpOutSamples);
@@ -159,16 +179,16 @@ SVSStratumData& SVSDataTabulator::NewStratum(const double* data) {
 }
 
 // Without cluster variables the case is the unit.
-void SVSDataTabulator::MakeKeys(const double* data) {
+void SVSDataTabulator::MakeKeys(const double* data, SVKey* stratumKey, SVKey* unitKey) const {
   for (std::size_t i = 0; i < fKeyStrataVars.size(); ++i) {
-    fSVStratumKey[static_cast<int>(i)] = KeyValue(data[fKeyStrataVars[i]]);
+    (*stratumKey)[static_cast<int>(i)] = KeyValue(data[fKeyStrataVars[i]]);
   }
-  fSVStratumKey.ComputeHash();
-  if (fKeyClusterVars.empty()) fSVUnitKey[0] = fCaseIdVar < 0 ? 0 : KeyValue(data[fCaseIdVar]);
+  stratumKey->ComputeHash();
+  if (fKeyClusterVars.empty()) (*unitKey)[0] = fCaseIdVar < 0 ? 0 : KeyValue(data[fCaseIdVar]);
   for (std::size_t i = 0; i < fKeyClusterVars.size(); ++i) {
-    fSVUnitKey[static_cast<int>(i)] = KeyValue(data[fKeyClusterVars[i]]);
+    (*unitKey)[static_cast<int>(i)] = KeyValue(data[fKeyClusterVars[i]]);
   }
-  fSVUnitKey.ComputeHash();
+  unitKey->ComputeHash();
 }
 
 SVStatus SVSDataTabulator::SelectSamples(MCSV::SVSOutputSummary* summary,
@@ -240,6 +260,13 @@ bool SVSDataTabulator::WriteStratum(MCSV::SVSOutJointProbs& output, StratumEntry
   return !failed;
 }
 
+bool SVSDataTabulator::MaySelect(const MCCommon::Record& record) {
+  if (fStatus.IsError() || record.Size() < static_cast<int>(fVariableType->size())) return false;
+  MakeKeys(record.GetAll(), &fSVStratumKey, &fSVUnitKey);
+  const StratumEntry* entry = fDataTable.Find(fSVStratumKey);
+  return entry != nullptr && entry->value.MaySelect(fSVUnitKey);
+}
+
 SVStatus SVSDataTabulator::Lookup(const MCCommon::Record& record, double carriedWeight,
                                   std::vector<double>* values) {
   values->assign(kOutputKinds, gMissingValue);
@@ -252,7 +279,7 @@ SVStatus SVSDataTabulator::Lookup(const MCCommon::Record& record, double carried
   const double weight = fbFirstStage ? IncomingWeight(data) : carriedWeight;
   if (!IsPositive(weight)) return fbFirstStage ? ErrorStatus(kStatusInvalidRecord) : status;
 
-  MakeKeys(data);
+  MakeKeys(data, &fSVStratumKey, &fSVUnitKey);
   const StratumEntry* entry = fDataTable.Find(fSVStratumKey);
   if (entry == nullptr) return status;
   status = entry->value.GetRecordStats(fSVUnitKey, values);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -32,7 +34,8 @@ class SVSOutputSummary;
 // Threads:    the thread of the run only. Lookup() writes to scratch fields.
 // Cost:       a record is one search for its stratum and one for its unit, and the same in the tabulator
 // before;
-//             only a new stratum or a new unit allocates.
+//             only a new stratum or a new unit allocates. In a file in random order nearly every unit is out
+//             of the processor's caches, so a few records wait while their units are fetched.
 class SVSDataTabulator {
 public:
   // `prevTabulator` is that of the stage before, null for the first selected stage: it takes every record.
@@ -58,6 +61,10 @@ public:
   // and 92006 for a record at fault.
   SVStatus Lookup(const MCCommon::Record& record, double carriedWeight, std::vector<double>* values);
 
+  // Whether the stage may have selected the record's unit: false only where Lookup() would give no weight.
+  // For the many records that aren't in a sample this is far cheaper.
+  bool MaySelect(const MCCommon::Record& record);
+
   std::int64_t RecordCount() const { return fRecordCount; }  // records that were looked at
   // Records that were fit for tabulation, also those that the stage before had left out.
   std::int64_t ValidCount() const { return fValidCount; }
@@ -68,11 +75,22 @@ private:
 
   void TakeRecord(MCCommon::MultiPassRecordIter& iterator);
   bool Check(const MCCommon::Record& record, SVStatus& status);
+  // A record that waits to be entered under its unit.
+  struct Arrival {
+    SVKey stratumKey;
+    SVKey unitKey;
+    StratumEntry* stratum = nullptr;  // null when there was none at the record's arrival
+    std::vector<double> data;
+  };
+  static constexpr std::size_t kWaiting = 16;  // a power of two
+
   void Tabulate(const MCCommon::Record& record);
   bool EntersStage(const MCCommon::Record& record);
-  void EnterRecord(const double* data);
-  SVSStratumData& NewStratum(const double* data);
-  void MakeKeys(const double* data);
+  void Arrive(const MCCommon::Record& record);
+  void EnterNext();
+  Arrival& ArrivalAt(std::size_t number) { return fArrivals[number % kWaiting]; }
+  SVSStratumData& NewStratum(const SVKey& key, const double* data);
+  void MakeKeys(const double* data, SVKey* stratumKey, SVKey* unitKey) const;
   double IncomingWeight(const double* data) const { return fWeightVar < 0 ? 1.0 : data[fWeightVar]; }
 
   bool DrawStrata(int* maxSelected);
@@ -92,6 +110,9 @@ private:
   const std::vector<std::int32_t>* fVariableType;
   std::int32_t fWeightVar;
   StrataTable fDataTable;
+  std::array<Arrival, kWaiting> fArrivals;  // a ring, by the number of the arrival
+  std::size_t fArrived = 0;
+  std::size_t fEntered = 0;
   SVKey fSVStratumKey;              // scratch
   SVKey fSVUnitKey;                 // scratch
   std::vector<double> fPrevValues;  // scratch: what the stage before says

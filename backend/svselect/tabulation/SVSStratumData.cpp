@@ -1,5 +1,6 @@
 #include "backend/svselect/tabulation/SVSStratumData.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cmath>
 
@@ -166,7 +167,17 @@ SVStatus SVSStratumData::Select() {
                                      fRequestSampleSize, fRequestSampleRate);
   }
   if (!fStatus.IsError()) fStatus = fSelectSamples.SelectSamples();
+  if (!fStatus.IsError()) FilterSelected();
   return fStatus;
+}
+
+void SVSStratumData::FilterSelected() {
+  const auto isSelected = [](const ClusterTable::Entry* unit) { return unit->value.IsSelected(); };
+  fSelected.Reset(static_cast<std::size_t>(
+      std::count_if(fClusterTablePairs.begin(), fClusterTablePairs.end(), isSelected)));
+  for (const ClusterTable::Entry* unit : fClusterTablePairs) {
+    if (isSelected(unit)) fSelected.Add(unit->key);
+  }
 }
 
 SVStatus SVSStratumData::GetRecordStats(const SVKey& unitKey, std::vector<double>* values) const {

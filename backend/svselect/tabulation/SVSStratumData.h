@@ -6,6 +6,7 @@
 
 #include "backend/svselect/selection/SVSClusterData.h"
 #include "backend/svselect/selection/SVSelectSamples.h"
+#include "backend/svselect/tabulation/UnitFilter.h"
 #include "model_components/surveyplans/common/SVKey.h"
 #include "model_components/surveyplans/common/SVStatus.h"
 
@@ -44,6 +45,11 @@ public:
   // value that was first stays, but a missing one gives way to the record's, and counts as different then.
   int CheckConstValues(const double* record, const std::vector<std::int32_t>& variables);
 
+  // Ask the memory for what AddRecord() and GetRecordStats() will look at: first where the unit stands, then
+  // the unit itself.
+  void PrefetchPlace(const SVKey& unitKey) const { fClusterTable.PrefetchPlace(unitKey); }
+  void PrefetchUnit(const SVKey& unitKey) const { fClusterTable.PrefetchEntry(unitKey); }
+
   // Enters a record under its unit. Warning 92033, once, when a unit's records disagree on its size.
   void AddRecord(const SVKey& unitKey, const double* record);
 
@@ -55,6 +61,10 @@ public:
   std::int32_t GetNumSelected() const { return fSelectSamples.GetNumSelected(); }
   // Selected units, or hits, by units; missing without units.
   double GetSelectRate() const;
+
+  // Whether the unit may be in the sample: false only for one that isn't. For the many that aren't this is
+  // far cheaper than GetRecordStats().
+  bool MaySelect(const SVKey& unitKey) const { return fSelected.MayHold(unitKey); }
 
   // Makes `values` the seven results of a case of that unit, by OutputKind; missing what it didn't receive,
   // and the cumulative weight in any case. An error of the stratum is returned, with all of them missing.
@@ -71,6 +81,7 @@ public:
   void ClearWork() { fSelectSamples.ClearWork(); }
 
 private:
+  void FilterSelected();
   void ComputeRequest();
   void RequestSize(double size);
   void RequestRate(double rate);
@@ -84,6 +95,7 @@ private:
   bool fbConstStatus = false;  // 92033 was raised
   SVStatus fStatus;
   ClusterTable fClusterTable;
+  UnitFilter fSelected;
   std::vector<std::int32_t> fConstClusterVars;  // the measure of size: constant within a unit
   std::vector<double> fConstValues;             // the rate or size of the stratum, if a variable carries it
   ClusterPairs fClusterTablePairs;              // all units by first appearance; PPS_WOR sorts them
