@@ -3,13 +3,15 @@
 BUILD := build/release
 JOBS  := $(shell nproc)
 
-.PHONY: help demo test build dependencies bench format clean
+.PHONY: help demo test program build package install dependencies bench format clean
 
 help:
-	@echo "make demo   builds svselect and shows it at work on the example frames"
-	@echo "make test   builds svselect and runs all its tests"
-	@echo "make bench  runs the benchmarks whose figures CONTRIBUTING.md states"
-	@echo "make format lays the sources out by .clang-format"
+	@echo "make demo     builds svselect and shows it at work on the example frames"
+	@echo "make test     builds svselect and runs all its tests"
+	@echo "make install  builds svselect and installs it below PREFIX, /usr/local without it"
+	@echo "make package  builds svselect and makes a Debian package of it"
+	@echo "make bench    runs the benchmarks whose figures CONTRIBUTING.md states"
+	@echo "make format   lays the sources out by .clang-format"
 
 dependencies:
 	@tools/install-dependencies
@@ -17,8 +19,10 @@ dependencies:
 $(BUILD)/build.ninja: | dependencies
 	cmake --preset release
 
-demo: dependencies $(BUILD)/build.ninja
+program: dependencies $(BUILD)/build.ninja
 	cmake --build $(BUILD) -j$(JOBS) --target svselect_program
+
+demo: program
 	examples/demo $(BUILD)/bin/svselect
 
 build: dependencies $(BUILD)/build.ninja
@@ -29,6 +33,13 @@ test: build
 
 bench: build
 	bench/run $(BUILD)
+
+install: program
+	cmake --install $(BUILD) --prefix $(or $(PREFIX),/usr/local)
+
+package: program
+	tools/install-dependencies --package
+	cd $(BUILD) && cpack
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i

@@ -1,13 +1,20 @@
 # DuckDB's shared library and C header: a system-wide one first, else the pinned packages that
 # tools/install-dependencies has put under third_party/duckdb.
 #
-# Defines the imported target DuckDB::DuckDB.
+# Defines the imported target DuckDB::DuckDB, and DuckDB_IS_PINNED when it isn't the system's.
 set(_sv_duckdb_packages "${CMAKE_SOURCE_DIR}/third_party/duckdb/node_modules")
 find_path(DuckDB_INCLUDE_DIR duckdb.h)
 find_library(DuckDB_LIBRARY duckdb)
 if(NOT DuckDB_INCLUDE_DIR OR NOT DuckDB_LIBRARY)
   find_path(DuckDB_INCLUDE_DIR duckdb.h PATHS "${_sv_duckdb_packages}/duckdb/src/duckdb/src/include" NO_DEFAULT_PATH)
   find_library(DuckDB_LIBRARY duckdb PATHS "${_sv_duckdb_packages}/@duckdb/node-bindings-linux-x64" NO_DEFAULT_PATH)
+endif()
+
+string(FIND "${DuckDB_LIBRARY}" "${_sv_duckdb_packages}/" _sv_at)
+if(_sv_at EQUAL 0)
+  set(DuckDB_IS_PINNED TRUE)
+else()
+  set(DuckDB_IS_PINNED FALSE)
 endif()
 
 include(FindPackageHandleStandardArgs)

@@ -1,0 +1,39 @@
+# What `cmake --install` and the Debian package hold. The libraries stand in a folder of their own, since no other
+# program uses them; the program finds them from its own place, so that an installation can be moved as a whole.
+set(SV_LIBRARY_FOLDER "${CMAKE_INSTALL_LIBDIR}/svselect")
+
+file(RELATIVE_PATH libraries_from_program "/${CMAKE_INSTALL_BINDIR}" "/${SV_LIBRARY_FOLDER}")
+set_target_properties(svselect_program PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_program}")
+set_target_properties(svhost svselect_library PROPERTIES INSTALL_RPATH "$ORIGIN")
+install(TARGETS svselect_program svhost svselect_library
+  RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}"
+  LIBRARY DESTINATION "${SV_LIBRARY_FOLDER}")
+if(DuckDB_IS_PINNED)
+  install(FILES "${DuckDB_LIBRARY}" DESTINATION "${SV_LIBRARY_FOLDER}")
+endif()
+
+install(DIRECTORY data/ DESTINATION "${CMAKE_INSTALL_DATADIR}/svselect")
+install(FILES docs/svselect.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+install(FILES cli/completion/svselect DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+install(FILES cli/completion/_svselect DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions")
+install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(FILES LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}" RENAME copyright)
+install(DIRECTORY docs/ DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs" FILES_MATCHING PATTERN "*.md")
+install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+  FILES_MATCHING PATTERN "*.csv" PATTERN "*.json" PATTERN "*.xml" PATTERN "*.md")
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_CONTACT "The svselect developers <svselect@example.org>")
+set(CPACK_PACKAGE_DESCRIPTION
+  "svselect draws the sample of a survey from the cases of a data file by a sampling plan: up to three stages with
+strata, clusters, one of eleven methods of selection and a sample size or rate. It writes the sample with its
+inclusion probabilities and weights, joint inclusion probabilities, and tables of what was asked for and drawn.")
+set(CPACK_PACKAGING_INSTALL_PREFIX "/usr")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION science)
+# Which packages the libraries come from is read off them; ours and DuckDB's are in the package itself.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+get_filename_component(duckdb_folder "${DuckDB_LIBRARY}" DIRECTORY)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}" "${duckdb_folder}")
+include(CPack)
