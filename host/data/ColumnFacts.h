@@ -22,6 +22,9 @@ struct ColumnFacts {
 // The kind of a column by its SQL type, with the decimals of a DECIMAL. Nested values and blobs are left out.
 ColumnFacts FactsOfType(const std::string& name, const std::string& type);
 
+// Doubles give back every whole number up to here.
+inline constexpr double kExactIntegers = 9007199254740992.0;  // 2^53
+
 // DECIMAL(p,s) types: all of p digits come back from a double up to this.
 inline constexpr int kSafeDigits = 15;
 // Digits that a DECIMAL(p,s) has in all; 0 for another type.

@@ -9,14 +9,12 @@
 #include <numeric>
 #include <type_traits>
 
+#include "host/data/ColumnFacts.h"
 #include "host/data/DuckCaseEngine.h"
 #include "host/data/Values.h"
 #include "host/numeric/MissingValue.h"
 
 namespace {
-
-// Doubles give back every whole number up to here.
-constexpr double kExactIntegers = 9007199254740992.0;  // 2^53
 
 // Whether a whole number that is far from zero survives as a double.
 template <class T>

@@ -4,6 +4,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "host/data/DuckDb.h"
 #include "host/data/LeftOutColumns.h"
@@ -19,46 +20,61 @@ bool IsWideInteger(const std::string& type) {
   return type == "BIGINT" || type == "UBIGINT" || type == "HUGEINT" || type == "UHUGEINT";
 }
 
+bool MayLoseDigits(const TypedColumn& column) {
+  return IsWideInteger(column.type) || DecimalPrecision(column.type) > kSafeDigits;
+}
+
 // SQL that is true where every number of the column comes back from a double with the same digits.
 std::string ExactnessOf(const TypedColumn& column, const ColumnFacts& facts) {
   const std::string& x = column.sql;
-  if (facts.kind == Kind::kInteger && IsWideInteger(column.type)) {
+  if (IsWideInteger(column.type)) {
     const char* widest = column.type == "UHUGEINT" ? "UHUGEINT" : "HUGEINT";
     return fmt::format("bool_and(coalesce(TRY_CAST({0}::DOUBLE AS {1}) = {0}::{1}, {0} IS NULL))", x, widest);
   }
-  if (facts.kind == Kind::kDecimal && DecimalPrecision(column.type) > kSafeDigits) {
-    const int safeWhole = kSafeDigits - facts.decimals;  // digits before the point that are safe as well
-    return fmt::format(
-        "bool_and({0} IS NULL OR abs({0}) < {1} OR format('{{:.{2}f}}', {0}::DOUBLE) = {0}::VARCHAR)", x,
-        safeWhole > 0 ? fmt::format("1{:0>{}}", "", safeWhole) : "0", facts.decimals);
+  if (DecimalPrecision(column.type) > kSafeDigits) {
+    return fmt::format("bool_and({0} IS NULL OR format('{{:.{1}f}}', {0}::DOUBLE) = {0}::VARCHAR)", x,
+                       facts.decimals);
   }
   return "true";
 }
 
-// The aggregates that tell the facts of a column, in the order in which ReadFacts() takes them.
-std::string AggregatesOf(const TypedColumn& column, const ColumnFacts& facts, bool wantsText) {
+// The aggregates that tell the facts of a column, in the order in which ReadFacts() takes them. A first look
+// at all rows is cheap and settles nearly every column; NeedsCloserLook() tells which it doesn't.
+std::string FirstLook(const TypedColumn& column, const ColumnFacts& facts, bool wantsText) {
   const std::string& x = column.sql;
-  std::string least = "NULL::DOUBLE";
-  std::string greatest = least;
-  if (facts.kind == Kind::kFloating) {
-    least = fmt::format("CAST(min({0}) FILTER (WHERE isfinite({0})) AS DOUBLE)", x);
-    greatest = fmt::format("CAST(max({0}) FILTER (WHERE isfinite({0})) AS DOUBLE)", x);
-  } else if (facts.kind == Kind::kInteger || facts.kind == Kind::kDecimal) {
-    least = fmt::format("CAST(min({}) AS DOUBLE)", x);
-    greatest = fmt::format("CAST(max({}) AS DOUBLE)", x);
-  }
-  const bool mayLoseDigits = IsWideInteger(column.type) || DecimalPrecision(column.type) > kSafeDigits;
-  const bool needsText = wantsText || facts.kind == Kind::kText || mayLoseDigits;
-  const std::string longest =
-      needsText ? fmt::format("max(strlen({}::VARCHAR))::BIGINT", x) : std::string("NULL::BIGINT");
-  return fmt::format("{}, {}, {}, {}", ExactnessOf(column, facts), least, greatest, longest);
+  const bool hasBounds =
+      facts.kind == Kind::kFloating || facts.kind == Kind::kInteger || facts.kind == Kind::kDecimal;
+  const std::string bounds = hasBounds ? fmt::format("CAST(min({0}) AS DOUBLE), CAST(max({0}) AS DOUBLE)", x)
+                                       : "NULL::DOUBLE, NULL::DOUBLE";
+  const bool needsText = wantsText || facts.kind == Kind::kText;
+  return fmt::format("true, {}, {}", bounds,
+                     needsText ? fmt::format("max(strlen({}::VARCHAR))", x) : "NULL::BIGINT");
+}
+
+std::string CloserLook(const TypedColumn& column, const ColumnFacts& facts, bool) {
+  const std::string& x = column.sql;
+  const std::string filter = facts.kind == Kind::kFloating ? fmt::format("isfinite({})", x) : "true";
+  return fmt::format(
+      "{0}, CAST(min({1}) FILTER (WHERE {2}) AS DOUBLE), CAST(max({1}) FILTER (WHERE {2}) AS DOUBLE), "
+      "max(strlen({1}::VARCHAR))",
+      ExactnessOf(column, facts), x, filter);
+}
+
+// Whether the bounds leave open what a column holds: numbers that aren't finite hide the others, and beyond
+// the digits of a double each number has to be looked at.
+bool NeedsCloserLook(const TypedColumn& column, const ColumnFacts& facts) {
+  const double farthest = std::max(-facts.least, facts.greatest);
+  if (facts.kind == Kind::kFloating) return !std::isfinite(facts.least) || !std::isfinite(facts.greatest);
+  if (!MayLoseDigits(column)) return false;
+  return facts.kind == Kind::kDecimal ? !(farthest < std::pow(10.0, kSafeDigits - facts.decimals))
+                                      : !(farthest < kExactIntegers);
 }
 
 void ReadFacts(const DuckChunk& row, std::size_t at, ColumnFacts* facts) {
-  if (!row.IsNull(at, 0)) facts->isExact = row.Values<bool>(at)[0];
-  if (!row.IsNull(at + 1, 0)) facts->least = row.Values<double>(at + 1)[0];
-  if (!row.IsNull(at + 2, 0)) facts->greatest = row.Values<double>(at + 2)[0];
-  if (!row.IsNull(at + 3, 0)) facts->longest = static_cast<std::size_t>(row.Values<std::int64_t>(at + 3)[0]);
+  facts->isExact = row.IsNull(at, 0) || row.Values<bool>(at)[0];
+  facts->least = row.IsNull(at + 1, 0) ? 0.0 : row.Values<double>(at + 1)[0];
+  facts->greatest = row.IsNull(at + 2, 0) ? 0.0 : row.Values<double>(at + 2)[0];
+  facts->longest = row.IsNull(at + 3, 0) ? 0 : static_cast<std::size_t>(row.Values<std::int64_t>(at + 3)[0]);
 }
 
 // Small integers and truth values are never wider than the narrowest format.
@@ -124,24 +140,36 @@ private:
   }
 
   void Scan() {
-    std::vector<std::string> aggregates;
-    std::vector<std::size_t> scanned;
+    std::vector<std::size_t> open;
     for (std::size_t i = 0; i < fColumns.size(); ++i) {
-      const bool wantsText = fRules.WishFor(fColumns[i].name) == SchemaRules::Wish::kString;
       if (fvFacts[i].kind == Kind::kLeftOut || IsTextAsNumber(i)) continue;
-      if (NeedsNoScan(fColumns[i].type) && !wantsText) continue;
+      if (NeedsNoScan(fColumns[i].type) && !WantsText(i)) continue;
       if (fbTrusted && fRules.SettlesAll(fColumns[i].name)) continue;
-      aggregates.push_back(AggregatesOf(fColumns[i], fvFacts[i], wantsText));
-      scanned.push_back(i);
+      open.push_back(i);
     }
-    if (scanned.empty()) return;
+    Look(open, FirstLook);
+    const auto isSettled = [&](std::size_t i) { return !NeedsCloserLook(fColumns[i], fvFacts[i]); };
+    open.erase(std::remove_if(open.begin(), open.end(), isSettled), open.end());
+    Look(open, CloserLook);
+  }
+
+  bool WantsText(std::size_t i) const {
+    return fRules.WishFor(fColumns[i].name) == SchemaRules::Wish::kString;
+  }
+
+  // One query over all rows for the facts of those columns.
+  void Look(const std::vector<std::size_t>& columns, decltype(FirstLook) aggregatesOf) {
+    if (columns.empty()) return;
+    std::vector<std::string> aggregates;
+    for (const std::size_t i : columns)
+      aggregates.push_back(aggregatesOf(fColumns[i], fvFacts[i], WantsText(i)));
     DuckResult result = Named([&] {
       return WorkDatabase::Current().Connect().Query(
           fmt::format("SELECT {} FROM {}", fmt::join(aggregates, ", "), fFrom));
     });
     const DuckChunk row = result.Fetch();
     constexpr std::size_t kAggregates = 4;  // of each column
-    for (std::size_t k = 0; k < scanned.size(); ++k) ReadFacts(row, k * kAggregates, &fvFacts[scanned[k]]);
+    for (std::size_t k = 0; k < columns.size(); ++k) ReadFacts(row, k * kAggregates, &fvFacts[columns[k]]);
   }
 
   void AddColumn(std::size_t i, DataFrame* frame) {
