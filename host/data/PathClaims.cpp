@@ -104,6 +104,7 @@ FileFlags PathClaims::ClaimForWriting(FileRole role, const std::string& spelling
 }
 
 void PathClaims::NoteRefusal(FileRole role, const std::string& path, const std::string& why) {
+  if (path.empty()) return;  // nobody asked for it
   const bool isKnown = std::any_of(fvRefusals.begin(), fvRefusals.end(), [&](const Refusal& refusal) {
     return refusal.path == path && refusal.why == why;
   });

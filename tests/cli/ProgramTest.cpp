@@ -128,9 +128,9 @@ TEST(Program, DrawsTheSameWhateverSurroundsIt) {
   EXPECT_THAT(plain.err, IsEmpty());
   const nlohmann::json report = nlohmann::json::parse(folder.Text("r.json"));
   EXPECT_EQ(report["status"], "ok");
-  EXPECT_EQ(report["files"][0]["role"], "sample");
+  EXPECT_EQ(report["files"][1]["role"], "sample");
   const std::string sample = folder.Text("s.csv");
-  EXPECT_EQ(report["files"][0]["cases"].get<int>() + 1, std::count(sample.begin(), sample.end(), '\n'));
+  EXPECT_EQ(report["files"][1]["cases"].get<int>() + 1, std::count(sample.begin(), sample.end(), '\n'));
   for (const std::string surroundings : kSurroundings) {
     SCOPED_TRACE(surroundings);
     const ProgramFolder::Result result = folder.Run(surroundings + run + " --threads 3");
@@ -144,22 +144,23 @@ TEST(Program, DrawsTheSameWhateverSurroundsIt) {
   EXPECT_EQ(folder.Text("s.csv"), sample);
 }
 
-// An interrupted program ends with 130 and one line, wherever it is; a run leaves no file. The frame is too
-// large to be read before the interrupt comes.
+// An interrupted run ends with 130 and one line and leaves no file. The query is too large to end before the
+// interrupt comes, which is sent once the program has its temporary folder and is at work.
 TEST(Program, EndsInGoodOrderWhenInterrupted) {
-  const std::string large =
-      "--sql 'SELECT range AS district, hash(range) AS county FROM range(1000000000) ORDER BY 2' ";
+  const std::string run =
+      "$S run --sql 'SELECT range AS district, hash(range) AS county FROM range(1000000000) ORDER BY 2' "
+      "--plan $E/plans/three-stages.xml --sample s.csv --report r.json";
   const ProgramFolder folder;
-  for (const char* signal : {"INT", "TERM"}) {
+  for (const std::string signal : {"INT", "TERM"}) {
     const ProgramFolder::Result result =
-        folder.Run("$S run " + large +
-                   "--plan $E/plans/three-stages.xml --sample s.csv --report r.json & "
-                   "sleep 1; kill -" +
+        folder.Run("mkdir -p ../tmp; export TMPDIR=$PWD/../tmp; " + run +
+                   " & until ls -d ../tmp/*/ >/dev/null 2>&1; do sleep 0.05; done; sleep 0.2; kill -" +
                    signal + " $!; wait $!");
     EXPECT_EQ(result.status, 130);
     EXPECT_EQ(result.err, "svselect: interrupted; nothing was written\n");
     EXPECT_EQ(folder.Files(), "r.json\n");
     EXPECT_EQ(nlohmann::json::parse(folder.Text("r.json"))["status"], "cancelled");
+    EXPECT_THAT(folder.Run("ls ../tmp").out, IsEmpty());
   }
 }
 
