@@ -1,113 +1,289 @@
 #include "cli/CommandLine.h"
 
-#include <CLI/Config.hpp>
-#include <CLI/Formatter.hpp>
+#include <algorithm>
+#include <array>
+
+#include "cli/HelpPage.h"
+#include "cli/UsageWords.h"
 
 namespace {
 
-// A script's unset variable gives an empty text; that shall not read as an option that wasn't given.
-void RefuseEmptyValues(CLI::App& app) {
-  const CLI::Validator notEmpty(
-      [](const std::string& text) { return std::string(text.empty() ? "needs a value" : ""); }, "");
-  for (CLI::Option* option : app.get_options()) {
-    if (option->get_expected_max() > 0) option->check(notEmpty);
+constexpr int kMaxThreads = 1024;
+
+const char* const kFrameGroup = "THE FRAME";
+const char* const kPartsGroup = "WHAT TO DRAW AND WRITE: THE COMMAND BY ITS PARTS";
+const char* const kWholeGroup = "THE COMMAND AS A WHOLE";
+const char* const kSessionGroup = "THE RUN";
+const char* const kHelpGroup = "HELP";
+
+const char* const kRunAfter = R"(EXIT STATUS
+  0    the run ended without an error
+  1    an error was raised, or a file that was named can't be used
+  2    svselect was called wrongly
+  130  the run was interrupted
+
+EXAMPLES
+  Draw by a plan, and keep the sample and the joint probabilities:
+    svselect run --data schools.csv --plan plan.xml --seed 4711 \
+        --sample sample.csv --joint joint.csv
+  Draw from the rows of a query, in the order of two variables:
+    svselect run --sql "SELECT * FROM 'schools.csv' WHERE type = 'H'" \
+        --sort county,district --plan plan.xml --sample sample.parquet
+  See the command that the options stand for:
+    svselect run --plan plan.xml --seed 4711 --sample sample.csv --explain
+)";
+
+const char* const kPlanAfter = R"(EXIT STATUS
+  0 when the plan can be read and the frame has its variables, 1 when not,
+  2 when svselect was called wrongly.
+
+EXAMPLES
+    svselect plan plan.xml
+    svselect plan plan.xml --data schools.csv
+)";
+
+const char* const kDescribeAfter = R"(EXIT STATUS
+  0 when the file can be read, 1 when not, 2 when svselect was called wrongly.
+
+EXAMPLES
+    svselect describe schools.csv
+    svselect describe sample.parquet
+)";
+
+const char* const kProgramAfter = R"(EXAMPLES
+  What a file holds, what a plan says, and a sample by it:
+    svselect describe schools.csv
+    svselect plan plan.xml --data schools.csv
+    svselect run --data schools.csv --plan plan.xml --sample sample.csv
+
+  svselect run --help tells all options of a run; so does svselect(1).
+)";
+
+// A script's unset variable gives an empty text, and shall not read as an option that wasn't given; nor shall
+// the option behind one whose value was forgotten read as that value.
+std::string WhyNoValue(const std::string& text) {
+  if (text.empty()) return "the value is empty";
+  const bool isOption = text.size() > 2 && text.starts_with("--") && CLI::detail::valid_first_char(text[2]);
+  return isOption ? "needs a value, and " + QuotedWord(text) + " follows" : "";
+}
+
+// Options of one group, each with its value's name in the help.
+class OptionGroup {
+public:
+  OptionGroup(CLI::App& app, const char* name) : fApp(app), fpName(name) {}
+
+  CLI::Option* Add(const char* name, std::string& value, const char* type, const char* help) {
+    return Settle(fApp.add_option(name, value, help), type);
   }
+  CLI::Option* Add(const char* name, int& value, const char* type, const char* help) {
+    return Settle(fApp.add_option(name, value, help), type);
+  }
+  // A list, in one value with commas or in several of the same option; never the words that follow.
+  CLI::Option* AddList(const char* name, std::vector<std::string>& values, const char* type,
+                       const char* help) {
+    return AddRepeated(name, values, type, help)->delimiter(',');
+  }
+  CLI::Option* AddRepeated(const char* name, std::vector<std::string>& values, const char* type,
+                           const char* help) {
+    return Settle(fApp.add_option(name, values, help), type)
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  }
+  void AddFlag(const char* name, bool& value, const char* help) {
+    fApp.add_flag(name, value, help)->group(fpName)->disable_flag_override();
+  }
+
+private:
+  CLI::Option* Settle(CLI::Option* option, const char* type) {
+    return option->group(fpName)->type_name(type)->check(CLI::Validator(WhyNoValue, ""));
+  }
+
+  CLI::App& fApp;
+  const char* fpName;
+};
+
+CLI::Validator Allowed(const char* what, bool (*isAllowed)(const std::string&)) {
+  return CLI::Validator(
+      [=](const std::string& text) -> std::string {
+        return isAllowed(text) ? "" : QuotedWord(text) + " isn't " + what;
+      },
+      "");
+}
+
+bool IsWholeNumber(const std::string& text) {
+  return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+bool IsThreads(const std::string& text) {
+  constexpr std::size_t kMostDigits = 4;
+  if (!IsWholeNumber(text) || text.size() > kMostDigits) return false;
+  const int threads = std::stoi(text);
+  return threads >= 1 && threads <= kMaxThreads;
+}
+
+bool IsStage(const std::string& text) {
+  return text == "1" || text == "2" || text == "3";
+}
+
+bool IsSeed(const std::string& text) {
+  return IsWholeNumber(text) || CLI::detail::to_lower(text) == "random";
+}
+
+bool IsTable(const std::string& text) {
+  const std::string word = CLI::detail::to_lower(text);
+  return word == "selection" || word == "cps";
+}
+
+// One word of a command: what would end it or begin another thing can't stand in it.
+bool IsWord(const std::string& text) {
+  return text.find_first_of(" \t\r\n\f\v,=/()'\"") == std::string::npos;
+}
+
+void AddHelp(CLI::App& app, const HelpPage& page) {
+  app.set_help_flag("-h,--help", "Show this page")->group(kHelpGroup);
+  app.allow_extras();  // UnexpectedWords() tells them
+  SetHelpPage(app, page);
 }
 
 void AddFrame(CLI::App& app, FrameOptions& frame) {
-  app.add_option("--data", frame.path, "Data file to draw from: .sav, .parquet, .csv, .tsv, .json or .ndjson")
-      ->type_name("FRAME");
-  app.add_option("--sql", frame.sql, "Query whose rows are drawn from, in place of --data")
-      ->type_name("QUERY");
-  app.add_option("--sort", frame.sort, "Variables to order the cases by; ties keep their order")
-      ->delimiter(',')
-      ->type_name("A,B");
-  app.add_option("--schema", frame.schema, "Table Schema of the frame, in place of the one beside it")
-      ->type_name("FILE");
-  app.add_option("--weight", frame.weight, "Variable that weights the cases")->type_name("VAR");
-  app.add_option("--split", frame.split, "Variables whose changes split the cases into groups")
-      ->delimiter(',')
-      ->type_name("A,B");
+  OptionGroup group(app, kFrameGroup);
+  group.Add("--data", frame.path, "FRAME",
+            "Data file to draw from: .sav, .parquet, .csv, .tsv, .json or .ndjson");
+  group.Add("--sql", frame.sql, "QUERY", "Query whose rows are drawn from, in place of --data");
+  group.AddList(
+      "--sort", frame.sort, "A,B",
+      "Variables to order the cases by. Ties keep their order, missing values come first. The order "
+      "matters to systematic and sequential selection");
+  group.Add("--schema", frame.schema, "FILE", "Table Schema of the frame, in place of the one beside it");
+  group.Add("--weight", frame.weight, "VAR", "Variable that weights the cases");
+  group.AddList("--split", frame.split, "A,B", "Variables whose changes split the cases into groups");
 }
 
 void AddCommandParts(CLI::App& app, CommandOptions& parts) {
-  const std::string group = "The command, by its parts";
-  const auto add = [&](const char* name, auto& value, const char* help, const char* type) {
-    return app.add_option(name, value, help)->group(group)->type_name(type);
-  };
-  const auto flag = [&](const char* name, bool& value, const char* help) {
-    app.add_flag(name, value, help)->group(group);
-  };
-  add("--plan", parts.plan, "Sampling plan", "FILE");
-  add("--stages", parts.stages, "Stages to draw; all without it", "1,2")->delimiter(',');
-  add("--seed", parts.seed, "Seed of the random numbers, or random", "N");
-  flag("--include-user-missing", parts.includeUserMissing,
-       "User-missing values of strata and cluster variables are categories");
-  flag("--rename", parts.rename, "Variables that have a new variable's name give way to it");
-  flag("--presorted", parts.presorted, "The cases are sorted by the design variables");
-  add("--sample", parts.sample, "Data file for the sample", "FILE");
-  add("--keep", parts.keep, "Variables to copy to the sample", "A,B")->delimiter(',');
-  add("--drop", parts.drop, "Variables not to copy, or ALL", "A,B")->delimiter(',');
-  add("--joint", parts.joint, "Data file for the joint inclusion probabilities", "FILE");
-  add("--rule", parts.rule, "Text file that states the sample as a rule", "FILE");
-  add("--print", parts.print, "Tables to print: selection, cps", "WORDS")->delimiter(',');
+  OptionGroup group(app, kPartsGroup);
+  const CLI::Validator isWord = Allowed("a name", IsWord);
+  group.Add("--plan", parts.plan, "PLAN", "Sampling plan, an XML file");
+  group.AddList("--stages", parts.stages, "1,2", "Stages to draw. Without it, all")
+      ->check(Allowed("a stage: 1, 2 or 3", IsStage));
+  group.Add("--seed", parts.seed, "N", "Seed of the random numbers, or random. Without it, random")
+      ->check(Allowed("a seed: a whole number, or random", IsSeed));
+  group.AddFlag("--include-user-missing", parts.includeUserMissing,
+                "User-missing values of strata and cluster variables are categories of their own");
+  group.AddFlag("--rename", parts.rename,
+                "Variables of the frame that have the name of a new one give way to it");
+  group.AddFlag("--presorted", parts.presorted, "The cases are sorted by the design variables");
+  group.Add("--sample", parts.sample, "FILE", "Data file for the sample: .sav, .parquet, .csv or .tsv");
+  group.AddList("--keep", parts.keep, "A,B", "Variables to copy to the sample. Without it, all")
+      ->check(isWord);
+  group.AddList("--drop", parts.drop, "A,B", "Variables not to copy to the sample, or ALL")->check(isWord);
+  group.Add("--joint", parts.joint, "FILE", "Data file for the joint inclusion probabilities");
+  group.Add("--rule", parts.rule, "FILE", "Text file that states the sample as a rule");
+  group
+      .AddList("--print", parts.print, "WORDS",
+               "Tables to show: selection (what was asked for and drawn), cps (cases by stage)")
+      ->check(Allowed("a table: selection or cps", IsTable));
 }
 
-bool IsAnyGiven(const CommandOptions& parts) {
-  return !parts.plan.empty() || !parts.stages.empty() || !parts.seed.empty() || parts.includeUserMissing ||
-         parts.rename || parts.presorted || !parts.sample.empty() || !parts.keep.empty() ||
-         !parts.drop.empty() || !parts.joint.empty() || !parts.rule.empty() || !parts.print.empty();
+void AddWholeCommand(CLI::App& app, RunOptions& options) {
+  OptionGroup group(app, kWholeGroup);
+  group.Add("--command", options.command, "TEXT", "The SVSELECT command");
+  group.Add("--command-file", options.commandFile, "FILE", "File that holds the SVSELECT command");
+  group.AddFlag("--explain", options.explain, "Show the command and do nothing else");
+}
+
+void AddSession(CLI::App& app, RunOptions& options) {
+  OptionGroup group(app, kSessionGroup);
+  group.AddFlag(
+      "--exact-design", options.settings.exactDesign,
+      "Draw by PPS_WOR, PPS_BREWER and PPS_SAMPFORD with exactly the probabilities that are stated");
+  group
+      .Add("--threads", options.settings.threads, "N",
+           "Threads. Without it, as many as the machine has processors. The sample is the same with any")
+      ->check(Allowed("a number of threads: 1 to 1024", IsThreads));
+  group.AddRepeated("--report", options.reports, "FILE",
+                    "File for the report, .json or .txt. May be given several times");
+  group.Add("--save", options.save, "FILE", "Data file for the frame with the new variables");
+  group.AddFlag("--quiet", options.quiet, "No tables and notes on standard output");
+}
+
+// The first option given that is a part of the command; null when there is none.
+const CLI::Option* FirstPart(const CLI::App& app) {
+  const std::vector<const CLI::Option*> given = app.get_options(
+      [](const CLI::Option* option) { return option->get_group() == kPartsGroup && option->count() > 0; });
+  return given.empty() ? nullptr : given.front();
+}
+
+std::string UnexpectedOrNothing(const CLI::App& app, const std::string& path, const std::string& otherwise) {
+  const std::string unexpected = UnexpectedWords(app);
+  return unexpected.empty() && path.empty() ? otherwise : unexpected;
 }
 
 }  // namespace
 
+void DescribeProgram(CLI::App& app) {
+  app.set_version_flag("--version", "svselect " SV_VERSION, "Show the version")->group(kHelpGroup);
+  AddHelp(app,
+          {{"run --data FRAME --plan PLAN [--sample FILE] [OPTION]...", "plan PLAN [--data FRAME]",
+            "describe FRAME"},
+           "Draws a probability sample from the cases of a data file, by a sampling plan: an XML file that "
+           "describes a design of up to three stages with strata, clusters, a method of selection and a "
+           "size or rate for each.",
+           kProgramAfter});
+}
+
 void DescribeRun(CLI::App& app, RunOptions& options) {
   AddFrame(app, options.frame);
   AddCommandParts(app, options.parts);
-  const std::string whole = "The command, as a whole";
-  app.add_option("--command", options.command, "SVSELECT command")->group(whole)->type_name("TEXT");
-  app.add_option("--command-file", options.commandFile, "File that holds the SVSELECT command")
-      ->group(whole)
-      ->type_name("FILE");
-  app.add_flag("--explain", options.explain, "Print the command and do nothing else")->group(whole);
-  app.add_flag("--exact-design", options.settings.exactDesign,
-               "Draw by Brewer, Sampford and PPS_WOR with exactly the probabilities that are stated");
-  app.add_option("--threads", options.settings.threads, "Threads; the machine's processors without it")
-      ->check(CLI::Range(1, 1024))
-      ->type_name("N");
-  app.add_option("--report", options.reports, "File for the report, .json or .txt; may be repeated")
-      ->type_name("FILE")
-      ->expected(1)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  app.add_option("--save", options.save, "Data file for the frame with the new variables")->type_name("FILE");
-  app.add_flag("--quiet", options.quiet, "No tables and notes on standard output");
-  RefuseEmptyValues(app);
+  AddWholeCommand(app, options);
+  AddSession(app, options);
+  AddHelp(app,
+          {{"--data FRAME --plan PLAN [--sample FILE] [OPTION]...", "--data FRAME --command TEXT [OPTION]...",
+            "--data FRAME --command-file FILE [OPTION]..."},
+           "Reads the cases of the frame, draws by the plan, and writes the sample with its inclusion "
+           "probabilities and weights. Tables and notes go to standard output, messages to standard error. "
+           "The files of a run appear whole and together, or not at all. The seed, the plan and the order "
+           "of the cases fix the sample.",
+           kRunAfter});
 }
 
 void DescribePlan(CLI::App& app, PlanOptions& options) {
-  app.add_option("PLAN", options.plan, "Sampling plan")->required();
-  app.add_option("--data", options.frame.path, "Data file to hold the plan's variables against")
-      ->type_name("FRAME");
-  app.add_option("--schema", options.frame.schema, "Table Schema of the frame")->type_name("FILE");
-  RefuseEmptyValues(app);
+  app.add_option("PLAN", options.plan, "Sampling plan, an XML file")->group("ARGUMENTS");
+  OptionGroup group(app, kFrameGroup);
+  group.Add("--data", options.frame.path, "FRAME", "Data file to hold the variables of the plan against");
+  group.Add("--schema", options.frame.schema, "FILE",
+            "Table Schema of the frame, in place of the one beside it");
+  AddHelp(app,
+          {{"PLAN [--data FRAME]"},
+           "Tells what the plan draws, stage by stage, or what is wrong with it. With a frame, tells which "
+           "variables of the plan the frame hasn't got.",
+           kPlanAfter});
 }
 
 void DescribeDescribe(CLI::App& app, FrameOptions& options) {
-  app.add_option("FRAME", options.path, "Data file")->required();
-  app.add_option("--schema", options.schema, "Table Schema of the frame")->type_name("FILE");
-  RefuseEmptyValues(app);
+  app.add_option("FRAME", options.path, "Data file: .sav, .parquet, .csv, .tsv, .json or .ndjson")
+      ->group("ARGUMENTS");
+  OptionGroup group(app, kFrameGroup);
+  group.Add("--schema", options.schema, "FILE", "Table Schema of the file, in place of the one beside it");
+  AddHelp(app,
+          {{"FRAME [--schema FILE]"},
+           "Shows the variables of a data file as svselect sees them, with types, formats, levels, labels, "
+           "value labels and missing values, its documents and its number of cases.",
+           kDescribeAfter});
 }
 
-std::string UsageError(const RunOptions& options) {
+std::string UsageError(const CLI::App& app, const RunOptions& options) {
+  if (std::string unexpected = UnexpectedWords(app); !unexpected.empty()) return unexpected;
   if (!options.command.empty() && !options.commandFile.empty()) {
     return "--command and --command-file exclude each other";
   }
   const bool isWhole = !options.command.empty() || !options.commandFile.empty();
-  if (isWhole && IsAnyGiven(options.parts)) {
-    return "options such as --plan are parts of the command; with --command or --command-file write them "
-           "there";
+  const CLI::Option* part = FirstPart(app);
+  if (isWhole && part != nullptr) {
+    const std::string whole = options.command.empty() ? "--command-file" : "--command";
+    return part->get_name() + " is a part of the command; with " + whole + " write it there";
   }
-  if (!isWhole && options.parts.plan.empty()) return "a plan is needed: --plan FILE, or a whole --command";
+  if (!isWhole && options.parts.plan.empty()) return "a plan is needed: --plan PLAN, or a whole --command";
   if (options.explain) return "";
   if (options.frame.path.empty() == options.frame.sql.empty()) {
     return options.frame.path.empty() ? "a frame is needed: --data FRAME or --sql QUERY"
@@ -115,8 +291,16 @@ std::string UsageError(const RunOptions& options) {
   }
   for (const std::string& report : options.reports) {
     if (!report.ends_with(".json") && !report.ends_with(".txt")) {
-      return "--report " + report + ": the name must end in .json or .txt";
+      return "--report " + QuotedWord(report) + ": the name must end in .json or .txt";
     }
   }
   return "";
+}
+
+std::string UsageError(const CLI::App& app, const PlanOptions& options) {
+  return UnexpectedOrNothing(app, options.plan, "a plan is needed: svselect plan PLAN");
+}
+
+std::string UsageError(const CLI::App& app, const FrameOptions& options) {
+  return UnexpectedOrNothing(app, options.path, "a data file is needed: svselect describe FRAME");
 }

@@ -7,6 +7,7 @@
 #include "cli/InputFiles.h"
 #include "cli/Terminal.h"
 #include "host/data/Values.h"
+#include "host/environment/MCStopProcessor.h"
 #include "host/text/DisplayText.h"
 
 namespace {
@@ -92,6 +93,7 @@ std::string Counted(std::int64_t count, const char* one, const char* many) {
 int DescribeFrame(const FrameOptions& options) {
   HostSession session;
   OpenDocument();
+  CatchInterrupts();
   if (!ClaimFrame(options)) {
     TellMessages();
     return kExitError;
@@ -112,6 +114,10 @@ int DescribeFrame(const FrameOptions& options) {
       for (const std::string& line : document) std::cout << kIndent << PrintableText(line) << '\n';
     }
   } catch (const DataError& error) {
+    if (StopRequested()) {
+      TellInterrupted();
+      return kExitInterrupted;
+    }
     std::cout.flush();
     TellMessages();
     TellProblem(error.what());

@@ -7,6 +7,8 @@
 #include "backend/svcommon/PlanXmlReader.h"
 #include "backend/svcommon/SVPlanSpecs.h"
 #include "cli/Terminal.h"
+#include "host/data/ReadableFile.h"
+#include "host/environment/MCStopProcessor.h"
 #include "host/text/DisplayText.h"
 
 namespace {
@@ -46,6 +48,12 @@ bool HasAllVariables(const SVPlanSpecs& plan, const std::string& frame) {
 int TellPlan(const PlanOptions& options) {
   HostSession session;
   OpenDocument();
+  try {
+    CheckReadableFile(options.plan);
+  } catch (const DataError& error) {
+    TellProblem(error.what());
+    return kExitError;
+  }
   SVPlanSpecs plan;
   const int code = SV_XML::PlanXmlReader(&plan).readSamplePlan(options.plan);
   if (code != 0) {
@@ -54,11 +62,16 @@ int TellPlan(const PlanOptions& options) {
     return kExitError;
   }
   for (const std::string& line : PlanInWords(plan)) std::cout << PrintableText(line) << '\n';
-  std::cout.flush();
+  if (!FinishOutput()) return kExitError;
   if (options.frame.path.empty()) return kExitOk;
+  CatchInterrupts();
   try {
     OpenFrame(options.frame);
   } catch (const DataError& error) {
+    if (StopRequested()) {
+      TellInterrupted();
+      return kExitInterrupted;
+    }
     TellProblem(error.what());
     return kExitError;
   }

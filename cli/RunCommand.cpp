@@ -1,7 +1,6 @@
 #include "cli/RunCommand.h"
 
 #include <algorithm>
-#include <csignal>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -24,20 +23,6 @@
 
 namespace {
 
-void OnInterrupt(int) {
-  RequestStop();
-}
-
-// Ctrl-C, and the end of the terminal, ask the run to end in good order; a second one ends it at once.
-void CatchInterrupts() {
-  struct sigaction action {};
-  action.sa_handler = OnInterrupt;
-  action.sa_flags = static_cast<int>(SA_RESETHAND);
-  sigaction(SIGINT, &action, nullptr);
-  sigaction(SIGTERM, &action, nullptr);
-  sigaction(SIGHUP, &action, nullptr);
-}
-
 // The text of the command, from wherever the options have it. False when its file can't be read.
 bool ReadCommand(const RunOptions& options, std::string* text) {
   if (options.commandFile.empty()) {
@@ -59,12 +44,6 @@ bool TakeCommand(const RunOptions& options) {
   const std::string source = options.commandFile.empty() ? "Command" : options.commandFile;
   HostSession::Current().Layer<SessionCommand>().SetCommand(std::move(text), source);
   return true;
-}
-
-std::string WhyNotWritten(const FileFlags& flags) {
-  if (flags.inUse) return "the file is in use, by this run or another process";
-  if (flags.readOnly) return "the file or its folder can't be written";
-  return "its folder doesn't exist, or it is no file that can be written";
 }
 
 // What the program itself writes.
@@ -100,7 +79,7 @@ bool OpenRunFrame(const FrameOptions& frame) {
     OpenFrame(frame);
     return true;
   } catch (const DataError& error) {
-    return Fail(error.what());
+    return !StopRequested() && Fail(error.what());  // what a stop request breaks off has no fault to tell
   }
 }
 
@@ -136,6 +115,15 @@ std::string SettleFiles(const UserCaseFileSpec& save) {
     return "error";
   }
   return SessionFiles::Current().MissingFiles().empty() ? "ok" : "error";
+}
+
+// Why files that the command names can't be used: the messages of the procedure say no more than that.
+void TellRefusals() {
+  for (const PathClaims::Refusal& refusal : SessionFiles::Current().Claims().Refusals()) {
+    const bool isOfCommand = refusal.role == FileRole::kPlan || refusal.role == FileRole::kSample ||
+                             refusal.role == FileRole::kJoint || refusal.role == FileRole::kRule;
+    if (isOfCommand) TellProblem(refusal.path + ": " + refusal.why);
+  }
 }
 
 // What a run that ended without an error has to say beyond its messages.
@@ -192,7 +180,7 @@ int ExplainCommand(const RunOptions& options) {
   const bool isGood = ReadCommand(options, &text);
   TellMessages();
   if (isGood) std::cout << text << '\n';
-  return isGood ? kExitOk : kExitError;
+  return FinishOutput() && isGood ? kExitOk : kExitError;
 }
 
 int RunSample(const RunOptions& options) {
@@ -202,11 +190,16 @@ int RunSample(const RunOptions& options) {
   OwnFiles own;
   const bool isReady = ClaimFrame(options.frame) && ClaimOwnFiles(options, &own) && TakeCommand(options) &&
                        OpenRunFrame(options.frame);
-  if (isReady) CallProcedure();
+  if (isReady && !StopRequested()) CallProcedure();
   const std::string status = SettleFiles(own.save);
 
-  TellMessages();
-  TellAdvice(options, status);
+  if (status == "cancelled") {
+    TellInterrupted();  // errors of a run that was broken off speak of the break alone
+  } else {
+    TellMessages();
+    TellRefusals();
+    TellAdvice(options, status);
+  }
   if (!options.quiet) RenderText(OutputDocument::Current(), TerminalWidth(), std::cout);
   bool isTold = FinishOutput();
   const RunOutcome outcome = OutcomeOf(status);

@@ -4,13 +4,32 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <iostream>
 
 #include "host/data/TemporaryFile.h"
 #include "host/environment/CommonBlocks.h"
+#include "host/environment/MCStopProcessor.h"
 #include "host/output/OutputDocument.h"
 #include "host/output/TextRenderer.h"
 #include "host/text/DisplayText.h"
+
+namespace {
+
+void OnInterrupt(int) {
+  RequestStop();
+}
+
+}  // namespace
+
+void CatchInterrupts() {
+  struct sigaction action {};
+  action.sa_handler = OnInterrupt;
+  action.sa_flags = static_cast<int>(SA_RESETHAND);
+  sigaction(SIGINT, &action, nullptr);
+  sigaction(SIGTERM, &action, nullptr);
+  sigaction(SIGHUP, &action, nullptr);
+}
 
 void OpenDocument() {
   OutputDocument::Current().SetProcedure("SVSelect");
@@ -22,6 +41,10 @@ bool ErrorRaised() {
 
 void TellProblem(const std::string& text) {
   std::cerr << "svselect: " << PrintableText(text) << '\n';
+}
+
+void TellInterrupted() {
+  TellProblem("interrupted; nothing was written");
 }
 
 void TellMessages() {

@@ -4,6 +4,10 @@
 
 // What the program says to the person at the terminal, beyond the output of the procedure.
 
+// Ctrl-C, and the end of the terminal, ask for an end in good order; a second one ends the program at once.
+// REQUIRES: a session, since a new one starts without a request.
+void CatchInterrupts();
+
 // Makes the output document of the session, so that all that follows is collected in it.
 void OpenDocument();
 
@@ -12,6 +16,9 @@ bool ErrorRaised();
 
 // One line on standard error: "svselect: ...".
 void TellProblem(const std::string& text);
+
+// That the program was interrupted, on standard error.
+void TellInterrupted();
 
 // The messages of the session so far, on standard error.
 void TellMessages();

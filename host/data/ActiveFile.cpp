@@ -8,9 +8,11 @@
 #include "host/data/DataFile.h"
 #include "host/data/DuckCaseEngine.h"
 #include "host/data/DuckDb.h"
+#include "host/data/SessionFiles.h"
 #include "host/environment/CommonBlocks.h"
 #include "host/environment/ErrorSink.h"
 #include "host/environment/HostSession.h"
+#include "host/environment/MCStopProcessor.h"
 
 namespace {
 
@@ -69,6 +71,9 @@ void ActiveFile::NoteCopied(const std::string& name) {
 }
 
 void ActiveFile::Fail(const std::string& message) {
-  if (!fbFailed) IssueHostMessage(message, kErrorLevel);
+  // What a stop request breaks off has no fault to tell, and a store that failed has told its own: DuckDB
+  // then refuses to read on.
+  const bool isAftermath = StopRequested() || SessionFiles::Current().IsBroken();
+  if (!fbFailed && !isAftermath) IssueHostMessage(message, kErrorLevel);
   fbFailed = true;
 }

@@ -7,11 +7,16 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <condition_variable>
 #include <filesystem>
+#include <mutex>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include "host/environment/HostSession.h"
+#include "host/environment/MCStopProcessor.h"
 
 namespace {
 
@@ -34,6 +39,27 @@ std::string Quote(std::string_view text, char quote) {
 [[noreturn]] void Fail(const char* message) {
   throw DataError(CleanReason(message == nullptr ? "" : message));
 }
+
+// While it lives, a stop request ends what the connection is computing: a sort or a load of a large file
+// would else be waited for. It asks from a thread of its own, since the statement holds the caller's.
+class StopWatch {
+public:
+  explicit StopWatch(duckdb_connection connection)
+      : fThread([this, connection](const std::stop_token& end) { Watch(end, connection); }) {}
+
+private:
+  void Watch(const std::stop_token& end, duckdb_connection connection) {
+    constexpr std::chrono::milliseconds kPause(50);
+    std::unique_lock lock(fMutex);
+    while (!fWake.wait_for(lock, end, kPause, [&] { return end.stop_requested(); })) {
+      if (StopRequested()) duckdb_interrupt(connection);
+    }
+  }
+
+  std::mutex fMutex;
+  std::condition_variable_any fWake;
+  std::jthread fThread;  // last, so that it ends before what it uses
+};
 
 // A folder that another process is making is locked a moment after it appears; its owner notices when it was
 // taken for a stale one, see TemporaryFolder.
@@ -158,6 +184,7 @@ void DuckConnection::Run(const std::string& sql) {
 }
 
 DuckResult DuckConnection::Query(const std::string& sql) {
+  const StopWatch watch(Get());
   duckdb_result raw{};
   const duckdb_state state = duckdb_query(Get(), sql.c_str(), &raw);
   DuckResult result(raw);
@@ -166,6 +193,7 @@ DuckResult DuckConnection::Query(const std::string& sql) {
 }
 
 DuckResult DuckConnection::Stream(const std::string& sql) {
+  const StopWatch watch(Get());
   const Statement statement(Get(), sql);
   duckdb_pending_result pending = nullptr;
   const duckdb_state started = duckdb_pending_prepared_streaming(statement.Get(), &pending);

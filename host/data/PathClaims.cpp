@@ -56,7 +56,20 @@ bool NamesFolder(const std::string& path) {
   return path.empty() || path.back() == '/';
 }
 
+constexpr const char* kInUse = "the file is in use, by this run or another process";
+
+std::string WhyNotRead(const FileFlags& flags) {
+  if (!flags.exists) return "there is no such file";
+  return flags.inUse ? kInUse : "a folder, pipe or device, expected a file";
+}
+
 }  // namespace
+
+std::string WhyNotWritten(const FileFlags& flags) {
+  if (flags.inUse) return kInUse;
+  if (flags.readOnly) return "the file or its folder can't be written";
+  return "its folder doesn't exist, or it is no file that can be written";
+}
 
 const char* RoleName(FileRole role) {
   return kRoleNames[static_cast<std::size_t>(role)];
@@ -78,6 +91,27 @@ bool PathClaims::IsTaken(FileRole role, const std::string& spelling, const std::
 }
 
 FileFlags PathClaims::ClaimForReading(FileRole role, const std::string& path) {
+  const FileFlags flags = TryReading(role, path);
+  if (!flags.CanBeRead()) NoteRefusal(role, path, WhyNotRead(flags));
+  return flags;
+}
+
+FileFlags PathClaims::ClaimForWriting(FileRole role, const std::string& spelling, const std::string& path,
+                                      int* claim) {
+  const FileFlags flags = TryWriting(role, spelling, path, claim);
+  if (!flags.CanBeWritten()) NoteRefusal(role, path, WhyNotWritten(flags));
+  return flags;
+}
+
+void PathClaims::NoteRefusal(FileRole role, const std::string& path, const std::string& why) {
+  if (path.empty()) return;  // nobody asked for it
+  const bool isKnown = std::any_of(fvRefusals.begin(), fvRefusals.end(), [&](const Refusal& refusal) {
+    return refusal.path == path && refusal.why == why;
+  });
+  if (!isKnown) fvRefusals.push_back({role, path, why});
+}
+
+FileFlags PathClaims::TryReading(FileRole role, const std::string& path) {
   FileFlags flags;
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
@@ -93,8 +127,8 @@ FileFlags PathClaims::ClaimForReading(FileRole role, const std::string& path) {
   return flags;
 }
 
-FileFlags PathClaims::ClaimForWriting(FileRole role, const std::string& spelling, const std::string& path,
-                                      int* claim) {
+FileFlags PathClaims::TryWriting(FileRole role, const std::string& spelling, const std::string& path,
+                                 int* claim) {
   *claim = kNone;
   if (NamesFolder(path)) return FileFlags();
   std::vector<std::string> paths = {PlainPath(path)};

@@ -20,6 +20,9 @@ struct FileFlags {
   bool CanBeWritten() const { return valid && !readOnly && !inUse; }
 };
 
+// Why a file with these flags can't be written, in words that follow its name.
+std::string WhyNotWritten(const FileFlags& flags);
+
 // PathClaims knows every path that a session reads or writes, so that none is written twice or over what is
 // read. Two paths are the same when they name the same file: through another spelling, a symbolic link or a
 // hard link.
@@ -38,6 +41,14 @@ public:
   // same spelling isn't in use: what asks for both compares their names itself. `spelling` is the name as the
   // command has it, `path` what was made of it.
   FileFlags ClaimForWriting(FileRole role, const std::string& spelling, const std::string& path, int* claim);
+
+  // What was asked for and couldn't be claimed, each file once.
+  struct Refusal {
+    FileRole role;
+    std::string path;
+    std::string why;
+  };
+  const std::vector<Refusal>& Refusals() const { return fvRefusals; }
 
   // The file won't be written: another took its place in the command, or the run leaves it out. kNone is
   // ignored.
@@ -58,6 +69,9 @@ private:
     bool isBeside;      // the schema file beside an output
   };
 
+  FileFlags TryReading(FileRole role, const std::string& path);
+  FileFlags TryWriting(FileRole role, const std::string& spelling, const std::string& path, int* claim);
+  void NoteRefusal(FileRole role, const std::string& path, const std::string& why);
   bool IsTaken(FileRole role, const std::string& spelling, const std::string& plain, bool isBeside) const;
   bool IsClaimed(const std::string& plain, bool isForWriting) const;
 
@@ -65,5 +79,6 @@ private:
 
   std::vector<Claim> fvClaims;
   std::vector<std::string> fvGivenUp;  // paths of outputs that were released
+  std::vector<Refusal> fvRefusals;
   int fNext = 0;
 };

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "host/data/LeftOutColumns.h"
+#include "host/environment/MCStopProcessor.h"
 #include "host/text/VariableNames.h"
 
 namespace {
@@ -135,6 +136,7 @@ void TextTable::OpenAppender() {
 }
 
 void TextTable::FlushChunk() {
+  if (StopRequested()) throw DataError(fmt::format("{}: stopped", fName));
   duckdb_data_chunk_set_size(fChunk.Get(), fChunkRows);
   if (duckdb_append_data_chunk(fpAppender, fChunk.Get()) != DuckDBSuccess) {
     throw DataError(fmt::format("{}: {}", fName, CleanReason(duckdb_appender_error(fpAppender))));

@@ -1,0 +1,184 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "ProgramRun.h"
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+namespace {
+
+// The example's plan that needs a frame of schools, and whose draw comes to 173 of them by this seed.
+const std::string kRun =
+    "$S run --data $E/schools.csv --plan $E/plans/two-stages.xml --seed 4711 --joint j.csv ";
+
+// Whoever calls the program wrongly is told so in one line that names the fault and where help is.
+TEST(Program, TellsWrongUseInOneLine) {
+  struct Case {
+    const char* commandLine;
+    const char* error;
+    const char* help = "svselect run --help";
+  };
+  const Case kCases[] = {
+      {"$S", "a subcommand is needed: run, plan or describe", "(svselect --help"},
+      {"$S rnu", "'rnu' is no subcommand; did you mean run?", "(svselect --help"},
+      {"$S desc x", "'desc' is no subcommand; did you mean describe?", "(svselect --help"},
+      {"$S ''", "'' is no subcommand (", "(svselect --help"},
+      {"$S --plan x", "there is no option '--plan'", "(svselect --help"},
+      {"$S run --smaple s.csv", "run has no option '--smaple'; did you mean --sample?"},
+      {"$S run --smaple=s.csv", "run has no option '--smaple'; did you mean --sample?"},
+      {"$S run --wholly-else", "run has no option '--wholly-else' ("},
+      {"$S run --$(printf %9999s | tr ' ' x)", "xxx...' ("},
+      {"$S run --plan", "--plan needs a value"},
+      {"$S run --plan ''", "--plan: the value is empty"},
+      {"$S run --drop= --plan x", "--drop: the value is empty", "svselect --help"},
+      {"$S run --plan --data x", "--plan: needs a value, and '--data' follows"},
+      {"$S run --plan a --plan b", "--plan is given 2 times, and may be once"},
+      {"$S run --quiet=no", "--quiet takes no value"},
+      {"$S run --plan p --keep a b", "'b' isn't expected"},
+      {"$S run --plan p --keep 'a /PRINT CPS'", "--keep: 'a /PRINT CPS' isn't a name"},
+      {"$S run --plan p --stages 1,4", "--stages: '4' isn't a stage: 1, 2 or 3"},
+      {"$S run --plan p --seed 1e3", "--seed: '1e3' isn't a seed"},
+      {"$S run --plan p --print all", "--print: 'all' isn't a table: selection or cps"},
+      {"$S run --plan p --threads 0", "--threads: '0' isn't a number of threads"},
+      {"$S run --plan p --data f --report r.doc", "--report 'r.doc': the name must end in"},
+      {"$S run --plan p", "a frame is needed: --data FRAME or --sql QUERY"},
+      {"$S run --plan p --data f --sql q", "--data and --sql exclude each other"},
+      {"$S run --data f", "a plan is needed"},
+      {"$S run --data f --command c --print cps", "--print is a part of the command; with --command"},
+      {"$S run --data f --command c --command-file d", "--command and --command-file exclude each other"},
+      {"$S plan", "a plan is needed", "svselect plan --help"},
+      {"$S plan a b", "'b' isn't expected", "svselect plan --help"},
+      {"$S describe a --sort b", "describe has no option '--sort'", "svselect describe --help"},
+  };
+  const ProgramFolder folder;
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.commandLine);
+    const ProgramFolder::Result result = folder.Run(c.commandLine);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.out, IsEmpty());
+    EXPECT_THAT(result.err, StartsWith("svselect: "));
+    EXPECT_THAT(result.err, HasSubstr(c.error));
+    EXPECT_THAT(result.err, HasSubstr(c.help));
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1);
+  }
+  EXPECT_THAT(folder.Files(), IsEmpty());
+}
+
+// A run that can't be gone through with says why, ends with status 1 and leaves neither files nor litter; the
+// frame and the plan stay what they were.
+TEST(Program, LeavesNothingOfARunThatFails) {
+  struct Case {
+    const char* aim;
+    std::string commandLine;
+    const char* error;
+  };
+  const Case kCases[] = {
+      {"no frame", "$S run --data no.csv --plan p.xml", "no.csv: there is no such file"},
+      {"no plan", "$S run --data f.csv --plan no.xml", "no.xml: there is no such file"},
+      {"no plan to tell", "$S plan no.xml", "no.xml: there is no such file"},
+      {"folder for a plan", "$S run --data f.csv --plan .", ".: a folder, pipe or device"},
+      {"not XML", "$S run --data f.csv --plan f.csv", "Invalid plan file"},
+      {"sample over the frame", "$S run --data f.csv --plan p.xml --sample ./f.csv",
+       "f.csv: the file is in use"},
+      {"joint over the frame", "$S run --data f.csv --plan p.xml --joint f.csv", "f.csv: the file is in use"},
+      {"rule over the plan", "$S run --data f.csv --plan p.xml --rule p.xml", "p.xml: the file is in use"},
+      {"saved over the frame", "$S run --data f.csv --plan p.xml --save f.csv", "f.csv: the file is in use"},
+      {"two reports", "$S run --data f.csv --plan p.xml --report r.txt --report ./r.txt",
+       "the file is in use"},
+      {"no folder", kRun + "--sample no/s.csv", "no/s.csv: its folder doesn't exist"},
+      {"a device", "ln -s /dev/full d.csv; " + kRun + "--sample d.csv; s=$?; rm d.csv; exit $s", "d.csv: "},
+      {"unknown kind", kRun + "--sample s.doc", "s.doc: its folder doesn't exist, or it is no file that"},
+      {"no disk space, a sample", "(ulimit -f 8; trap '' XFSZ; " + kRun + "--sample s.csv)",
+       "s.csv can't be written"},
+      {"no disk space, a native file", "(ulimit -f 8; trap '' XFSZ; " + kRun + "--sample s.sav)",
+       "s.sav can't be written"},
+      {"no output", kRun + ">/dev/full", "standard output can't be written: No space left on device"},
+      {"no output for help", "$S run --help >/dev/full", "standard output can't be written"},
+      {"no output for a command", "$S run --plan p --explain >/dev/full", "standard output can't be written"},
+      {"no temporary folder", "TMPDIR=/nowhere $S describe f.csv", "no temporary folder"},
+  };
+  const ProgramFolder folder;
+  folder.Run("head -n 500 $E/schools.csv > f.csv; cp $E/plans/two-stages.xml p.xml");
+  const std::string before = folder.Run("cat f.csv p.xml").out;
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.aim);
+    const ProgramFolder::Result result = folder.Run(c.commandLine);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr(c.error));
+    folder.Run("rm -f j.csv j.schema.json r.txt");  // reports tell of failures too
+    EXPECT_EQ(folder.Files(), "f.csv\np.xml\n");
+  }
+  EXPECT_EQ(folder.Run("cat f.csv p.xml").out, before);
+}
+
+// What surrounds a run changes neither its sample nor what it says.
+TEST(Program, DrawsTheSameWhateverSurroundsIt) {
+  const char* const kSurroundings[] = {
+      "LC_ALL=de_DE.UTF-8 ", "LC_ALL=C ", "env -i S=$S E=$E ", "env -u HOME ", "TZ=Asia/Kathmandu TERM=dumb ",
+  };
+  const ProgramFolder folder;
+  const std::string run = kRun + "--sample s.csv --report r.json --print selection,cps --rule rule.txt";
+  const ProgramFolder::Result plain = folder.Run(run);
+  const std::string files = folder.Run("cat s.csv s.schema.json j.csv r.json rule.txt").out;
+  EXPECT_EQ(plain.status, 0);
+  EXPECT_THAT(plain.err, IsEmpty());
+  const nlohmann::json report = nlohmann::json::parse(folder.Text("r.json"));
+  EXPECT_EQ(report["status"], "ok");
+  EXPECT_EQ(report["files"][1]["role"], "sample");
+  const std::string sample = folder.Text("s.csv");
+  EXPECT_EQ(report["files"][1]["cases"].get<int>() + 1, std::count(sample.begin(), sample.end(), '\n'));
+  for (const std::string surroundings : kSurroundings) {
+    SCOPED_TRACE(surroundings);
+    const ProgramFolder::Result result = folder.Run(surroundings + run + " --threads 3");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, plain.out);
+    EXPECT_EQ(folder.Run("cat s.csv s.schema.json j.csv r.json rule.txt").out, files);
+  }
+  EXPECT_EQ(folder.Run("(" + run + "; echo $? >&2) | true").err, "0\n");
+  // With standard error closed, nothing that is said there lands in a file of the run.
+  EXPECT_EQ(folder.Run(kRun + "--sample s.csv --quiet 2>&-").status, 0);
+  EXPECT_EQ(folder.Text("s.csv"), sample);
+}
+
+// An interrupted run ends with 130 and one line and leaves no file. The query is too large to end before the
+// interrupt comes, which is sent once the program has its temporary folder and is at work.
+TEST(Program, EndsInGoodOrderWhenInterrupted) {
+  const std::string run =
+      "$S run --sql 'SELECT range AS district, hash(range) AS county FROM range(1000000000) ORDER BY 2' "
+      "--plan $E/plans/three-stages.xml --sample s.csv --report r.json";
+  const ProgramFolder folder;
+  for (const std::string signal : {"INT", "TERM"}) {
+    const ProgramFolder::Result result =
+        folder.Run("mkdir -p ../tmp; export TMPDIR=$PWD/../tmp; " + run +
+                   " & until ls -d ../tmp/*/ >/dev/null 2>&1; do sleep 0.05; done; sleep 0.2; kill -" +
+                   signal + " $!; wait $!");
+    EXPECT_EQ(result.status, 130);
+    EXPECT_EQ(result.err, "svselect: interrupted; nothing was written\n");
+    EXPECT_EQ(folder.Files(), "r.json\n");
+    EXPECT_EQ(nlohmann::json::parse(folder.Text("r.json"))["status"], "cancelled");
+    EXPECT_THAT(folder.Run("ls ../tmp").out, IsEmpty());
+  }
+}
+
+// Each subcommand's help tells all of its options, within the width of a terminal.
+TEST(Program, HelpsInTheFormOfAManualPage) {
+  const ProgramFolder folder;
+  EXPECT_THAT(folder.Run("$S --version").out, testing::MatchesRegex("svselect [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+  for (const char* command : {"$S --help", "$S run -h", "$S plan --help", "$S describe --help"}) {
+    SCOPED_TRACE(command);
+    const ProgramFolder::Result help = folder.Run(command);
+    EXPECT_EQ(help.status, 0);
+    EXPECT_THAT(help.out, StartsWith("NAME\n  svselect"));
+    for (const char* section : {"\nSYNOPSIS\n", "\nDESCRIPTION\n", "\nEXAMPLES\n"}) {
+      EXPECT_THAT(help.out, HasSubstr(section));
+    }
+    std::istringstream lines(help.out);
+    for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 79U) << line;
+  }
+}
+
+}  // namespace
