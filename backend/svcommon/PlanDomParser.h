@@ -21,8 +21,9 @@ public:
   static constexpr std::size_t kMaxNodes = 2'000'000;  // elements, attributes, texts, comments, instructions
   static constexpr std::size_t kMaxNames = 1000;       // different names of elements and attributes
   static constexpr std::size_t kMaxAttributes = 100;   // of one element
-  static constexpr std::size_t kMaxEntityLength = 4096;  // characters
-  static constexpr std::size_t kMaxExpansions = 10'000;  // of entities, nested ones too
+  static constexpr std::size_t kMaxAttributeLength = std::size_t{1} << 20;  // characters
+  static constexpr std::size_t kMaxEntityLength = 4096;                     // characters
+  static constexpr std::size_t kMaxExpansions = 10'000;                     // of entities, nested ones too
 
   PlanDomParser();
 
