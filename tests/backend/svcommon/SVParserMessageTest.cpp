@@ -11,7 +11,7 @@ TEST(SVParserMessage, ChoosesFormAndGroup) {
   messages.SetCommandName("SVSELECT");
   messages.NoSubcommandInformation();
   messages.ParenthesisNotAllowed("");
-  messages.VariableNotFound("v", nullptr, "S");
+  messages.VariableNotFound("v", "", "S");
   messages.VariableNotFound("v", "", "");
   messages.VariableNotNumeric("v", "P", "S");
   messages.VariableNotNumeric("v", nullptr, "S");
