@@ -38,7 +38,11 @@ void PlanDomParser::startElement(const xercesc::XMLElementDecl& declaration, uns
   RefuseIf(attributeCount > kMaxAttributes);
   CountNodes(1 + attributeCount);
   CountName(declaration.getFullName());
-  for (XMLSize_t i = 0; i < attributeCount; ++i) CountName(attributes.elementAt(i)->getQName());
+  for (XMLSize_t i = 0; i < attributeCount; ++i) {
+    const xercesc::XMLAttr& attribute = *attributes.elementAt(i);
+    CountName(attribute.getQName());
+    RefuseIf(std::u16string_view(attribute.getValue()).size() > kMaxAttributeLength);
+  }
   XercesDOMParser::startElement(declaration, uri, prefix, attributes, attributeCount, isEmpty, isRoot);
 }
 

@@ -14,15 +14,17 @@ namespace SV_XML {
 // mind, takes more than a few seconds and a fraction of the memory of an office machine. The library builds a
 // document at about 250 bytes and a microsecond per node; names, and the attributes of one element, it looks
 // up in ways whose cost grows with the square of their number; parameter entities, and the entities in
-// default values of attributes, it expands without a limit, and content models can grow exponentially. A
-// document beyond a bound ends the parse with an exception, as any fault does.
+// default values of attributes, it expands without a limit, and content models can grow exponentially. What
+// an attribute says goes into messages and tables, time and again. A document beyond a bound ends the parse
+// with an exception, as any fault does.
 class PlanDomParser : public xercesc::XercesDOMParser {
 public:
   static constexpr std::size_t kMaxNodes = 2'000'000;  // elements, attributes, texts, comments, instructions
   static constexpr std::size_t kMaxNames = 1000;       // different names of elements and attributes
   static constexpr std::size_t kMaxAttributes = 100;   // of one element
-  static constexpr std::size_t kMaxEntityLength = 4096;  // characters
-  static constexpr std::size_t kMaxExpansions = 10'000;  // of entities, nested ones too
+  static constexpr std::size_t kMaxAttributeLength = std::size_t{1} << 20;  // characters
+  static constexpr std::size_t kMaxEntityLength = 4096;                     // characters
+  static constexpr std::size_t kMaxExpansions = 10'000;                     // of entities, nested ones too
 
   PlanDomParser();
 

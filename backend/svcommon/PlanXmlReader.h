@@ -29,7 +29,8 @@ class PlanDomParser;
 // Failures:   throws nothing. What can't be parsed is code 1, and so is a document that lacks an element
 //             which a valid one has, where no other code tells it.
 // Bounds:     those of PlanDomParser and PlanFileSource. Of a plan that has more stages than it may have, no
-//             more than kMaxStagesRead are read. A list of more than kMaxListVariables variables is code 1.
+//             more than kMaxStagesRead are read. A list or a table of more than kMaxListVariables variables
+//             is code 1.
 // Threads:    one.
 class PlanXmlReader {
 public:

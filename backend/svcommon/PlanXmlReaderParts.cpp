@@ -92,6 +92,7 @@ int PlanXmlReader::ReadHolder(const Element* holder, int number) {
 int PlanXmlReader::ReadMatrix(const Element* matrix, int number) {
   const int rows = Integer(matrix, u"numberOfValues");
   int code = ReadMatrixVariables(matrix, number);
+  if (code == kPlanInvalidFile) return code;
   // The list remembers the item asked for last and goes on from there, so that this walks the tree once.
   const xercesc::DOMNodeList* const list = matrix->getElementsByTagName(u"MatrixValue");
   for (int i = 0; i < rows; ++i) {
@@ -108,8 +109,10 @@ int PlanXmlReader::ReadMatrixVariables(const Element* matrix, int number) {
   const Element* const list = FindChild(matrix, u"MatrixVarList");
   if (list == nullptr) return 0;
   int code = 0;
+  std::size_t count = 0;
   for (const Element* variable = ElementFrom(list->getFirstChild()); variable != nullptr;
        variable = ElementFrom(variable->getNextSibling())) {
+    if (++count > kMaxListVariables) return kPlanInvalidFile;
     const KorvVarName name = Text(variable, u"name");
     if (ValidateKORVName(name.Text()) != 0) code = kPlanInvalidVariable;
     fpPlan->getStage(number)->paramMatrix.addVarName(name);

@@ -101,9 +101,9 @@ std::vector<std::string> WrapText(std::string_view text, int width) {
       const std::size_t bytes = FittingBytes(word, width);
       if (bytes == word.size()) break;
       lines.back() = word.substr(0, bytes);
+      wordWidth -= DisplayWidth(lines.back());  // not measured anew: a word may be a line of megabytes
       lines.emplace_back();
       word.remove_prefix(bytes);
-      wordWidth = DisplayWidth(word);
     }
     lines.back() = word;
     used = wordWidth;

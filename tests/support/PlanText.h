@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <string>
+#include <vector>
 
 // Plans as a person would write them, in pieces, and a file to put one in.
 
@@ -32,6 +33,16 @@ inline std::string Rate(const std::string& value, const std::string& bounds = ""
 inline std::string Bounds(const std::string& least, const std::string& most) {
   return "<MinSize><SingleValue value='" + least + "'/></MinSize><MaxSize><SingleValue value='" + most +
          "'/></MaxSize>";
+}
+// A table of sizes that tells `count` rows, and a row of one.
+inline std::string Table(const std::string& variables, const std::string& rows, int count = 1) {
+  return "<InputSampleSize><Matrix numberOfValues='" + std::to_string(count) + "'>" +
+         In("MatrixVarList", variables) + rows + "</Matrix></InputSampleSize>";
+}
+inline std::string Row(const std::string& value, const std::vector<std::string>& categories = {"E"}) {
+  std::string row = "<MatrixValue sizeValue='" + value + "'>";
+  for (const std::string& category : categories) row += "<Category value='" + category + "'/>";
+  return row + "</MatrixValue>";
 }
 inline std::string Stage(const std::string& method, const std::string& inner) {
   return "<SampleStage selectionMethod='" + method + "'>" + inner + "</SampleStage>";

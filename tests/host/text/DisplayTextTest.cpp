@@ -15,7 +15,7 @@ TEST(DisplayText, WidthsPrintableFormsAndLines) {
       {"fits, with its blanks", "a  b", 4, "a  b", {"a  b"}},
       {"broken at blanks", "one two  three", 14, "one two  three", {"one", "two", "three"}},
       {"words joined again", "a b c d e", 9, "a b c d e", {"a b c", "d e"}},
-      {"a word longer than a line", "abcdefgh i", 10, "abcdefgh i", {"abcdef", "gh i"}},
+      {"a word longer than a line", "abcdefghijklm n", 15, "abcdefghijklm n", {"abcdef", "ghijkl", "m n"}},
       {"accents of one and of two code points", "é e\u0301", 3, "é e\u0301", {"é e\u0301"}},
       {"wide characters", "東京都港区", 10, "東京都港区", {"東京都", "港区"}},
       {"a wide character doesn't straddle", "a東京都", 7, "a東京都", {"a東京", "都"}},

@@ -17,12 +17,15 @@ const std::string kWeight = Out("Weight", "final_weight");
 const std::string kOneStage = Wor(StrataOf(Var("region")) + Size("1"));
 
 // One command parsed on a small frame. "@" stands for the folder of frame and plan in command and messages.
+// The plan stands there twice: beside taken.xml there is a folder where its joint file would be.
 class Parsed {
 public:
   Parsed(const std::string& stages, const std::string& command) {
     const std::string frame = folder.path / "frame.csv";
     std::ofstream(frame) << kFrame;
     std::ofstream(folder.path / "plan.xml") << Design(stages);
+    std::ofstream(folder.path / "taken.xml") << Design(stages);
+    std::filesystem::create_directory(folder.path / "taken.sav");
     FrameSession session(FrameSession::ExistingFile{frame});
     HostSession::Current().Layer<SessionCommand>().SetCommand(Replace(command, "@", folder.path));
     const KORV_TokenSequence tokens(true);
@@ -32,7 +35,12 @@ public:
     isGood = parser.Parse() && pvGetCmnGlb()->errorFlag == 0;
     for (const OutputMessage& message : OutputDocument::Current().Messages()) {
       const std::string group = message.group.empty() ? "" : "[" + message.group + "] ";
-      messages.push_back(group + Replace(message.text, folder.path, "@"));
+      const std::string level = message.level == 3 ? "" : "warning: ";
+      messages.push_back(level + group + Replace(message.text, folder.path, "@"));
+    }
+    const SVMatrixSpec* const table = specs.MatrixSpec(0);
+    if (table != nullptr && table->map != nullptr) {
+      for (const OBS* row : table->map->Sort()) rows.emplace_back(row[0].number, row[1].number);
     }
     stageCount = specs.StageCount();
     drawn = specs.SelectStages() == nullptr ? std::vector<std::int32_t>() : *specs.SelectStages();
@@ -51,12 +59,17 @@ public:
   std::int32_t seed = 0, previousWeight = -1;
   std::string joint;
   bool isJointValid = false;
+  std::vector<std::pair<double, double>> rows;  // of the first stage's table: its one variable and the size
 };
 
 constexpr const char* kBadList =
     "Parameter STAGES of subcommand CRITERIA does not have a valid integer list...";
 constexpr const char* kBadSeed = "Parameter SEED of subcommand CRITERIA has incorrect value type...";
-constexpr const char* kPlan = "SVSELECT /PLAN FILE='@/plan.xml' ";
+
+// A whole command, or what stands behind the plan in one.
+std::string Command(const std::string& text) {
+  return text.starts_with("SVSELECT") ? text : "SVSELECT /PLAN FILE='@/plan.xml' " + text;
+}
 
 }  // namespace
 
@@ -68,6 +81,8 @@ TEST(SVSParser, TellsWhatIsWrongWithACommand) {
   };
   const Case kCases[] = {
       {"SVSELECT", {"The command doesn't have any subcommand..."}},
+      {"SVSELECT PRINT /PRINT CPS",
+       {"The command has text before its first subcommand, or a slash without a name."}},
       {"SVSELECT /PRINT CPS", {"Subcommand PLAN is required..."}},
       {"SVSELECT /PLAN", {"Subcommand PLAN is empty..."}},
       {"SVSELECT /PLAN FILES='x'", {"Subcommand PLAN can have only parameter FILE..."}},
@@ -103,6 +118,9 @@ TEST(SVSParser, TellsWhatIsWrongWithACommand) {
       {"/SAMPLEFILE OUTFILE='@/none/s.csv' KEEP=region", {"File @/none/s.csv cannot be accessed..."}},
       {"/SAMPLEFILE OUTFILE='@/s.csv' OUTFILE='@/t.csv'",
        {"Parameter OUTFILE already occurred in subcommand SAMPLEFILE..."}},
+      {"/SAMPLEFILE OUTFILE='@/none/s.csv' OUTFILE='@/s.csv'",
+       {"File @/none/s.csv cannot be accessed...",
+        "Parameter OUTFILE already occurred in subcommand SAMPLEFILE..."}},
       {"/SAMPLEFILE OUTFILE='@/s.csv' KEEP=region REGION",
        {"Variable REGION for parameter KEEP of subcommand SAMPLEFILE already occured..."}},
       {"/SAMPLEFILE OUTFILE='@/s.csv' KEEP=none x.",
@@ -114,6 +132,12 @@ TEST(SVSParser, TellsWhatIsWrongWithACommand) {
        {"Parameter KEEP of subcommand SAMPLEFILE does not have a valid variable list..."}},
       {"/SAMPLEFILE OUTFILE='@/s.csv' DROP=ALL KEEP=region",
        {"Variable name region for parameter KEEP cannot be used for parameter DROP..."}},
+      {"/SAMPLEFILE OUTFILE='@/s.csv' DROP=name KEEP=NAME region",
+       {"Variable name NAME for parameter KEEP cannot be used for parameter DROP..."}},
+      {"/SAMPLEFILE OUTFILE='@/s.csv' KEEP=none KEEP=region DROP=region",  // the first KEEP isn't accepted
+       {"Variable none for parameter KEEP of subcommand SAMPLEFILE is not found in the dictionary..."}},
+      {"/SAMPLEFILE OUTFILE='@/s.csv' DROP=region ALL",
+       {"Parameter DROP of subcommand SAMPLEFILE does not have a valid variable list..."}},
       {"/SAMPLEFILE OUTFILE='@/s.csv' KEEP=region DROP=name",
        {"Variable name name for parameter DROP must also be used for parameter KEEP..."}},
       {"/JOINTPROB OUTFILE='@/plan.xml'", {"File @/plan.xml cannot be accessed..."}},
@@ -123,9 +147,7 @@ TEST(SVSParser, TellsWhatIsWrongWithACommand) {
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.command);
-    const std::string command =
-        std::string(c.command).starts_with("SVSELECT") ? c.command : kPlan + std::string(c.command);
-    const Parsed parsed(kOneStage + kWeight, command);
+    const Parsed parsed(kOneStage + kWeight, Command(c.command));
     EXPECT_EQ(parsed.messages, c.messages);
     EXPECT_FALSE(parsed.isGood);
   }
@@ -135,88 +157,98 @@ TEST(SVSParser, TellsWhatIsWrongWithACommand) {
 TEST(SVSParser, TellsWhatIsWrongWithAPlanOnThisFrame) {
   const std::string clusters = ClustersOf(Var("district"));
   const std::string pps = "<MOS fromData='no'><Variable name='size'/></MOS>";
-  const auto table = [](const std::string& variable, const std::string& category) {
-    return In("InputSampleSize", "<Matrix numberOfValues='1'>" + In("MatrixVarList", Var(variable)) +
-                                     "<MatrixValue sizeValue='1'><Category value='" + category +
-                                     "'/></MatrixValue></Matrix>");
-  };
+  const std::string joint = Stage("pps_wor", clusters + Size("1") + pps) + kWeight;
   struct Case {
     const char* aim;
     std::string stages;
-    const char* command;
     Texts messages;
+    const char* command = "";
   };
   const Case kCases[] = {
-      {"no final weight", kOneStage, "", {}},
+      {"a fault of its own", Wor(Size("2.5")) + kWeight, {"Sample size values are not positive..."}},
+      {"replacement before the last stage",
+       Stage("simple_wr", clusters + Size("1")) + Wor(Size("1")) + kWeight,
+       {"The parser cannot get plan file specifications..."}},
+      {"no final weight", kOneStage, {}},
       {"the final weight is a string",
        kOneStage + Out("Weight", "name"),
-       "",
        {"[Global plan stage...] Variable name for parameter SAMPLEWEIGHT is not numeric..."}},
-      {"a name that can't be",
-       kOneStage + Out("Weight", "rate"),
-       "",
-       {"Plan output variables already exist rate"}},
+      {"names that can't be",
+       Wor(Size("1") + Out("Index", "W")) + Out("Weight", "rate"),
+       {"Plan output variables already exist rate, W"}},
       {"an unknown previous weight",
        Wor(Size("1")) + Out("PreviousWeight", "none") + kWeight,
-       "",
        {"[Global plan stage...] Variable none for parameter PREVIOUSWEIGHT is not found in the "
         "dictionary..."}},
-      {"no stage", kWeight, "", {"The plan doesn't have any stage..."}},
+      {"no stage", kWeight, {"The plan doesn't have any stage..."}},
       {"a stage too many",
        kOneStage + kWeight,
-       "/CRITERIA STAGES=2",
-       {"[Plan stage 1...] Parameter STAGES of subcommand CRITERIA does not have a valid integer list..."}},
+       {"[Plan stage 1...] Parameter STAGES of subcommand CRITERIA does not have a valid integer list..."},
+       "/CRITERIA STAGES=2"},
       {"an unknown stratum",
        Wor(StrataOf(Var("none")) + Size("1")) + kWeight,
-       "",
        {"[Plan stage 1...] Variable none for parameter STRATA is not found in the dictionary..."}},
-      {"a rate that is a stratum",
+      {"a rate in a string",
        Wor(StrataOf(Var("district")) + In("InputSampleRate", Var("name"))) + kWeight,
-       "",
        {"[Plan stage 1...] Variable name for parameter RATE is not numeric..."}},
       {"a table with a text for a number",
-       Wor(StrataOf(Var("size")) + table("size", "ten")) + kWeight,
-       "",
+       Wor(StrataOf(Var("size")) + Table(Var("size"), Row("1", {"ten"}))) + kWeight,
        {"[Plan stage 1...] MATRIX variable size in column 1 has value ten of invalid type or format in row "
         "1..."}},
       {"a table with a text too long",
-       Wor(StrataOf(Var("region")) + table("region", "NN")) + kWeight,
-       "",
-       {"[Plan stage 1...] MATRIX variable region in column 1 has value NN of invalid type or format in row "
-        "1..."}},
+       Wor(StrataOf(Var("size") + Var("region")) +
+           Table(Var("size") + Var("region"),
+                 Row("1", {"1", "N"}) + Row("1", {"2", "N"}) + Row("1", {"1", "NN"}), 3)) +
+           kWeight,
+       {"[Plan stage 1...] MATRIX variable region in column 2 has value NN of invalid type or format in row "
+        "3..."}},
       {"a later stage without the earlier weight",
        Wor(clusters + Size("1")) + Wor(Size("1")) + kWeight,
-       "/CRITERIA STAGES=2",
-       {"[Plan stage 1...] Variable name  for parameter CUMWEIGHT is not valid..."}},
+       {"[Plan stage 1...] Variable name  for parameter CUMWEIGHT is not valid..."},
+       "/CRITERIA STAGES=2"},
       {"replacement without a sample file",
        Stage("simple_wr", Size("1")) + kWeight,
-       "",
        {"[Plan stage 1...] Subcommand SAMPLEFILE is required when parameter METHOD has value SIMPLE_WR..."}},
+      {"likewise by size",
+       Stage("pps_wr", Size("1") + pps) + kWeight,
+       {"[Plan stage 1...] Subcommand SAMPLEFILE is required when parameter METHOD has value PPS_WR..."}},
       {"joint probabilities where there are none",
        kOneStage + kWeight,
-       "/JOINTPROB OUTFILE='@/j.csv'",
-       {"[Plan stage 1...] Subcommand JOINTPROB is ignored when parameter TYPE has value "
-        "PPS_WR/PPS_SYSTEMATIC/PPS_CHROMY/SIMPLE..."}},
+       {"warning: [Plan stage 1...] Subcommand JOINTPROB is ignored when parameter TYPE has value "
+        "PPS_WR/PPS_SYSTEMATIC/PPS_CHROMY/SIMPLE..."},
+       "/JOINTPROB OUTFILE='@/j.csv'"},
       {"renamed",
        kOneStage + Out("Weight", "rate"),
-       "/DATA RENAMEVARS",
-       {"Some plan output variables are renamed..."}},
+       {"warning: Some plan output variables are renamed..."},
+       "/DATA RENAMEVARS"},
       {"the default joint file is the rule file",
-       Stage("pps_wor", clusters + Size("1") + pps) + kWeight,
-       "/SELECTRULE OUTFILE='@/plan.sav'",
-       {"[Plan stage 2...] File @/plan.sav cannot be used for both JOINTPROB and SELECTRULE..."}},
+       joint,
+       {"[Plan stage 2...] File @/plan.sav cannot be used for both JOINTPROB and SELECTRULE..."},
+       "/SELECTRULE OUTFILE='@/plan.sav'"},
+      {"the sample is the joint file in another case",
+       joint,
+       {"[Plan stage 2...] File @/s.csv cannot be used for both SAMPLEFILE and JOINTPROB..."},
+       "/SAMPLEFILE OUTFILE='@/s.csv' /JOINTPROB OUTFILE='@/S.CSV'"},
+      {"the default joint file is the sample under another spelling",
+       joint,
+       {"Default joint probability file @/plan.sav cannot be accessed..."},
+       "/SAMPLEFILE OUTFILE='@/./plan.sav'"},
+      {"the default joint file is a folder",
+       joint,
+       {"@/taken.sav is not a valid file name..."},
+       "SVSELECT /PLAN FILE='@/taken.xml'"},
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
-    EXPECT_EQ(Parsed(c.stages, kPlan + std::string(c.command)).messages, c.messages);
+    EXPECT_EQ(Parsed(c.stages, Command(c.command)).messages, c.messages);
   }
 }
 
 TEST(SVSParser, FillsTheSpecifications) {
   const std::string later =
       Wor(ClustersOf(Var("district")) + Size("1") + Out("CumulativeWeight", "w")) + Wor(Size("1")) + kWeight;
-  const Parsed parsed(later, std::string(kPlan) +
-                                 "/CRITERIA STAGES=2 SEED=20 /SAMPLEFILE OUTFILE='@/s.csv' KEEP=name region");
+  const Parsed parsed(later,
+                      Command("/CRITERIA STAGES=2 SEED=20 /SAMPLEFILE OUTFILE='@/s.csv' KEEP=name region"));
   EXPECT_TRUE(parsed.isGood) << ::testing::PrintToString(parsed.messages);
   EXPECT_EQ(parsed.stageCount, 2);
   EXPECT_EQ(parsed.drawn, std::vector<std::int32_t>{2});
@@ -225,11 +257,21 @@ TEST(SVSParser, FillsTheSpecifications) {
   EXPECT_EQ(parsed.previousWeight, 5);  // the cumulative weight of the stage that was drawn before
 
   const std::string pps = Stage("pps_wor", ClustersOf(Var("district")) + Size("1") + "<MOS fromData='yes'/>");
-  const Parsed joint(pps + kWeight, kPlan);
+  const Parsed joint(pps + kWeight, Command(""));
   EXPECT_TRUE(joint.isGood);
   EXPECT_EQ(joint.joint, "@/plan.sav");
   EXPECT_TRUE(joint.isJointValid);
   EXPECT_EQ(joint.drawn, std::vector<std::int32_t>{1});
   EXPECT_EQ(joint.seed, -1);
-  EXPECT_FALSE(Parsed(kOneStage + kWeight, std::string(kPlan) + "/JOINTPROB OUTFILE='@/j.csv'").isJointValid);
+  EXPECT_FALSE(Parsed(kOneStage + kWeight, Command("/JOINTPROB OUTFILE='@/j.csv'")).isJointValid);
+
+  // A stage that isn't drawn may ask for what exists already, and for a file that isn't there.
+  const std::string undrawn = Stage("simple_wr", Size("1") + Out("Index", "w")) + kWeight;
+  EXPECT_TRUE(
+      Parsed(Wor(ClustersOf(Var("district")) + Size("1")) + undrawn, Command("/CRITERIA STAGES=1")).isGood);
+
+  // A number of a table as it is written; of rows with the same categories the last stays.
+  const std::string rows = Row("3", {"1"}) + Row("5", {"0.5"}) + Row("4", {"1."});
+  EXPECT_EQ(Parsed(Wor(StrataOf(Var("rate")) + Table(Var("rate"), rows, 3)) + kWeight, Command("")).rows,
+            (std::vector<std::pair<double, double>>{{0.5, 5}, {1, 4}}));
 }
