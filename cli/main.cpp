@@ -86,5 +86,6 @@ void HoldStandardFiles() {
 int main(int argc, char** argv) {
   HoldStandardFiles();
   std::signal(SIGPIPE, SIG_IGN);  // a reader that has seen enough, such as head, doesn't end a run
+  std::signal(SIGXFSZ, SIG_IGN);  // a file that gets too large is a write that fails
   return Main(argc, argv);
 }

@@ -120,6 +120,18 @@ bool IsSplitAtSemicolons(const std::string& path) {
   return hasSemicolon;
 }
 
+// Of several columns without a name all but the first go by their places: names differ, and like the empty
+// one these can't be named.
+void AddColumns(const CsvReader& header, TextTable* table) {
+  bool hasNameless = false;
+  for (std::size_t i = 0; i < header.Fields(); ++i) {
+    std::string name(header.Field(i));
+    if (name.empty() && hasNameless) name = fmt::format("({})", i + 1);
+    hasNameless = hasNameless || name.empty();
+    table->AddColumn(name, header.Line());
+  }
+}
+
 }  // namespace
 
 void LoadCsv(const std::string& path, char delimiter, TextTable* table) {
@@ -129,8 +141,7 @@ void LoadCsv(const std::string& path, char delimiter, TextTable* table) {
   do {
     if (!reader.NextRecord()) return;
   } while (reader.IsBlank());
-  for (std::size_t i = 0; i < reader.Fields(); ++i)
-    table->AddColumn(std::string(reader.Field(i)), reader.Line());
+  AddColumns(reader, table);
   while (reader.NextRecord()) {
     if (reader.IsBlank() && table->Columns() > 1) continue;
     if (reader.Fields() != table->Columns()) {

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <cassert>
+#include <utility>
 
 #include "host/data/ActiveFile.h"
 #include "host/data/DataError.h"
@@ -42,11 +43,12 @@ void IndependentDataStore::FinishDictionary() {
     Begin();
     fState = State::kTaking;
   } catch (const DataError& error) {
-    IssueHostMessage(Fail(error.what()), kErrorLevel);
+    fUntold = Fail(error.what());
   }
 }
 
 void IndependentDataStore::AddCase(const KORV_Case& values) {
+  if (!fUntold.empty()) throw ErrorText{std::exchange(fUntold, {})};
   if (fState != State::kTaking) throw ErrorText{fmt::format("{} can't take more cases", fPath)};
   try {
     Append(values);
@@ -58,6 +60,7 @@ void IndependentDataStore::AddCase(const KORV_Case& values) {
 
 void IndependentDataStore::CloseStore() {
   FinishDictionary();
+  if (!fUntold.empty()) IssueHostMessage(std::exchange(fUntold, {}), kErrorLevel);
   if (fState != State::kTaking) return;
   try {
     End();

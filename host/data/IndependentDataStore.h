@@ -15,10 +15,10 @@ struct OutputFile;
 //             file takes its place when the session commits its files; a store that is destroyed before
 //             CloseStore() leaves nothing.
 // Ownership:  borrows its output file from the session.
-// Failures:   AddCase() throws ErrorText with a message that names the file and the reason;
-// FinishDictionary()
-//             and CloseStore() issue such a message as an error of the host. After a failure the store takes
-//             nothing more.
+// Failures:   AddCase() throws ErrorText with a message that names the file and the reason; CloseStore()
+//             issues such a message as an error of the host. Each failure is told once, that of
+//             FinishDictionary() by whichever of them comes next. After a failure the store takes nothing
+//             more.
 // Cost:       nothing is allocated for a case.
 class IndependentDataStore : public KORV_DataSource {
 public:
@@ -53,5 +53,6 @@ private:
   OutputFile* fpFile;  // borrowed from SessionFiles; null once it is closed or has failed
   std::string fPath;   // as the user wrote it
   State fState = State::kDefining;
+  std::string fUntold;  // why the file couldn't be begun, until that is told
   std::int64_t fCases = 0;
 };

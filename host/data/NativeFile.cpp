@@ -60,6 +60,7 @@ std::string NativeDictionarySql(const Dictionary& dictionary, const std::string&
   }
   Rows documents;
   for (std::size_t i = 0; i < dictionary.documents.size(); ++i) {
+    if (dictionary.documents[i].empty()) documents.Add("{}, NULL, NULL", i);
     int line = 0;
     for (const std::string& text : dictionary.documents[i]) {
       documents.Add("{}, {}, {}", i, line++, QuoteLiteral(text));

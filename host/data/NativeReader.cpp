@@ -152,16 +152,18 @@ private:
 
   void ReadDocuments() {
     int current = 0;
-    ForEachRow(
-        fConnection,
-        fmt::format("SELECT \"document\"::INTEGER, \"text\" FROM {}.documents ORDER BY \"document\", line",
-                    fAlias),
-        [&](const DuckChunk& chunk, std::size_t row) {
-          std::vector<DocumentLines>& documents = fFrame.dictionary.documents;
-          if (documents.empty() || current != Integer(chunk, 0, row)) documents.emplace_back();
-          current = Integer(chunk, 0, row);
-          documents.back().push_back(Text(chunk, 1, row));
-        });
+    ForEachRow(fConnection,
+               fmt::format("SELECT \"document\"::INTEGER, \"text\", line IS NULL FROM {}.documents ORDER BY "
+                           "\"document\", line",
+                           fAlias),
+               [&](const DuckChunk& chunk, std::size_t row) {
+                 std::vector<DocumentLines>& documents = fFrame.dictionary.documents;
+                 if (documents.empty() || current != Integer(chunk, 0, row)) documents.emplace_back();
+                 current = Integer(chunk, 0, row);
+                 const bool isEmpty =
+                     chunk.Values<bool>(2)[row];  // the row stands for a document without lines
+                 if (!isEmpty) documents.back().push_back(Text(chunk, 1, row));
+               });
   }
 
   DuckConnection& fConnection;

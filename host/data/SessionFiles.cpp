@@ -63,15 +63,26 @@ bool SessionFiles::CommitFiles() {
     DiscardFiles();
     return false;
   }
-  for (const auto& file : fvFiles) {
-    for (const auto& part : file->parts) {
-      std::string why;
-      if (!part->Replace(&why)) {
+  // Nothing but the renames stands between the first file in its place and the last, so that a kill has next
+  // to no time to come in between.
+  const auto isDone = [this](bool (*step)(TemporaryFile&, std::string*)) {
+    for (const auto& file : fvFiles) {
+      for (const auto& part : file->parts) {
+        std::string why;
+        if (step(*part, &why)) continue;
         IssueFileError(file->path, why);
-        DiscardFiles();
         return false;
       }
     }
+    return true;
+  };
+  const bool areInPlace =
+      isDone([](TemporaryFile& part, std::string* why) { return part.KeepOldFile(why); }) &&
+      isDone([](TemporaryFile& part, std::string* why) { return part.Replace(why); }) &&
+      isDone([](TemporaryFile& part, std::string* why) { return part.SyncPlace(why); });
+  if (!areInPlace) {
+    DiscardFiles();
+    return false;
   }
   for (const auto& file : fvFiles) {
     for (const auto& part : file->parts) part->Settle();

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <set>
@@ -216,6 +217,16 @@ std::string ValueText(const KORV_Variable& variable, const DictionaryValue& valu
   return variable.GetType() > 0 ? value.text : NumberText(value.number);
 }
 
+// The value of a category is one of its field's type; a missing value is always a text.
+Json CategoryValue(const KORV_Variable& variable, const DictionaryValue& value) {
+  constexpr double kExactWholes = 9007199254740992.0;  // 2^53
+  if (variable.GetType() > 0) return value.text;
+  const double number = value.number;
+  if (SchemaFieldType(variable) == "boolean" && (number == 0.0 || number == 1.0)) return number == 1.0;
+  if (std::fabs(number) > kExactWholes || number != std::trunc(number)) return number;
+  return static_cast<std::int64_t>(number);
+}
+
 Json FieldJson(const KORV_Variable& variable) {
   Json field;
   field["name"] = variable.GetName();
@@ -224,7 +235,7 @@ Json FieldJson(const KORV_Variable& variable) {
   if (!variable.ValueLabels().empty()) {
     Json& categories = field["categories"] = Json::array();
     for (const ValueLabel& label : variable.ValueLabels()) {
-      categories.push_back({{"value", ValueText(variable, label.value)}, {"label", label.label}});
+      categories.push_back({{"value", CategoryValue(variable, label.value)}, {"label", label.label}});
     }
   }
   if (!variable.MissingValues().empty()) {

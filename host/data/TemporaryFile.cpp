@@ -91,27 +91,30 @@ bool TemporaryFile::Finish(std::string* why) {
   return Sync(fTemporary, O_RDONLY, why) && SyncFolderOf(fTemporary, why);
 }
 
-// Gives the old file a second name. A file system without hard links can't, and the file then can't come back
-// once it is replaced.
+// A file system without hard links can't give a second name; once replaced, the old file then can't come
+// back.
 bool TemporaryFile::KeepOldFile(std::string* why) {
-  fbHasOld = link(fTarget.c_str(), fOld.c_str()) == 0;
-  if (fbHasOld || errno == ENOENT || errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS) return true;
-  *why = SystemReason();
-  return false;
-}
-
-bool TemporaryFile::Replace(std::string* why) {
   std::error_code error;
   if (fs::is_directory(fTarget, error)) {
     *why = std::system_category().message(EISDIR);
     return false;
   }
-  if (!KeepOldFile(why)) return false;
+  fbHasOld = link(fTarget.c_str(), fOld.c_str()) == 0;
+  fbIsNew = !fbHasOld && errno == ENOENT;
+  if (fbHasOld || fbIsNew || errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS) return true;
+  *why = SystemReason();
+  return false;
+}
+
+bool TemporaryFile::Replace(std::string* why) {
   if (std::rename(fTemporary.c_str(), fTarget.c_str()) != 0) {
     *why = SystemReason();
     return false;
   }
-  fbReplaced = true;
+  return fbReplaced = true;
+}
+
+bool TemporaryFile::SyncPlace(std::string* why) const {
   return SyncFolderOf(fTarget, why);
 }
 
@@ -119,7 +122,7 @@ void TemporaryFile::Restore() {
   if (!fbReplaced) return;
   if (fbHasOld) {
     std::rename(fOld.c_str(), fTarget.c_str());
-  } else {
+  } else if (fbIsNew) {
     unlink(fTarget.c_str());
   }
   fbReplaced = false;
@@ -140,7 +143,9 @@ bool WriteWholeFile(const std::string& path, std::string_view content, std::stri
     *why = writer.Reason();
     return false;
   }
-  if (!file->Finish(why) || !file->Replace(why)) return false;
+  const bool isInPlace =
+      file->Finish(why) && file->KeepOldFile(why) && file->Replace(why) && file->SyncPlace(why);
+  if (!isInPlace) return false;
   file->Settle();
   return true;
 }

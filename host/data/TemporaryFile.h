@@ -23,9 +23,10 @@ inline constexpr std::size_t kBesideRoom = 24;
 // TemporaryFile is a file that is written beside its target and takes its place when it is whole, so that the
 // target is at any moment the old file or the new one.
 //
-// Use:        Open(), write TemporaryPath() by whatever means, Finish(), Replace(), Settle(). Until Settle(),
-//             Restore() brings the old file back. Destroyed without Settle(), it leaves the old file alone
-//             (after Restore() where it was replaced) and removes what it wrote.
+// Use:        Open(), write TemporaryPath() by whatever means, Finish(), KeepOldFile(), Replace(),
+//             SyncPlace(), Settle(). Until Settle(), Restore() brings the old file back. Destroyed without
+//             Settle(), it leaves the old file alone (after Restore() where it was replaced) and removes what
+//             it wrote.
 // Ownership:  holds the lock of the target for its life.
 // Failures:   false, with the reason in `why`.
 class TemporaryFile {
@@ -41,23 +42,27 @@ public:
 
   // The file is written: it gets the permissions of the file that it replaces and goes to the disk.
   bool Finish(std::string* why);
-  // Puts the file in the target's place. REQUIRES: finished.
+  // Gives the old file a second name, to come back from.
+  bool KeepOldFile(std::string* why);
+  // Puts the file in the target's place: one rename. REQUIRES: finished, the old file kept.
   bool Replace(std::string* why);
-  // Undoes Replace(), or nothing.
+  // Brings the new name to the disk.
+  bool SyncPlace(std::string* why) const;
+  // Undoes Replace(), or nothing. Where the old file couldn't be kept, the new one stays.
   void Restore();
   // The old file is no longer wanted.
   void Settle();
 
 private:
   TemporaryFile(std::string target, std::unique_ptr<FileLock> lock);
-  bool KeepOldFile(std::string* why);
   void RemoveHelpers();
 
   std::string fTarget;
   std::string fTemporary;
   std::string fOld;  // a second name of the old file, while it can come back
   std::unique_ptr<FileLock> fpLock;
-  bool fbHasOld = false;
+  bool fbHasOld = false;  // fOld is there
+  bool fbIsNew = false;   // there was no old file
   bool fbReplaced = false;
 };
 

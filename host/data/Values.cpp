@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 
+#include "host/data/KORV_Variable.h"
 #include "host/numeric/MissingValue.h"
 
 namespace {
@@ -162,6 +163,11 @@ bool FormatSuits(const KORV_Format& format, int type) {
   if (format.type == kFormatA) return format.width <= type;
   if (format.type == kFormatAHex) return format.width % 2 == 0 && format.width / 2 <= type;
   return format.type == kFormatF && type == 0;
+}
+
+KORV_Format UsableFormat(const KORV_Variable& variable) {
+  if (FormatSuits(variable.GetFormat(), variable.GetType())) return variable.GetFormat();
+  return KORV_Variable(std::string(), variable.GetType()).GetFormat();
 }
 
 bool ParseNumber(std::string_view text, double* number) {

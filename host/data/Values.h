@@ -6,6 +6,8 @@
 #include "host/data/KORV_Format.h"
 #include "host/numeric/Obs.h"
 
+class KORV_Variable;
+
 // Texts of data values. The decimal character is a full stop, whatever the locale.
 
 // Writes a value into `buffer`, which has room for the format's width and a terminating zero. 0 on success.
@@ -23,6 +25,10 @@ int FromString(std::string_view text, const KORV_Format& format, OBS* cells);
 
 // Whether a format can show the values of a variable of that type (0 numeric, else the width in bytes).
 bool FormatSuits(const KORV_Format& format, int type);
+
+// A variable's print format, or the default one of its type where a dictionary has one that can't show the
+// values.
+KORV_Format UsableFormat(const KORV_Variable& variable);
 
 // The number with the fewest digits that reads back the same: "0.1", "12", "1e+22".
 std::string NumberText(double number);

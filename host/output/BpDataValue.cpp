@@ -23,13 +23,7 @@ DictionaryValue ValueOf(const KORV_Variable& variable, const OBS* cells) {
 }
 
 std::string FormattedText(const KORV_Variable& variable, const OBS* cells) {
-  KORV_Format format = variable.GetFormat();
-  if (!FormatSuits(format, variable.GetType())) {
-    format = KORV_Format();
-    if (variable.GetType() > 0) {
-      format = {.width = static_cast<std::uint16_t>(variable.GetType()), .type = kFormatA, .decimals = 0};
-    }
-  }
+  const KORV_Format format = UsableFormat(variable);
   std::string buffer(format.width + std::size_t{1}, '\0');
   if (ToString(cells, format, buffer.data()) != 0) return {};
   return std::string(WithoutOuterBlanks(buffer.c_str()));

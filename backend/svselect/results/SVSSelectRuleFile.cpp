@@ -74,7 +74,7 @@ void SVSSelectRuleFile::WriteClause(KORV_InputCaseIterator& caseIterator) {
 
 // The value in its print format, without blanks in front; of nothing but blanks the last one stays.
 std::string SVSSelectRuleFile::ValueText(KORV_InputCaseIterator& caseIterator, std::int32_t variable) const {
-  const KORV_Format& format = fpDataSource->GetVariable(variable).GetFormat();
+  const KORV_Format format = UsableFormat(fpDataSource->GetVariable(variable));
   std::string text(format.width + 1U, '\0');
   ToString(caseIterator.BindColumn(variable), format, text.data());
   text.back() = '\0';

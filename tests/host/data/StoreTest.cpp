@@ -70,7 +70,7 @@ void Embellish(Dictionary* dictionary) {
   text.SetFormat(kFormatA, 4, 0);
   text.SetValueLabels({{{0, "it's"}, "ÄÖ\n"}});
   text.SetMissingValues({{0, "NA"}});
-  dictionary->documents = {{"document one", "", "  \"third\" line"}, {"two"}};
+  dictionary->documents = {{}, {"document one", "", "  \"third\" line"}, {}, {"two"}};
 }
 
 constexpr const char* kEveryType =
@@ -114,6 +114,9 @@ TEST_F(Store, RoundTripThroughEveryKind) {
       EXPECT_EQ(is.MissingValues(), was.MissingValues());
       found += (i > 0 ? " " : "") + is.ColumnType();
     }
+    if (kind == ".csv") {
+      EXPECT_NE(Read("out.schema.json").find("\"value\": -5,"), std::string::npos);
+    }
     const bool keepsTypes = kind == ".sav" || kind == ".parquet";
     EXPECT_EQ(found, keepsTypes ? types : found);
     ActiveFile::Current().SharedDictionary()->documents.clear();
@@ -137,7 +140,7 @@ TEST_F(Store, TextFileToTheByte) {
 }
 
 TEST_F(Store, OddNames) {
-  const std::string csv = Write("odd.csv", "COLUMN2,,\"a \"\"b\"\"\",select\n1,2,3,4\n");
+  const std::string csv = Write("odd.csv", "COLUMN2,,\"a \"\"b\"\"\",select,,\n1,2,3,4,5,6\n");
   for (const std::string kind : {".sav", ".parquet", ".csv"}) {
     OpenFrame({.path = csv, .sql = "", .sort = {}, .schema = "", .weight = "", .split = {}});
     UserCaseFileSpec spec(FileRole::kSaved);
@@ -145,9 +148,9 @@ TEST_F(Store, OddNames) {
     ASSERT_TRUE(SaveActiveFile(spec) && CommitFiles()) << fMessages;
     OpenFrame({.path = Path("out" + kind), .sql = "", .sort = {}, .schema = "", .weight = "", .split = {}});
     EXPECT_EQ(ShowDictionary(), fmt::format("COLUMN2 F8.0 BIGINT, {} F8.0 BIGINT, a \"b\" F8.0 BIGINT, "
-                                            "select F8.0 BIGINT",
+                                            "select F8.0 BIGINT, (5) F8.0 BIGINT, (6) F8.0 BIGINT",
                                             kind == ".csv" ? "" : "column2_"));
-    EXPECT_EQ(ShowCases(), "1|2|3|4");
+    EXPECT_EQ(ShowCases(), "1|2|3|4|5|6");
   }
 }
 
@@ -186,6 +189,15 @@ TEST_F(Store, FilesOfARunAppearTogetherOrNotAtAll) {
   DiscardFiles();
   EXPECT_EQ(Names(), "a.csv a.schema.json b.sav rule.txt");
   EXPECT_EQ(SessionFiles::Current().MissingFiles(), std::vector<std::string>{Path("c.csv")});
+}
+
+// A file that can't be begun is told once, by whatever comes next.
+TEST_F(Store, CannotBegin) {
+  std::filesystem::create_directory(Path(".a.csv.svselect-new"));
+  EXPECT_EQ(WithoutFolder(WriteNumbers(Path("a.csv"), 1)), "a.csv can't be written: Is a directory");
+  EXPECT_EQ(fMessages, "");
+  EXPECT_EQ(WriteNumbers(Path("a.csv"), 0), "");
+  EXPECT_EQ(WithoutFolder(fMessages), "a.csv can't be written: Is a directory\n");
 }
 
 TEST_F(Store, FullDisk) {

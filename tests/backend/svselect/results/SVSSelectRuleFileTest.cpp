@@ -14,6 +14,7 @@ TEST(SVSSelectRuleFile, WritesOneClauseForEachCombination) {
     std::string stages;
     std::string rule;
     std::string cases, clauses;
+    std::string schema = "";
   };
   const std::string pairs =
       "( ( a EQ o'neill ) AND\n  ( b EQ 20 ) ) OR\n( ( a EQ x \"y\" ) AND\n  ( b EQ 10 ) )\n";
@@ -28,11 +29,15 @@ TEST(SVSSelectRuleFile, WritesOneClauseForEachCombination) {
        "( ( a EQ o'neill ) AND\n  ( c EQ 1 ) ) OR\n( ( a EQ x \"y\" ) AND\n  ( c EQ 1 ) ) OR\n"
        "( ( a EQ o'neill ) AND\n  ( c EQ 2 ) ) OR\n( ( a EQ z ) AND\n  ( c EQ 3 ) )\n",
        "4", "4"},
+      {"formats that can't show the values", Stage("simple_wor", Strata("b") + Clusters("a") + Size("1")),
+       "( ( b EQ 20.00 ) AND\n  ( a EQ o'neill ) ) OR\n( ( b EQ 10.00 ) AND\n  ( a EQ x \"y\" ) )\n", "3",
+       "2", R"({"fields": [{"name": "b", "printFormat": "A3000"}, {"name": "a", "printFormat": "A4000"}]})"},
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
     const DrawSession draw(frame, c.stages + Out("Weight", "w"),
-                           "/CRITERIA SEED=1 /SELECTRULE OUTFILE='@/r.txt' /SAMPLEFILE OUTFILE='@/s.csv'");
+                           "/CRITERIA SEED=1 /SELECTRULE OUTFILE='@/r.txt' /SAMPLEFILE OUTFILE='@/s.csv'",
+                           c.schema);
     EXPECT_THAT(draw.messages, IsEmpty());
     EXPECT_EQ(draw.TextOf("r.txt"), c.rule);
     EXPECT_THAT(draw.files, ElementsAre("sample " + c.cases, "rule " + c.clauses));
