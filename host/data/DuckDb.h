@@ -14,10 +14,9 @@
 // Owning handles over DuckDB's C API. Only source files of this folder include this header: what the
 // procedure includes never shows DuckDB.
 //
-// Errors:   every operation that can fail throws DataError with DuckDB's own reason as one clean line; so does
-// a statement that a stop request has ended.
-// Threads:  a connection and its results belong to one thread; connections of one database may run in
-// parallel.
+// Errors:   every operation that can fail throws DataError with DuckDB's own reason as one clean line; so
+// does a statement that a stop request has ended. Threads:  a connection and its results belong to one
+// thread; connections of one database may run in parallel.
 
 // "name" and 'text' as SQL writes them, with their quotes doubled.
 std::string QuoteIdentifier(std::string_view name);
