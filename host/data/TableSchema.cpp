@@ -1,4 +1,5 @@
 #include "host/data/TableSchema.h"
+#include "host/data/ColumnFacts.h"
 
 #include <fmt/format.h>
 
@@ -219,11 +220,10 @@ std::string ValueText(const KORV_Variable& variable, const DictionaryValue& valu
 
 // The value of a category is one of its field's type; a missing value is always a text.
 Json CategoryValue(const KORV_Variable& variable, const DictionaryValue& value) {
-  constexpr double kExactWholes = 9007199254740992.0;  // 2^53
   if (variable.GetType() > 0) return value.text;
   const double number = value.number;
   if (SchemaFieldType(variable) == "boolean" && (number == 0.0 || number == 1.0)) return number == 1.0;
-  if (std::fabs(number) > kExactWholes || number != std::trunc(number)) return number;
+  if (std::fabs(number) > kExactIntegers || number != std::trunc(number)) return number;
   return static_cast<std::int64_t>(number);
 }
 
