@@ -22,7 +22,9 @@ constexpr int kLegendHeight = 28;
 constexpr int kGroupHeight = 22;  // a line that names a group of strata
 constexpr int kBarHeight = 38;    // a stratum: its label with the numbers, and below it the bar
 constexpr int kIndent = 12;
-constexpr int kLabelColumns = 34;  // what a phone shows beside the numbers
+constexpr std::size_t kDeepestIndent = 6;  // levels
+constexpr int kLabelColumns = 34;          // what a phone shows beside the numbers
+constexpr int kIndentColumns = 2;          // that an indent takes of them
 
 constexpr int kPlotTop = 24;
 constexpr int kPlotBottom = 300;
@@ -94,7 +96,7 @@ double LargestOf(const std::vector<Stratum>& strata) {
 
 // The start of a text that fits the columns, with an ellipsis where something is left out.
 std::string Shortened(const std::string& text, int columns) {
-  const std::string printable = PrintableText(text);
+  std::string printable = PrintableText(text);
   if (DisplayWidth(printable) <= columns) return printable;
   return WrapText(printable, columns - 1).front() + "\u2026";
 }
@@ -151,19 +153,23 @@ private:
     fY = kLegendHeight;
   }
 
+  void WriteLabel(std::size_t level, int y, const std::string& label) {
+    const int indents = static_cast<int>(std::min(level, kDeepestIndent));
+    WriteSvgText(std::to_string(kIndent * indents), y, "start",
+                 Shortened(label, kLabelColumns - kIndentColumns * indents), fOut);
+  }
+
   void WriteGroup(std::size_t i, std::size_t level) {
-    const int indent = kIndent * static_cast<int>(level);
-    WriteSvgText(std::to_string(indent), fY + 15, "start", Shortened(Text(i, level), kLabelColumns), fOut);
+    WriteLabel(level, fY + 15, Text(i, level));
     fY += kGroupHeight;
   }
 
   void WriteStratum(std::size_t i) {
     const Stratum& stratum = fStrata[i];
     const std::size_t nodes = stratum.header.size();
-    const int indent = kIndent * static_cast<int>(GroupsOf(i));
     std::string label = nodes == 0 ? "all units" : Text(i, nodes - 1);
     if (nodes > 1) label = Text(i, nodes - 2) + " " + label;
-    WriteSvgText(std::to_string(indent), fY + 14, "start", Shortened(label, kLabelColumns), fOut);
+    WriteLabel(GroupsOf(i), fY + 14, label);
     const std::string numbers = ReadableNumber(stratum.actual) + " of " + ReadableNumber(stratum.requested);
     WriteSvgText("100%", fY + 14, "end", numbers, fOut);
     WriteBar("requested", stratum.requested, fY + 19, 14);

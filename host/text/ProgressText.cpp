@@ -54,6 +54,7 @@ std::string ProgressText(const PassProgress& progress, int width) {
   };
   if (isDone || progress.cases == 0 || progress.seconds < kSoonestRate) return line;
   const double rate = cases / progress.seconds;
-  if (add(Rate(rate)) && progress.total > 0) add(DurationText(std::max((total - cases) / rate, 1.0)) + " left");
+  if (add(Rate(rate)) && progress.total > 0)
+    add(DurationText(std::max((total - cases) / rate, 1.0)) + " left");
   return line;
 }
