@@ -135,6 +135,10 @@ bool IsTable(const std::string& text) {
   return word == "selection" || word == "cps";
 }
 
+bool IsWhen(const std::string& text) {
+  return text == "auto" || text == "always" || text == "never";
+}
+
 // One word of a command: what would end it or begin another thing can't stand in it.
 bool IsWord(const std::string& text) {
   return text.find_first_of(" \t\r\n\f\v,=/()'\"") == std::string::npos;
@@ -202,8 +206,12 @@ void AddSession(CLI::App& app, RunOptions& options) {
            "Threads. Without it, as many as the machine has processors. The sample is the same with any")
       ->check(Allowed("a number of threads: 1 to 1024", IsThreads));
   group.AddRepeated("--report", options.reports, "FILE",
-                    "File for the report, .json or .txt. May be given several times");
+                    "File for the report, .html, .json or .txt. May be given several times");
   group.Add("--save", options.save, "FILE", "Data file for the frame with the new variables");
+  group
+      .Add("--progress", options.progress, "WHEN",
+           "Show on standard error how far the run is: auto (a long run on a terminal), always or never")
+      ->check(Allowed("a time to show progress: auto, always or never", IsWhen));
   group.AddFlag("--quiet", options.quiet, "No tables and notes on standard output");
 }
 
@@ -290,8 +298,8 @@ std::string UsageError(const CLI::App& app, const RunOptions& options) {
                                       : "--data and --sql exclude each other";
   }
   for (const std::string& report : options.reports) {
-    if (!report.ends_with(".json") && !report.ends_with(".txt")) {
-      return "--report " + QuotedWord(report) + ": the name must end in .json or .txt";
+    if (!report.ends_with(".html") && !report.ends_with(".json") && !report.ends_with(".txt")) {
+      return "--report " + QuotedWord(report) + ": the name must end in .html, .json or .txt";
     }
   }
   return "";

@@ -1,5 +1,7 @@
 #include "cli/DescribeCommand.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <iostream>
@@ -14,6 +16,7 @@ namespace {
 
 using Row = std::array<std::string, 6>;
 constexpr const char* kIndent = "  ";
+constexpr const char* kBelow = "        ";  // of what stands below a variable
 
 const char* LevelWord(int level) {
   switch (level) {
@@ -47,26 +50,40 @@ Row RowOf(std::size_t index, const KORV_Variable& variable) {
           PrintableText(variable.GetLabel())};
 }
 
+// The label takes what the terminal leaves to it, on as many lines as it needs; where that is too little it
+// stands below.
 void PrintRow(const Row& row, const std::array<int, 6>& widths) {
+  constexpr int kNarrowest = 20;
+  const std::string& label = row.back();
   std::string line;
-  for (std::size_t i = 0; i < row.size(); ++i) {
+  for (std::size_t i = 0; i + 1 < row.size(); ++i) {
     const std::string blanks(static_cast<std::size_t>(widths[i] - DisplayWidth(row[i])), ' ');
     line += kIndent;
     line += i == 0 ? blanks + row[i] : row[i] + blanks;  // the number stands at the right
   }
-  std::cout << TrimRight(line) << '\n';
+  line += kIndent;
+  const int before = DisplayWidth(line);
+  const int room = TerminalWidth(STDOUT_FILENO) - before;
+  if (room < std::min(kNarrowest, widths.back())) {
+    std::cout << TrimRight(line) << '\n';
+    if (!label.empty()) PrintFolded(std::string(kBelow) + label);
+    return;
+  }
+  for (const std::string& part : WrapText(label, room)) {
+    std::cout << TrimRight(line + part) << '\n';
+    line.assign(static_cast<std::size_t>(before), ' ');
+  }
 }
 
 // What stands below a variable: its user-missing values and its value labels.
 void PrintValues(const KORV_Variable& variable) {
-  const std::string indent = "        ";
   if (!variable.MissingValues().empty()) {
-    std::string line = indent + "user-missing:";
+    std::string line = std::string(kBelow) + "user-missing:";
     for (const DictionaryValue& value : variable.MissingValues()) line += " " + ValueWord(variable, value);
-    std::cout << PrintableText(line) << '\n';
+    PrintFolded(line);
   }
   for (const ValueLabel& label : variable.ValueLabels()) {
-    std::cout << PrintableText(indent + ValueWord(variable, label.value) + " = " + label.label) << '\n';
+    PrintFolded(kBelow + ValueWord(variable, label.value) + " = " + label.label);
   }
 }
 
@@ -111,7 +128,7 @@ int DescribeFrame(const FrameOptions& options) {
     }
     for (const DocumentLines& document : dictionary.documents) {
       std::cout << "\nDocument\n";
-      for (const std::string& line : document) std::cout << kIndent << PrintableText(line) << '\n';
+      for (const std::string& line : document) PrintFolded(kIndent + line);
     }
   } catch (const DataError& error) {
     if (StopRequested()) {

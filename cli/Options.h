@@ -39,6 +39,7 @@ struct RunOptions {
   bool explain = false;  // print the command, do nothing else
   std::vector<std::string> reports;
   std::string save;
+  std::string progress = "auto";  // auto, always or never
   bool quiet = false;
 };
 

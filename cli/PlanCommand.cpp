@@ -9,7 +9,6 @@
 #include "cli/Terminal.h"
 #include "host/data/ReadableFile.h"
 #include "host/environment/MCStopProcessor.h"
-#include "host/text/DisplayText.h"
 
 namespace {
 
@@ -61,7 +60,7 @@ int TellPlan(const PlanOptions& options) {
     TellMessages();
     return kExitError;
   }
-  for (const std::string& line : PlanInWords(plan)) std::cout << PrintableText(line) << '\n';
+  for (const std::string& line : PlanInWords(plan)) PrintFolded(line);
   if (!FinishOutput()) return kExitError;
   if (options.frame.path.empty()) return kExitOk;
   CatchInterrupts();

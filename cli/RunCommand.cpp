@@ -1,24 +1,33 @@
 #include "cli/RunCommand.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <optional>
 #include <sstream>
 
 #include "cli/CommandText.h"
+#include "cli/CommandedPlan.h"
 #include "cli/InputFiles.h"
 #include "cli/ProcedureLibrary.h"
+#include "cli/ProgressLine.h"
 #include "cli/Terminal.h"
 #include "host/command/SessionCommand.h"
+#include "host/data/CaseProgress.h"
 #include "host/data/SaveActiveFile.h"
 #include "host/data/SessionFiles.h"
 #include "host/data/TemporaryFile.h"
 #include "host/data/UserCaseFileSpec.h"
 #include "host/environment/ErrorSink.h"
 #include "host/environment/MCStopProcessor.h"
+#include "host/output/FinalWeights.h"
+#include "host/output/HtmlReport.h"
 #include "host/output/JsonReport.h"
 #include "host/output/OutputDocument.h"
+#include "host/output/RunOutcome.h"
 #include "host/output/TextRenderer.h"
 
 namespace {
@@ -157,18 +166,56 @@ RunOutcome OutcomeOf(const std::string& status) {
   return outcome;
 }
 
-bool WriteReport(const std::string& path, const RunOutcome& outcome) {
+bool IsHtml(const std::string& path) {
+  return path.ends_with(".html");
+}
+
+// What is found out about a sample beyond the output of its run.
+struct Findings {
+  std::vector<std::string> lines;  // for the person at the terminal
+  std::optional<FinalWeights> weights;
+};
+
+Findings LookBack(const RunOptions& options, const OwnFiles& own) {
+  Findings findings;
+  const std::optional<CommandedPlan> commanded = ReadCommandedPlan();
+  if (!commanded) return findings;
+  try {
+    const std::string advice = options.settings.exactDesign ? "" : ExactDesignAdvice(*commanded);
+    if (!advice.empty()) findings.lines.push_back(advice);
+    if (std::any_of(own.reports.begin(), own.reports.end(), IsHtml)) {
+      findings.weights = ReadFinalWeights(commanded->plan.weight.Text());
+    }
+  } catch (const DataError& error) {
+    findings.lines.emplace_back(error.what());
+  }
+  return findings;
+}
+
+bool WriteReport(const std::string& path, const RunOutcome& outcome, const Findings& findings) {
   std::ostringstream text;
+  const OutputDocument& document = OutputDocument::Current();
   if (path.ends_with(".json")) {
-    WriteJsonReport(OutputDocument::Current(), outcome, text);
+    WriteJsonReport(document, outcome, text);
+  } else if (IsHtml(path)) {
+    WriteHtmlReport(document, outcome, findings.weights ? &*findings.weights : nullptr, text);
   } else {
-    RenderText(OutputDocument::Current(), kDefaultTextWidth, text);
-    RenderMessages(OutputDocument::Current(), text);
+    RenderText(document, kDefaultTextWidth, text);
+    RenderMessages(document, text);
   }
   std::string why;
   if (WriteWholeFile(path, text.view(), &why)) return true;
   TellProblem("the report " + path + " can't be written: " + why);
   return false;
+}
+
+// Makes a count of the cases for who watches the run, which costs a look into the file.
+std::int64_t CasesToPass() {
+  try {
+    return ActiveFile::Current().Engine().CountCases();
+  } catch (const DataError&) {
+    return -1;  // the run itself will tell what is wrong
+  }
 }
 
 }  // namespace
@@ -187,11 +234,22 @@ int RunSample(const RunOptions& options) {
   HostSession session(options.settings);
   OpenDocument();
   CatchInterrupts();
+  ProgressLine progress(options.progress,
+                        "reading " + (options.frame.path.empty() ? "the query" : options.frame.path),
+                        session.Layer<CaseProgress>());
   OwnFiles own;
   const bool isReady = ClaimFrame(options.frame) && ClaimOwnFiles(options, &own) && TakeCommand(options) &&
                        OpenRunFrame(options.frame);
-  if (isReady && !StopRequested()) CallProcedure();
+  if (isReady && !StopRequested()) {
+    if (progress.IsOn()) progress.ShowPasses(CasesToPass());
+    CallProcedure();
+  }
+  progress.ShowTask(options.save.empty() ? "finishing the files" : "saving " + options.save);
   const std::string status = SettleFiles(own.save);
+  progress.ShowTask("looking back on the sample");
+  const bool hasSample = status != "cancelled" && HasDrawn() && !ErrorRaised();
+  const Findings findings = hasSample ? LookBack(options, own) : Findings();
+  progress.Stop();
 
   if (status == "cancelled") {
     TellInterrupted();  // errors of a run that was broken off speak of the break alone
@@ -199,11 +257,12 @@ int RunSample(const RunOptions& options) {
     TellMessages();
     TellRefusals();
     TellAdvice(options, status);
+    for (const std::string& line : findings.lines) TellProblem(line);
   }
-  if (!options.quiet) RenderText(OutputDocument::Current(), TerminalWidth(), std::cout);
+  if (!options.quiet) RenderText(OutputDocument::Current(), TerminalWidth(STDOUT_FILENO), std::cout);
   bool isTold = FinishOutput();
   const RunOutcome outcome = OutcomeOf(status);
-  for (const std::string& report : own.reports) isTold = WriteReport(report, outcome) && isTold;
+  for (const std::string& report : own.reports) isTold = WriteReport(report, outcome, findings) && isTold;
   if (status == "cancelled") return kExitInterrupted;
   return status == "ok" && isTold ? kExitOk : kExitError;
 }

@@ -3,6 +3,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <iostream>
@@ -51,10 +52,29 @@ void TellMessages() {
   RenderMessages(OutputDocument::Current(), std::cerr);
 }
 
-int TerminalWidth() {
+int TerminalWidth(int descriptor) {
   winsize size{};
-  const bool isTerminal = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  const bool isTerminal = ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
   return isTerminal ? size.ws_col : kDefaultTextWidth;
+}
+
+void PrintFolded(const std::string& line) {
+  constexpr std::size_t kFurtherIn = 4;
+  constexpr int kNarrowest = 20;
+  const std::string text = PrintableText(line);
+  const int width = TerminalWidth(STDOUT_FILENO);
+  if (DisplayWidth(text) <= width) {
+    std::cout << text << '\n';
+    return;
+  }
+  const std::size_t indent = std::min(text.find_first_not_of(' '), text.size());
+  // The first line has more room than the others, which is left: the text is wrapped once.
+  const int room = std::max(width - static_cast<int>(indent + kFurtherIn), kNarrowest);
+  std::string blanks(indent, ' ');
+  for (const std::string& part : WrapText(text.substr(indent), room)) {
+    std::cout << blanks << part << '\n';
+    blanks.assign(indent + kFurtherIn, ' ');
+  }
 }
 
 bool FinishOutput() {

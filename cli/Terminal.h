@@ -23,8 +23,12 @@ void TellInterrupted();
 // The messages of the session so far, on standard error.
 void TellMessages();
 
-// Columns of the terminal that standard output is; a usual width when it is none.
-int TerminalWidth();
+// Columns of the terminal that a file descriptor is; a usual width when it is none.
+int TerminalWidth(int descriptor);
+
+// A line of text on standard output, folded to the terminal's width: what goes over stands further in on
+// lines of its own.
+void PrintFolded(const std::string& line);
 
 // Brings standard output to its end. False, after a line on standard error, when it couldn't be written; a
 // reader that has seen enough is no failure.

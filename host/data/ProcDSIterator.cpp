@@ -6,13 +6,18 @@
 
 #include "host/data/ActiveFile.h"
 #include "host/data/CaseEngine.h"
+#include "host/data/CaseProgress.h"
 #include "host/data/ProcedureDataSource.h"
 #include "host/environment/CommonBlocks.h"
+#include "host/environment/HostSession.h"
 #include "host/environment/MCStopProcessor.h"
 #include "host/numeric/MissingValue.h"
 
 ProcDSIterator::ProcDSIterator(ProcedureDataSource& source, ActiveFile& file)
-    : fSource(source), fFile(file), fvServed(file.CopiedColumns()) {
+    : fSource(source),
+      fFile(file),
+      fProgress(HostSession::Current().Layer<CaseProgress>()),
+      fvServed(file.CopiedColumns()) {
   if (pvGetCmnGlb()->splitCount == 0) return;
   for (const int column : file.SplitColumns()) {
     ProcDSIterator::BindColumn(column);
@@ -55,7 +60,11 @@ int ProcDSIterator::NextCase() {
 // Moves on to the next block; at the end of the cases or on a failure the walk has ended.
 bool ProcDSIterator::NextBlock() {
   fPlainRows = 0;
-  if (fpCursor == nullptr && !OpenCursor(0)) return false;
+  if (fpCursor == nullptr) {
+    fProgress.StartPass();
+    if (!OpenCursor(0)) return false;
+  }
+  fProgress.SetCases(fRow + 1);
   try {
     fBlockRows = fpCursor->NextBlock();
     fNext = 0;

@@ -10,6 +10,7 @@
 
 class ActiveFile;
 class CaseCursor;
+class CaseProgress;
 class ProcedureDataSource;
 
 // ProcDSIterator walks the cases of the active file, and stops where a split group ends.
@@ -76,6 +77,7 @@ private:
 
   ProcedureDataSource& fSource;
   ActiveFile& fFile;
+  CaseProgress& fProgress;
   std::unique_ptr<CaseCursor> fpCursor;         // null before the first case and after the end
   std::vector<std::unique_ptr<OBS[]>> fvCells;  // by column; null while it isn't bound
   std::vector<int> fvServed;                    // columns of the cursor

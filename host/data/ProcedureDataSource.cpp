@@ -1,7 +1,9 @@
 #include "host/data/ProcedureDataSource.h"
 
 #include "host/data/ActiveFile.h"
+#include "host/data/CaseProgress.h"
 #include "host/data/ProcDSIterator.h"
+#include "host/environment/HostSession.h"
 
 namespace {
 
@@ -20,6 +22,7 @@ void ProcedureDataSource::SetMaxObsAdded(unsigned count) {
 
 void ProcedureDataSource::SetLastPass() {
   ActiveFile::Current().SetLastPass();
+  HostSession::Current().Layer<CaseProgress>().SetLastPass();
 }
 
 bool ProcedureDataSource::FatalError() const {

@@ -7,6 +7,7 @@
 #include "host/environment/ErrorSink.h"
 #include "host/output/OutputDocument.h"
 #include "host/output/OutputTable.h"
+#include "host/output/RunOutcome.h"
 
 namespace {
 
@@ -33,15 +34,6 @@ Json MessageJson(const OutputMessage& message) {
           {"text", message.text},
           {"group", message.group},
           {"repeats", message.repeats}};
-}
-
-// What came beyond the messages that are kept stands as one message behind them.
-std::vector<OutputMessage> AllMessages(const OutputDocument& document) {
-  std::vector<OutputMessage> messages = document.Messages();
-  if (document.FurtherMessages() > 0) {
-    messages.push_back({document.FurtherLevel(), document.FurtherText(), std::string()});
-  }
-  return messages;
 }
 
 Json NoteJson(const OutputNote& note) {
@@ -95,7 +87,7 @@ void WriteTable(const OutputTable& table, std::ostream& out) {
 void WriteJsonReport(const OutputDocument& document, const RunOutcome& outcome, std::ostream& out) {
   out << "{\"procedure\": " << Dump(document.Procedure()) << ", \"status\": " << Dump(outcome.status)
       << ",\n";
-  WriteArray("messages", AllMessages(document), MessageJson, out);
+  WriteArray("messages", document.AllMessages(), MessageJson, out);
   out << ",\n";
   WriteArray("notes", document.Notes(), NoteJson, out);
   out << ",\n\"tables\": [";

@@ -40,6 +40,12 @@ void OutputDocument::AddMessage(int level, const std::string& text, const std::s
   fvMessages.push_back({.level = level, .text = text, .group = group});
 }
 
+std::vector<OutputMessage> OutputDocument::AllMessages() const {
+  std::vector<OutputMessage> messages = fvMessages;
+  if (fFurther > 0) messages.push_back({.level = fFurtherLevel, .text = FurtherText(), .group = {}});
+  return messages;
+}
+
 void OutputDocument::AddTable(std::shared_ptr<OutputTable> table) {
   table->Close();
   if (!table->Cells().empty() || !table->Notes().empty()) fvTables.push_back(std::move(table));

@@ -61,6 +61,8 @@ public:
   std::int64_t FurtherMessages() const { return fFurther; }
   int FurtherLevel() const { return fFurtherLevel; }
   std::string FurtherText() const { return "... and " + std::to_string(fFurther) + " more messages"; }
+  // The messages that are kept; what came beyond them stands as one message behind them.
+  std::vector<OutputMessage> AllMessages() const;
 
 private:
   struct Kept {

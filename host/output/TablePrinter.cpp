@@ -12,6 +12,7 @@ constexpr int kIndent = 2;           // of one level of row groups
 constexpr int kGap = 2;              // between columns
 constexpr int kWidestHeader = 24;    // a column label is wrapped to this
 constexpr int kNarrowestLabel = 16;  // however deep a row label is indented, it has this room
+constexpr int kNarrowestStub = 24;   // row labels aren't wrapped to less for the columns' sake
 constexpr int kNarrowestTable = 40;  // a smaller width than this isn't kept to
 
 std::string Blanks(int count) {
@@ -47,8 +48,8 @@ TablePrinter::TablePrinter(const OutputTable& table, int width, std::ostream& ou
       fLayout(table),
       fWidth(std::max(width, kNarrowestTable)),
       fOut(out),
-      fStubWidth(StubWidth()),
-      fvColumns(MeasureColumns()) {}
+      fvColumns(MeasureColumns()),
+      fStubWidth(StubWidth()) {}
 
 void TablePrinter::Print() {
   PrintWrapped(fTable.Title());
@@ -88,7 +89,8 @@ std::string TablePrinter::Corner() const {
   return corner;
 }
 
-// The room of the row labels: what the longest takes, but no more than half the width.
+// The room of the row labels: what the longest takes, but no more than lets all columns stand beside each
+// other; where that is too little, no more than half the width.
 int TablePrinter::StubWidth() const {
   int widest = DisplayWidth(Corner());
   const PivotLayout::Header* previous = nullptr;
@@ -98,7 +100,8 @@ int TablePrinter::StubWidth() const {
     }
     previous = &row;
   }
-  return std::min(widest, fWidth / 2);
+  const int besideAll = fWidth - kGap - SpanWidth(0, fvColumns.size());
+  return std::min(widest, besideAll >= kNarrowestStub ? besideAll : fWidth / 2);
 }
 
 // A column is as wide as its widest cell and its own label; the labels over it are broken only between words.
@@ -127,7 +130,8 @@ int TablePrinter::SpanWidth(std::size_t first, std::size_t last) const {
   return width;
 }
 
-// The first column behind those that fit beside the row labels, at least one.
+// The first column behind those that fit beside the row labels, at least one. An outermost group that doesn't
+// fit as a whole goes to the next block, unless it begins this one.
 std::size_t TablePrinter::EndOfBlock(std::size_t first) const {
   std::size_t last = first + 1;
   int width = fStubWidth + kGap + fvColumns[first].width;
@@ -135,7 +139,12 @@ std::size_t TablePrinter::EndOfBlock(std::size_t first) const {
     width += kGap + fvColumns[last].width;
     if (width > fWidth) break;
   }
-  return last;
+  std::size_t whole = last;
+  while (whole < fvColumns.size() && whole > first &&
+         CommonStart(fLayout.Columns()[whole - 1], fLayout.Columns()[whole]) > 0) {
+    --whole;
+  }
+  return whole > first ? whole : last;
 }
 
 void TablePrinter::PrintHeader(std::size_t first, std::size_t last) {

@@ -9,8 +9,9 @@
 #include "host/output/PivotLayout.h"
 
 // TablePrinter prints one table as plain text: rows with nested groups indented, columns aligned, numbers to
-// the right. Columns that don't fit beside each other within the width follow in further blocks, each with
-// the row labels again; labels that don't fit are wrapped, cells never cut.
+// the right. Row labels are wrapped where that lets all columns stand beside each other within the width;
+// where it doesn't, the further columns follow in blocks, each with the row labels again, and groups of
+// columns stay together. Cells are never cut.
 //
 // Ownership:  borrows the table and the stream, which must outlive it.
 class TablePrinter {
@@ -55,6 +56,6 @@ private:
   PivotLayout fLayout;
   int fWidth;
   std::ostream& fOut;
-  int fStubWidth;
   std::vector<Column> fvColumns;
+  int fStubWidth;
 };

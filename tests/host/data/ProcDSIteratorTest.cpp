@@ -1,4 +1,5 @@
 #include "FrameFixture.h"
+#include "host/data/CaseProgress.h"
 #include "host/environment/CommonBlocks.h"
 #include "host/environment/MCStopProcessor.h"
 
@@ -45,6 +46,9 @@ TEST_F(ProcDSIteratorTest, BindsLateAtTheSameCase) {
   int cases = 0;
   while (counter->NextCase() != 0) ++cases;
   EXPECT_EQ(cases, 10000);
+  const CaseProgress::State progress = HostSession::Current().Layer<CaseProgress>().Get();
+  EXPECT_EQ(progress.pass, 7);  // a query that started anew is no pass of its own
+  EXPECT_EQ(progress.cases, 10000);
 }
 
 TEST_F(ProcDSIteratorTest, PadsStringsWithBlanks) {

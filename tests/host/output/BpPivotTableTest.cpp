@@ -14,6 +14,7 @@
 #include "host/output/BpVariable.h"
 #include "host/output/JsonReport.h"
 #include "host/output/OutputDocument.h"
+#include "host/output/RunOutcome.h"
 #include "host/output/TextRenderer.h"
 #include "host/text/DisplayText.h"
 
@@ -164,6 +165,9 @@ Region = North
 A note that is a little too long for one
 line ...
 )");
+  // One column short of the whole width: a group of columns still isn't torn.
+  const std::size_t tables = AsText(40).find("\nA note");
+  EXPECT_EQ(AsText(57).substr(0, tables), AsText(40).substr(0, tables));
 }
 
 // Eighteen levels of long and wide labels, a table of rows alone, a cell without a column.

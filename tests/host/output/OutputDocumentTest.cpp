@@ -8,6 +8,7 @@
 #include "host/output/BpError.h"
 #include "host/output/BpString.h"
 #include "host/output/JsonReport.h"
+#include "host/output/RunOutcome.h"
 #include "host/output/TextRenderer.h"
 
 namespace {

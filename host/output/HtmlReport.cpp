@@ -1,0 +1,188 @@
+#include "host/output/HtmlReport.h"
+
+#include <algorithm>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "host/environment/ErrorSink.h"
+#include "host/output/FinalWeights.h"
+#include "host/output/HtmlStyle.h"
+#include "host/output/HtmlTable.h"
+#include "host/output/HtmlText.h"
+#include "host/output/OutputDocument.h"
+#include "host/output/OutputTable.h"
+#include "host/output/RunOutcome.h"
+#include "host/output/StageFigure.h"
+#include "host/output/WeightFigure.h"
+#include "host/text/ReadableNumber.h"
+
+namespace {
+
+// Writes one page; a value of this class lives for that.
+class PageWriter {
+public:
+  PageWriter(const OutputDocument& document, const RunOutcome& outcome, const FinalWeights* weights,
+             std::ostream& out)
+      : fDocument(document), fOutcome(outcome), fpWeights(weights), fOut(out) {
+    if (weights != nullptr && weights->summary.count == 0) fpWeights = nullptr;
+  }
+
+  void Write() {
+    WriteHead();
+    WriteStatus();
+    WriteContents();
+    WriteMessages();
+    WriteNotes();
+    WriteWeights();
+    WriteTables();
+    WriteFiles();
+    fOut << "</main>\n</body>\n</html>\n";
+  }
+
+private:
+  // Nothing is fetched and nothing runs, whatever stands in the page.
+  void WriteHead() {
+    fOut << "<!DOCTYPE html>\n<html xmlns=\"http://www.w3.org/1999/xhtml\" lang=\"en\" "
+            "xml:lang=\"en\">\n<head>\n"
+            "<meta charset=\"utf-8\"/>\n"
+            "<meta http-equiv=\"Content-Security-Policy\" "
+            "content=\"default-src 'none'; style-src 'unsafe-inline'\"/>\n"
+            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n<title>"
+         << HtmlText(fDocument.Procedure()) << ": " << StatusInWords() << "</title>\n<style>" << kHtmlStyle
+         << "</style>\n</head>\n<body>\n<main>\n<h1>" << HtmlText(fDocument.Procedure()) << "</h1>\n";
+  }
+
+  const char* StatusInWords() const {
+    if (fOutcome.status == "ok") return "ended without an error";
+    if (fOutcome.status == "cancelled") return "interrupted, nothing was kept";
+    const std::vector<OutputMessage> messages = fDocument.AllMessages();
+    const bool hasError = std::any_of(messages.begin(), messages.end(), [](const OutputMessage& message) {
+      return message.level >= kErrorLevel;
+    });
+    return hasError ? "ended with an error" : "ended without all that was asked for";
+  }
+
+  void WriteStatus() {
+    fOut << "<p class=\"status " << HtmlText(fOutcome.status) << "\">Status: <strong>"
+         << HtmlText(fOutcome.status) << "</strong>. The run "
+         << (fOutcome.status == "cancelled" ? "was " : "") << StatusInWords() << ".</p>\n";
+  }
+
+  void WriteContents() {
+    fOut << "<nav aria-label=\"Contents\">\n<ul>\n";
+    const auto entry = [&](bool isThere, const char* id, const char* title) {
+      if (isThere) fOut << "<li><a href=\"#" << id << "\">" << title << "</a></li>\n";
+    };
+    entry(!fDocument.Messages().empty(), "messages", "Messages");
+    entry(!fDocument.Notes().empty(), "notes", "Notes");
+    entry(fpWeights != nullptr, "weights", "Final weights");
+    entry(!fDocument.Tables().empty(), "tables", "Tables");
+    entry(!fOutcome.files.empty(), "files", "Files");
+    fOut << "</ul>\n</nav>\n";
+  }
+
+  void WriteMessages() {
+    if (fDocument.Messages().empty()) return;
+    fOut << "<section aria-labelledby=\"messages\">\n<h2 id=\"messages\">Messages</h2>\n<ul "
+            "class=\"messages\">\n";
+    for (const OutputMessage& message : fDocument.AllMessages()) {
+      const bool isError = message.level >= kErrorLevel;
+      fOut << (isError ? "<li class=\"error\"><strong>Error:</strong> "
+                       : "<li class=\"warning\"><strong>Warning:</strong> ");
+      if (!message.group.empty()) fOut << HtmlText(message.group) << ' ';
+      fOut << HtmlText(message.text);
+      if (message.repeats > 0) fOut << " (and " << message.repeats << " more like this)";
+      fOut << "</li>\n";
+    }
+    fOut << "</ul>\n</section>\n";
+  }
+
+  // The parts of the notes apart, each in its own list.
+  void WriteNotes() {
+    if (fDocument.Notes().empty()) return;
+    std::vector<OutputNote> notes = fDocument.Notes();
+    std::stable_sort(notes.begin(), notes.end(),
+                     [](const OutputNote& a, const OutputNote& b) { return a.group < b.group; });
+    fOut << "<section aria-labelledby=\"notes\">\n<h2 id=\"notes\">Notes</h2>\n<dl>\n";
+    int group = notes.front().group;
+    for (const OutputNote& note : notes) {
+      if (note.group != group) fOut << "</dl>\n<dl>\n";
+      group = note.group;
+      fOut << "<dt>" << HtmlText(note.label) << "</dt><dd>" << HtmlText(note.text) << "</dd>\n";
+    }
+    fOut << "</dl>\n</section>\n";
+  }
+
+  void WriteWeights() {
+    if (fpWeights == nullptr) return;
+    const WeightSummary& weights = fpWeights->summary;
+    fOut << "<section aria-labelledby=\"weights\">\n<h2 id=\"weights\">Final weights</h2>\n<p>"
+         << WhichCases() << "</p>\n";
+    fOut << "<figure>\n";
+    WriteWeightFigure(weights, "weights-figure", fOut);
+    fOut << "<figcaption>" << (weights.bins.empty() ? "All weights are the same." : "Cases by their weight.")
+         << "</figcaption>\n</figure>\n"
+            "<div class=\"scroll keep\" role=\"region\" tabindex=\"0\" aria-labelledby=\"weights-table\">\n"
+            "<table>\n<caption id=\"weights-table\">The weights in numbers</caption>\n<tbody>\n";
+    const auto row = [&](const char* label, double number) {
+      fOut << "<tr><th scope=\"row\">" << label << "</th><td class=\"number\">" << ReadableNumber(number)
+           << "</td></tr>\n";
+    };
+    row("Cases", static_cast<double>(weights.count));
+    row("Sum of the weights", weights.sum);
+    row("Mean", weights.mean);
+    row("Smallest", weights.smallest);
+    row("Largest", weights.largest);
+    row("Coefficient of variation", weights.cv);
+    row("Design effect due to unequal weighting (1 + CV\u00B2)", weights.designEffect);
+    fOut << "</tbody>\n</table>\n</div>\n</section>\n";
+  }
+
+  std::string WhichCases() const {
+    const std::string variable = "The variable <strong>" + HtmlText(fpWeights->variable) + "</strong> ";
+    if (fpWeights->file.empty())
+      return variable + "of the active file. The cases that have a weight count, each once.";
+    return variable + "of the sample file " + HtmlText(fpWeights->file) +
+           ". Every case there counts, so a case that was written more than once counts as often.";
+  }
+
+  void WriteTables() {
+    if (fDocument.Tables().empty()) return;
+    fOut << "<section aria-labelledby=\"tables\">\n<h2 id=\"tables\">Tables</h2>\n";
+    int number = 0;
+    for (const auto& table : fDocument.Tables()) {
+      const std::string id = "table-" + std::to_string(++number);
+      WriteStageFigure(*table, id + "-figure", fOut);
+      WriteHtmlTable(*table, id, fOut);
+    }
+    fOut << "</section>\n";
+  }
+
+  void WriteFiles() {
+    if (fOutcome.files.empty()) return;
+    fOut << "<section aria-labelledby=\"files\">\n<h2 id=\"files\">Files</h2>\n"
+            "<div class=\"scroll\" role=\"region\" tabindex=\"0\" aria-labelledby=\"files-table\">\n"
+            "<table class=\"plain\">\n<caption id=\"files-table\">What the run has written</caption>\n"
+            "<thead>\n<tr><th scope=\"col\">Role</th><th scope=\"col\">File</th><th scope=\"col\" "
+            "class=\"number\">Cases or clauses</th></tr>\n</thead>\n<tbody>\n";
+    for (const ReportFile& file : fOutcome.files) {
+      fOut << "<tr><th scope=\"row\">" << HtmlText(file.role) << "</th><td>" << HtmlText(file.path)
+           << "</td><td class=\"number\">" << ReadableNumber(static_cast<double>(file.cases))
+           << "</td></tr>\n";
+    }
+    fOut << "</tbody>\n</table>\n</div>\n</section>\n";
+  }
+
+  const OutputDocument& fDocument;
+  const RunOutcome& fOutcome;
+  const FinalWeights* fpWeights;  // null when there are none to show
+  std::ostream& fOut;
+};
+
+}  // namespace
+
+void WriteHtmlReport(const OutputDocument& document, const RunOutcome& outcome, const FinalWeights* weights,
+                     std::ostream& out) {
+  PageWriter(document, outcome, weights, out).Write();
+}

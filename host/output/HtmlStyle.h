@@ -1,0 +1,6 @@
+#pragma once
+
+#include <string_view>
+
+// The style sheet of the HTML report.
+extern const std::string_view kHtmlStyle;
