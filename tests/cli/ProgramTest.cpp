@@ -146,6 +146,38 @@ TEST(Program, DrawsTheSameWhateverSurroundsIt) {
   EXPECT_EQ(folder.Text("s.csv"), sample);
 }
 
+// Where the draw comes only near what it states, that is said once, however the command is given. PPS_WOR
+// does so where the sizes have fractions.
+TEST(Program, SaysWhereTheDrawIsOnlyNear) {
+  struct Case {
+    std::string options;
+    const char* advised;
+  };
+  const std::string wor = "--sql \"SELECT *, population / 2 AS half FROM '$E/municipalities.csv'\" --plan ";
+  const std::string brewer =
+      "$E/municipalities.csv --command \"SVSELECT /PLAN FILE='$E/plans/pps-brewer.xml' ";
+  const Case kCases[] = {
+      {"--data " + brewer + "/SAMPLEFILE OUTFILE='s.csv' /JOINTPROB OUTFILE='j.csv'.\"", "PPS_BREWER"},
+      {"--exact-design --data " + brewer + "/SAMPLEFILE OUTFILE='s.csv' /JOINTPROB OUTFILE='j.csv'.\"", ""},
+      {wor + "$E/plans/pps-wor.xml --joint j.csv --sample s.csv", ""},
+      {wor + "half.xml --joint j.csv --sample s.csv", "PPS_WOR"},
+  };
+  const ProgramFolder folder;
+  folder.Run("sed 's/name=\"population\"/name=\"half\"/' $E/plans/pps-wor.xml > half.xml");
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.options);
+    const ProgramFolder::Result result = folder.Run("$S run --quiet " + c.options);
+    EXPECT_EQ(result.status, 0);
+    if (*c.advised == '\0') {
+      EXPECT_THAT(result.err, IsEmpty());
+    } else {
+      EXPECT_THAT(result.err, StartsWith(std::string("svselect: ") + c.advised + " comes only near"));
+    }
+  }
+  EXPECT_THAT(folder.Run(kRun + "--sample s.csv --quiet --progress always").err,
+              StartsWith("svselect: reading "));
+}
+
 // An interrupted run ends with 130 and one line and leaves no file. The query is too large to end before the
 // interrupt comes, which is sent once the program has its temporary folder and is at work.
 TEST(Program, EndsInGoodOrderWhenInterrupted) {
