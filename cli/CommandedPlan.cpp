@@ -92,3 +92,12 @@ std::string ExactDesignAdvice(const CommandedPlan& commanded) {
       return "";
   }
 }
+
+std::string EndlessDrawAdvice(const CommandedPlan& commanded) {
+  const bool isSampford = commanded.drawsFirstStage && !commanded.plan.stages.empty() &&
+                          commanded.plan.stages.front().type == kSamplingPpsSampford;
+  if (!isSampford) return "";
+  return "PPS_SAMPFORD draws anew until no unit comes up twice, which with many units a stratum may never "
+         "be; "
+         "--exact-design draws them at once";
+}

@@ -192,6 +192,13 @@ Findings LookBack(const RunOptions& options, const OwnFiles& own) {
   return findings;
 }
 
+// To whom has interrupted a draw that may never have ended.
+void TellEndlessDraw() {
+  const std::optional<CommandedPlan> commanded = ReadCommandedPlan();
+  const std::string advice = commanded ? EndlessDrawAdvice(*commanded) : "";
+  if (!advice.empty()) TellProblem(advice);
+}
+
 bool WriteReport(const std::string& path, const RunOutcome& outcome, const Findings& findings) {
   std::ostringstream text;
   const OutputDocument& document = OutputDocument::Current();
@@ -253,6 +260,8 @@ int RunSample(const RunOptions& options) {
 
   if (status == "cancelled") {
     TellInterrupted();  // errors of a run that was broken off speak of the break alone
+    const bool hasRead = session.Layer<CaseProgress>().Get().pass > 0;
+    if (hasRead && !HasDrawn() && !options.settings.exactDesign) TellEndlessDraw();
   } else {
     TellMessages();
     TellRefusals();
