@@ -65,7 +65,9 @@ std::string PageText(const CLI::App& app, const HelpPage& page) {
   const CLI::App* parent = app.get_parent();
   const std::string name = (parent == nullptr ? "" : parent->get_name() + " ") + app.get_name();
   std::string text = "NAME\n" + Paragraph(name + " - " + app.get_description()) + "\nSYNOPSIS\n";
-  for (const std::string& line : page.synopsis) text += Blanks(kIndent) + name + " " + line + "\n";
+  for (const std::string& line : page.synopsis) {
+    text.append(Blanks(kIndent)).append(name).append(" ").append(line).append("\n");
+  }
   text += "\nDESCRIPTION\n" + Paragraph(page.description);
   return text + Subcommands(app) + Options(app) + "\n" + page.after;
 }

@@ -95,7 +95,7 @@ std::string UnexpectedWords(const CLI::App& app) {
 }
 
 std::string ParseErrorWords(const CLI::App& app, const CLI::ParseError& error) {
-  const std::string what = error.what();
+  std::string what = error.what();
   if (error.get_name() != "ArgumentMismatch") return what;
   std::string name = what.substr(0, what.find_first_of(": "));
   if (!IsOption(name)) name = "--" + name;  // a flag with a value is told without its dashes
