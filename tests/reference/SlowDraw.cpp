@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <map>
 
+#include "KeyOf.h"
 #include "host/numeric/MCRandomTwister.h"
 #include "host/numeric/MissingValue.h"
+#include "model_components/surveyplans/common/SVHashtable.h"
 
 namespace {
 
 using Key = std::vector<int>;
-using Chains = std::vector<std::vector<Key>>;
 constexpr double kMissing = MCMV::gMissingValue;
 
 Key Values(const std::vector<double>& record, const std::vector<int>& variables) {
@@ -19,39 +20,17 @@ Key Values(const std::vector<double>& record, const std::vector<int>& variables)
   return key;
 }
 
-std::size_t Hash(const Key& key) {
-  const int primes[] = {3, 5, 7, 11, 13, 17, 19};
-  int hash = 0;
-  for (std::size_t i = 0; i < key.size(); ++i) hash ^= primes[i] * key[i];
-  return static_cast<std::size_t>(hash);
-}
-
 bool Holds(const std::vector<Key>& keys, const Key& key) {
   return std::find(keys.begin(), keys.end(), key) != keys.end();
 }
 
-// The order in which a chained table walks its keys: newest first in a bucket, 89 buckets, three quarters
-// full.
+// The order in which the strata are drawn, that of their table.
 std::vector<Key> TableOrder(const std::vector<Key>& keys) {
-  Chains chains(89);
-  const auto flat = [&] {
-    std::vector<Key> order;
-    for (const auto& chain : chains) order.insert(order.end(), chain.begin(), chain.end());
-    return order;
-  };
-  const auto put = [&](const Key& key) {
-    auto& chain = chains[Hash(key) % chains.size()];
-    chain.insert(chain.begin(), key);
-  };
-  for (std::size_t count = 0; count < keys.size(); ++count) {
-    if (count + 1 > chains.size() * 3 / 4) {
-      const std::vector<Key> moved = flat();
-      chains = Chains(2 * chains.size() + 1);
-      for (const Key& key : moved) put(key);
-    }
-    put(keys[count]);
-  }
-  return flat();
+  SVHashtable<Key> table;
+  for (const Key& key : keys) table.Insert(KeyOf(key), key);
+  std::vector<Key> order;
+  for (const auto& entry : table) order.push_back(entry.value);
+  return order;
 }
 
 }  // namespace

@@ -1,23 +1,14 @@
 #include "StratumDraw.h"
 
 #include "KeyOf.h"
+#include "StopAt.h"
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
 #include "backend/svselect/selection/SVSelectSamples.h"
 #include "backend/svselect/selection/SizeOrder.h"
-#include "host/environment/MCStopProcessor.h"
 
 namespace {
-class StopAt : public MCStopProcessor {
-public:
-  explicit StopAt(int question) : MCStopProcessor(0.0), fLeft(question) {}
-  bool Stopped() override { return --fLeft <= 0; }
-
-private:
-  int fLeft;
-};
-
 double OrZero(double value) {
   return value == MCMV::gMissingValue ? 0.0 : value;
 }

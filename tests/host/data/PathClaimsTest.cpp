@@ -154,6 +154,8 @@ TEST_F(Claims, LocksOfOtherProcesses) {
   EXPECT_EQ(While(fcntlLock(F_WRLCK), both), "u u");
   EXPECT_EQ(While(flockLock(LOCK_EX), both), "u u");
   EXPECT_EQ(While(ours, both), "u u");
+  EXPECT_EQ(While(fcntlLock(F_WRLCK), [&] { return ErrorOf({.path = Path("f.sav")}); }),
+            "f.sav: in use by another process");
   const auto taken = [&] {
     std::string why;
     return FileLock::Take(Path("f.sav"), &why) == nullptr ? why : "taken";

@@ -1,12 +1,9 @@
 #include <sys/mount.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <sstream>
 
 #include "FrameFixture.h"
-#include "host/data/DSDocument.h"
 #include "host/data/ErrorText.h"
 #include "host/data/ExtNameStr.h"
 #include "host/data/IndependentDataStore.h"
@@ -32,6 +29,11 @@ protected:
       names.push_back(entry.path().filename().string());
     std::sort(names.begin(), names.end());
     return fmt::format("{}", fmt::join(names, " "));
+  }
+  void SaveAs(const std::string& name) {
+    UserCaseFileSpec spec(FileRole::kSaved);
+    spec.Init(Path(name), true, true);
+    ASSERT_TRUE(SaveActiveFile(spec) && CommitFiles()) << fMessages;
   }
   // Writes a number column with the values 1 to `cases` and leaves it uncommitted; what AddCase() threw.
   static std::string WriteNumbers(const std::string& path, int cases, FileRole role = FileRole::kSample) {
@@ -86,15 +88,12 @@ TEST_F(Store, RoundTripThroughEveryKind) {
       "DOUBLE BIGINT BIGINT DECIMAL(6,2) DECIMAL(38,20) BOOLEAN DATE TIMESTAMP VARCHAR VARCHAR";
   for (const std::string kind : {".sav", ".parquet", ".csv", ".tsv"}) {
     SCOPED_TRACE(kind);
-    OpenFrame({.path = "", .sql = kEveryType, .sort = {}, .schema = "", .weight = "", .split = {}});
+    OpenFrame({.sql = kEveryType});
     Embellish(ActiveFile::Current().SharedDictionary().get());
     const Dictionary before = *ActiveFile::Current().SharedDictionary();
     const std::string cases = ShowCases();
-    UserCaseFileSpec spec(FileRole::kSaved);
-    spec.Init(Path("out" + kind), true, true);
-    ASSERT_TRUE(SaveActiveFile(spec)) << fMessages;
-    ASSERT_TRUE(CommitFiles());
-    OpenFrame({.path = Path("out" + kind), .sql = "", .sort = {}, .schema = "", .weight = "", .split = {}});
+    SaveAs("out" + kind);
+    OpenFrame({.path = Path("out" + kind)});
     const Dictionary& after = *ActiveFile::Current().SharedDictionary();
     EXPECT_EQ(ShowCases(), cases);
     EXPECT_EQ(after.documents, before.documents);
@@ -124,10 +123,8 @@ TEST_F(Store, RoundTripThroughEveryKind) {
 }
 
 TEST_F(Store, TextFileToTheByte) {
-  OpenFrame({.path = "", .sql = kEveryType, .sort = {}, .schema = "", .weight = "", .split = {}});
-  UserCaseFileSpec spec(FileRole::kSaved);
-  spec.Init(Path("out.csv"), true, true);
-  ASSERT_TRUE(SaveActiveFile(spec) && CommitFiles()) << fMessages;
+  OpenFrame({.sql = kEveryType});
+  SaveAs("out.csv");
   EXPECT_EQ(
       Read("out.csv"),
       "pay,b,big,d,dl,t,day,ts,code,odd name\n"
@@ -142,11 +139,9 @@ TEST_F(Store, TextFileToTheByte) {
 TEST_F(Store, OddNames) {
   const std::string csv = Write("odd.csv", "COLUMN2,,\"a \"\"b\"\"\",select,,\n1,2,3,4,5,6\n");
   for (const std::string kind : {".sav", ".parquet", ".csv"}) {
-    OpenFrame({.path = csv, .sql = "", .sort = {}, .schema = "", .weight = "", .split = {}});
-    UserCaseFileSpec spec(FileRole::kSaved);
-    spec.Init(Path("out" + kind), true, true);
-    ASSERT_TRUE(SaveActiveFile(spec) && CommitFiles()) << fMessages;
-    OpenFrame({.path = Path("out" + kind), .sql = "", .sort = {}, .schema = "", .weight = "", .split = {}});
+    OpenFrame({.path = csv});
+    SaveAs("out" + kind);
+    OpenFrame({.path = Path("out" + kind)});
     EXPECT_EQ(ShowDictionary(), fmt::format("COLUMN2 F8.0 BIGINT, {} F8.0 BIGINT, a \"b\" F8.0 BIGINT, "
                                             "select F8.0 BIGINT, (5) F8.0 BIGINT, (6) F8.0 BIGINT",
                                             kind == ".csv" ? "" : "column2_"));
@@ -225,54 +220,6 @@ TEST_F(Store, FullDisk) {
   EXPECT_EQ(WithoutFolder(fMessages), "small/rule.txt can't be written: No space left on device\n");
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(small), {}), 3) << "litter";
   umount(small.c_str());
-}
-
-// The child never returns: it is killed in the midst of its writes, or right after a commit.
-TEST_F(Store, KilledAtAnyMoment) {
-  for (int round = 0; round < 24; ++round) {
-    const std::string kind = round % 3 == 0 ? ".csv" : round % 3 == 1 ? ".parquet" : ".sav";
-    const std::string path = Write("k" + kind, "old");
-    const pid_t child = fork();
-    if (child == 0) {
-      setenv("SV_KILLED_TARGET", path.c_str(), 1);
-      execl("/proc/self/exe", "self", "--gtest_brief=1", "--gtest_also_run_disabled_tests",
-            "--gtest_filter=Store.DISABLED_WriteUntilKilled", nullptr);
-      _exit(127);
-    }
-    usleep(static_cast<useconds_t>(60'000 + round * 17'000));
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
-    if (Read("k" + kind) != "old") {
-      OpenFrame({.path = path, .sql = "", .sort = {}, .schema = "", .weight = "", .split = {}});
-      EXPECT_EQ(ShowCases().substr(0, 11), "1.125;2.125") << "neither the old file nor a whole new one";
-    }
-    ASSERT_EQ(WriteNumbers(path, 3), "") << fMessages << " after a kill";
-    ASSERT_TRUE(CommitFiles());
-  }
-  EXPECT_EQ(Names(), "k.csv k.parquet k.sav k.schema.json") << "litter";
-}
-TEST_F(Store, DISABLED_WriteUntilKilled) {
-  const char* target = getenv("SV_KILLED_TARGET");
-  while (target != nullptr) {
-    WriteNumbers(target, 30'000);
-    CommitFiles();
-  }
-}
-
-TEST_F(Store, DocumentsOfAFile) {
-  Dictionary dictionary;
-  OpenFrame({.path = "", .sql = "SELECT 1 AS a", .sort = {}, .schema = "", .weight = "", .split = {}});
-  ProcedureDataSource source;
-  std::vector<DSDocument> documents = GetDocuments(source);
-  DSDocument& document = documents.emplace_back();
-  document.AddLine("document Plan File: p.xml");
-  document.Day(29);
-  document.Month(2);
-  document.Year(2024);
-  AddDateLine(document);
-  SaveDocuments(documents, source);
-  EXPECT_EQ(GetDocuments(source).at(0).Lines(),
-            (DocumentLines{"document Plan File: p.xml", "         Date: 2024-02-29"}));
 }
 
 }  // namespace

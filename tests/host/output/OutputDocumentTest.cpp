@@ -73,11 +73,3 @@ TEST(OutputDocument, BoundsTheMessages) {
   EXPECT_NE(out.str().find(R"({"level":"error","text":"... and 2 more messages","group":"","repeats":0}],)"),
             std::string::npos);
 }
-
-TEST(OutputDocument, SessionsDoNotSeeEachOther) {
-  for (int i = 0; i < 2; ++i) {
-    HostSession session;
-    EXPECT_TRUE(OutputDocument::Current().Messages().empty());
-    Issue("once", kErrorLevel);
-  }
-}

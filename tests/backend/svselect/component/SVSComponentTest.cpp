@@ -4,7 +4,7 @@
 
 #include "MemoryRecords.h"
 #include "SlowDraw.h"
-#include "host/environment/MCStopProcessor.h"
+#include "StopAt.h"
 #include "host/numeric/MissingValue.h"
 
 namespace {
@@ -84,17 +84,11 @@ TEST(SVSComponent, AgreesWithSlowDraw) {
 
 // Goal: however late the stop comes, the run ends with the one status and gives nothing out.
 TEST(SVSComponent, CancelledAtAnyQuestion) {
-  struct StopAt : MCStopProcessor {
-    StopAt() : MCStopProcessor(0.0) {}
-    bool Stopped() override { return ++asked == at; }
-    int asked = 0, at = 0;
-  };
   const auto frame = Frame(60, 5);
   int last = 0;
   for (int at = 1; last == 0; ++at) {
     SCOPED_TRACE(at);
-    StopAt stop;
-    stop.at = at;
+    StopAt stop(at);
     SVSCompSettings settings = Settings({1, 2, 3}, 5);
     settings.SetStopProcessor(&stop);
     SVSComponent component(settings, nullptr);

@@ -176,17 +176,13 @@ TEST(SVSInputAdapter, LooksTablesUp) {
     Texts records, messages;
   };
   const Case kCases[] = {
-      {"excluded",
-       false,
-       kRateMatrix,
-       {"0.25 0"},
+      // clang-format off
+      {"excluded", false, kRateMatrix, {"0.25 0"},
        {"No sampling rate 1 n = 9, s = zz ...", "No sampling rate 1 n = 2, s = zz ...",
         "No sampling rate 1 n = 1, s =  ..."}},
-      {"included",
-       true,
-       kSizeMatrix,
-       {"0.25 0", "3 1"},
+      {"included", true, kSizeMatrix, {"0.25 0", "3 1"},
        {"No sample size 1 n = 2, s = zz ...", "No sample size 1 n = 1, s =  ..."}},
+      // clang-format on
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
@@ -199,7 +195,7 @@ TEST(SVSInputAdapter, LooksTablesUp) {
   }
 }
 
-TEST(SVSInputAdapter, LeadsFromCodesToValuesAndBack) {
+TEST(SVSInputAdapter, LeadsFromCodesToValues) {
   FrameSession session("s,n\nbb,5\na,6\n");
   Passes passes(session, {.strata = {"s"}, .clusters = {"n"}});
   const std::int32_t s = session.Find("s"), n = session.Find("n");
@@ -211,15 +207,4 @@ TEST(SVSInputAdapter, LeadsFromCodesToValuesAndBack) {
   EXPECT_EQ(std::string(adapter.ObsOfCode(s, 1)->text, 2), "bb");
   for (const std::int32_t code : {-1, 0, 3}) EXPECT_EQ(adapter.ObsOfCode(n, code), nullptr);
   EXPECT_EQ(adapter.ObsOfCode(99, 1), nullptr);
-
-  OBS seven;
-  seven.number = 7;
-  bool wasNew = false;
-  EXPECT_EQ(adapter.CodeOfObs(n, &seven, &wasNew, false), 0);
-  EXPECT_TRUE(wasNew);
-  EXPECT_EQ(adapter.CodeOfObs(n, &seven, &wasNew, true), 3);
-  EXPECT_TRUE(wasNew);
-  EXPECT_EQ(adapter.CodeOfObs(n, &seven, &wasNew, true), 3);
-  EXPECT_FALSE(wasNew);
-  EXPECT_EQ(adapter.CodeOfObs(99, &seven, &wasNew, true), 0);
 }

@@ -104,20 +104,11 @@ TEST(SVSelectSamples, DrawsAsScripted) {
 TEST(SVSelectSamples, AnySizesComeToAnEnd) {
   const double kHuge = 1.7e308;
   const std::vector<double> kSizes[] = {
-      {0},
-      {-1},
-      {1},
-      {kHuge, kHuge, kHuge},
-      {-kHuge, -kHuge, 5},
-      {0, 0, 0, 0},
-      {-1, -1, -2},
-      {-3, 2, 2, 2},
-      {5e9, 4e9},
-      {1e-320, 1, 1e-320, 1},
-      {kHuge, 1, 1, 1e300},
-      {0, 0, 1, 1, 1},
-      {1, -1, 1, 0, 3},
-      {1e-9, 1e9, 1e9, 1e9, 1e9 + 1e-7},
+      // clang-format off
+      {0}, {-1}, {1}, {0, 0, 0, 0}, {0, 0, 1, 1, 1}, {-1, -1, -2}, {-3, 2, 2, 2}, {1, -1, 1, 0, 3},
+      {kHuge, kHuge, kHuge}, {-kHuge, -kHuge, 5}, {kHuge, 1, 1, 1e300}, {1e-320, 1, 1e-320, 1},
+      {5e9, 4e9}, {1e-9, 1e9, 1e9, 1e9, 1e9 + 1e-7},
+      // clang-format on
   };
   for (int method = kMethodSimpleWor; method <= kMethodPpsSampford; ++method) {
     for (const auto& sizes : kSizes) {

@@ -1,8 +1,16 @@
 #include "backend/svselect/tabulation/SVSStratumData.h"
 
+#include <cmath>
+#include <mutex>
+#include <numeric>
+#include <set>
+#include <thread>
+
+#include "KeyOf.h"
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
+#include "host/environment/MCStopProcessor.h"
 #include "host/numeric/MCPower.h"
 #include "host/numeric/MCRandomTwister.h"
 #include "host/numeric/MissingValue.h"
@@ -12,22 +20,15 @@ namespace {
 constexpr double kMissing = MCMV::gMissingValue;
 constexpr double kEpsilon = MCCommonMath::MCPower::gMachineEpsilon;
 
-SVKey UnitKey(std::int32_t code) {
-  SVKey key(1);
-  key[0] = code;
-  key.ComputeHash();
-  return key;
-}
-
 // A stratum of one stage, whose records hold the measure of size, then the rate or size.
 struct Stratum {
-  Stratum(const SVSCompSettings& given, std::size_t constCount)
-      : settings(given), data(&settings, 1, &cancel, constCount) {
+  Stratum(const SVSCompSettings& given, std::size_t constCount, MCStopProcessor* stop = nullptr)
+      : settings(given), cancel(stop), data(&settings, 1, &cancel, constCount) {
     data.SetOutSamples(&out), data.SetRandom(&random);
   }
   void Add(std::int32_t unit, double size) {
     const double record[] = {size, 0.0};
-    data.AddRecord(UnitKey(unit), record);
+    data.AddRecord(KeyOf({unit}), record);
   }
   std::vector<std::int32_t> Codes() const {
     std::vector<std::int32_t> codes;
@@ -35,7 +36,7 @@ struct Stratum {
     return codes;
   }
   SVSCompSettings settings;
-  SVCancelInfo cancel{nullptr};
+  SVCancelInfo cancel;
   SVSOutSamples out;
   MCCommonMath::MCRandomTwister random;
   SVSStratumData data;
@@ -97,31 +98,44 @@ TEST(SVSStratumData, RequestedSizeAndRate) {
   }
 }
 
+// Goal: which further records disagree, and which value stays, of a stratum's size and of a unit's.
 TEST(SVSStratumData, ConstantValues) {
+  const double justAbove = std::nextafter(7.0, 8.0);
   struct Case {
     const char* aim;
-    std::vector<double> values;  // of the records in turn
+    std::vector<double> values;  // of the first record, then of the others
     std::vector<int> differs;
-    std::int32_t size;  // what counts in the end
+    double stays;
   };
   const Case kCases[] = {
       {"the first stays", {3, 4, 3, 5}, {0, -1, 0}, 3},
+      {"all missing", {kMissing, kMissing, kMissing}, {-1, -1}, kMissing},
       {"a missing one gives way", {kMissing, kMissing, 4, 4, 5}, {-1, 0, -1, 0}, 4},
       {"missing after a value", {3, kMissing}, {0}, 3},
-      {"within the tolerance", {4, 4 * (1 + 2 * kEpsilon), 4 * (1 + 3 * kEpsilon)}, {-1, 0}, 4},
+      {"within the tolerance", {7, justAbove, 7 - 7 * 4.4e-16}, {-1, -1}, 7},
+      {"beyond the tolerance", {4, 4 * (1 + 3 * kEpsilon), 4 * (1 + 2 * kEpsilon), 6}, {0, -1, 0}, 4},
+      {"zero", {0, 0, 1e-300}, {-1, 0}, 0},
+      {"a negative size equals nothing", {-1, -1}, {0}, -1},
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
     SVSCompSettings settings = OneStage(kMethodSimpleWr);
     settings.AddSpecVar(1, kSizeVariable, 1);
     Stratum stratum(settings, 1);
-    stratum.data.InitConstValues(&c.values[0], {0});
-    std::vector<int> differs;
+    SVSClusterData unit(kMissing);
+    EXPECT_EQ(stratum.data.InitConstValues(c.values.data(), {0}), c.values[0] != kMissing);
+    EXPECT_EQ(unit.LoadSize(c.values.data(), {0}), c.values[0] != kMissing);
+    std::vector<int> differs, unitDiffers;
     for (std::size_t i = 1; i < c.values.size(); ++i) {
       differs.push_back(stratum.data.CheckConstValues(&c.values[i], {0}));
+      unitDiffers.push_back(unit.CheckSize(&c.values[i], {0, 99}));
     }
     EXPECT_EQ(differs, c.differs);
-    EXPECT_EQ(stratum.data.GetRequestSize(), c.size);
+    EXPECT_EQ(unitDiffers, c.differs);
+    EXPECT_EQ(stratum.data.GetRequestSize(), std::max(c.stays, 0.0));
+    EXPECT_EQ(unit.GetSize(), c.stays);
+    EXPECT_EQ(unit.CheckSize(nullptr, {}), -1);  // without a variable no record is looked at
+    EXPECT_TRUE(unit.LoadSize(nullptr, {}));
   }
 }
 
@@ -152,27 +166,101 @@ TEST(SVSStratumData, SizesAndTheirWarning) {
     EXPECT_EQ(stratum.Codes(), c.codes);
     EXPECT_EQ(stratum.data.GetSelectRate(), 1000.0 / 3);
     std::vector<double> values;
-    stratum.data.GetRecordStats(UnitKey(1), &values);
+    stratum.data.GetRecordStats(KeyOf({1}), &values);
     EXPECT_NEAR(1 / (1000 * values[kOutWeight]), c.share, 1e-15);
-    EXPECT_FALSE(stratum.data.GetRecordStats(UnitKey(4), &values).IsError());
+    EXPECT_FALSE(stratum.data.GetRecordStats(KeyOf({4}), &values).IsError());
     EXPECT_EQ(values, std::vector<double>(7, kMissing));  // no such unit
   }
 }
 
-TEST(SVSStratumData, JointProbabilitiesAreTheSameOnThreads) {
-  std::vector<std::vector<double>> matrices;
-  for (const int threads : {1, 3}) {
-    SVSCompSettings settings = OneStage(kMethodPpsSampford);
-    settings.SetSpecValue(3, kSizeValue, 1), settings.SetNumThreads(threads);
-    Stratum stratum(settings, 0);
-    for (std::int32_t unit = 1; unit <= 9; ++unit) stratum.Add(unit, 10 + unit);
-    ASSERT_FALSE(stratum.data.Select().IsError());
-    const std::vector<double>* matrix = nullptr;
-    ASSERT_TRUE(stratum.data.ComputeJointProbs(&matrix).IsOK());
-    matrices.push_back(*matrix);
+// Answers yes once, at one of the questions of worker threads; the run itself is never stopped.
+struct StopOnce : MCStopProcessor {
+  explicit StopOnce(int question) : MCStopProcessor(0.0), at(question) {}
+  bool Stopped() override { return false; }
+  bool Tick() override {
+    const std::lock_guard<std::mutex> lock(mutex);
+    threads.insert(std::this_thread::get_id());
+    return ticks++ == at;
   }
-  EXPECT_EQ(matrices[0].size(), 9U);
-  EXPECT_EQ(matrices[0], matrices[1]);
+  int at, ticks = 0;
+  std::mutex mutex;
+  std::set<std::thread::id> threads;
+};
+
+// Of a stratum with units of these sizes. A status other than 0 leaves no matrix.
+struct Joint {
+  std::int32_t code;
+  std::vector<double> matrix;
+  int ticks;
+  std::size_t statuses;  // that the stage was told of
+};
+Joint ComputeJoint(std::int32_t method, const std::vector<double>& sizes, std::int32_t n,
+                   std::int32_t threads, int stopAt = -1) {
+  SVSCompSettings settings = OneStage(method);
+  settings.FindStage(1).setSizeValue(n), settings.SetNumThreads(threads);
+  settings.SetExactDesign(true);  // the draw by attempts would take ages
+  StopOnce stop(stopAt);
+  Stratum stratum(settings, 0, &stop);
+  stratum.random.Initialize(11);
+  for (std::size_t i = 0; i < sizes.size(); ++i) stratum.Add(static_cast<std::int32_t>(i) + 1, sizes[i]);
+  EXPECT_EQ(stratum.data.Select().code, 0);
+  const std::vector<double>* matrix = nullptr;
+  const SVStatus status = stratum.data.ComputeJointProbs(&matrix);
+  EXPECT_EQ(matrix == nullptr, status.IsError());
+  EXPECT_LE(stop.threads.size(), static_cast<std::size_t>(std::max(threads, 1)));
+  return {status.code, matrix == nullptr ? std::vector<double>() : *matrix, stop.ticks,
+          stratum.Codes().size()};
+}
+
+TEST(SVSStratumData, JointProbabilitiesOfTheSelected) {
+  const struct {
+    const char* aim;
+    std::int32_t method;
+    std::vector<double> sizes;
+    std::int32_t n;
+    std::vector<double> matrix;
+  } kCases[] = {
+      {"nothing selected", kMethodPpsWor, {1, 2, 3}, 0, {}},
+      {"one unit", kMethodPpsSampford, {2}, 1, {1}},
+      {"Brewer takes both", kMethodPpsBrewer, {3, 3}, 2, {1, 1, 1, 1}},
+      {"Sampford's census", kMethodPpsSampford, {3, 3, 3}, 3, std::vector<double>(9, 1.0)},
+      {"PPS_WOR, all of one size", kMethodPpsWor, {2, 2}, 2, {1, 1, 1, 1}},
+      {"Murthy, both", kMethodPpsMurthy, {1, 1}, 2, {1, 1, 1, 1}},
+      {"a method without joint probabilities", kMethodSimpleWor, {1, 1}, 1, {}},
+  };
+  for (const auto& c : kCases) {
+    for (const std::int32_t threads : {-1, 0, 1, 4}) {
+      SCOPED_TRACE(testing::Message() << c.aim << ", threads " << threads);
+      const Joint joint = ComputeJoint(c.method, c.sizes, c.n, threads);
+      EXPECT_EQ(joint.code, 0);
+      EXPECT_EQ(joint.matrix, c.matrix);
+    }
+  }
+  for (const std::int32_t threads : {1, 2}) {  // more than entries can be counted
+    const Joint joint = ComputeJoint(kMethodPpsSampford, std::vector<double>(46341, 1.0), 46341, threads);
+    EXPECT_EQ(joint.code, kStatusNoMemory);
+    EXPECT_EQ(joint.statuses, 1U);
+  }
+}
+
+// Goal: threads don't change a digit; and whichever question is answered yes, the computation ends, with the
+// status of a cancelled run. Enough units are selected that each thread has rows of its own.
+TEST(SVSStratumData, JointProbabilitiesOnThreads) {
+  std::vector<double> rising(45);
+  std::iota(rising.begin(), rising.end(), 30.5);
+  for (const std::int32_t method : {kMethodPpsWor, kMethodPpsBrewer, kMethodPpsMurthy, kMethodPpsSampford}) {
+    const Joint one = ComputeJoint(method, rising, 20, 1);
+    ASSERT_FALSE(one.matrix.empty());
+    for (const std::int32_t threads : {1, 2, 3, 7, 100}) {
+      SCOPED_TRACE(testing::Message() << method << ',' << threads);
+      const Joint joint = ComputeJoint(method, rising, 20, threads);
+      EXPECT_EQ(joint.matrix, one.matrix);
+      EXPECT_TRUE(joint.ticks > 0 || method == kMethodPpsMurthy);
+      for (int at = 0; at < joint.ticks && threads <= 3; ++at) {
+        EXPECT_EQ(ComputeJoint(method, rising, 20, threads, at).code, kStatusCancelled) << at;
+      }
+    }
+  }
 }
 
 }  // namespace
