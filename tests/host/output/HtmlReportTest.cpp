@@ -106,7 +106,8 @@ TEST(HtmlReport, EscapesWhatComesFromOutside) {
   const std::string hostile = "<script>x</script> &amp; \"q\" 'a' ]]> -- 東京";
   const std::string bytes = "\x01\x1B\x7F|\xFF|\xEF\xBF\xBE|\xEF\xBF\xBF|\u0085";
   const std::string printed = "   |\uFFFD|\uFFFD|\uFFFD| ";
-  for (const auto& [text, shown] : {std::pair(hostile, hostile), std::pair(bytes, printed)}) {
+  for (const auto& [text, wanted] : {std::pair(hostile, hostile), std::pair(bytes, printed)}) {
+    const auto& shown = wanted;  // a lambda can't take hold of the other
     HostSession session;
     BpProcedure procedure(text, 4);
     OutputDocument::Current().AddMessage(kErrorLevel, text, text);
