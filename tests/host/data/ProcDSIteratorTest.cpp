@@ -51,19 +51,6 @@ TEST_F(ProcDSIteratorTest, BindsLateAtTheSameCase) {
   EXPECT_EQ(progress.cases, 10000);
 }
 
-TEST_F(ProcDSIteratorTest, PadsStringsWithBlanks) {
-  OpenFrame({.path = Write("a.csv", "s,w\nlong,x\na,123456789\n,y\n")});
-  Attach();
-  const auto iterator = Start();
-  const char* const s = iterator->GetStringValue(0);
-  const char* const w = iterator->GetStringValue(1);
-  for (const char* expected :
-       {"long    x               ", "a       123456789       ", "        y               "}) {
-    ASSERT_EQ(iterator->NextCase(), 1);
-    EXPECT_EQ(std::string(s, 8) + std::string(w, 16), expected);
-  }
-}
-
 TEST_F(ProcDSIteratorTest, StopsWhereASplitGroupEnds) {
   const std::string path = Write("a.csv", "g,s,x\n1,a,1\n1,a,2\n,a,3\n,b,4\n1,a,5\n");
   OpenFrame({.path = path, .weight = "x", .split = {"s", "G"}});

@@ -195,7 +195,7 @@ TEST(SVSInputAdapter, LooksTablesUp) {
   }
 }
 
-TEST(SVSInputAdapter, LeadsFromCodesToValues) {
+TEST(SVSInputAdapter, LeadsFromCodesToValuesAndBack) {
   FrameSession session("s,n\nbb,5\na,6\n");
   Passes passes(session, {.strata = {"s"}, .clusters = {"n"}});
   const std::int32_t s = session.Find("s"), n = session.Find("n");
@@ -207,4 +207,15 @@ TEST(SVSInputAdapter, LeadsFromCodesToValues) {
   EXPECT_EQ(std::string(adapter.ObsOfCode(s, 1)->text, 2), "bb");
   for (const std::int32_t code : {-1, 0, 3}) EXPECT_EQ(adapter.ObsOfCode(n, code), nullptr);
   EXPECT_EQ(adapter.ObsOfCode(99, 1), nullptr);
+
+  OBS seven;
+  seven.number = 7;
+  bool wasNew = false;
+  EXPECT_EQ(adapter.CodeOfObs(n, &seven, &wasNew, false), 0);
+  EXPECT_TRUE(wasNew);
+  EXPECT_EQ(adapter.CodeOfObs(n, &seven, &wasNew, true), 3);
+  EXPECT_TRUE(wasNew);
+  EXPECT_EQ(adapter.CodeOfObs(n, &seven, &wasNew, true), 3);
+  EXPECT_FALSE(wasNew);
+  EXPECT_EQ(adapter.CodeOfObs(99, &seven, &wasNew, true), 0);
 }
