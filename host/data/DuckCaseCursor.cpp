@@ -177,9 +177,10 @@ const std::string_view* DuckCaseCursor::Texts(std::size_t place) {
   if (fResult.Type(place) != DUCKDB_TYPE_VARCHAR) Refuse(place, 0, "no text in column");
   const auto width = static_cast<std::size_t>(fvColumns[place].width);
   const auto* const cells = fChunk.Values<duckdb_string_t>(place);
+  const bool hasNulls = fChunk.Validity(place) != nullptr;
   for (std::size_t i = 0; i < fRows; ++i) {
     std::string_view text;
-    if (!fChunk.IsNull(place, i + fSkipped)) text = TrimRight(TextOf(cells[i + fSkipped]));
+    if (!hasNulls || !fChunk.IsNull(place, i + fSkipped)) text = TrimRight(TextOf(cells[i + fSkipped]));
     if (text.size() > width) {
       Refuse(place, i,
              fmt::format("a text of {} bytes where the dictionary has {}, in column", text.size(), width));
