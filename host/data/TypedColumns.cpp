@@ -161,6 +161,7 @@ private:
   void Look(const std::vector<std::size_t>& columns, decltype(FirstLook) aggregatesOf) {
     if (columns.empty()) return;
     std::vector<std::string> aggregates;
+    aggregates.reserve(columns.size());
     for (const std::size_t i : columns)
       aggregates.push_back(aggregatesOf(fColumns[i], fvFacts[i], WantsText(i)));
     DuckResult result = Named([&] {
