@@ -9,8 +9,7 @@
 // for which none was set has the system-missing value.
 //
 // Cost:       8 bytes a case where values were set, in pieces of 256 cases, so that a small sample from a
-// large
-//             frame needs little; next to nothing elsewhere.
+//             large frame needs little; next to nothing elsewhere.
 class AddedValues {
 public:
   double Get(std::int64_t row) const;

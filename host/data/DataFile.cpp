@@ -51,8 +51,7 @@ auto Named(const std::string& name, const Step& step) {
   }
 }
 
-// --- Parquet
-// --------------------------------------------------------------------------------------------------
+// --- Parquet ---------------------------------------------------------------------------------------------
 
 // DuckDB renames a column that another one has the name of; the file's own names tell.
 void CheckParquetNames(const std::string& path, DuckConnection& connection) {
@@ -114,8 +113,7 @@ DataFrame OpenParquet(const std::string& path, const std::string& schema) {
   return frame;
 }
 
-// --- text files
-// -----------------------------------------------------------------------------------------------
+// --- text files ------------------------------------------------------------------------------------------
 
 DataFrame OpenText(const std::string& path, FileKind kind, const std::string& schema) {
   const std::string beside = SchemaPath(path);

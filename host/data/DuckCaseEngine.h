@@ -23,8 +23,7 @@ struct FileState {
 // the columns asked for, in the relation's own order.
 //
 // Failures: DataError names the file. A file that is changed or replaced after it was opened is one: its
-// cases
-//           would no longer be those of its dictionary.
+//           cases would no longer be those of its dictionary.
 class DuckCaseEngine : public CaseEngine {
 public:
   explicit DuckCaseEngine(const DataFrame& frame);

@@ -149,8 +149,7 @@ std::string CleanReason(std::string_view message) {
   return message.empty() ? "DuckDB failed without a reason" : std::string(message);
 }
 
-// --- results and connections
-// ----------------------------------------------------------------------------------
+// --- results and connections -----------------------------------------------------------------------------
 
 DuckResult::~DuckResult() {
   duckdb_destroy_result(&fResult);
@@ -222,8 +221,7 @@ std::vector<std::string> DuckConnection::QueryColumns(const std::string& sql) {
   return names;
 }
 
-// --- the work database
-// ----------------------------------------------------------------------------------------
+// --- the work database -----------------------------------------------------------------------------------
 
 TemporaryFolder::TemporaryFolder() {
   std::error_code error;

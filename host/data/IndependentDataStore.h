@@ -11,8 +11,7 @@ struct OutputFile;
 // IndependentDataStore is a data file that is being written.
 //
 // Use:        MakeVariable() for each variable, FinishDictionary(), AddCase() for each case, CloseStore().
-// The
-//             file takes its place when the session commits its files; a store that is destroyed before
+//             The file takes its place when the session commits its files; a store that is destroyed before
 //             CloseStore() leaves nothing.
 // Ownership:  borrows its output file from the session.
 // Failures:   AddCase() throws ErrorText with a message that names the file and the reason; CloseStore()

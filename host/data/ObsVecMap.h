@@ -16,9 +16,9 @@ class KORV_DataSource;
 //
 // Equality:   numbers compare as numbers (-0 equals 0), strings byte by byte over their cells.
 // Lifetime:   an entry is its key cells with the value cells directly behind; it never moves while the map
-// lives. Cost:       Contains() is one probe of a hash table and allocates nothing; an entry takes its cells
-// and about
-//             10 bytes of index.
+//             lives.
+// Cost:       Contains() is one probe of a hash table and allocates nothing; an entry takes its cells and
+//             about 10 bytes of index.
 class ObsVecMap {
 public:
   // The layout of a key: per variable the width of the string, 0 for a number. Wider than 16 bits, since a

@@ -31,8 +31,7 @@ KORV_DataSource& ProcDSIterator::GetDataSource() {
   return fSource;
 }
 
-// --- walking
-// --------------------------------------------------------------------------------------------------
+// --- walking ---------------------------------------------------------------------------------------------
 
 int ProcDSIterator::NextCase() {
   if (fNext < fPlainRows && !StopRequested()) {
@@ -129,8 +128,7 @@ void ProcDSIterator::ShowOthers(std::size_t row) {
   for (const BoundAdded& bound : fvAdded) bound.cell->number = fFile.Added(bound.column).Get(fRow);
 }
 
-// --- binding
-// --------------------------------------------------------------------------------------------------
+// --- binding ---------------------------------------------------------------------------------------------
 
 std::size_t ProcDSIterator::PlaceOf(int column) {
   const auto found = std::find(fvServed.begin(), fvServed.end(), column);

@@ -19,8 +19,7 @@ class ProcedureDataSource;
 // copies. A column that is bound later starts it anew at the same case.
 //
 // Failures: a file that can't be read on is told through the host's messages; NextCase() answers 0 from then
-// on
-//           and the active file has failed.
+//           on and the active file has failed.
 // Cost:     nothing is allocated for a case; a bound number costs one copy.
 class ProcDSIterator : public KORV_InputCaseIterator {
 public:

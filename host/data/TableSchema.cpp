@@ -32,8 +32,7 @@ constexpr std::array<std::pair<std::string_view, int>, 3> kLevels = {
 constexpr std::array<std::pair<std::string_view, std::uint8_t>, 3> kFormatNames = {
     {{"A", kFormatA}, {"AHEX", kFormatAHex}, {"F", kFormatF}}};
 
-// --- reading
-// ------------------------------------------------------------------------------------------------
+// --- reading ---------------------------------------------------------------------------------------------
 
 // Reads the members of a schema; errors name the file and the field.
 class SchemaReader {
@@ -198,8 +197,7 @@ private:
   std::string fPlace;  // "field x ", empty for the table
 };
 
-// --- writing
-// ------------------------------------------------------------------------------------------------
+// --- writing ---------------------------------------------------------------------------------------------
 
 std::string FormatText(const KORV_Format& format) {
   const auto name = std::find_if(kFormatNames.begin(), kFormatNames.end(),

@@ -26,8 +26,7 @@ struct OutputNote {
 // which it came. Renderers read it.
 //
 // Use:        HostSession::Current().Layer<OutputDocument>(), which is Current(). The first use makes it the
-// sink
-//             of the messages of the layers below, so the program makes it before it opens a file.
+//             sink of the messages of the layers below, so the program makes it before it opens a file.
 // Threads:    the thread of the session.
 //
 // Invariants: (1) at most kMaxOfOneKind messages have the same text, level and group; what came beyond is

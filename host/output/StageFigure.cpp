@@ -101,8 +101,7 @@ std::string Shortened(const std::string& text, int columns) {
   return WrapText(printable, columns - 1).front() + "\u2026";
 }
 
-// --- few strata: a bar for each
-// -------------------------------------------------------------------------------
+// --- few strata: a bar for each --------------------------------------------------------------------------
 
 // Draws one picture; a value of this class lives for that.
 class BarWriter {
@@ -191,8 +190,7 @@ private:
   int fY = 0;
 };
 
-// --- many strata: points
-// --------------------------------------------------------------------------------------
+// --- many strata: points ---------------------------------------------------------------------------------
 
 // The axes of requested against drawn, both from 0 to the same end.
 struct Axes {

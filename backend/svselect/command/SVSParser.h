@@ -29,8 +29,7 @@ class UserCaseFileSpec;
 // Use:        construct, call Parse() once, keep until the run has ended.
 // Ownership:  owns the design stages and tables, to which the specifications keep pointers; borrows the rest.
 // Errors:     told at once through `messages`. What Parse() answers is for the caller's sake; the host's
-// error
-//             flag is what stops a run, since some checks go on after a failure.
+//             error flag is what stops a run, since some checks go on after a failure.
 class SVSParser {
 public:
   SVSParser(const KORV_TokenSequence& tokens, SVSValidSpecs* specs, KORV_DataSource* dataSource);

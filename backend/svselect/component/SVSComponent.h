@@ -13,8 +13,7 @@
 // abstract outputs go in, statuses and each case's results come out.
 //
 // Use:        construct, Run() once, then GetOutputStats() and the reads; CaseStats() for each record of a
-// last
-//             pass.
+//             last pass.
 // Ownership:  copies the settings and owns the algorithm; borrows the joint output and, for the call, the
 //             iterator and the summary. What GetOutputStats() hands out lives as long as the component.
 // Threads:    one thread; the joint probabilities use workers of their own within Run().

@@ -11,8 +11,7 @@
 //
 // Threads: the thread of the run only.
 // Cost:    an OK status costs one comparison; any other a search of the list, which the stages and the kinds
-// of
-//          status bound.
+//          of status bound.
 class SVSOutSamples : public SVSOutputStats {
 public:
   ~SVSOutSamples() override;

@@ -128,8 +128,7 @@ const std::map<std::int32_t, std::int32_t>& SVSSampleFile::RenamedVariables(
   return fRenamed;
 }
 
-// --- the variables
-// --------------------------------------------------------------------------------------------
+// --- the variables ---------------------------------------------------------------------------------------
 
 // Where the new variables go.
 KORV_DataSource& SVSSampleFile::Target() const {
@@ -216,8 +215,7 @@ void SVSSampleFile::SaveDocument() {
   SaveDocuments(documents, Target());
 }
 
-// --- the pass
-// -------------------------------------------------------------------------------------------------
+// --- the pass --------------------------------------------------------------------------------------------
 
 void SVSSampleFile::MakePass(SVSComponent& component, SVProcDSMultiIter& multiPassIter) {
   KORV_InputCaseIterator& cases = *multiPassIter.CaseIterator();

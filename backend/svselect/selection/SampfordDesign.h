@@ -30,8 +30,7 @@ class MCRandomTwister;
 // Source:   [Sampford67] in docs/BIBLIOGRAPHY.md; the sequential form is ours.
 // Domain:   0 <= w(i) < 1 for all units, their sum is n up to rounding, 0 < n <= N.
 // Cost:     order N n time. Memory: rows of a block at a time are kept, at most `rowBytes` bytes, for each
-// level
-//           of blocks within blocks, of which two do but for enormous N n; and a few rows of n.
+//           level of blocks within blocks, of which two do but for enormous N n; and a few rows of n.
 class SampfordDesign {
 public:
   static constexpr std::size_t kRowBytes = std::size_t{1} << 24;

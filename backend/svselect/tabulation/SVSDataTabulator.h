@@ -33,9 +33,8 @@ class SVSOutputSummary;
 // Ownership:  owns its strata; borrows everything that it is given, which must outlive it.
 // Threads:    the thread of the run only. Lookup() writes to scratch fields.
 // Cost:       a record is one search for its stratum and one for its unit, and the same in the tabulator
-// before;
-//             only a new stratum or a new unit allocates. In a file in random order nearly every unit is out
-//             of the processor's caches, so a few records wait while their units are fetched.
+//             before; only a new stratum or a new unit allocates. In a file in random order nearly every unit
+//             is out of the processor's caches, so a few records wait while their units are fetched.
 class SVSDataTabulator {
 public:
   // `prevTabulator` is that of the stage before, null for the first selected stage: it takes every record.

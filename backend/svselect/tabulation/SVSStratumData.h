@@ -21,8 +21,8 @@ class MCRandomTwister;
 // what each case received.
 //
 // Use:        construct, SetOutSamples(), AddRecord() for each record of the stage's pass, SetRandom(),
-// Select()
-//             once; from then on the reads. A stratum exists from its first record on, so it has a unit.
+//             Select() once; from then on the reads. A stratum exists from its first record on, so it has a
+//             unit.
 // Ownership:  owns its units with their keys; borrows settings, cancel view, collector and generator, which
 //             must outlive it. A `record` is the array of values of a record; it is read in the call only.
 // Threads:    the thread of the run only.

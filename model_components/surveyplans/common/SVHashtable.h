@@ -24,8 +24,7 @@
 //             that pointers to entries, keys and values are good until the table dies.
 // Threads:    const methods may run in parallel; Insert() needs exclusive access.
 // Cost:       Find() and Insert() are O(1) expected; a unit of four doubles costs 56 bytes and its share of
-// the
-//             buckets, at most 8 * 2 / kLoadFactor bytes.
+//             the buckets, at most 8 * 2 / kLoadFactor bytes.
 template <class Value>
 class SVHashtable {
 public:
