@@ -1,5 +1,7 @@
 #include "cli/PlanCommand.h"
 
+#include <fmt/format.h>
+
 #include <iostream>
 
 #include "backend/svcommon/PlanInWords.h"
@@ -11,6 +13,21 @@
 #include "host/environment/MCStopProcessor.h"
 
 namespace {
+
+bool ReadPlan(const std::string& path, SVPlanSpecs* plan) {
+  SV_XML::PlanXmlReader reader(plan);
+  const int code = reader.readSamplePlan(path);
+  if (code == 0) return true;
+  SV_XML::PlanReadErrors().report(code);
+  TellMessages();
+  if (const SV_XML::PlanPosition at = reader.FaultPosition(); at.line > 0) {
+    TellProblem(fmt::format(
+        "{}, line {}, column {}: not well-formed XML here, or not what the plan format has in the "
+        "element that stands or ends here",
+        path, at.line, at.column));
+  }
+  return false;
+}
 
 // The variables that the frame must hold, in the order of the plan: all but those that a run makes.
 std::vector<KorvVarName> VariablesOf(const SVPlanSpecs& plan) {
@@ -54,12 +71,7 @@ int TellPlan(const PlanOptions& options) {
     return kExitError;
   }
   SVPlanSpecs plan;
-  const int code = SV_XML::PlanXmlReader(&plan).readSamplePlan(options.plan);
-  if (code != 0) {
-    SV_XML::PlanReadErrors().report(code);
-    TellMessages();
-    return kExitError;
-  }
+  if (!ReadPlan(options.plan, &plan)) return kExitError;
   for (const std::string& line : PlanInWords(plan)) PrintFolded(line);
   if (!FinishOutput()) return kExitError;
   if (options.frame.path.empty()) return kExitOk;

@@ -14,9 +14,11 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kPatience(1000);    // a run that takes no longer shows nothing unasked
-constexpr milliseconds kOnTerminal(250);   // between two looks
-constexpr milliseconds kElsewhere(10000);  // what is kept in a file shouldn't be flooded
+constexpr milliseconds kPatience(1000);   // a run that takes no longer shows nothing unasked
+constexpr milliseconds kOnTerminal(250);  // between two looks
+// Elsewhere each look comes after twice the time: what is kept in a file shouldn't be flooded.
+constexpr milliseconds kElsewhere(500);
+constexpr milliseconds kLongestElsewhere(10000);
 constexpr std::string_view kPrefix = "svselect: ";
 
 double SecondsSince(std::chrono::steady_clock::time_point begin) {
@@ -62,7 +64,7 @@ void ProgressLine::Run(bool isAtOnce) {
   milliseconds wait = isAtOnce ? milliseconds(0) : kPatience;
   while (!fWake.wait_for(lock, wait, [this] { return fbStop; })) {
     Write(Text());
-    wait = fbTerminal ? kOnTerminal : kElsewhere;
+    wait = fbTerminal ? kOnTerminal : std::clamp(2 * wait, kElsewhere, kLongestElsewhere);
   }
   if (fWritten > 0) {
     Write("");

@@ -44,7 +44,9 @@ bool ReadCommand(const RunOptions& options, std::string* text) {
   if (flags.CanBeRead()) file.open(options.commandFile, std::ios::binary);
   if (!file.is_open()) return Fail(options.commandFile + ": the command file can't be read");
   text->assign(std::istreambuf_iterator<char>(file), {});
-  return !file.bad() || Fail(options.commandFile + ": " + SystemReason());
+  if (file.bad()) return Fail(options.commandFile + ": " + SystemReason());
+  const bool isUtf16 = text->starts_with("\xFF\xFE") || text->starts_with("\xFE\xFF");
+  return !isUtf16 || Fail(options.commandFile + ": the command file is in UTF-16, expected UTF-8");
 }
 
 bool TakeCommand(const RunOptions& options) {

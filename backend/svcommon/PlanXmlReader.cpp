@@ -3,6 +3,7 @@
 #include <utility>
 #include <xercesc/dom/DOMDocument.hpp>
 #include <xercesc/dom/DOMElement.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
 
 #include "backend/svcommon/PlanDomParser.h"
 #include "backend/svcommon/PlanElements.h"
@@ -39,8 +40,10 @@ bool PlanXmlReader::parseFile(const std::string& path) {
     fpParser->parse(PlanFileSource(local, wide, fpParser.get()));
     fpDocument = fpParser->getDocument();
     isParsed = fpDocument != nullptr;
+  } catch (const xercesc::SAXParseException& fault) {
+    fFaultPosition = {.line = fault.getLineNumber(), .column = fault.getColumnNumber()};
   } catch (...) {  // of whatever type: the library throws several, its own want of memory among them
-    fpDocument = nullptr;
+    fFaultPosition = {};
   }
   fpParser->setErrorHandler(nullptr);
   fpParser->setEntityResolver(nullptr);

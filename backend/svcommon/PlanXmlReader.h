@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,6 +19,12 @@ XERCES_CPP_NAMESPACE_END
 namespace SV_XML {
 
 class PlanDomParser;
+
+// A place in a plan file, both counted from 1; 0 where there is none.
+struct PlanPosition {
+  std::uint64_t line = 0;
+  std::uint64_t column = 0;
+};
 
 // PlanXmlReader fills the records of a plan from a plan file, and checks it on the way.
 //
@@ -50,6 +57,10 @@ public:
 
   // Parses the file; true when the document stands.
   bool parseFile(const std::string& path);
+
+  // Where the parser gave the document up. An element that is misplaced or missing in another shows where
+  // that one ends. No place if the file couldn't be read or went beyond a bound.
+  PlanPosition FaultPosition() const { return fFaultPosition; }
 
 private:
   using Element = xercesc::DOMElement;
@@ -99,7 +110,8 @@ private:
   SVPlanSpecs* fpPlan;                               // borrowed, never null
   std::unique_ptr<PlanDomParser> fpParser;
   KORVMBConverter* fpConverter;  // owned
-  std::string fRepositoryPath;   // empty unless the repository holds the plan
+  PlanPosition fFaultPosition;
+  std::string fRepositoryPath;  // empty unless the repository holds the plan
 };
 
 }  // namespace SV_XML

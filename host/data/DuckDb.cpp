@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
+#include <exception>
 #include <filesystem>
 #include <mutex>
 #include <system_error>
@@ -176,6 +177,13 @@ DuckConnection::DuckConnection(duckdb_database database) {
   if (duckdb_connect(database, &connection) != DuckDBSuccess) Fail("no connection to the database");
   fpConnection.reset(connection);
   Run(fmt::format("SET streaming_buffer_size = '{}'", kStreamingBuffer));
+}
+
+// While an exception is on its way, DuckDB lets a connection go without ending its query, whose threads then
+// read on in what is gone; another statement ends it.
+void DuckConnection::Disconnect::operator()(duckdb_connection connection) const {
+  if (std::uncaught_exceptions() > 0) duckdb_query(connection, "SELECT 1", nullptr);
+  duckdb_disconnect(&connection);
 }
 
 void DuckConnection::Run(const std::string& sql) {

@@ -103,7 +103,7 @@ public:
 
 private:
   struct Disconnect {
-    void operator()(duckdb_connection connection) const { duckdb_disconnect(&connection); }
+    void operator()(duckdb_connection connection) const;
   };
   std::unique_ptr<std::remove_pointer_t<duckdb_connection>, Disconnect> fpConnection;
 };

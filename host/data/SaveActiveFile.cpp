@@ -31,9 +31,8 @@ void DefineStore(const KORV_DataSource& source, IndependentDataStore* store) {
   store->FinishDictionary();
 }
 
-// False after an error of the host. The error of the store is caught here, while the iterator stands: a
-// database's connection that goes while an exception is on its way leaves its threads running.
-bool CopyCases(ProcedureDataSource& source, IndependentDataStore* store) {
+// Throws ErrorText.
+void CopyCases(ProcedureDataSource& source, IndependentDataStore* store) {
   const std::unique_ptr<KORV_InputCaseIterator> made(source.MakeInputCaseIterator(0));
   auto& cases = static_cast<ProcDSIterator&>(*made);
   std::vector<OBS> buffer(store->CaseCellCount());
@@ -43,17 +42,11 @@ bool CopyCases(ProcedureDataSource& source, IndependentDataStore* store) {
     const std::size_t bytes = ObsCells(source.GetVariable(i).GetType()) * sizeof(OBS);
     columns.push_back({cases.BindColumn(i), values.GetObsPointer(i), bytes});
   }
-  try {
-    while (cases.NextCase() != 0) {
-      if (cases.SplitGroupEnd()) continue;  // no case of its own: the next group follows
-      for (const CopiedColumn& column : columns) std::memcpy(column.to, column.from, column.bytes);
-      store->AddCase(values);
-    }
-  } catch (const ErrorText& error) {
-    IssueHostMessage(error.message, kErrorLevel);
-    return false;
+  while (cases.NextCase() != 0) {
+    if (cases.SplitGroupEnd()) continue;  // no case of its own: the next group follows
+    for (const CopiedColumn& column : columns) std::memcpy(column.to, column.from, column.bytes);
+    store->AddCase(values);
   }
-  return true;
 }
 
 }  // namespace
@@ -64,7 +57,13 @@ bool SaveActiveFile(const UserCaseFileSpec& spec) {
   if (store == nullptr) return false;
   ProcedureDataSource source;
   DefineStore(source, store);
-  if (!CopyCases(source, store) || source.FatalError() || StopRequested()) return false;
+  try {
+    CopyCases(source, store);
+  } catch (const ErrorText& error) {
+    IssueHostMessage(error.message, kErrorLevel);
+    return false;
+  }
+  if (source.FatalError() || StopRequested()) return false;
   store->CloseStore();
   return store->IsClosed();
 }

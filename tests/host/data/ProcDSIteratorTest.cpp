@@ -112,6 +112,22 @@ TEST_F(ProcDSIteratorTest, EndsAfterAStopRequest) {
   EXPECT_FALSE(fSource->FatalError());
 }
 
+// Goal: an exception that passes an iterator whose threads still read ends the query, as the iterator's end
+// does; without that the session waits for ever.
+TEST_F(ProcDSIteratorTest, EndsWhenAnExceptionPasses) {
+  Sql("COPY (SELECT i, i::VARCHAR AS s FROM range(3000000) t(i)) TO '$/long.parquet' (ROW_GROUP_SIZE "
+      "100000)");
+  OpenFrame({.path = Path("long.parquet")});
+  Attach();
+  const auto leave = [this] {
+    const auto iterator = Start();
+    iterator->BindColumn(0);
+    iterator->BindColumn(1);
+    if (iterator->NextCase() == 1) throw DataError("on its way");
+  };
+  EXPECT_THROW(leave(), DataError);
+}
+
 // Goal: a file that changes, shrinks or goes during a run is told of once, and the source can't go on.
 TEST_F(ProcDSIteratorTest, FailsOnceWhenTheFileChanges) {
   OpenMany();
