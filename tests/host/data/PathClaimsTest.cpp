@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,6 +9,7 @@
 #include <functional>
 
 #include "FrameFixture.h"
+#include "TmpfsMount.h"
 #include "host/data/CheckFileRef.h"
 #include "host/data/FileLock.h"
 #include "host/data/SessionFiles.h"
@@ -175,13 +175,12 @@ TEST_F(Claims, ReadOnlyFolder) {
   fs::create_directory(Path("ro"));
   const std::string folder = Path("ro");
   const bool isRoot = geteuid() == 0;
-  if (isRoot && mount("tmpfs", folder.c_str(), "tmpfs", MS_RDONLY, "size=64k") != 0) {
+  const TmpfsMount disk(folder, MS_RDONLY, "size=64k");
+  if (isRoot && !disk)
     GTEST_SKIP() << "permissions don't bind root, and there is no read-only file system here";
-  }
   if (!isRoot) fs::permissions(folder, fs::perms::owner_read | fs::perms::owner_exec);
   EXPECT_EQ(ForWriting(FileRole::kSample, "ro/s.csv"), "r");
   EXPECT_EQ(ForWriting(FileRole::kRule, "ro/r.txt"), "r");
-  if (isRoot) umount(folder.c_str());
 }
 
 TEST_F(Claims, FileSpecifications) {

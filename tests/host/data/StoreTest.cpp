@@ -1,9 +1,9 @@
-#include <sys/mount.h>
 #include <unistd.h>
 
 #include <sstream>
 
 #include "FrameFixture.h"
+#include "TmpfsMount.h"
 #include "host/data/ErrorText.h"
 #include "host/data/ExtNameStr.h"
 #include "host/data/IndependentDataStore.h"
@@ -198,7 +198,8 @@ TEST_F(Store, CannotBegin) {
 TEST_F(Store, FullDisk) {
   const std::string small = Path("small");
   std::filesystem::create_directory(small);
-  if (mount("tmpfs", small.c_str(), "tmpfs", 0, "size=1m") != 0) GTEST_SKIP() << "no small file system here";
+  const TmpfsMount disk(small, 0, "size=1m");
+  if (!disk) GTEST_SKIP() << "no small file system here";
   for (const std::string kind : {".csv", ".parquet", ".sav"}) {
     std::ofstream(small + "/s" + kind) << "old";
     fMessages.clear();
@@ -219,7 +220,6 @@ TEST_F(Store, FullDisk) {
   EXPECT_TRUE(rule.fail());
   EXPECT_EQ(WithoutFolder(fMessages), "small/rule.txt can't be written: No space left on device\n");
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(small), {}), 3) << "litter";
-  umount(small.c_str());
 }
 
 }  // namespace
