@@ -28,6 +28,11 @@ const ParamObj* FindParameter(const CommandSpec& command, const char* subcommand
   return nullptr;
 }
 
+bool ReadCommand(CommandSpec* command) {
+  const KORV_TokenSequence tokens(true);
+  return UniversalParser(tokens, *command).getCommandSpecifications() == 0;
+}
+
 std::string PlanPath(const CommandSpec& command) {
   const ParamObj* const file = FindParameter(command, "PLAN", "FILE");
   std::string name;
@@ -64,10 +69,14 @@ bool MeasureHasFractions(const SVPlanSpecs& plan) {
 
 }  // namespace
 
+bool NamesJointFile() {
+  CommandSpec command;
+  return ReadCommand(&command) && FindParameter(command, "JOINTPROB", "OUTFILE") != nullptr;
+}
+
 std::optional<CommandedPlan> ReadCommandedPlan() {
   CommandSpec command;
-  const KORV_TokenSequence tokens(true);
-  if (UniversalParser(tokens, command).getCommandSpecifications() != 0) return std::nullopt;
+  if (!ReadCommand(&command)) return std::nullopt;
   CommandedPlan commanded;
   if (SV_XML::PlanXmlReader(&commanded.plan).readSamplePlan(PlanPath(command)) != 0) return std::nullopt;
   commanded.drawsFirstStage = DrawsFirstStage(command);

@@ -14,6 +14,10 @@ struct CommandedPlan {
 // had. REQUIRES: the command is one that the procedure has taken.
 std::optional<CommandedPlan> ReadCommandedPlan();
 
+// Whether the session's command names a file for the joint probabilities. Else their file has its default
+// name, and a run that has no use for it does without it.
+bool NamesJointFile();
+
 // Whether the draw of the first stage, made without --exact-design, may not have quite the probabilities that
 // it states: a line of advice, empty when there is none to give. It may pass over the measure of size.
 // Errors: DataError when the frame can't be read.

@@ -114,6 +114,15 @@ bool HasDrawn() {
   return ActiveFile::Current().IsOpen() && ActiveFile::Current().IsLastPass();
 }
 
+// The files that were asked for and haven't come into being.
+std::vector<std::string> MissingFiles() {
+  std::vector<std::string> missing;
+  for (const PathClaims::Output& output : SessionFiles::Current().MissingFiles()) {
+    if (output.role != FileRole::kJoint || NamesJointFile()) missing.push_back(output.path);
+  }
+  return missing;
+}
+
 // Puts the files of the run in their places, or removes them. Gives the status of the run.
 std::string SettleFiles(const UserCaseFileSpec& save) {
   if (!ErrorRaised() && save.IsValid() && HasDrawn()) SaveActiveFile(save);
@@ -125,7 +134,7 @@ std::string SettleFiles(const UserCaseFileSpec& save) {
     DiscardFiles();
     return "error";
   }
-  return SessionFiles::Current().MissingFiles().empty() ? "ok" : "error";
+  return MissingFiles().empty() ? "ok" : "error";
 }
 
 // Why files that the command names can't be used: the messages of the procedure say no more than that.
@@ -147,7 +156,7 @@ void TellAdvice(const RunOptions& options, const std::string& status) {
         "or clusters, or stages out of order)");
   }
   if (HasDrawn() && status == "error" && !SessionFiles::Current().IsBroken()) {
-    for (const std::string& missing : SessionFiles::Current().MissingFiles()) {
+    for (const std::string& missing : MissingFiles()) {
       TellProblem(missing + ": the file didn't come into being");
     }
   }

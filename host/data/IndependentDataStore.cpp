@@ -16,7 +16,10 @@ IndependentDataStore::IndependentDataStore(OutputFile* file)
     : KORV_DataSource(std::make_shared<Dictionary>()), fpFile(file), fPath(file->path) {}
 
 IndependentDataStore::~IndependentDataStore() {
-  if (fpFile != nullptr) SessionFiles::Current().Abandon(fpFile);
+  if (fpFile == nullptr) return;
+  SessionFiles& files = SessionFiles::Current();
+  const bool isUntouched = fState == State::kDefining && GetDictionary().variables.empty();
+  isUntouched ? files.Withdraw(fpFile) : files.Abandon(fpFile);
 }
 
 KORV_Variable& IndependentDataStore::MakeVariable(const KORV_Variable& source, int& index) {

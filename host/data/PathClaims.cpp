@@ -158,7 +158,7 @@ FileFlags PathClaims::TryWriting(FileRole role, const std::string& spelling, con
 
 void PathClaims::Release(int claim) {
   for (const Claim& held : fvClaims) {
-    if (held.number == claim && IsOutput(held)) fvGivenUp.push_back(held.path);
+    if (held.number == claim && IsOutput(held)) fvGivenUp.push_back({held.role, held.path});
   }
   std::erase_if(fvClaims, [claim](const Claim& held) { return held.number == claim; });
 }
@@ -167,13 +167,15 @@ bool PathClaims::IsOutput(const Claim& claim) {
   return (IsDataOutput(claim.role) || claim.role == FileRole::kRule) && !claim.isBeside;
 }
 
-std::vector<std::string> PathClaims::Outputs() const {
-  std::vector<std::string> outputs;
+std::vector<PathClaims::Output> PathClaims::Outputs() const {
+  std::vector<Output> outputs;
   for (const Claim& claim : fvClaims) {
-    if (IsOutput(claim)) outputs.push_back(claim.path);
+    if (IsOutput(claim)) outputs.push_back({claim.role, claim.path});
   }
-  for (const std::string& path : fvGivenUp) {
-    if (std::find(outputs.begin(), outputs.end(), path) == outputs.end()) outputs.push_back(path);
+  for (const Output& released : fvGivenUp) {
+    const bool isListed = std::any_of(outputs.begin(), outputs.end(),
+                                      [&](const Output& output) { return output.path == released.path; });
+    if (!isListed) outputs.push_back(released);
   }
   return outputs;
 }

@@ -54,9 +54,13 @@ public:
   // ignored.
   void Release(int claim);
 
-  // The paths that were claimed for the sample, the joint probabilities, the rule or the saved frame, also
-  // those that were released: all that was asked for.
-  std::vector<std::string> Outputs() const;
+  // The files that were claimed for the sample, the joint probabilities, the rule or the saved frame, also
+  // those that were released, each once.
+  struct Output {
+    FileRole role;
+    std::string path;
+  };
+  std::vector<Output> Outputs() const;
 
 private:
   struct Claim {
@@ -78,7 +82,7 @@ private:
   static bool IsOutput(const Claim& claim);
 
   std::vector<Claim> fvClaims;
-  std::vector<std::string> fvGivenUp;  // paths of outputs that were released
+  std::vector<Output> fvGivenUp;  // outputs that were released
   std::vector<Refusal> fvRefusals;
   int fNext = 0;
 };

@@ -51,9 +51,13 @@ bool SessionFiles::Finish(OutputFile& file) {
   return true;
 }
 
+void SessionFiles::Withdraw(OutputFile* file) {
+  std::erase_if(fvFiles, [file](const auto& held) { return held.get() == file; });
+}
+
 void SessionFiles::Abandon(OutputFile* file) {
   fbBroken = true;
-  std::erase_if(fvFiles, [file](const auto& held) { return held.get() == file; });
+  Withdraw(file);
 }
 
 bool SessionFiles::CommitFiles() {
@@ -97,12 +101,12 @@ void SessionFiles::DiscardFiles() {
   fvFiles.clear();
 }
 
-std::vector<std::string> SessionFiles::MissingFiles() const {
-  std::vector<std::string> missing;
-  for (const std::string& path : fClaims.Outputs()) {
+std::vector<PathClaims::Output> SessionFiles::MissingFiles() const {
+  std::vector<PathClaims::Output> missing;
+  for (const PathClaims::Output& output : fClaims.Outputs()) {
     const bool isThere = std::any_of(fvCommitted.begin(), fvCommitted.end(),
-                                     [&](const OutputFile& file) { return file.target == path; });
-    if (!isThere) missing.push_back(path);
+                                     [&](const OutputFile& file) { return file.target == output.path; });
+    if (!isThere) missing.push_back(output);
   }
   return missing;
 }

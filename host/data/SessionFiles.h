@@ -36,8 +36,10 @@ public:
   // Brings an output file to the disk. False after an error of the host.
   bool Finish(OutputFile& file);
 
-  // Takes an output file back; what was written of it is removed. The run is then broken: none of its files
-  // is put in its place.
+  // Takes an output file back that nothing was put in; the run goes on without it.
+  void Withdraw(OutputFile* file);
+  // Takes back one that was begun; what was written of it is removed. The run is then broken: none of its
+  // files is put in its place.
   void Abandon(OutputFile* file);
   bool IsBroken() const { return fbBroken; }
 
@@ -49,8 +51,8 @@ public:
 
   // The files that CommitFiles() has put in their places, without their parts.
   const std::vector<OutputFile>& CommittedFiles() const { return fvCommitted; }
-  // The paths of the files that were asked for and haven't come into being.
-  std::vector<std::string> MissingFiles() const;
+  // The files that were claimed to be written and haven't come into being.
+  std::vector<PathClaims::Output> MissingFiles() const;
 
 private:
   PathClaims fClaims;

@@ -152,6 +152,27 @@ TEST(Program, DrawsTheSameWhateverSurroundsIt) {
   EXPECT_EQ(folder.Text("s.csv"), sample);
 }
 
+// The stages of a plan drawn run by run. The joint probabilities are those of the first stage: the run of the
+// second does without their file, unless it was named.
+TEST(Program, MissesOnlyTheFilesThatItWasAskedFor) {
+  const ProgramFolder folder;
+  folder.Run(
+      "sed 's#<IncProb><Variable name=\"county_prob.*#&"
+      "<CumulativeWeight><Variable name=\"county_weight\"/></CumulativeWeight>#' "
+      "$E/plans/two-stages.xml > p.xml");
+  const std::string first =
+      "$S run --data $E/schools.csv --plan p.xml --stages 1 --sample 1.parquet --joint j.sav --quiet";
+  EXPECT_EQ(folder.Run(first).status, 0);
+  const std::string second =
+      "$S run --data 1.parquet --plan p.xml --stages 2 --rename --sample 2.parquet --quiet ";
+  EXPECT_EQ(folder.Run(second).status, 0);
+  EXPECT_EQ(folder.Files(), "1.parquet\n2.parquet\nj.sav\np.xml\n");
+  const ProgramFolder::Result named = folder.Run(second + "--joint k.sav");
+  EXPECT_EQ(named.status, 1);
+  EXPECT_THAT(named.err, HasSubstr("svselect: k.sav: the file didn't come into being\n"));
+  EXPECT_EQ(folder.Files(), "1.parquet\n2.parquet\nj.sav\np.xml\n");
+}
+
 // Where the draw comes only near what it states, that is said once, however the command is given. PPS_WOR
 // does so where the sizes have fractions.
 TEST(Program, SaysWhereTheDrawIsOnlyNear) {
