@@ -78,7 +78,12 @@ std::optional<CommandedPlan> ReadCommandedPlan() {
   CommandSpec command;
   if (!ReadCommand(&command)) return std::nullopt;
   CommandedPlan commanded;
-  if (SV_XML::PlanXmlReader(&commanded.plan).readSamplePlan(PlanPath(command)) != 0) return std::nullopt;
+  SV_XML::PlanXmlReader reader(&commanded.plan);
+  const std::string path = PlanPath(command);
+  if (reader.readSamplePlan(path) != 0) return std::nullopt;
+  for (const std::string& misread : reader.MisreadNumbers()) {
+    commanded.misreadNumbers.push_back(path + ": " + misread);
+  }
   commanded.drawsFirstStage = DrawsFirstStage(command);
   return commanded;
 }

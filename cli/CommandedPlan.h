@@ -1,13 +1,16 @@
 #pragma once
 
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "backend/svcommon/SVPlanSpecs.h"
 
 // The plan that the session's command names, and which of its stages the command draws.
 struct CommandedPlan {
   SVPlanSpecs plan;
-  bool drawsFirstStage = true;  // the only one that can have a measure of size
+  std::vector<std::string> misreadNumbers;  // of the plan, each with what was read
+  bool drawsFirstStage = true;              // the only one that can have a measure of size
 };
 
 // Reads it again after a run that came to reading cases. Empty, without a word, when it is no longer to be

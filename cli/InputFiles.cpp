@@ -14,7 +14,7 @@ bool Fail(const std::string& text) {
 // opens it.
 bool ClaimInput(FileRole role, const std::string& path) {
   const FileFlags flags = SessionFiles::Current().Claims().ClaimForReading(role, path);
-  return !flags.inUse || Fail(path + ": the file is in use, by this run or another process");
+  return !flags.inUse || Fail(path + ": " + flags.why);
 }
 
 bool ClaimFrame(const FrameOptions& frame) {
@@ -22,6 +22,9 @@ bool ClaimFrame(const FrameOptions& frame) {
   if (frame.path.empty()) return true;
   const std::string path = PathToRead(frame.path);
   if (!ClaimInput(FileRole::kFrame, path)) return false;
+  if (!HasSchemaFile(KindOf(path))) return true;
   const std::string beside = SchemaPath(path);
-  return !HasSchemaFile(KindOf(path)) || !FileExists(beside) || ClaimInput(FileRole::kSchema, beside);
+  if (FileExists(beside)) return ClaimInput(FileRole::kSchema, beside);
+  SessionFiles::Current().Claims().KeepFree(FileRole::kSchema, beside);
+  return true;
 }

@@ -17,6 +17,7 @@ namespace {
 bool ReadPlan(const std::string& path, SVPlanSpecs* plan) {
   SV_XML::PlanXmlReader reader(plan);
   const int code = reader.readSamplePlan(path);
+  for (const std::string& misread : reader.MisreadNumbers()) TellProblem(path + ": " + misread);
   if (code == 0) return true;
   SV_XML::PlanReadErrors().report(code);
   TellMessages();
@@ -25,6 +26,8 @@ bool ReadPlan(const std::string& path, SVPlanSpecs* plan) {
         "{}, line {}, column {}: not well-formed XML here, or not what the plan format has in the "
         "element that stands or ends here",
         path, at.line, at.column));
+  } else if (code == SV_XML::kPlanInvalidFile) {
+    TellProblem(path + ": an element lacks what the plan format has in it, or the plan is too large");
   }
   return false;
 }

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -41,8 +42,10 @@ bool ReadCommand(const RunOptions& options, std::string* text) {
   const FileFlags flags =
       SessionFiles::Current().Claims().ClaimForReading(FileRole::kCommand, options.commandFile);
   std::ifstream file;
-  if (flags.CanBeRead()) file.open(options.commandFile, std::ios::binary);
-  if (!file.is_open()) return Fail(options.commandFile + ": the command file can't be read");
+  if (!flags.CanBeRead()) return Fail(options.commandFile + ": " + flags.why);
+  errno = 0;
+  file.open(options.commandFile, std::ios::binary);
+  if (!file.is_open()) return Fail(options.commandFile + ": " + SystemReason());
   text->assign(std::istreambuf_iterator<char>(file), {});
   if (file.bad()) return Fail(options.commandFile + ": " + SystemReason());
   const bool isUtf16 = text->starts_with("\xFF\xFE") || text->starts_with("\xFE\xFF");
@@ -73,16 +76,13 @@ bool ClaimOwnFiles(const RunOptions& options, OwnFiles* own) {
     if (flags.CanBeWritten()) {
       own->reports.push_back(report);
     } else {
-      isGood = Fail(report + ": " + WhyNotWritten(flags));
+      isGood = Fail(report + ": " + flags.why);
     }
   }
   if (options.save.empty()) return isGood;
   own->save.Init(options.save, true, true);
-  const FileFlags flags = {.exists = false,
-                           .valid = own->save.IsValid(),
-                           .readOnly = own->save.IsReadOnly(),
-                           .inUse = own->save.IsInUse()};
-  return flags.CanBeWritten() ? isGood : Fail(options.save + ": " + WhyNotWritten(flags));
+  const std::string& why = own->save.WhyNotWritten();
+  return why.empty() ? isGood : Fail(options.save + ": " + why);
 }
 
 bool OpenRunFrame(const FrameOptions& frame) {
@@ -111,7 +111,7 @@ bool CallProcedure() {
 
 // Whether the run came to the point of writing its sample: the last pass over the cases has begun.
 bool HasDrawn() {
-  return ActiveFile::Current().IsOpen() && ActiveFile::Current().IsLastPass();
+  return HostSession::Current().Layer<CaseProgress>().Get().isLast;
 }
 
 // The files that were asked for and haven't come into being.
@@ -191,6 +191,7 @@ Findings LookBack(const RunOptions& options, const OwnFiles& own) {
   Findings findings;
   const std::optional<CommandedPlan> commanded = ReadCommandedPlan();
   if (!commanded) return findings;
+  findings.lines = commanded->misreadNumbers;
   try {
     const std::string advice = options.settings.exactDesign ? "" : ExactDesignAdvice(*commanded);
     if (!advice.empty()) findings.lines.push_back(advice);

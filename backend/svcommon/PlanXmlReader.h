@@ -62,6 +62,11 @@ public:
   // that one ends. No place if the file couldn't be read or went beyond a bound.
   PlanPosition FaultPosition() const { return fFaultPosition; }
 
+  // Texts that stand where a number is wanted and aren't one as a whole, each with what was read: "2,5" is
+  // read as 2. No more than kMaxMisread.
+  static constexpr std::size_t kMaxMisread = 10;
+  const std::vector<std::string>& MisreadNumbers() const { return fvMisread; }
+
 private:
   using Element = xercesc::DOMElement;
 
@@ -79,11 +84,11 @@ private:
   int ReadAnalysisStages(const Element* design);
   int ReadSampleStage(const Element* element, int number, int runningCode);
   int ReadAnalysisStage(const Element* element, int number, int runningCode);
-  void ReadStageHead(const Element* element, SVPlanStageSpecs* stage) const;
+  void ReadStageHead(const Element* element, SVPlanStageSpecs* stage);
   int ReadSelectionMethod(const Element* element, int number, SVPlanStageSpecs* stage) const;
   int ReadEstimationMethod(const Element* element, int number, SVPlanStageSpecs* stage) const;
   int ReadSizeOrRate(const Element* element, int number, int runningCode);
-  int ReadRateBounds(const Element* rate, SVPlanStageSpecs* stage, int runningCode) const;
+  int ReadRateBounds(const Element* rate, SVPlanStageSpecs* stage, int runningCode);
   int ReadMos(const Element* stage);
   int ReadOutputs(const Element* element, SVPlanStageSpecs* stage);
   int CheckOnlyStage() const;
@@ -96,21 +101,23 @@ private:
   int ReadHolder(const Element* holder, int number);
   int ReadMatrix(const Element* matrix, int number);
   int ReadMatrixVariables(const Element* matrix, int number);
-  int ReadMatrixRow(const Element* row, SVPlanStageSpecs* stage) const;
+  int ReadMatrixRow(const Element* row, SVPlanStageSpecs* stage);
   int ReadName(const Element* variable, KorvVarName* name);
-  int ReadBound(const Element* parent, const XMLCh* name, double* bound) const;
+  int ReadBound(const Element* parent, const XMLCh* name, double* bound);
 
   // Texts and numbers of attributes. What an attribute lacks reads as the empty text, or 0; a number is read
   // as a stream reads it, so that 12abc is 12.
   std::string Text(const Element* element, const XMLCh* name) const;
-  int Integer(const Element* element, const XMLCh* name) const;
-  double Number(const Element* element, const XMLCh* name) const;
+  int Integer(const Element* element, const XMLCh* name);
+  double Number(const Element* element, const XMLCh* name);
+  void NoteMisread(const std::string& text, const std::string& number);
 
   const xercesc::DOMDocument* fpDocument = nullptr;  // borrowed from the parser; null until one is parsed
   SVPlanSpecs* fpPlan;                               // borrowed, never null
   std::unique_ptr<PlanDomParser> fpParser;
   KORVMBConverter* fpConverter;  // owned
   PlanPosition fFaultPosition;
+  std::vector<std::string> fvMisread;
   std::string fRepositoryPath;  // empty unless the repository holds the plan
 };
 

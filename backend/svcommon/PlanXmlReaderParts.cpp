@@ -1,5 +1,9 @@
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <locale>
 #include <sstream>
+#include <utility>
 #include <xercesc/dom/DOMElement.hpp>
 #include <xercesc/dom/DOMNodeList.hpp>
 
@@ -33,12 +37,13 @@ int CheckValue(std::int32_t paramKind, double value) {
 
 // What a fresh stream extracts from the text, its state left alone: white space before the number and
 // anything behind it don't matter, a text without a number gives 0, one beyond the type's range its end.
+// `isWhole` tells whether the text is that number and no more.
 template <class Value>
-Value Extract(const std::string& text) {
+Value Extract(const std::string& text, bool* isWhole) {
   std::istringstream stream(text);
   stream.imbue(std::locale::classic());
   Value value = 0;
-  stream >> value;
+  *isWhole = (stream >> value) && (stream >> std::ws).eof();
   return value;
 }
 
@@ -123,7 +128,7 @@ int PlanXmlReader::ReadMatrixVariables(const Element* matrix, int number) {
   return code;
 }
 
-int PlanXmlReader::ReadMatrixRow(const Element* row, SVPlanStageSpecs* stage) const {
+int PlanXmlReader::ReadMatrixRow(const Element* row, SVPlanStageSpecs* stage) {
   VarCatList::CatList categories;
   for (const Element* category = ElementFrom(row->getFirstChild()); category != nullptr;
        category = ElementFrom(category->getNextSibling())) {
@@ -141,7 +146,7 @@ int PlanXmlReader::ReadName(const Element* variable, KorvVarName* name) {
   return ValidateKORVName(name->Text()) == 0 ? 0 : kPlanInvalidVariable;
 }
 
-int PlanXmlReader::ReadBound(const Element* parent, const XMLCh* name, double* bound) const {
+int PlanXmlReader::ReadBound(const Element* parent, const XMLCh* name, double* bound) {
   const Element* const holder = FindChild(parent, name);
   if (holder == nullptr) return 0;
   const Element* const value = FindChild(holder, u"SingleValue");
@@ -156,12 +161,28 @@ std::string PlanXmlReader::Text(const Element* element, const XMLCh* name) const
   return text;
 }
 
-int PlanXmlReader::Integer(const Element* element, const XMLCh* name) const {
-  return Extract<int>(Text(element, name));
+int PlanXmlReader::Integer(const Element* element, const XMLCh* name) {
+  const std::string text = Text(element, name);
+  bool isWhole = false;
+  const int value = Extract<int>(text, &isWhole);
+  if (!isWhole) NoteMisread(text, fmt::format("{}", value));
+  return value;
 }
 
-double PlanXmlReader::Number(const Element* element, const XMLCh* name) const {
-  return Extract<double>(Text(element, name));
+double PlanXmlReader::Number(const Element* element, const XMLCh* name) {
+  const std::string text = Text(element, name);
+  bool isWhole = false;
+  const double value = Extract<double>(text, &isWhole);
+  if (!isWhole) NoteMisread(text, fmt::format("{}", value));
+  return value;
+}
+
+void PlanXmlReader::NoteMisread(const std::string& text, const std::string& number) {
+  if (text.empty() || fvMisread.size() == kMaxMisread) return;
+  std::string misread = fmt::format("\"{}\" is read as {}", text, number);
+  if (std::find(fvMisread.begin(), fvMisread.end(), misread) == fvMisread.end()) {
+    fvMisread.push_back(std::move(misread));
+  }
 }
 
 }  // namespace SV_XML

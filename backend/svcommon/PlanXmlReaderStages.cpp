@@ -78,7 +78,7 @@ int PlanXmlReader::ReadSampleStage(const Element* element, int number, int runni
   return FirstFault(code, ReadOutputs(element, stage));
 }
 
-void PlanXmlReader::ReadStageHead(const Element* element, SVPlanStageSpecs* stage) const {
+void PlanXmlReader::ReadStageHead(const Element* element, SVPlanStageSpecs* stage) {
   stage->label = Text(element, u"label");
   stage->stageNumber = Integer(element, u"stageNumber");
 }
@@ -105,7 +105,7 @@ int PlanXmlReader::ReadSizeOrRate(const Element* element, int number, int runnin
   return FirstFault(runningCode, hasFixedSize ? 0 : kPlanNoSizeOrRate);
 }
 
-int PlanXmlReader::ReadRateBounds(const Element* rate, SVPlanStageSpecs* stage, int runningCode) const {
+int PlanXmlReader::ReadRateBounds(const Element* rate, SVPlanStageSpecs* stage, int runningCode) {
   int code = runningCode;
   const auto read = [&](const XMLCh* name, double* bound) {
     code = FirstFault(code, ReadBound(rate, name, bound));

@@ -234,12 +234,13 @@ std::vector<std::string> DuckConnection::QueryColumns(const std::string& sql) {
 TemporaryFolder::TemporaryFolder() {
   std::error_code error;
   const fs::path parent = fs::temp_directory_path(error);
-  if (error) throw DataError(fmt::format("no temporary folder: {}", error.message()));
+  if (error) throw DataError(fmt::format("no temporary folder, see TMPDIR: {}", error.message()));
   RemoveStaleFolders(parent);
   do {
     fPath = (parent / (std::string(kFolderStem) + "XXXXXX")).string();
     if (mkdtemp(fPath.data()) == nullptr) {
-      throw DataError(fmt::format("{}: {}", parent.string(), std::generic_category().message(errno)));
+      throw DataError(fmt::format("no temporary folder can be made in {}, see TMPDIR: {}", parent.string(),
+                                  std::generic_category().message(errno)));
     }
   } while (!LockFolder(fPath, &fLock));
 }

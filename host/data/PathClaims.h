@@ -15,13 +15,11 @@ struct FileFlags {
   bool valid = false;     // a regular file, or a name that one can be written under
   bool readOnly = false;  // it or its folder can't be written
   bool inUse = false;     // by this session or another process
+  std::string why;        // it can't be read or written, in words that follow its name; empty when it can
 
   bool CanBeRead() const { return exists && valid && !inUse; }
   bool CanBeWritten() const { return valid && !readOnly && !inUse; }
 };
-
-// Why a file with these flags can't be written, in words that follow its name.
-std::string WhyNotWritten(const FileFlags& flags);
 
 // PathClaims knows every path that a session reads or writes, so that none is written twice or over what is
 // read. Two paths are the same when they name the same file: through another spelling, a symbolic link or a
@@ -34,6 +32,9 @@ public:
   // Tests a file for reading and claims it when it can be read. It is in use when another process holds it
   // for writing, or this session is to write it.
   FileFlags ClaimForReading(FileRole role, const std::string& path);
+
+  // Keeps the path of a file that isn't there free: one written to it would be read with the session's frame.
+  void KeepFree(FileRole role, const std::string& path);
 
   // Tests a file for writing and claims it when it can be written, together with the schema file that is
   // written beside it; `claim` becomes the claim's number or kNone. It is in use when the session has claimed
@@ -75,6 +76,8 @@ private:
 
   FileFlags TryReading(FileRole role, const std::string& path);
   FileFlags TryWriting(FileRole role, const std::string& spelling, const std::string& path, int* claim);
+  FileFlags TestOutput(FileRole role, const std::string& spelling,
+                       const std::vector<std::string>& paths) const;
   void NoteRefusal(FileRole role, const std::string& path, const std::string& why);
   bool IsTaken(FileRole role, const std::string& spelling, const std::string& plain, bool isBeside) const;
   bool IsClaimed(const std::string& plain, bool isForWriting) const;

@@ -21,6 +21,8 @@ public:
   bool IsValid() const { return fFlags.valid; }
   bool IsInUse() const { return fFlags.inUse; }
   bool IsReadOnly() const { return fFlags.readOnly; }
+  // Why it can't be written, in words that follow its name; empty when it can.
+  const std::string& WhyNotWritten() const { return fFlags.why; }
 
   // The name as the user wrote it, with the extension that it got.
   const std::string& DocumentationString() const { return fWritten; }

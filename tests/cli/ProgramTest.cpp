@@ -84,7 +84,7 @@ TEST(Program, LeavesNothingOfARunThatFails) {
       {"no frame", "$S run --data no.csv --plan p.xml", "no.csv: there is no such file"},
       {"no plan", "$S run --data f.csv --plan no.xml", "no.xml: there is no such file"},
       {"no plan to tell", "$S plan no.xml", "no.xml: there is no such file"},
-      {"folder for a plan", "$S run --data f.csv --plan .", ".: a folder, pipe or device"},
+      {"folder for a plan", "$S run --data f.csv --plan .", ".: a folder, expected a file"},
       {"not XML", "$S run --data f.csv --plan f.csv", "Invalid plan file"},
       {"not XML, told where", "$S plan f.csv", "f.csv, line 1, column 1: not well-formed XML"},
       {"command in UTF-16",
@@ -99,13 +99,20 @@ TEST(Program, LeavesNothingOfARunThatFails) {
        "the file is in use"},
       {"no folder", kRun + "--sample no/s.csv", "no/s.csv: its folder doesn't exist"},
       {"a device", "ln -s /dev/full d.csv; " + kRun + "--sample d.csv; s=$?; rm d.csv; exit $s", "d.csv: "},
-      {"unknown kind", kRun + "--sample s.doc", "s.doc: its folder doesn't exist, or it is no file that"},
+      {"unknown kind", kRun + "--sample s.doc", "s.doc: data files are written as .sav,"},
+      {"a folder", kRun + "--sample ./", "./: a folder, expected a file"},
+      {"a stream", "$S run --data f.csv --plan p.xml --rule /dev/stdout", "/dev/stdout: a pipe or device"},
+      {"a schema for the frame", "$S run --data f.csv --plan p.xml --sample f.tsv",
+       "f.tsv: its schema file f.schema.json: the file is in use"},
+      {"no command", "$S run --data f.csv --command-file no.txt", "no.txt: there is no such file"},
       {"no disk space, a sample", "(ulimit -f 8; " + kRun + "--sample s.csv)", "s.csv can't be written"},
       {"no disk space, a native file", "(ulimit -f 8; " + kRun + "--sample s.sav)", "s.sav can't be written"},
       {"no output", kRun + ">/dev/full", "standard output can't be written: No space left on device"},
       {"no output for help", "$S run --help >/dev/full", "standard output can't be written"},
       {"no output for a command", "$S run --plan p --explain >/dev/full", "standard output can't be written"},
-      {"no temporary folder", "TMPDIR=/nowhere $S describe f.csv", "no temporary folder"},
+      {"no temporary folder", "TMPDIR=/nowhere $S describe f.csv", "no temporary folder, see TMPDIR"},
+      {"no temporary folder for a run", "TMPDIR=/nowhere $S run --data f.csv --plan p.xml --sample s.csv",
+       "no temporary folder, see TMPDIR"},
   };
   const ProgramFolder folder;
   folder.Run("head -n 500 $E/schools.csv > f.csv; cp $E/plans/two-stages.xml p.xml");
@@ -171,6 +178,18 @@ TEST(Program, MissesOnlyTheFilesThatItWasAskedFor) {
   EXPECT_EQ(named.status, 1);
   EXPECT_THAT(named.err, HasSubstr("svselect: k.sav: the file didn't come into being\n"));
   EXPECT_EQ(folder.Files(), "1.parquet\n2.parquet\nj.sav\np.xml\n");
+}
+
+// A number that isn't read as it stands is told, by whoever reads the plan.
+TEST(Program, TellsHowItReadsANumber) {
+  const ProgramFolder folder;
+  const std::string plan = "$E/plans/simple-systematic.xml ";
+  EXPECT_THAT(folder.Run("sed 's/\"2\"/\" 2 \"/' " + plan + "> p.xml; $S plan p.xml").err, IsEmpty());
+  EXPECT_THAT(folder.Run("sed 's/0.05/0,05/' " + plan + "> p.xml; $S plan p.xml").err,
+              StartsWith("svselect: p.xml: \"0,05\" is read as 0\nError: "));
+  folder.Run("sed 's/\"30\"/\"30,5\"/' " + plan + "> p.xml");
+  EXPECT_EQ(folder.Run("$S run --data $E/schools.csv --plan p.xml --sample s.csv --quiet").err,
+            "svselect: p.xml: \"30,5\" is read as 30\n");
 }
 
 // Where the draw comes only near what it states, that is said once, however the command is given. PPS_WOR

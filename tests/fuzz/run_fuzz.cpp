@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "DrawSession.h"
+#include "host/data/DataError.h"
 #include "host/environment/MCStopProcessor.h"
 
 namespace {
@@ -25,7 +26,7 @@ public:
   Patience()
       : fThread([this](const std::stop_token& end) {
           std::unique_lock lock(fMutex);
-          fWake.wait_for(lock, end, std::chrono::seconds(5), [] { return false; });
+          fWake.wait_for(lock, end, std::chrono::seconds(20), [] { return false; });
           if (!end.stop_requested()) RequestStop();
         }) {}
   ~Patience() {
@@ -188,9 +189,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string command = choose.Command();
   const std::string frame = choose.Frame();
   const Patience patience;
-  const DrawSession draw(frame, design, command);
-  if (StopRequested()) return 0;
-  if (draw.isCommitted && draw.Exists("s.csv")) CheckSample(draw.Cases("s.csv"));
-  if (!draw.isCommitted) Require(!draw.Exists("s.csv") && !draw.Exists("j.csv") && !draw.Exists("r.txt"));
+  try {
+    const DrawSession draw(frame, design, command);
+    if (StopRequested()) return 0;
+    if (draw.isCommitted && draw.Exists("s.csv")) CheckSample(draw.Cases("s.csv"));
+    if (!draw.isCommitted) Require(!draw.Exists("s.csv") && !draw.Exists("j.csv") && !draw.Exists("r.txt"));
+  } catch (const DataError&) {
+    Require(StopRequested());  // while the frame was opened
+  }
   return 0;
 }
