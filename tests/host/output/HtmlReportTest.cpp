@@ -203,6 +203,6 @@ TEST(StageFigure, ShowsFewAndManyStrata) {
   EXPECT_EQ(widths, "18 18 99.60% 99.60% 49.80% 24.90% 0.00% 0.00% ");
 
   EXPECT_LT(pages[1].size(), 20'000U);
-  EXPECT_NE(pages[1].find("in 6,000 strata. Fewer than requested: 2,000 strata."), std::string::npos);
+  EXPECT_NE(pages[1].find("in 6000 strata. Fewer than requested: 2000 strata."), std::string::npos);
   EXPECT_NE(pages[2].find("in 2 strata, each as requested."), std::string::npos);
 }
