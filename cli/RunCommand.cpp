@@ -270,7 +270,8 @@ int RunSample(const RunOptions& options) {
   progress.Stop();
 
   if (status == "cancelled") {
-    TellInterrupted();  // errors of a run that was broken off speak of the break alone
+    OutputDocument::Current().DropErrors();
+    TellProblem("interrupted; no sample was written");
     const bool hasRead = session.Layer<CaseProgress>().Get().pass > 0;
     if (hasRead && !HasDrawn() && !options.settings.exactDesign) TellEndlessDraw();
   } else {

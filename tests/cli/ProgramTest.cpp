@@ -218,7 +218,7 @@ TEST(Program, EndsInGoodOrderWhenInterrupted) {
                    " & until ls -d ../tmp/*/ >/dev/null 2>&1; do sleep 0.05; done; sleep 0.2; kill -" +
                    signal + " $!; wait $!");
     EXPECT_EQ(result.status, 130);
-    EXPECT_EQ(result.err, "svselect: interrupted; nothing was written\n");
+    EXPECT_EQ(result.err, "svselect: interrupted; no sample was written\n");
     EXPECT_EQ(folder.Files(), "r.json\n");
     EXPECT_EQ(nlohmann::json::parse(folder.Text("r.json"))["status"], "cancelled");
     EXPECT_THAT(folder.Run("ls ../tmp").out, IsEmpty());
