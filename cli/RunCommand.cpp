@@ -15,6 +15,7 @@
 #include "cli/InputFiles.h"
 #include "cli/ProcedureLibrary.h"
 #include "cli/ProgressLine.h"
+#include "cli/RunFacts.h"
 #include "cli/Terminal.h"
 #include "host/command/SessionCommand.h"
 #include "host/data/CaseProgress.h"
@@ -137,46 +138,6 @@ std::string SettleFiles(const UserCaseFileSpec& save) {
   return MissingFiles().empty() ? "ok" : "error";
 }
 
-// Why files that the command names can't be used: the messages of the procedure say no more than that.
-void TellRefusals() {
-  for (const PathClaims::Refusal& refusal : SessionFiles::Current().Claims().Refusals()) {
-    const bool isOfCommand = refusal.role == FileRole::kPlan || refusal.role == FileRole::kSample ||
-                             refusal.role == FileRole::kJoint || refusal.role == FileRole::kRule;
-    if (isOfCommand) TellProblem(refusal.path + ": " + refusal.why);
-  }
-}
-
-// What a run that ended without an error has to say beyond its messages.
-void TellAdvice(const RunOptions& options, const std::string& status) {
-  if (ErrorRaised()) return;
-  if (!HasDrawn() && status == "error") {
-    TellProblem(
-        "nothing was drawn: the plan names no final weight, or its design can't be run (a stage without "
-        "size, rate "
-        "or clusters, or stages out of order)");
-  }
-  if (HasDrawn() && status == "error" && !SessionFiles::Current().IsBroken()) {
-    for (const std::string& missing : MissingFiles()) {
-      TellProblem(missing + ": the file didn't come into being");
-    }
-  }
-  const auto& files = SessionFiles::Current().CommittedFiles();
-  const bool isKept = std::any_of(files.begin(), files.end(), [](const OutputFile& file) {
-    return file.role == FileRole::kSample || file.role == FileRole::kSaved;
-  });
-  if (status == "ok" && !isKept && options.save.empty()) {
-    TellProblem("the draw isn't kept: name a file with --sample (SAMPLEFILE) or --save");
-  }
-}
-
-RunOutcome OutcomeOf(const std::string& status) {
-  RunOutcome outcome{status, {}};
-  for (const OutputFile& file : SessionFiles::Current().CommittedFiles()) {
-    outcome.files.push_back({RoleName(file.role), file.path, file.cases});
-  }
-  return outcome;
-}
-
 bool IsHtml(const std::string& path) {
   return path.ends_with(".html");
 }
@@ -204,11 +165,72 @@ Findings LookBack(const RunOptions& options, const OwnFiles& own) {
   return findings;
 }
 
+using Lines = std::vector<std::string>;
+
+// Why files that the command names can't be used: the messages of the procedure say no more than that.
+void AddRefusals(Lines* remarks) {
+  for (const PathClaims::Refusal& refusal : SessionFiles::Current().Claims().Refusals()) {
+    const bool isOfCommand = refusal.role == FileRole::kPlan || refusal.role == FileRole::kSample ||
+                             refusal.role == FileRole::kJoint || refusal.role == FileRole::kRule;
+    if (isOfCommand) remarks->push_back(refusal.path + ": " + refusal.why);
+  }
+}
+
+// What a run that ended without an error has to say beyond its messages.
+void AddAdvice(const RunOptions& options, const std::string& status, Lines* remarks) {
+  if (ErrorRaised()) return;
+  if (!HasDrawn() && status == "error") {
+    remarks->emplace_back(
+        "nothing was drawn: the plan names no final weight, or its design can't be run (a stage without "
+        "size, rate or clusters, or stages out of order)");
+  }
+  if (HasDrawn() && status == "error" && !SessionFiles::Current().IsBroken()) {
+    for (const std::string& missing : MissingFiles()) {
+      remarks->push_back(missing + ": the file didn't come into being");
+    }
+  }
+  const auto& files = SessionFiles::Current().CommittedFiles();
+  const bool isKept = std::any_of(files.begin(), files.end(), [](const OutputFile& file) {
+    return file.role == FileRole::kSample || file.role == FileRole::kSaved;
+  });
+  if (status == "ok" && !isKept && options.save.empty()) {
+    remarks->emplace_back("the draw isn't kept: name a file with --sample (SAMPLEFILE) or --save");
+  }
+}
+
 // To whom has interrupted a draw that may never have ended.
-void TellEndlessDraw() {
+void AddEndlessDraw(const RunOptions& options, Lines* remarks) {
+  const bool hasRead = HostSession::Current().Layer<CaseProgress>().Get().pass > 0;
+  if (!hasRead || HasDrawn() || options.settings.exactDesign) return;
   const std::optional<CommandedPlan> commanded = ReadCommandedPlan();
   const std::string advice = commanded ? EndlessDrawAdvice(*commanded) : "";
-  if (!advice.empty()) TellProblem(advice);
+  if (!advice.empty()) remarks->push_back(advice);
+}
+
+RunOutcome OutcomeOf(const RunOptions& options, const std::string& status, const Findings& findings) {
+  RunOutcome outcome{status, {}};
+  for (const OutputFile& file : SessionFiles::Current().CommittedFiles()) {
+    outcome.files.push_back({RoleName(file.role), file.path, file.cases});
+  }
+  if (status == "cancelled") {
+    AddEndlessDraw(options, &outcome.remarks);
+  } else {
+    AddRefusals(&outcome.remarks);
+    AddAdvice(options, status, &outcome.remarks);
+  }
+  outcome.remarks.insert(outcome.remarks.end(), findings.lines.begin(), findings.lines.end());
+  outcome.facts = FactsOf(options);
+  return outcome;
+}
+
+// On standard error.
+void TellOutcome(const RunOutcome& outcome) {
+  if (outcome.status == "cancelled") {
+    TellProblem("interrupted; no sample was written");
+  } else {
+    TellMessages();
+  }
+  for (const std::string& remark : outcome.remarks) TellProblem(remark);
 }
 
 bool WriteReport(const std::string& path, const RunOutcome& outcome, const Findings& findings) {
@@ -219,8 +241,7 @@ bool WriteReport(const std::string& path, const RunOutcome& outcome, const Findi
   } else if (IsHtml(path)) {
     WriteHtmlReport(document, outcome, findings.weights ? &*findings.weights : nullptr, text);
   } else {
-    RenderText(document, kDefaultTextWidth, text);
-    RenderMessages(document, text);
+    WriteTextReport(document, outcome, text);
   }
   std::string why;
   if (WriteWholeFile(path, text.view(), &why)) return true;
@@ -270,19 +291,11 @@ int RunSample(const RunOptions& options) {
   const Findings findings = hasSample ? LookBack(options, own) : Findings();
   progress.Stop();
 
-  if (status == "cancelled") {
-    TellInterrupted();  // errors of a run that was broken off speak of the break alone
-    const bool hasRead = session.Layer<CaseProgress>().Get().pass > 0;
-    if (hasRead && !HasDrawn() && !options.settings.exactDesign) TellEndlessDraw();
-  } else {
-    TellMessages();
-    TellRefusals();
-    TellAdvice(options, status);
-    for (const std::string& line : findings.lines) TellProblem(line);
-  }
+  if (status == "cancelled") OutputDocument::Current().DropErrors();
+  const RunOutcome outcome = OutcomeOf(options, status, findings);
+  TellOutcome(outcome);
   if (!options.quiet) RenderText(OutputDocument::Current(), TerminalWidth(STDOUT_FILENO), std::cout);
   bool isTold = FinishOutput();
-  const RunOutcome outcome = OutcomeOf(status);
   for (const std::string& report : own.reports) isTold = WriteReport(report, outcome, findings) && isTold;
   if (status == "cancelled") return kExitInterrupted;
   return status == "ok" && isTold ? kExitOk : kExitError;

@@ -45,7 +45,7 @@ void TellProblem(const std::string& text) {
 }
 
 void TellInterrupted() {
-  TellProblem("interrupted; nothing was written");
+  TellProblem("interrupted");
 }
 
 void TellMessages() {

@@ -37,6 +37,7 @@ public:
     WriteWeights();
     WriteTables();
     WriteFiles();
+    WriteFacts();
     fOut << "</main>\n</body>\n</html>\n";
   }
 
@@ -49,41 +50,34 @@ private:
             "<meta http-equiv=\"Content-Security-Policy\" "
             "content=\"default-src 'none'; style-src 'unsafe-inline'\"/>\n"
             "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n<title>"
-         << HtmlText(fDocument.Procedure()) << ": " << StatusInWords() << "</title>\n<style>" << kHtmlStyle
-         << "</style>\n</head>\n<body>\n<main>\n<h1>" << HtmlText(fDocument.Procedure()) << "</h1>\n";
-  }
-
-  const char* StatusInWords() const {
-    if (fOutcome.status == "ok") return "ended without an error";
-    if (fOutcome.status == "cancelled") return "interrupted, nothing was kept";
-    const std::vector<OutputMessage> messages = fDocument.AllMessages();
-    const bool hasError = std::any_of(messages.begin(), messages.end(), [](const OutputMessage& message) {
-      return message.level >= kErrorLevel;
-    });
-    return hasError ? "ended with an error" : "ended without all that was asked for";
+         << HtmlText(fDocument.Procedure()) << ": " << StatusInWords(fOutcome, fDocument)
+         << "</title>\n<style>" << kHtmlStyle << "</style>\n</head>\n<body>\n<main>\n<h1>"
+         << HtmlText(fDocument.Procedure()) << "</h1>\n";
   }
 
   void WriteStatus() {
     fOut << "<p class=\"status " << HtmlText(fOutcome.status) << "\">Status: <strong>"
-         << HtmlText(fOutcome.status) << "</strong>. The run "
-         << (fOutcome.status == "cancelled" ? "was " : "") << StatusInWords() << ".</p>\n";
+         << HtmlText(fOutcome.status) << "</strong>. " << StatusInWords(fOutcome, fDocument) << "</p>\n";
   }
 
   void WriteContents() {
-    fOut << "<nav aria-label=\"Contents\">\n<ul>\n";
-    const auto entry = [&](bool isThere, const char* id, const char* title) {
-      if (isThere) fOut << "<li><a href=\"#" << id << "\">" << title << "</a></li>\n";
+    std::string entries;
+    const auto entry = [&](bool isThere, const std::string& id, const std::string& title) {
+      if (isThere) entries += "<li><a href=\"#" + id + "\">" + title + "</a></li>\n";
     };
-    entry(!fDocument.Messages().empty(), "messages", "Messages");
+    entry(HasMessages(), "messages", "Messages");
     entry(!fDocument.Notes().empty(), "notes", "Notes");
     entry(fpWeights != nullptr, "weights", "Final weights");
     entry(!fDocument.Tables().empty(), "tables", "Tables");
     entry(!fOutcome.files.empty(), "files", "Files");
-    fOut << "</ul>\n</nav>\n";
+    entry(!fOutcome.facts.empty(), "run", "The run");
+    if (!entries.empty()) fOut << "<nav aria-label=\"Contents\">\n<ul>\n" << entries << "</ul>\n</nav>\n";
   }
 
+  bool HasMessages() const { return !fDocument.Messages().empty() || !fOutcome.remarks.empty(); }
+
   void WriteMessages() {
-    if (fDocument.Messages().empty()) return;
+    if (!HasMessages()) return;
     fOut << "<section aria-labelledby=\"messages\">\n<h2 id=\"messages\">Messages</h2>\n<ul "
             "class=\"messages\">\n";
     for (const OutputMessage& message : fDocument.AllMessages()) {
@@ -94,6 +88,9 @@ private:
       fOut << HtmlText(message.text);
       if (message.repeats > 0) fOut << " (and " << message.repeats << " more like this)";
       fOut << "</li>\n";
+    }
+    for (const std::string& remark : fOutcome.remarks) {
+      fOut << "<li class=\"remark\">" << HtmlText(remark) << "</li>\n";
     }
     fOut << "</ul>\n</section>\n";
   }
@@ -172,6 +169,21 @@ private:
            << "</td></tr>\n";
     }
     fOut << "</tbody>\n</table>\n</div>\n</section>\n";
+  }
+
+  void WriteFacts() {
+    if (fOutcome.facts.empty()) return;
+    fOut << "<section aria-labelledby=\"run\">\n<h2 id=\"run\">The run</h2>\n<dl class=\"facts\">\n";
+    for (const RunFact& fact : fOutcome.facts) {
+      fOut << "<dt>" << HtmlText(fact.label) << "</dt><dd>";
+      const char* separator = "";
+      for (const std::string& line : fact.lines) {
+        fOut << separator << HtmlText(line);
+        separator = "\n";
+      }
+      fOut << "</dd>\n";
+    }
+    fOut << "</dl>\n</section>\n";
   }
 
   const OutputDocument& fDocument;

@@ -7,6 +7,7 @@
 #include "host/output/HtmlText.h"
 #include "host/output/OutputTable.h"
 #include "host/output/PivotLayout.h"
+#include "host/text/DisplayText.h"
 
 namespace {
 
@@ -68,7 +69,7 @@ public:
   }
 
 private:
-  std::string Label(int node) const { return HtmlText(fTable.NodeAt(node).text); }
+  std::string Label(int node) const { return HtmlText(LabelText(fTable.NodeAt(node).text)); }
 
   // The labels of the row dimensions that show theirs.
   std::string Corner() const {

@@ -40,6 +40,12 @@ void OutputDocument::AddMessage(int level, const std::string& text, const std::s
   fvMessages.push_back({.level = level, .text = text, .group = group});
 }
 
+void OutputDocument::DropErrors() {
+  std::erase_if(fvMessages, [](const OutputMessage& message) { return message.level >= kErrorLevel; });
+  fFurtherLevel = std::min(fFurtherLevel, kWarningLevel);
+  fKeptOfKind.clear();
+}
+
 std::vector<OutputMessage> OutputDocument::AllMessages() const {
   std::vector<OutputMessage> messages = fvMessages;
   if (fFurther > 0) messages.push_back({.level = fFurtherLevel, .text = FurtherText(), .group = {}});

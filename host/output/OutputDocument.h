@@ -47,6 +47,9 @@ public:
   void SetProcedure(const std::string& title) { fProcedure = title; }
   // An error raises the host's error flag, whether it is kept or only counted.
   void AddMessage(int level, const std::string& text, const std::string& group);
+  // Leaves the errors out, since those of a run that was broken off speak of the break alone. What was only
+  // counted stays counted. REQUIRES: no message follows.
+  void DropErrors();
   void AddNote(OutputNote note) { fvNotes.push_back(std::move(note)); }
   // A table with neither a cell nor a note is left out.
   void AddTable(std::shared_ptr<OutputTable> table);

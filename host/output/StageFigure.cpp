@@ -140,8 +140,8 @@ private:
     return std::min(static_cast<std::size_t>(differ - header.begin()), GroupsOf(i));
   }
 
-  const std::string& Text(std::size_t i, std::size_t level) const {
-    return fTable.NodeAt(fStrata[i].header[level]).text;
+  std::string Text(std::size_t i, std::size_t level) const {
+    return LabelText(fTable.NodeAt(fStrata[i].header[level]).text);
   }
 
   void WriteLegend() {

@@ -75,7 +75,7 @@ std::string TablePrinter::Aligned(const std::string& text, int width, Alignment 
 }
 
 std::string TablePrinter::Label(int node) const {
-  return PrintableText(fTable.NodeAt(node).text);
+  return LabelText(fTable.NodeAt(node).text);
 }
 
 // What stands over the row labels: the labels of the row dimensions that show theirs.

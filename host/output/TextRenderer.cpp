@@ -7,6 +7,7 @@
 
 #include "host/environment/ErrorSink.h"
 #include "host/output/OutputDocument.h"
+#include "host/output/RunOutcome.h"
 #include "host/output/TablePrinter.h"
 #include "host/text/DisplayText.h"
 
@@ -40,6 +41,24 @@ void PrintNotes(const std::vector<OutputNote>& notes, int width, std::ostream& o
   }
 }
 
+void PrintFacts(const std::vector<RunFact>& facts, std::ostream& out) {
+  int labelWidth = 0;
+  for (const RunFact& fact : facts)
+    labelWidth = std::max(labelWidth, DisplayWidth(PrintableText(fact.label)));
+  for (const RunFact& fact : facts) {
+    std::string label = PrintableText(fact.label);
+    for (const std::string& line : fact.lines) {
+      const int room = labelWidth + kGap - DisplayWidth(label);
+      out << label << std::string(static_cast<std::size_t>(room), ' ') << PrintableText(line) << '\n';
+      label.clear();
+    }
+  }
+}
+
+bool HasOutput(const OutputDocument& document) {
+  return !document.Notes().empty() || !document.Tables().empty();
+}
+
 bool SameKind(const OutputMessage& a, const OutputMessage& b) {
   return a.level == b.level && a.text == b.text && a.group == b.group;
 }
@@ -54,7 +73,7 @@ std::size_t LastOfKind(const std::vector<OutputMessage>& messages, std::size_t f
 }  // namespace
 
 void RenderText(const OutputDocument& document, int width, std::ostream& out) {
-  if (document.Notes().empty() && document.Tables().empty()) return;
+  if (!HasOutput(document)) return;
   out << PrintableText(document.Procedure()) << '\n';
   PrintNotes(document.Notes(), width, out);
   for (const auto& table : document.Tables()) {
@@ -77,4 +96,15 @@ void RenderMessages(const OutputDocument& document, std::ostream& out) {
     if (further[i] > 0) out << "  ... and " << further[i] << " more\n";
   }
   if (document.FurtherMessages() > 0) out << document.FurtherText() << '\n';
+}
+
+void WriteTextReport(const OutputDocument& document, const RunOutcome& outcome, std::ostream& out) {
+  out << "Status: " << outcome.status << ". " << StatusInWords(outcome, document) << '\n';
+  if (!document.Messages().empty() || !outcome.remarks.empty()) out << '\n';
+  RenderMessages(document, out);
+  for (const std::string& remark : outcome.remarks) out << PrintableText(remark) << '\n';
+  if (HasOutput(document)) out << '\n';
+  RenderText(document, kDefaultTextWidth, out);
+  if (!outcome.facts.empty()) out << "\nThe run\n\n";
+  PrintFacts(outcome.facts, out);
 }

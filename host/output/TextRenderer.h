@@ -3,6 +3,7 @@
 #include <iosfwd>
 
 class OutputDocument;
+struct RunOutcome;
 
 // Width of a terminal line when none is known.
 inline constexpr int kDefaultTextWidth = 100;
@@ -13,3 +14,7 @@ void RenderText(const OutputDocument& document, int width, std::ostream& out);
 
 // The messages, one a line, with their level and group.
 void RenderMessages(const OutputDocument& document, std::ostream& out);
+
+// The report as plain text: how the run ended, all of the above, the program's own remarks, and what it takes
+// to run it again, whose lines aren't wrapped.
+void WriteTextReport(const OutputDocument& document, const RunOutcome& outcome, std::ostream& out);

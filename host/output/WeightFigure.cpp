@@ -82,7 +82,7 @@ private:
                    ReadableNumber(fWeights.edges[i]), fOut);
     }
     WriteSvgText(Across(kRight), kBottom + 36, "end",
-                 fWeights.isLogarithmic ? "weight, on a logarithmic scale" : "weight", fOut);
+                 fWeights.isLogarithmic ? "weight, cut at 1, 2 and 5 times powers of ten" : "weight", fOut);
   }
 
   double PlaceOfMean() const {

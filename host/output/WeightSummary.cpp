@@ -37,10 +37,14 @@ std::vector<double> LogarithmicEdges(double smallest, double largest) {
   }
 }
 
+bool AreSame(const WeightSummary& summary) {
+  return summary.largest - summary.smallest <= kSameWeight * std::abs(summary.largest);
+}
+
 void LayOutBins(WeightSummary* summary) {
   const double smallest = summary->smallest;
   const double largest = summary->largest;
-  if (!(largest - smallest > std::max(kSameWeight * std::abs(largest), kSmallestRange))) return;
+  if (AreSame(*summary) || !(largest - smallest > kSmallestRange)) return;
   const double ratio = smallest > 0.0 ? largest / smallest : 1.0;
   summary->isLogarithmic = ratio >= kSkewed && ratio < std::pow(10.0, kMostDecades);
   summary->edges =
@@ -85,7 +89,7 @@ WeightSummary SummarizeWeights(const WeightPass& pass) {
     squares += (weight - summary.mean) * (weight - summary.mean);
     if (!summary.bins.empty()) ++summary.bins[BinOf(summary, weight)];
   });
-  if (summary.mean != 0.0) summary.cv = std::sqrt(squares / n) / std::abs(summary.mean);
+  if (summary.mean != 0.0 && !AreSame(summary)) summary.cv = std::sqrt(squares / n) / std::abs(summary.mean);
   summary.designEffect = 1.0 + summary.cv * summary.cv;
   return summary;
 }

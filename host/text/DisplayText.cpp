@@ -81,6 +81,11 @@ std::string PrintableText(std::string_view text) {
   return printable;
 }
 
+std::string LabelText(std::string_view text) {
+  std::string printable = PrintableText(text);
+  return printable.find_first_not_of(' ') == std::string::npos ? "(blank)" : printable;
+}
+
 std::vector<std::string> WrapText(std::string_view text, int width) {
   if (DisplayWidth(text) <= width) return {std::string(text)};
   std::vector<std::string> lines(1);

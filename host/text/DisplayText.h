@@ -13,6 +13,9 @@ int DisplayWidth(std::string_view text);
 // U+FFFD.
 std::string PrintableText(std::string_view text);
 
+// The same for a label that stands alone: "(blank)" where there is nothing to see.
+std::string LabelText(std::string_view text);
+
 // `text` in lines of at most `width` columns, at least one line. Lines are broken at blanks, and within a
 // word only when it is longer than a line. A text that fits is left as it is; a character wider than `width`
 // stands alone. REQUIRES: width > 0.

@@ -13,13 +13,13 @@ constexpr double kPercent = 100.0;
 constexpr double kLongest = 1e6;  // hours
 
 std::string Cases(std::int64_t count) {
-  return ReadableNumber(static_cast<double>(count)) + (count == 1 ? " case" : " cases");
+  return GroupedNumber(static_cast<double>(count)) + (count == 1 ? " case" : " cases");
 }
 
 // A rate to three digits: the further ones change too fast to be read.
 std::string Rate(double rate) {
   const double unit = std::pow(10.0, std::floor(std::log10(rate)) - (kRateDigits - 1));
-  return ReadableNumber(std::round(rate / unit) * unit, kRateDigits) + " a second";
+  return GroupedNumber(std::round(rate / unit) * unit, kRateDigits) + " a second";
 }
 
 }  // namespace

@@ -25,12 +25,17 @@ std::string ReadableNumber(double number, int digits) {
     return Digits(number, std::chars_format::general, digits);
   const int decimals = std::max(digits - 1 - static_cast<int>(std::floor(std::log10(size))), 0);
   std::string text = Digits(number, std::chars_format::fixed, decimals);
-  std::size_t point = text.find('.');
-  if (point != std::string::npos) {
+  if (text.find('.') != std::string::npos) {
     text.erase(text.find_last_not_of('0') + 1);
     if (text.back() == '.') text.pop_back();
   }
-  point = std::min(text.find('.'), text.size());
+  return text;
+}
+
+std::string GroupedNumber(double number, int digits) {
+  std::string text = ReadableNumber(number, digits);
+  if (text.find('e') != std::string::npos) return text;
+  const std::size_t point = std::min(text.find('.'), text.size());
   const std::size_t first = text.front() == '-' ? 1 : 0;
   for (std::size_t at = point; at > first + 3;) text.insert(at -= 3, 1, ',');
   return text;

@@ -224,12 +224,56 @@ TEST(Program, SaysWhereTheDrawIsOnlyNear) {
               StartsWith("svselect: reading "));
 }
 
+// The reports for people say how the run ended and all that is said on standard error, and hold what it takes
+// to run it again.
+TEST(Program, ReportsTellHowTheRunWentAndHowToRepeatIt) {
+  struct Case {
+    const char* aim;
+    std::string options;
+    const char* status;
+    const char* line;
+  };
+  const Case kCases[] = {
+      {"no plan", "--data f.csv --plan no.xml --seed 4711", "error", "no.xml: there is no such file"},
+      {"no final weight", "--data f.csv --plan p.xml --seed 4711", "error", "nothing was drawn: "},
+      {"not kept", "--data f.csv --plan $E/plans/pps-brewer.xml --seed 4711 --joint j.csv", "ok",
+       "the draw isn&#39;t kept: "},
+      {"the whole command", "--data no.csv --command 'SVSELECT /CRITERIA SEED=4711'", "error",
+       "no.csv: there is no such file"},
+      {"exact", "--data f.csv --sort region,name --exact-design --plan p.xml --seed 4711", "error",
+       "region, name"},
+  };
+  const ProgramFolder folder;
+  folder.Run("cp $E/municipalities.csv f.csv; sed '/<Weight>/d' $E/plans/pps-brewer.xml >p.xml");
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.aim);
+    const ProgramFolder::Result result =
+        folder.Run("SOURCE_DATE_EPOCH=0 $S run --quiet --report r.txt --report r.html " + c.options);
+    const std::string page = folder.Text("r.html");
+    const std::string text = folder.Text("r.txt");
+    EXPECT_THAT(text, StartsWith(std::string("Status: ") + c.status + ". The run "));
+    EXPECT_THAT(page, HasSubstr(c.line));
+    EXPECT_THAT(page, testing::Not(HasSubstr("<ul>\n</ul>")));
+    std::istringstream lines(result.err);
+    for (std::string line; std::getline(lines, line);) {
+      const std::string own = "svselect: ";
+      EXPECT_THAT(text, HasSubstr("\n" + (line.starts_with(own) ? line.substr(own.size()) : line) + "\n"));
+    }
+    for (const std::string& report : {page, text}) {
+      EXPECT_THAT(report, HasSubstr("/CRITERIA SEED=4711"));
+      EXPECT_THAT(report, HasSubstr("1970-01-01"));
+      const bool isExact = report.find("Exact design") != std::string::npos;
+      EXPECT_EQ(isExact, c.options.find("--exact-design") != std::string::npos);
+    }
+  }
+}
+
 // An interrupted run ends with 130 and one line and leaves no file. The query is too large to end before the
 // interrupt comes, which is sent once the program has its temporary folder and is at work.
 TEST(Program, EndsInGoodOrderWhenInterrupted) {
   const std::string run =
       "$S run --sql 'SELECT range AS district, hash(range) AS county FROM range(1000000000) ORDER BY 2' "
-      "--plan $E/plans/three-stages.xml --sample s.csv --report r.json";
+      "--plan $E/plans/three-stages.xml --sample s.csv --report r.json --report r.txt";
   const ProgramFolder folder;
   for (const std::string signal : {"INT", "TERM"}) {
     const ProgramFolder::Result result =
@@ -237,8 +281,9 @@ TEST(Program, EndsInGoodOrderWhenInterrupted) {
                    " & until ls -d ../tmp/*/ >/dev/null 2>&1; do sleep 0.05; done; sleep 0.2; kill -" +
                    signal + " $!; wait $!");
     EXPECT_EQ(result.status, 130);
-    EXPECT_EQ(result.err, "svselect: interrupted; nothing was written\n");
-    EXPECT_EQ(folder.Files(), "r.json\n");
+    EXPECT_EQ(result.err, "svselect: interrupted; no sample was written\n");
+    EXPECT_EQ(folder.Files(), "r.json\nr.txt\n");
+    EXPECT_THAT(folder.Text("r.txt"), StartsWith("Status: cancelled. "));
     EXPECT_EQ(nlohmann::json::parse(folder.Text("r.json"))["status"], "cancelled");
     EXPECT_THAT(folder.Run("ls ../tmp").out, IsEmpty());
   }

@@ -72,4 +72,16 @@ TEST(OutputDocument, BoundsTheMessages) {
   WriteJsonReport(document, {"error", {}}, out);
   EXPECT_NE(out.str().find(R"({"level":"error","text":"... and 2 more messages","group":"","repeats":0}],)"),
             std::string::npos);
+  document.DropErrors();
+  EXPECT_EQ(document.AllMessages().size(), 10001U);
+  EXPECT_EQ(document.AllMessages().back().level, kWarningLevel);
+}
+
+TEST(OutputDocument, KeepsWarningsWhenErrorsAreDropped) {
+  HostSession session;
+  Issue("careful", kWarningLevel);
+  Issue("s.parquet can't be written: Interrupted!", kErrorLevel);
+  Issue("again", kWarningLevel);
+  OutputDocument::Current().DropErrors();
+  EXPECT_EQ(MessagesAsText(), "Warning: careful\nWarning: again\n");
 }

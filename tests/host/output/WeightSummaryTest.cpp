@@ -24,6 +24,7 @@ TEST(WeightSummary, AgreesWithHandWork) {
       {"only missing ones", {kMissing, kMissing}, 0, 0, 0, 0, 1, {}, {}},
       {"equal ones", {2.5, 2.5, kMissing}, 5, 2.5, 2.5, 2.5, 1, {}, {}},
       {"equal but for rounding", {0.3, 0.1 + 0.2}, 0.6, 0.3, 0.3, 0.3, 1, {}, {}},
+      {"equal, their mean not quite", {0.1, 0.1, 0.1}, 0.1 + 0.1 + 0.1, 0.1, 0.1, 0.1, 1, {}, {}},
       // clang-format off
       {"uneven ones", {6, 1, kMissing, 3, 2}, 12, 3, 1, 6, 200.0 / 144.0,
        {1, 1.5, 2, 2.5, 3, 3.5, 4, 4.5, 5, 5.5, 6, 6.5}, {1, 0, 1, 0, 1, 0, 0, 0, 0, 0, 1}},
@@ -42,6 +43,7 @@ TEST(WeightSummary, AgreesWithHandWork) {
     EXPECT_DOUBLE_EQ(summary.largest, c.largest);
     EXPECT_DOUBLE_EQ(summary.designEffect, c.designEffect);
     EXPECT_NEAR(1.0 + summary.cv * summary.cv, c.designEffect, 1e-15);
+    EXPECT_EQ(summary.cv == 0, c.designEffect == 1);
     ASSERT_EQ(summary.edges.size(), c.edges.size());
     for (std::size_t i = 0; i < c.edges.size(); ++i) EXPECT_NEAR(summary.edges[i], c.edges[i], 1e-12);
     EXPECT_EQ(summary.bins, c.bins);

@@ -1,5 +1,7 @@
 #include "host/text/ProgressText.h"
 
+#include <algorithm>
+
 #include "host/text/ReadableNumber.h"
 
 TEST(ReadableNumber, KeepsDigitsAndGroups) {
@@ -24,7 +26,12 @@ TEST(ReadableNumber, KeepsDigitsAndGroups) {
       {1e300, "1e+300"},
       {-0.5, "-0.5"},
   };
-  for (const Case& c : kCases) EXPECT_EQ(ReadableNumber(c.number), c.text);
+  for (const Case& c : kCases) {
+    std::string plain = c.text;
+    EXPECT_EQ(GroupedNumber(c.number), plain);
+    plain.erase(std::remove(plain.begin(), plain.end(), ','), plain.end());
+    EXPECT_EQ(ReadableNumber(c.number), plain);
+  }
 }
 
 TEST(ProgressText, TellsWhatIsKnownAndFits) {
