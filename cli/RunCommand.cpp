@@ -180,9 +180,13 @@ void AddRefusals(Lines* remarks) {
 void AddAdvice(const RunOptions& options, const std::string& status, Lines* remarks) {
   if (ErrorRaised()) return;
   if (!HasDrawn() && status == "error") {
+    const bool hasRead = HostSession::Current().Layer<CaseProgress>().Get().pass > 0;
     remarks->emplace_back(
-        "nothing was drawn: the plan names no final weight, or its design can't be run (a stage without "
-        "size, rate or clusters, or stages out of order)");
+        hasRead
+            ? "nothing was drawn: a case has a size that isn't a whole number up to 2147483647, or a rate "
+              "that isn't above 0"
+            : "nothing was drawn: the plan names no final weight, or its design can't be run (a stage "
+              "without size, rate or clusters, or stages out of order)");
   }
   if (HasDrawn() && status == "error" && !SessionFiles::Current().IsBroken()) {
     for (const std::string& missing : MissingFiles()) {
