@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "cli/HelpPage.h"
+#include "cli/ReportKind.h"
 #include "cli/UsageWords.h"
 #include "host/text/VariableNames.h"
 
@@ -343,7 +344,7 @@ std::string UsageError(const CLI::App& app, const RunOptions& options) {
     return std::string(options.parts.keep.empty() ? "--drop" : "--keep") + " needs --sample FILE";
   }
   for (const std::string& report : options.reports) {
-    if (!report.ends_with(".html") && !report.ends_with(".json") && !report.ends_with(".txt")) {
+    if (KindOfReport(report) == ReportKind::kUnknown) {
       return "--report " + QuotedWord(report) + ": the name must end in .html, .json or .txt";
     }
   }

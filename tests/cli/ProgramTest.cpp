@@ -100,7 +100,7 @@ TEST(Program, TakesWhatIsMeantWell) {
       {"$S run --plan p --explain --sample s --keep ' a , b' --keep c --print 'cps, selection'",
        "KEEP=a b c\n  /PRINT CPS SELECTION.\n"},
       {"$S run --plan p --explain --stages '1, 2' --seed 2147483647", "STAGES=1 2 SEED=2147483647."},
-      {"$S run --plan p --explain --seed 01", "SEED=01."},
+      {"$S run --plan p --explain --seed 01 --report r.HTML", "SEED=01."},
       {"$S run --version", "svselect "},
   };
   const ProgramFolder folder;
