@@ -2,13 +2,19 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
+#include <string_view>
+#include <utility>
 
 #include "cli/HelpPage.h"
+#include "cli/ReportKind.h"
 #include "cli/UsageWords.h"
+#include "host/text/VariableNames.h"
 
 namespace {
 
 constexpr int kMaxThreads = 1024;
+constexpr std::string_view kMaxSeed = "2147483647";
 
 const char* const kFrameGroup = "THE FRAME";
 const char* const kPartsGroup = "WHAT TO DRAW AND WRITE: THE COMMAND BY ITS PARTS";
@@ -63,8 +69,15 @@ const char* const kProgramAfter = R"(EXAMPLES
 // the option behind one whose value was forgotten read as that value.
 std::string WhyNoValue(const std::string& text) {
   if (text.empty()) return "the value is empty";
-  const bool isOption = text.size() > 2 && text.starts_with("--") && CLI::detail::valid_first_char(text[2]);
+  const bool isOption =
+      text.starts_with("--") && (text.size() == 2 || CLI::detail::valid_first_char(text[2]));
   return isOption ? "needs a value, and " + QuotedWord(text) + " follows" : "";
+}
+
+// Takes the blanks off an entry of a list, as of "a, b".
+std::string Trim(std::string& text) {
+  CLI::detail::trim(text);
+  return "";
 }
 
 // Options of one group, each with its value's name in the help.
@@ -81,7 +94,7 @@ public:
   // A list, in one value with commas or in several of the same option; never the words that follow.
   CLI::Option* AddList(const char* name, std::vector<std::string>& values, const char* type,
                        const char* help) {
-    return AddRepeated(name, values, type, help)->delimiter(',');
+    return AddRepeated(name, values, type, help)->delimiter(',')->transform(CLI::Validator(Trim, ""));
   }
   CLI::Option* AddRepeated(const char* name, std::vector<std::string>& values, const char* type,
                            const char* help) {
@@ -127,7 +140,11 @@ bool IsStage(const std::string& text) {
 }
 
 bool IsSeed(const std::string& text) {
-  return IsWholeNumber(text) || CLI::detail::to_lower(text) == "random";
+  if (!IsWholeNumber(text)) return CLI::detail::to_lower(text) == "random";
+  const std::string_view number =
+      std::string_view(text).substr(std::min(text.find_first_not_of('0'), text.size()));
+  return !number.empty() &&
+         (number.size() < kMaxSeed.size() || (number.size() == kMaxSeed.size() && number <= kMaxSeed));
 }
 
 bool IsTable(const std::string& text) {
@@ -146,6 +163,7 @@ bool IsWord(const std::string& text) {
 
 void AddHelp(CLI::App& app, const HelpPage& page) {
   app.set_help_flag("-h,--help", "Show this page")->group(kHelpGroup);
+  app.set_version_flag("--version", "svselect " SV_VERSION, "Show the version")->group(kHelpGroup);
   app.allow_extras();  // UnexpectedWords() tells them
   SetHelpPage(app, page);
 }
@@ -170,8 +188,10 @@ void AddCommandParts(CLI::App& app, CommandOptions& parts) {
   group.Add("--plan", parts.plan, "PLAN", "Sampling plan, an XML file");
   group.AddList("--stages", parts.stages, "1,2", "Stages to draw. Without it, all")
       ->check(Allowed("a stage: 1, 2 or 3", IsStage));
-  group.Add("--seed", parts.seed, "N", "Seed of the random numbers, or random. Without it, random")
-      ->check(Allowed("a seed: a whole number, or random", IsSeed));
+  group
+      .Add("--seed", parts.seed, "N",
+           "Seed of the random numbers, 1 to 2147483647, or random. Without it, random")
+      ->check(Allowed("a seed: a whole number from 1 to 2147483647, or random", IsSeed));
   group.AddFlag("--include-user-missing", parts.includeUserMissing,
                 "User-missing values of strata and cluster variables are categories of their own");
   group.AddFlag("--rename", parts.rename,
@@ -207,7 +227,8 @@ void AddSession(CLI::App& app, RunOptions& options) {
       ->check(Allowed("a number of threads: 1 to 1024", IsThreads));
   group.AddRepeated("--report", options.reports, "FILE",
                     "File for the report, .html, .json or .txt. May be given several times");
-  group.Add("--save", options.save, "FILE", "Data file for the frame with the new variables");
+  group.Add("--save", options.save, "FILE",
+            "Data file for the frame; without --sample with the new variables");
   group
       .Add("--progress", options.progress, "WHEN",
            "Show on standard error how far the run is: auto (a long run on a terminal), always or never")
@@ -222,6 +243,32 @@ const CLI::Option* FirstPart(const CLI::App& app) {
   return given.empty() ? nullptr : given.front();
 }
 
+// What is wrong with the frame of a run. To explain a command takes none.
+std::string FrameError(const RunOptions& options) {
+  const FrameOptions& frame = options.frame;
+  if (!frame.path.empty() && !frame.sql.empty()) return "--data and --sql exclude each other";
+  if (frame.path.empty() && frame.sql.empty() && !options.explain) {
+    return "a frame is needed: --data FRAME or --sql QUERY";
+  }
+  return "";
+}
+
+// What is wrong with the lists: each entry is given once, in whatever case.
+std::string ListError(const RunOptions& options) {
+  const std::pair<const char*, const std::vector<std::string>&> lists[] = {
+      {"--sort", options.frame.sort}, {"--split", options.frame.split}, {"--stages", options.parts.stages},
+      {"--keep", options.parts.keep}, {"--drop", options.parts.drop},   {"--print", options.parts.print},
+  };
+  for (const auto& [name, entries] : lists) {
+    std::set<std::string> before;
+    for (const std::string& entry : entries) {
+      if (before.insert(GetUpperString(entry)).second) continue;
+      return std::string(name) + ": " + QuotedWord(entry) + " is given twice";
+    }
+  }
+  return "";
+}
+
 std::string UnexpectedOrNothing(const CLI::App& app, const std::string& path, const std::string& otherwise) {
   const std::string unexpected = UnexpectedWords(app);
   return unexpected.empty() && path.empty() ? otherwise : unexpected;
@@ -230,7 +277,6 @@ std::string UnexpectedOrNothing(const CLI::App& app, const std::string& path, co
 }  // namespace
 
 void DescribeProgram(CLI::App& app) {
-  app.set_version_flag("--version", "svselect " SV_VERSION, "Show the version")->group(kHelpGroup);
   AddHelp(app,
           {{"run --data FRAME --plan PLAN [--sample FILE] [OPTION]...", "plan PLAN [--data FRAME]",
             "describe FRAME"},
@@ -262,7 +308,7 @@ void DescribePlan(CLI::App& app, PlanOptions& options) {
   group.Add("--schema", options.frame.schema, "FILE",
             "Table Schema of the frame, in place of the one beside it");
   AddHelp(app,
-          {{"PLAN [--data FRAME]"},
+          {{"PLAN [--data FRAME [--schema FILE]]"},
            "Tells what the plan draws, stage by stage, or what is wrong with it. With a frame, tells which "
            "variables of the plan the frame hasn't got.",
            kPlanAfter});
@@ -292,13 +338,13 @@ std::string UsageError(const CLI::App& app, const RunOptions& options) {
     return part->get_name() + " is a part of the command; with " + whole + " write it there";
   }
   if (!isWhole && options.parts.plan.empty()) return "a plan is needed: --plan PLAN, or a whole --command";
-  if (options.explain) return "";
-  if (options.frame.path.empty() == options.frame.sql.empty()) {
-    return options.frame.path.empty() ? "a frame is needed: --data FRAME or --sql QUERY"
-                                      : "--data and --sql exclude each other";
+  if (std::string error = FrameError(options); !error.empty()) return error;
+  if (std::string error = ListError(options); !error.empty()) return error;
+  if (options.parts.sample.empty() && !(options.parts.keep.empty() && options.parts.drop.empty())) {
+    return std::string(options.parts.keep.empty() ? "--drop" : "--keep") + " needs --sample FILE";
   }
   for (const std::string& report : options.reports) {
-    if (!report.ends_with(".html") && !report.ends_with(".json") && !report.ends_with(".txt")) {
+    if (KindOfReport(report) == ReportKind::kUnknown) {
       return "--report " + QuotedWord(report) + ": the name must end in .html, .json or .txt";
     }
   }
@@ -306,7 +352,9 @@ std::string UsageError(const CLI::App& app, const RunOptions& options) {
 }
 
 std::string UsageError(const CLI::App& app, const PlanOptions& options) {
-  return UnexpectedOrNothing(app, options.plan, "a plan is needed: svselect plan PLAN");
+  std::string error = UnexpectedOrNothing(app, options.plan, "a plan is needed: svselect plan PLAN");
+  const bool isLost = options.frame.path.empty() && !options.frame.schema.empty();
+  return error.empty() && isLost ? "--schema needs --data FRAME" : error;
 }
 
 std::string UsageError(const CLI::App& app, const FrameOptions& options) {

@@ -15,6 +15,7 @@
 #include "cli/InputFiles.h"
 #include "cli/ProcedureLibrary.h"
 #include "cli/ProgressLine.h"
+#include "cli/ReportKind.h"
 #include "cli/RunFacts.h"
 #include "cli/Terminal.h"
 #include "host/command/SessionCommand.h"
@@ -139,7 +140,7 @@ std::string SettleFiles(const UserCaseFileSpec& save) {
 }
 
 bool IsHtml(const std::string& path) {
-  return path.ends_with(".html");
+  return KindOfReport(path) == ReportKind::kHtml;
 }
 
 // What is found out about a sample beyond the output of its run.
@@ -240,7 +241,7 @@ void TellOutcome(const RunOutcome& outcome) {
 bool WriteReport(const std::string& path, const RunOutcome& outcome, const Findings& findings) {
   std::ostringstream text;
   const OutputDocument& document = OutputDocument::Current();
-  if (path.ends_with(".json")) {
+  if (KindOfReport(path) == ReportKind::kJson) {
     WriteJsonReport(document, outcome, text);
   } else if (IsHtml(path)) {
     WriteHtmlReport(document, outcome, findings.weights ? &*findings.weights : nullptr, text);

@@ -12,6 +12,8 @@ constexpr std::size_t kLongestQuote = 60;  // bytes; what is longer is cut
 constexpr std::size_t kLettersASlip = 3;   // one slip is forgiven for each so many letters
 constexpr std::size_t kShortestBegin = 2;  // letters that can stand for a longer word
 
+constexpr std::string_view kEndOfOptions = "--";  // what stands behind it is an argument
+
 // Letters to put in, take out, replace or swap with their neighbour to come from one word to the other.
 std::size_t EditDistance(const std::string& from, const std::string& to) {
   std::vector<std::size_t> before;
@@ -55,6 +57,14 @@ bool IsOption(const std::string& word) {
   return word.size() > 1 && word.front() == '-';
 }
 
+bool IsEmptyValue(std::string_view word) {
+  return word.starts_with("--") && word.size() > 3 && word.find('=') == word.size() - 1;
+}
+
+bool TakesArguments(const CLI::App& app) {
+  return !app.get_options([](const CLI::Option* option) { return option->get_positional(); }).empty();
+}
+
 }  // namespace
 
 std::string QuotedWord(std::string_view word) {
@@ -79,19 +89,22 @@ std::string NearestWord(const std::string& word, const std::vector<std::string>&
 }
 
 std::string UnexpectedWords(const CLI::App& app) {
-  const std::vector<std::string> words = app.remaining();
-  if (words.empty()) return "";
-  // An option that isn't known comes first: the words behind it may be its values.
-  const auto option = std::find_if(words.begin(), words.end(), IsOption);
-  const std::string& word = option == words.end() ? words.front() : *option;
-  const std::string name = word.substr(0, word.find('='));
+  std::vector<std::string> words = app.remaining();
   const std::vector<std::string> subcommands = SubcommandNames(app);
-  if (option != words.end()) {
+  const auto end = std::find(words.begin(), words.end(), kEndOfOptions);
+  // An option that isn't known comes first: the words behind it may be its values.
+  const auto option = std::find_if(words.begin(), end, IsOption);
+  if (option != end) {
+    const std::string name = option->substr(0, option->find('='));
     const std::string who = subcommands.empty() ? app.get_name() + " has no option " : "there is no option ";
     return who + QuotedWord(name) + Meant(name, OptionNames(app));
   }
-  if (!subcommands.empty()) return QuotedWord(word) + " is no subcommand" + Meant(word, subcommands);
-  return QuotedWord(word) + " isn't expected";
+  if (end != words.end() && TakesArguments(app)) words.erase(end);
+  if (words.empty()) return "";
+  const std::string& word = words.front();
+  const bool lacksSubcommand = !subcommands.empty() && app.get_subcommands().empty();
+  if (!lacksSubcommand || word == kEndOfOptions) return QuotedWord(word) + " isn't expected";
+  return QuotedWord(word) + " is no subcommand" + Meant(word, subcommands);
 }
 
 std::string ParseErrorWords(const CLI::App& app, const CLI::ParseError& error) {
@@ -106,12 +119,20 @@ std::string ParseErrorWords(const CLI::App& app, const CLI::ParseError& error) {
   return name + " is given " + std::to_string(option->count()) + " times, and may be once";
 }
 
-std::string EmptyValueWords(int argc, const char* const* argv) {
+const CLI::App& NamedSubcommand(const CLI::App& app, int argc, const char* const* argv) {
+  const auto isNamed = [&](const CLI::App* each) { return argc > 1 && each->get_name() == argv[1]; };
+  const std::vector<const CLI::App*> named = app.get_subcommands(isNamed);
+  return named.empty() ? app : *named.front();
+}
+
+std::string OverlookedWords(const CLI::App& app, int argc, const char* const* argv) {
+  const bool isOptionsOnly = SubcommandNames(app).empty() && !TakesArguments(app);
   for (int i = 1; i < argc; ++i) {
     const std::string_view word = argv[i];
-    if (word.starts_with("--") && word.size() > 3 && word.find('=') == word.size() - 1) {
-      return std::string(word.substr(0, word.size() - 1)) + ": the value is empty";
-    }
+    if (IsEmptyValue(word)) return std::string(word.substr(0, word.size() - 1)) + ": the value is empty";
+    if (word != kEndOfOptions) continue;
+    return isOptionsOnly ? QuotedWord(word) + " isn't expected: " + app.get_name() + " takes options only"
+                         : "";
   }
   return "";
 }

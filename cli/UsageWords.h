@@ -21,6 +21,10 @@ std::string UnexpectedWords(const CLI::App& app);
 // What is wrong with the value of an option, as the parser of the options has thrown it.
 std::string ParseErrorWords(const CLI::App& app, const CLI::ParseError& error);
 
-// The first option that is given as `--name=` with nothing behind, which the parser would take the next word
-// for; empty when there is none.
-std::string EmptyValueWords(int argc, const char* const* argv);
+// The subcommand that the first word of the command line names; `app` itself when it names none.
+const CLI::App& NamedSubcommand(const CLI::App& app, int argc, const char* const* argv);
+
+// What the parser would overlook in a call of `app`: an option that is given as `--name=` with nothing
+// behind, which it would take the next word for, and a `--` where no argument can follow; empty when there is
+// none.
+std::string OverlookedWords(const CLI::App& app, int argc, const char* const* argv);

@@ -48,9 +48,10 @@ int Main(int argc, const char* const* argv) {
   const auto chosen = [&]() -> const CLI::App& {
     return app.get_subcommands().empty() ? app : *app.get_subcommands().front();
   };
-  const auto command = [&] { return (&chosen() == &app ? "" : "svselect ") + chosen().get_name(); };
-  std::string error = EmptyValueWords(argc, argv);
-  if (!error.empty()) return TellUsageError(error, "svselect");
+  const auto command = [&](const CLI::App& of) { return (&of == &app ? "" : "svselect ") + of.get_name(); };
+  const CLI::App& named = NamedSubcommand(app, argc, argv);
+  std::string error = OverlookedWords(named, argc, argv);
+  if (!error.empty()) return TellUsageError(error, command(named));
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
@@ -58,14 +59,14 @@ int Main(int argc, const char* const* argv) {
   } catch (const CLI::CallForVersion& version) {
     return Show(std::string(version.what()) + "\n");
   } catch (const CLI::ParseError& wrong) {
-    return TellUsageError(ParseErrorWords(chosen(), wrong), command());
+    return TellUsageError(ParseErrorWords(chosen(), wrong), command(chosen()));
   }
   error = UnexpectedWords(app);
   if (error.empty() && &chosen() == &app) error = "a subcommand is needed: run, plan or describe";
   if (!error.empty()) return TellUsageError(error, "svselect");
   const auto call = [&](const auto& options, auto subcommand) {
     error = UsageError(chosen(), options);
-    return error.empty() ? subcommand(options) : TellUsageError(error, command());
+    return error.empty() ? subcommand(options) : TellUsageError(error, command(chosen()));
   };
   if (run->parsed()) return call(runOptions, Run);
   return plan->parsed() ? call(planOptions, TellPlan) : call(describeOptions, DescribeFrame);

@@ -38,24 +38,39 @@ TEST(Program, TellsWrongUseInOneLine) {
       {"$S run --$(printf %9999s | tr ' ' x)", "xxx...' ("},
       {"$S run --plan", "--plan needs a value"},
       {"$S run --plan ''", "--plan: the value is empty"},
-      {"$S run --drop= --plan x", "--drop: the value is empty", "svselect --help"},
+      {"$S run --drop= --plan x", "--drop: the value is empty"},
       {"$S run --plan --data x", "--plan: needs a value, and '--data' follows"},
+      {"$S describe --schema -- x", "--schema: needs a value, and '--' follows", "svselect describe --help"},
       {"$S run --plan a --plan b", "--plan is given 2 times, and may be once"},
       {"$S run --quiet=no", "--quiet takes no value"},
       {"$S run --plan p --keep a b", "'b' isn't expected"},
+      {"$S run --plan p --data f -- x", "'--' isn't expected: run takes options only"},
+      {"$S -- describe x", "'--' isn't expected", "(svselect --help"},
       {"$S run --plan p --keep 'a /PRINT CPS'", "--keep: 'a /PRINT CPS' isn't a name"},
       {"$S run --plan p --stages 1,4", "--stages: '4' isn't a stage: 1, 2 or 3"},
+      {"$S run --plan p --data f --stages 1,1", "--stages: '1' is given twice"},
       {"$S run --plan p --seed 1e3", "--seed: '1e3' isn't a seed"},
+      {"$S run --plan p --seed 00", "--seed: '00' isn't a seed: a whole number from 1 to 2147483647, or"},
+      {"$S run --plan p --seed 2147483648", "--seed: '2147483648' isn't a seed"},
+      {"$S run --plan p --seed 4294967297", "--seed: '4294967297' isn't a seed"},
       {"$S run --plan p --print all", "--print: 'all' isn't a table: selection or cps"},
+      {"$S run --plan p --data f --print cps,CPS", "--print: 'CPS' is given twice"},
+      {"$S run --plan p --data f --sample s.csv --keep 'a, ,b'", "--keep: the value is empty"},
+      {"$S run --plan p --data f --sample s.csv --keep 'a , A'", "--keep: 'A' is given twice"},
+      {"$S run --plan p --data f --drop a", "--drop needs --sample FILE"},
       {"$S run --plan p --threads 0", "--threads: '0' isn't a number of threads"},
       {"$S run --plan p --data f --report r.doc", "--report 'r.doc': the name must end in"},
       {"$S run --plan p", "a frame is needed: --data FRAME or --sql QUERY"},
       {"$S run --plan p --data f --sql q", "--data and --sql exclude each other"},
+      {"$S run --plan p --data f --sql q --explain", "--data and --sql exclude each other"},
+      {"$S run --plan p --report r.doc --explain", "--report 'r.doc': the name must end in"},
       {"$S run --data f", "a plan is needed"},
       {"$S run --data f --command c --print cps", "--print is a part of the command; with --command"},
       {"$S run --data f --command c --command-file d", "--command and --command-file exclude each other"},
       {"$S plan", "a plan is needed", "svselect plan --help"},
       {"$S plan a b", "'b' isn't expected", "svselect plan --help"},
+      {"$S plan a --schema b", "--schema needs --data FRAME", "svselect plan --help"},
+      {"$S describe -- a -b", "'-b' isn't expected", "svselect describe --help"},
       {"$S describe a --sort b", "describe has no option '--sort'", "svselect describe --help"},
   };
   const ProgramFolder folder;
@@ -70,6 +85,32 @@ TEST(Program, TellsWrongUseInOneLine) {
     EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1);
   }
   EXPECT_THAT(folder.Files(), IsEmpty());
+}
+
+// What is meant well is taken so: names that begin as options do, blanks round commas, the edges of a range.
+TEST(Program, TakesWhatIsMeantWell) {
+  struct Case {
+    const char* commandLine;
+    const char* out;
+  };
+  const Case kCases[] = {
+      {"$S describe -- -f.csv", "-f.csv: 9 cases"},
+      {"$S describe -- --schema=", "--schema=.sav: there is no such file"},
+      {"$S plan --data ./-f.csv -- -p.xml", "Sample design of 2 stages"},
+      {"$S run --plan p --explain --sample s --keep ' a , b' --keep c --print 'cps, selection'",
+       "KEEP=a b c\n  /PRINT CPS SELECTION.\n"},
+      {"$S run --plan p --explain --stages '1, 2' --seed 2147483647", "STAGES=1 2 SEED=2147483647."},
+      {"$S run --plan p --explain --seed 01 --report r.HTML", "SEED=01."},
+      {"$S run --version", "svselect "},
+  };
+  const ProgramFolder folder;
+  folder.Run("head $E/schools.csv > ./-f.csv; cp $E/plans/two-stages.xml ./-p.xml");
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.commandLine);
+    const ProgramFolder::Result result = folder.Run(c.commandLine);
+    EXPECT_NE(result.status, 2);
+    EXPECT_THAT(result.out + result.err, HasSubstr(c.out));
+  }
 }
 
 // A run that can't be gone through with says why, ends with status 1 and leaves neither files nor litter; the
