@@ -105,6 +105,20 @@ std::string Counted(std::int64_t count, const char* one, const char* many) {
   return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
+void PrintDictionary(const std::string& path, std::int64_t cases, const Dictionary& dictionary) {
+  std::cout << PrintableText(path) << ": " << Counted(cases, "case", "cases") << ", "
+            << Counted(static_cast<std::int64_t>(dictionary.variables.size()), "variable", "variables")
+            << '\n';
+  if (!dictionary.variables.empty()) {
+    std::cout << '\n';
+    PrintVariables(dictionary.variables);
+  }
+  for (const DocumentLines& document : dictionary.documents) {
+    std::cout << "\nDocument\n";
+    for (const std::string& line : document) PrintFolded(kIndent + line);
+  }
+}
+
 }  // namespace
 
 int DescribeFrame(const FrameOptions& options) {
@@ -115,31 +129,22 @@ int DescribeFrame(const FrameOptions& options) {
     TellMessages();
     return kExitError;
   }
+  std::int64_t cases = 0;
   try {
     OpenFrame(options);
-    const std::int64_t cases = ActiveFile::Current().Engine().CountCases();
-    const Dictionary& dictionary = *ActiveFile::Current().SharedDictionary();
-    std::cout << PrintableText(options.path) << ": " << Counted(cases, "case", "cases") << ", "
-              << Counted(static_cast<std::int64_t>(dictionary.variables.size()), "variable", "variables")
-              << '\n';
-    if (!dictionary.variables.empty()) {
-      std::cout << '\n';
-      PrintVariables(dictionary.variables);
-    }
-    for (const DocumentLines& document : dictionary.documents) {
-      std::cout << "\nDocument\n";
-      for (const std::string& line : document) PrintFolded(kIndent + line);
-    }
+    cases = ActiveFile::Current().Engine().CountCases();
   } catch (const DataError& error) {
-    if (StopRequested()) {
-      TellInterrupted();
-      return kExitInterrupted;
+    if (!StopRequested()) {
+      TellMessages();
+      TellProblem(error.what());
+      return kExitError;
     }
-    std::cout.flush();
-    TellMessages();
-    TellProblem(error.what());
-    return kExitError;
   }
+  if (StopRequested()) {
+    TellInterrupted();
+    return kExitInterrupted;
+  }
+  PrintDictionary(options.path, cases, *ActiveFile::Current().SharedDictionary());
   const bool isTold = FinishOutput();
   TellMessages();
   return ErrorRaised() || !isTold ? kExitError : kExitOk;

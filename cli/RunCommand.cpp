@@ -161,7 +161,7 @@ Findings LookBack(const RunOptions& options, const OwnFiles& own) {
       findings.weights = ReadFinalWeights(commanded->plan.weight.Text());
     }
   } catch (const DataError& error) {
-    findings.lines.emplace_back(error.what());
+    if (!StopRequested()) findings.lines.emplace_back(error.what());
   }
   return findings;
 }

@@ -1,5 +1,6 @@
 #include "cli/Terminal.h"
 
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -19,6 +20,12 @@ namespace {
 
 void OnInterrupt(int) {
   RequestStop();
+}
+
+// Standard output is a pipe whose reader has seen enough.
+bool ReaderHasLeft() {
+  pollfd out{.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
+  return poll(&out, 1, 0) == 1 && (out.revents & POLLERR) != 0;
 }
 
 }  // namespace
@@ -80,7 +87,7 @@ void PrintFolded(const std::string& line) {
 bool FinishOutput() {
   errno = 0;
   std::cout.flush();
-  if (std::cout || errno == EPIPE) return true;
+  if (std::cout || ReaderHasLeft()) return true;
   TellProblem("standard output can't be written" + (errno == 0 ? "" : ": " + SystemReason()));
   return false;
 }

@@ -88,5 +88,12 @@ int main(int argc, char** argv) {
   HoldStandardFiles();
   std::signal(SIGPIPE, SIG_IGN);  // a reader that has seen enough, such as head, doesn't end a run
   std::signal(SIGXFSZ, SIG_IGN);  // a file that gets too large is a write that fails
-  return Main(argc, argv);
+  try {
+    return Main(argc, argv);
+  } catch (const std::bad_alloc&) {
+    TellProblem("out of memory");
+  } catch (const std::exception& error) {
+    TellProblem(error.what());
+  }
+  return kExitError;
 }

@@ -45,8 +45,13 @@ std::string Quote(std::string_view text, char quote) {
 // would else be waited for. It asks from a thread of its own, since the statement holds the caller's.
 class StopWatch {
 public:
-  explicit StopWatch(duckdb_connection connection)
-      : fThread([this, connection](const std::stop_token& end) { Watch(end, connection); }) {}
+  explicit StopWatch(duckdb_connection connection) {
+    try {
+      fThread = std::jthread([this, connection](const std::stop_token& end) { Watch(end, connection); });
+    } catch (const std::system_error&) {
+      // no thread to be had: the statement is waited for
+    }
+  }
 
 private:
   void Watch(const std::stop_token& end, duckdb_connection connection) {
@@ -62,20 +67,22 @@ private:
   std::jthread fThread;  // last, so that it ends before what it uses
 };
 
-// A folder that another process is making is locked a moment after it appears; its owner notices when it was
-// taken for a stale one, see TemporaryFolder.
-bool LockFolder(const std::string& path, int* lock) {
+// Gives 0, or the errno that tells why the folder can't be locked: ENOENT or EWOULDBLOCK when it is another
+// process's. One that another process is making is locked a moment after it appears; its owner notices when
+// it was taken for a stale one, see TemporaryFolder.
+int LockFolder(const std::string& path, int* lock) {
   const int file = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (file < 0) return false;
+  if (file < 0) return errno;
   struct stat opened {};
   struct stat named {};
-  if (flock(file, LOCK_EX | LOCK_NB) == 0 && fstat(file, &opened) == 0 && stat(path.c_str(), &named) == 0 &&
-      opened.st_ino == named.st_ino) {
-    *lock = file;
-    return true;
+  int fault = 0;
+  if (flock(file, LOCK_EX | LOCK_NB) != 0 || fstat(file, &opened) != 0 || stat(path.c_str(), &named) != 0) {
+    fault = errno;
+  } else if (opened.st_ino != named.st_ino) {
+    fault = ENOENT;
   }
-  close(file);
-  return false;
+  fault == 0 ? * lock = file : close(file);
+  return fault;
 }
 
 void RemoveStaleFolders(const fs::path& parent) {
@@ -83,7 +90,7 @@ void RemoveStaleFolders(const fs::path& parent) {
   for (const fs::directory_entry& entry : fs::directory_iterator(parent, ignored)) {
     if (!entry.path().filename().string().starts_with(kFolderStem)) continue;
     int lock = -1;
-    if (!LockFolder(entry.path().string(), &lock)) continue;
+    if (LockFolder(entry.path().string(), &lock) != 0) continue;
     fs::remove_all(entry.path(), ignored);
     close(lock);
   }
@@ -164,6 +171,7 @@ DuckResult& DuckResult::operator=(DuckResult&& other) noexcept {
 }
 
 DuckChunk DuckResult::Fetch() {
+  if (StopRequested()) Fail("stopped");
   DuckChunk chunk(duckdb_fetch_chunk(fResult));
   if (!chunk) {
     const char* message = duckdb_result_error(&fResult);
@@ -236,13 +244,15 @@ TemporaryFolder::TemporaryFolder() {
   const fs::path parent = fs::temp_directory_path(error);
   if (error) throw DataError(fmt::format("no temporary folder, see TMPDIR: {}", error.message()));
   RemoveStaleFolders(parent);
+  int fault = 0;
   do {
     fPath = (parent / (std::string(kFolderStem) + "XXXXXX")).string();
-    if (mkdtemp(fPath.data()) == nullptr) {
-      throw DataError(fmt::format("no temporary folder can be made in {}, see TMPDIR: {}", parent.string(),
-                                  std::generic_category().message(errno)));
-    }
-  } while (!LockFolder(fPath, &fLock));
+    fault = mkdtemp(fPath.data()) == nullptr ? errno : LockFolder(fPath, &fLock);
+    if (fault == 0) return;
+  } while (fs::is_directory(parent, error) && (fault == ENOENT || fault == EWOULDBLOCK));
+  fs::remove(fPath, error);
+  throw DataError(fmt::format("no temporary folder can be made in {}, see TMPDIR: {}", parent.string(),
+                              std::generic_category().message(fault)));
 }
 
 TemporaryFolder::~TemporaryFolder() {

@@ -174,7 +174,12 @@ TEST(Program, DrawsTheSameWhateverSurroundsIt) {
   // Nothing but the places of the program and of the examples, and what a build with sanitizers overlooks.
   const char* const kNothing = "env -i S=$S E=$E LSAN_OPTIONS=\"$LSAN_OPTIONS\" ";
   const char* const kSurroundings[] = {
-      "LC_ALL=de_DE.UTF-8 ", "LC_ALL=C ", kNothing, "env -u HOME ", "TZ=Asia/Kathmandu TERM=dumb ",
+      "LC_ALL=de_DE.UTF-8 ",
+      "LC_ALL=C ",
+      kNothing,
+      "env -u HOME ",
+      "TZ=Asia/Kathmandu TERM=dumb ",
+      "SOURCE_DATE_EPOCH=67768036191676799 ",  // of no day that a calendar has
   };
   const ProgramFolder folder;
   const std::string run = kRun + "--sample s.csv --report r.json --print selection,cps --rule rule.txt";
@@ -195,6 +200,9 @@ TEST(Program, DrawsTheSameWhateverSurroundsIt) {
     EXPECT_EQ(folder.Run("cat s.csv s.schema.json j.csv r.json rule.txt").out, files);
   }
   EXPECT_EQ(folder.Run("(" + run + "; echo $? >&2) | true").err, kAdvice + "0\n");
+  // More than a pipe holds, and a reader that sees one line of it.
+  folder.Run("seq -s ',' 20000 > wide.csv");
+  EXPECT_EQ(folder.Run("($S describe wide.csv; echo $? >&2) | head -n 1").err, "0\n");
   // With standard error closed, nothing that is said there lands in a file of the run.
   EXPECT_EQ(folder.Run(kRun + "--sample s.csv --quiet 2>&-").status, 0);
   EXPECT_EQ(folder.Text("s.csv"), sample);

@@ -167,7 +167,7 @@ void SVSelectSamples::RunJointWork(std::int32_t range) {
   std::int32_t code = kStatusCancelled;
   try {
     if (fpJointWork->Run(static_cast<std::size_t>(range), stop) && !stop()) return;
-  } catch (const std::bad_alloc&) {
+  } catch (...) {  // want of memory, or of what else a thread needs; whoever waits for the range must go on
     code = kStatusNoMemory;
   }
   const OptionalLock lock(fpMutex.get());
