@@ -1,5 +1,4 @@
 #include "host/data/TableSchema.h"
-#include "host/data/ColumnFacts.h"
 
 #include <fmt/format.h>
 
@@ -12,15 +11,13 @@
 #include <set>
 #include <utility>
 
+#include "host/data/ColumnFacts.h"
 #include "host/data/Values.h"
 #include "host/text/VariableNames.h"
 
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-// No text of a file gets wider than this, in bytes, by what a schema says: a case must fit into memory.
-constexpr int kWidestByRequest = 1 << 24;
 
 constexpr std::array<std::string_view, 16> kTypes = {
     "any",  "array",   "boolean", "date",   "datetime", "duration", "geojson", "geopoint",

@@ -153,6 +153,56 @@ TEST_F(DataFileTest, ReadsNativeFiles) {
   EXPECT_EQ(ActiveFile::Current().Engine().CountCases(), 3);
 }
 
+// Goal: a database that only looks like a native file neither crashes the reader nor makes it ask for more
+// memory than its texts need.
+TEST_F(DataFileTest, ReadsNativeFilesOfOtherTypes) {
+  struct Case {
+    const char* aim;
+    const char* text;     // SQL of each text of the dictionary
+    const char* width;    // SQL
+    const char* version;  // SQL
+    const char* refusal = "";
+  };
+  const Case kCases[] = {
+      {"numbers for texts", "7::BIGINT", "1", "1::BIGINT"},
+      {"categories for texts", "'7'::ENUM('x', '7')", "1", "'1'::ENUM('1')"},
+      {"another version", "'7'", "1", "2.5::DOUBLE", "format version \"2.5\", expected 1"},
+      {"a width beyond memory", "'7'", "2147483647", "'1'",
+       "variable \"7\" is 2147483647 bytes wide, expected at most 16777216"},
+      {"a width as of its text", "'7'", "16777217", "'1'"},
+      {"a negative width", "'7'", "-1", "'1'", "a variable of a negative width"},
+  };
+  int number = 0;
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.aim);
+    const std::string name = fmt::format("x{}.sav", ++number);
+    const std::string width = c.width;
+    Sql(fmt::format(
+        "ATTACH '$/{4}' AS x; CREATE TABLE x.cases AS SELECT repeat('y', {3}) AS s;"
+        "CREATE TABLE x.variables AS SELECT 0 AS position, {0} AS name, {1} AS type, 4 AS print_type, 1 AS "
+        "print_width, 0 AS print_decimals, 4 AS write_type, 1 AS write_width, 0 AS write_decimals, 1 AS "
+        "level, "
+        "{0} AS label;"
+        "CREATE TABLE x.value_labels AS SELECT 0 AS position, 0 AS ordinal, NULL AS number, {0} AS text, {0} "
+        "AS label;"
+        "CREATE TABLE x.missing_values AS SELECT 0 AS position, 0 AS ordinal, NULL AS number, {0} AS text;"
+        "CREATE TABLE x.documents AS SELECT 0 AS document, 0 AS line, {0} AS text;"
+        "CREATE TABLE x.file_info AS SELECT 'format_version' AS key, {2} AS value; DETACH x",
+        c.text, width, c.version, width == "16777217" ? width : "1", name));
+    const bool isRefused = *c.refusal != '\0';
+    EXPECT_EQ(ErrorOf({.path = Path(name)}),
+              isRefused ? fmt::format("{}: no native data file ({})", name, c.refusal) : "opened");
+    if (isRefused) continue;
+    const Dictionary& dictionary = *ActiveFile::Current().SharedDictionary();
+    ASSERT_EQ(dictionary.variables.size(), 1U);
+    const KORV_Variable& variable = dictionary.variables[0];
+    EXPECT_EQ(variable.GetName() + variable.GetLabel(), "77");
+    EXPECT_EQ(variable.ValueLabels(), (std::vector<ValueLabel>{{{0.0, "7"}, "7"}}));
+    EXPECT_EQ(variable.MissingValues(), (std::vector<DictionaryValue>{{0.0, "7"}}));
+    EXPECT_EQ(dictionary.documents, (std::vector<DocumentLines>{{"7"}}));
+  }
+}
+
 TEST_F(DataFileTest, AppliesASchemaToParquet) {
   const std::string numbers =
       Write("n.json", R"({"fields":[{"name":"t","type":"number","missingValues":["x"]}]})");
