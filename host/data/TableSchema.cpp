@@ -6,7 +6,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <limits>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <utility>
@@ -44,6 +43,8 @@ public:
       const std::string_view before = text.substr(0, error.byte);
       const auto line = 1 + std::count(before.begin(), before.end(), '\n');
       throw SchemaError(fmt::format("{}, line {}: no valid JSON", fSource, line));
+    } catch (const Json::exception&) {  // the one other failure
+      Fail("a number is beyond 1.8e308");
     }
     if (!root.is_object()) Fail("no Table Schema: it must be an object with the member \"fields\"");
     const Json* fields = Member(root, "fields");

@@ -283,6 +283,8 @@ TEST_F(DataFileTest, NamesWhatIsWrongWithASchema) {
   for (const Case& c : kCases)
     EXPECT_EQ(ErrorOf({.path = data, .schema = Write("s.json", c.schema)}), c.message);
   EXPECT_EQ(ErrorOf({.path = data, .schema = Path("t.json")}), "t.json: there is no such file");
+  // A file that opens and then fails to be read.
+  EXPECT_EQ(ErrorOf({.path = data, .schema = "/proc/self/mem"}), "/proc/self/mem: Input/output error");
 }
 
 TEST_F(DataFileTest, KeepsTheOrderOfQueriesAndSorts) {
