@@ -308,7 +308,7 @@ TEST_F(DataFileTest, KeepsTheOrderOfQueriesAndSorts) {
   EXPECT_EQ(ShowCases(), "2|1;1|0.5;0|0");
   EXPECT_EQ(ErrorOf({.sql = "DROP TABLE x"}).substr(0, 7), "query: ");
   EXPECT_EQ(ErrorOf({.sql = "SELECT 1; SELECT 2"}).substr(0, 7), "query: ");
-  EXPECT_EQ(ErrorOf({.sql = "SELECT 1 AS a, 2 AS A"}), "query: two columns are named \"A\"");
+  EXPECT_EQ(ErrorOf({.sql = "SELECT 1 AS a, 2 AS A"}), "query: two columns are named \"a\" and \"A\"");
   EXPECT_EQ(ErrorOf({.path = Path("a.csv"), .sort = {"z"}}), "a.csv: there is no variable \"z\" to sort by");
   EXPECT_EQ(ErrorOf({.path = Path("a.csv"), .weight = "s"}),
             "a.csv: the weight \"s\" is no numeric variable");
