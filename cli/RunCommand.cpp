@@ -3,10 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <optional>
 #include <sstream>
 
@@ -20,6 +17,7 @@
 #include "cli/Terminal.h"
 #include "host/command/SessionCommand.h"
 #include "host/data/CaseProgress.h"
+#include "host/data/ReadableFile.h"
 #include "host/data/SaveActiveFile.h"
 #include "host/data/SessionFiles.h"
 #include "host/data/TemporaryFile.h"
@@ -43,13 +41,9 @@ bool ReadCommand(const RunOptions& options, std::string* text) {
   }
   const FileFlags flags =
       SessionFiles::Current().Claims().ClaimForReading(FileRole::kCommand, options.commandFile);
-  std::ifstream file;
   if (!flags.CanBeRead()) return Fail(options.commandFile + ": " + flags.why);
-  errno = 0;
-  file.open(options.commandFile, std::ios::binary);
-  if (!file.is_open()) return Fail(options.commandFile + ": " + SystemReason());
-  text->assign(std::istreambuf_iterator<char>(file), {});
-  if (file.bad()) return Fail(options.commandFile + ": " + SystemReason());
+  std::string why;
+  if (!ReadWholeFile(options.commandFile, text, &why)) return Fail(options.commandFile + ": " + why);
   const bool isUtf16 = text->starts_with("\xFF\xFE") || text->starts_with("\xFE\xFF");
   return !isUtf16 || Fail(options.commandFile + ": the command file is in UTF-16, expected UTF-8");
 }

@@ -58,8 +58,7 @@ CaseBlock::~CaseBlock() {
 
 void CaseBlock::Check(duckdb_state state) const {
   if (state == DuckDBSuccess) return;
-  const char* message = duckdb_appender_error(fpAppender.get());
-  throw DataError(CleanReason(message == nullptr ? "" : message));
+  throw DataError(CleanReason(duckdb_appender_error(fpAppender.get())));
 }
 
 void CaseBlock::StartBlock() {

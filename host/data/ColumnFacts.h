@@ -30,6 +30,9 @@ inline constexpr int kSafeDigits = 15;
 // Digits that a DECIMAL(p,s) has in all; 0 for another type.
 int DecimalPrecision(const std::string& type);
 
+// No text of a file gets wider than this, in bytes, by what a dictionary says: a case must fit into memory.
+inline constexpr int kWidestByRequest = 1 << 24;
+
 // The variable of a column without a dictionary. A number is shown as wide as its widest value, at least 8;
 // where a double doesn't give a number's digits back, the variable is a string of the digits.
 // REQUIRES: the column isn't left out.

@@ -105,16 +105,25 @@ void CsvReader::CheckEncoding() const {
 
 namespace {
 
-// Whether the header has semicolons and no comma, outside of quotes.
+// Whether the header, the first line that isn't blank, has semicolons and no comma, outside of quotes.
 bool IsSplitAtSemicolons(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
+  char mark[kByteOrderMark.size()];
+  if (!file.read(mark, sizeof mark) || std::string_view(mark, sizeof mark) != kByteOrderMark) {
+    file.clear();
+    file.seekg(0);
+  }
+  bool isBlank = true;
   bool isQuoted = false;
   bool hasSemicolon = false;
   for (char c = 0; file.get(c);) {
+    const bool isLineEnd = c == '\n' || c == '\r';
+    if (isLineEnd && isBlank) continue;
+    isBlank = false;
     if (c == '"') isQuoted = !isQuoted;
     if (isQuoted) continue;
     if (c == ',') return false;
-    if (c == '\n' || c == '\r') break;
+    if (isLineEnd) break;
     hasSemicolon = hasSemicolon || c == ';';
   }
   return hasSemicolon;

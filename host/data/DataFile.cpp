@@ -3,9 +3,9 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include <algorithm>
 #include <filesystem>
-#include <set>
+#include <memory>
+#include <utility>
 
 #include "host/data/CsvReader.h"
 #include "host/data/DuckDb.h"
@@ -17,7 +17,6 @@
 #include "host/data/TextTable.h"
 #include "host/data/TypedColumns.h"
 #include "host/environment/ErrorSink.h"
-#include "host/text/VariableNames.h"
 
 namespace {
 
@@ -57,7 +56,7 @@ auto Named(const std::string& name, const Step& step) {
 void CheckParquetNames(const std::string& path, DuckConnection& connection) {
   DuckResult result = connection.Query(fmt::format(
       "SELECT name, coalesce(num_children, 0)::INTEGER FROM parquet_schema({})", PatternOf(path)));
-  std::set<std::string> seen;
+  std::vector<std::string> names;
   int pending = -1;  // entries that still belong to a nested column; the first entry is the table itself
   while (const DuckChunk chunk = result.Fetch()) {
     for (std::size_t row = 0; row < chunk.Rows(); ++row) {
@@ -69,11 +68,10 @@ void CheckParquetNames(const std::string& path, DuckConnection& connection) {
       const std::string name(TextOf(chunk.Values<duckdb_string_t>(0)[row]));
       const bool isTable = pending < 0;
       pending = isTable ? 0 : children;
-      if (!isTable && !seen.insert(GetUpperVarName(name)).second) {
-        throw DataError(fmt::format("two columns are named \"{}\"", name));
-      }
+      if (!isTable) names.push_back(name);
     }
   }
+  CheckNamesDiffer(names);
 }
 
 // The dictionary that our own writer leaves in the file; empty without one.

@@ -38,7 +38,7 @@ std::string Quote(std::string_view text, char quote) {
 }
 
 [[noreturn]] void Fail(const char* message) {
-  throw DataError(CleanReason(message == nullptr ? "" : message));
+  throw DataError(CleanReason(message));
 }
 
 // While it lives, a stop request ends what the connection is computing: a sort or a load of a large file
@@ -144,17 +144,18 @@ std::string QuoteLiteral(std::string_view text) {
   return Quote(text, '\'');
 }
 
-std::string CleanReason(std::string_view message) {
-  message = message.substr(0, message.find('\n'));
+std::string CleanReason(const char* message) {
+  std::string_view reason(message == nullptr ? "" : message);
+  reason = reason.substr(0, reason.find('\n'));
   constexpr std::string_view kClass = " Error: ";
   // The class is a few words before the first colon; a reason may hold one of its own, as "IO Error: "
   // inside.
-  for (std::size_t at = message.find(kClass); at != std::string_view::npos && message.find(':') == at + 6;
-       at = message.find(kClass)) {
-    message.remove_prefix(at + kClass.size());
+  for (std::size_t at = reason.find(kClass); at != std::string_view::npos && reason.find(':') == at + 6;
+       at = reason.find(kClass)) {
+    reason.remove_prefix(at + kClass.size());
   }
-  while (!message.empty() && (message.back() == ' ' || message.back() == '.')) message.remove_suffix(1);
-  return message.empty() ? "DuckDB failed without a reason" : std::string(message);
+  while (!reason.empty() && (reason.back() == ' ' || reason.back() == '.')) reason.remove_suffix(1);
+  return reason.empty() ? "DuckDB failed without a reason" : std::string(reason);
 }
 
 // --- results and connections -----------------------------------------------------------------------------
@@ -272,7 +273,7 @@ WorkDatabase::WorkDatabase() {
   duckdb_database database = nullptr;
   char* message = nullptr;
   if (duckdb_open_ext(nullptr, &database, config.Get(), &message) != DuckDBSuccess) {
-    const std::string reason = CleanReason(message == nullptr ? "" : message);
+    const std::string reason = CleanReason(message);
     duckdb_free(message);
     throw DataError(reason);
   }

@@ -22,8 +22,9 @@
 std::string QuoteIdentifier(std::string_view name);
 std::string QuoteLiteral(std::string_view text);
 
-// DuckDB's message as one line without its error class, its hints and the echo of the statement.
-std::string CleanReason(std::string_view message);
+// DuckDB's message as one line without its error class, its hints and the echo of the statement; it may be
+// null.
+std::string CleanReason(const char* message);
 
 // A block of rows, as DuckDB hands it out: at most duckdb_vector_size() rows, column by column.
 class DuckChunk {

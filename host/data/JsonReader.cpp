@@ -4,8 +4,11 @@
 
 #include <cstdint>
 #include <fstream>
+#include <limits>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "host/data/DataError.h"
@@ -13,8 +16,13 @@
 
 namespace {
 
+// The parser refuses a number that its floating type can't hold. Its text alone counts, so that a wider type
+// lets numbers beyond the doubles through.
+using Json =
+    nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t, std::uint64_t, long double>;
+
 // Takes the events of the parser in, one object a row.
-class RowBuilder : public nlohmann::json_sax<nlohmann::json> {
+class RowBuilder : public nlohmann::json_sax<Json> {
 public:
   RowBuilder(std::string path, TextTable* table) : fPath(std::move(path)), fpTable(table) {}
 
@@ -27,6 +35,7 @@ public:
   bool binary(binary_t&) override { return false; }  // no part of JSON text
 
   bool start_object(std::size_t) override {
+    if (fDepth < fRowDepth) Refuse("an object");
     if (fDepth == fRowDepth) {
       ++fObject;
       fNextColumn = 0;
@@ -43,7 +52,7 @@ public:
   bool start_array(std::size_t) override {
     if (fDepth > fRowDepth) {
       MarkNested();
-    } else if (fDepth == 0 && fObject == 0) {
+    } else if (fDepth == 0 && fRowDepth == 0 && fObject == 0) {
       fRowDepth = 1;
     } else {
       Refuse("a list");
@@ -66,16 +75,23 @@ public:
     return true;
   }
 
-  bool parse_error(std::size_t position, const std::string&, const nlohmann::json::exception&) override {
+  bool parse_error(std::size_t position, const std::string&, const Json::exception& error) override {
     fErrorAt = position;
+    fbOverflow = dynamic_cast<const Json::out_of_range*>(&error) != nullptr;
     return false;
   }
-  // Bytes from where the parser began to where the text is no JSON.
+  // Bytes from where the parser began to what it refused.
   std::size_t ErrorAt() const { return fErrorAt; }
+  // Why it did.
+  std::string Reason() const {
+    constexpr int kMostDigits = std::numeric_limits<Json::number_float_t>::max_exponent10;
+    return fbOverflow ? fmt::format("a number is beyond 1e{}", kMostDigits) : "the text is no JSON";
+  }
 
 private:
   [[noreturn]] void Refuse(const char* what) const {
-    throw DataError(fmt::format("{}, object {}: {} where an object is expected", fPath, fObject + 1, what));
+    throw DataError(fmt::format("{}, object {}: {} where {} is expected", fPath, fObject + 1, what,
+                                fDepth < fRowDepth ? "the end of the file" : "an object"));
   }
 
   bool Take(const std::string& text, bool isString) {
@@ -113,6 +129,7 @@ private:
   std::vector<std::int64_t> fvSeenIn;  // the last object that had the column
   std::unordered_map<std::string, std::size_t> fColumns;
   std::size_t fErrorAt = 0;
+  bool fbOverflow = false;
 };
 
 // The line of a byte of a file.
@@ -123,6 +140,15 @@ std::int64_t LineOfByte(const std::string& path, std::size_t position) {
   return line;
 }
 
+// Hands the next value of a file to the parser. False where it refuses the text.
+bool ParseNext(const std::string& path, std::ifstream& file, RowBuilder* rows) {
+  try {
+    return Json::sax_parse(file, rows, Json::input_format_t::json, false);
+  } catch (const std::ios_base::failure&) {  // the parser reads past the stream's own care
+    throw DataError(fmt::format("{}: can't be read", path));
+  }
+}
+
 }  // namespace
 
 void LoadJson(const std::string& path, TextTable* table) {
@@ -131,9 +157,9 @@ void LoadJson(const std::string& path, TextTable* table) {
   RowBuilder rows(path, table);
   while (file.peek() != std::ifstream::traits_type::eof()) {
     const auto start = static_cast<std::size_t>(file.tellg());
-    if (!nlohmann::json::sax_parse(file, &rows, nlohmann::json::input_format_t::json, false)) {
+    if (!ParseNext(path, file, &rows)) {
       throw DataError(
-          fmt::format("{}, line {}: the text is no JSON", path, LineOfByte(path, start + rows.ErrorAt())));
+          fmt::format("{}, line {}: {}", path, LineOfByte(path, start + rows.ErrorAt()), rows.Reason()));
     }
     file >> std::ws;
   }

@@ -3,15 +3,21 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
+#include <memory>
+#include <utility>
+#include <vector>
 
+#include "host/data/ColumnFacts.h"
 #include "host/data/DuckDb.h"
 
 namespace {
 
 constexpr std::string_view kFormatVersion = "1";
 
-// The rows of a query in turn.
+// The rows of a query in turn. Each column is cast to the type that it is taken as, since a file of another
+// program may have any.
 template <class Row>
 void ForEachRow(DuckConnection& connection, const std::string& sql, const Row& row) {
   DuckResult result = connection.Query(sql);
@@ -44,6 +50,7 @@ public:
     fFrame.relation.from = fAlias + ".cases";
     ReadVariables();
     ReadColumns();
+    CheckWidths();
     ReadMissingValues();
     ReadValueLabels();
     ReadDocuments();
@@ -55,31 +62,33 @@ private:
 
   void CheckVersion() {
     std::string version;
-    ForEachRow(fConnection,
-               fmt::format("SELECT \"value\" FROM {}.file_info WHERE \"key\" = 'format_version'", fAlias),
-               [&](const DuckChunk& chunk, std::size_t row) { version = Text(chunk, 0, row); });
+    ForEachRow(
+        fConnection,
+        fmt::format("SELECT \"value\"::VARCHAR FROM {}.file_info WHERE \"key\"::VARCHAR = 'format_version'",
+                    fAlias),
+        [&](const DuckChunk& chunk, std::size_t row) { version = Text(chunk, 0, row); });
     if (version != kFormatVersion) Refuse(fmt::format("format version \"{}\", expected 1", version));
   }
 
   void ReadVariables() {
-    ForEachRow(fConnection,
-               fmt::format("SELECT name, \"type\"::INTEGER, print_type::INTEGER, print_width::INTEGER, "
-                           "print_decimals::INTEGER, write_type::INTEGER, write_width::INTEGER, "
-                           "write_decimals::INTEGER, \"level\"::INTEGER, label, \"position\"::INTEGER "
-                           "FROM {}.variables ORDER BY \"position\"",
-                           fAlias),
-               [&](const DuckChunk& chunk, std::size_t row) {
-                 KORV_Variable variable(Text(chunk, 0, row), Integer(chunk, 1, row));
-                 if (variable.GetType() < 0) Refuse("a variable of a negative width");
-                 variable.SetFormat(Integer(chunk, 2, row), Integer(chunk, 3, row), Integer(chunk, 4, row));
-                 variable.SetWriteFormat(Integer(chunk, 5, row), Integer(chunk, 6, row),
-                                         Integer(chunk, 7, row));
-                 variable.SetMeasurementLevel(Integer(chunk, 8, row));
-                 const std::string label = Text(chunk, 9, row);
-                 variable.SetLabel(label.data(), static_cast<int>(label.size()));
-                 fvPositions.push_back(Integer(chunk, 10, row));
-                 fFrame.dictionary.variables.push_back(std::move(variable));
-               });
+    ForEachRow(
+        fConnection,
+        fmt::format("SELECT name::VARCHAR, \"type\"::INTEGER, print_type::INTEGER, print_width::INTEGER, "
+                    "print_decimals::INTEGER, write_type::INTEGER, write_width::INTEGER, "
+                    "write_decimals::INTEGER, \"level\"::INTEGER, label::VARCHAR, \"position\"::INTEGER "
+                    "FROM {}.variables ORDER BY \"position\"",
+                    fAlias),
+        [&](const DuckChunk& chunk, std::size_t row) {
+          KORV_Variable variable(Text(chunk, 0, row), Integer(chunk, 1, row));
+          if (variable.GetType() < 0) Refuse("a variable of a negative width");
+          variable.SetFormat(Integer(chunk, 2, row), Integer(chunk, 3, row), Integer(chunk, 4, row));
+          variable.SetWriteFormat(Integer(chunk, 5, row), Integer(chunk, 6, row), Integer(chunk, 7, row));
+          variable.SetMeasurementLevel(Integer(chunk, 8, row));
+          const std::string label = Text(chunk, 9, row);
+          variable.SetLabel(label.data(), static_cast<int>(label.size()));
+          fvPositions.push_back(Integer(chunk, 10, row));
+          fFrame.dictionary.variables.push_back(std::move(variable));
+        });
   }
 
   // The columns of the cases stand in the order of the variables.
@@ -103,6 +112,25 @@ private:
     }
   }
 
+  // A case must fit into memory: what is wider than a schema may ask for has to have a text that is as wide.
+  void CheckWidths() {
+    for (std::size_t i = 0; i < fFrame.dictionary.variables.size(); ++i) {
+      const KORV_Variable& variable = fFrame.dictionary.variables[i];
+      if (variable.GetType() <= kWidestByRequest) continue;
+      std::int64_t widest = kWidestByRequest;
+      ForEachRow(fConnection,
+                 fmt::format("SELECT coalesce(max(strlen({}::VARCHAR)), 0) FROM {}",
+                             fFrame.relation.columns[i].sql, fFrame.relation.from),
+                 [&](const DuckChunk& chunk, std::size_t row) {
+                   widest = std::max(widest, chunk.Values<std::int64_t>(0)[row]);
+                 });
+      if (variable.GetType() > widest) {
+        Refuse(fmt::format("variable \"{}\" is {} bytes wide, expected at most {}", variable.GetName(),
+                           variable.GetType(), widest));
+      }
+    }
+  }
+
   DictionaryValue ValueOf(const DuckChunk& chunk, std::size_t row, const KORV_Variable& variable) {
     DictionaryValue value;
     if (variable.GetType() == 0) {
@@ -122,9 +150,10 @@ private:
   void ReadMissingValues() {
     ForEachRow(
         fConnection,
-        fmt::format("SELECT \"position\"::INTEGER, number::DOUBLE, \"text\" FROM {}.missing_values ORDER "
-                    "BY \"position\", \"ordinal\"",
-                    fAlias),
+        fmt::format(
+            "SELECT \"position\"::INTEGER, number::DOUBLE, \"text\"::VARCHAR FROM {}.missing_values ORDER "
+            "BY \"position\", \"ordinal\"",
+            fAlias),
         [&](const DuckChunk& chunk, std::size_t row) {
           KORV_Variable& variable = VariableAt(Integer(chunk, 0, row));
           std::vector<DictionaryValue> values = variable.MissingValues();
@@ -135,16 +164,15 @@ private:
 
   void ReadValueLabels() {
     std::vector<std::vector<ValueLabel>> labels(fvPositions.size());
-    ForEachRow(
-        fConnection,
-        fmt::format("SELECT \"position\"::INTEGER, number::DOUBLE, \"text\", label FROM {}.value_labels "
-                    "ORDER BY \"position\", \"ordinal\"",
-                    fAlias),
-        [&](const DuckChunk& chunk, std::size_t row) {
-          KORV_Variable& variable = VariableAt(Integer(chunk, 0, row));
-          const auto place = static_cast<std::size_t>(&variable - fFrame.dictionary.variables.data());
-          labels[place].push_back({ValueOf(chunk, row, variable), Text(chunk, 3, row)});
-        });
+    ForEachRow(fConnection,
+               fmt::format("SELECT \"position\"::INTEGER, number::DOUBLE, \"text\"::VARCHAR, label::VARCHAR "
+                           "FROM {}.value_labels ORDER BY \"position\", \"ordinal\"",
+                           fAlias),
+               [&](const DuckChunk& chunk, std::size_t row) {
+                 KORV_Variable& variable = VariableAt(Integer(chunk, 0, row));
+                 const auto place = static_cast<std::size_t>(&variable - fFrame.dictionary.variables.data());
+                 labels[place].push_back({ValueOf(chunk, row, variable), Text(chunk, 3, row)});
+               });
     for (std::size_t i = 0; i < labels.size(); ++i) {
       fFrame.dictionary.variables[i].SetValueLabels(std::move(labels[i]));
     }
@@ -153,9 +181,10 @@ private:
   void ReadDocuments() {
     int current = 0;
     ForEachRow(fConnection,
-               fmt::format("SELECT \"document\"::INTEGER, \"text\", line IS NULL FROM {}.documents ORDER BY "
-                           "\"document\", line",
-                           fAlias),
+               fmt::format(
+                   "SELECT \"document\"::INTEGER, \"text\"::VARCHAR, line IS NULL FROM {}.documents ORDER BY "
+                   "\"document\", line",
+                   fAlias),
                [&](const DuckChunk& chunk, std::size_t row) {
                  std::vector<DocumentLines>& documents = fFrame.dictionary.documents;
                  if (documents.empty() || current != Integer(chunk, 0, row)) documents.emplace_back();

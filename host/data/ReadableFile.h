@@ -12,3 +12,6 @@ std::string PathToRead(const std::string& path);
 // Checks that a path names a regular file that may be read, and tells what is wrong if it doesn't.
 // Errors: DataError.
 void CheckReadableFile(const std::string& path);
+
+// Reads a file as a whole. False, with the reason in `why`, when it can't be read.
+bool ReadWholeFile(const std::string& path, std::string* text, std::string* why);

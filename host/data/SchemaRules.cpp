@@ -3,9 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
+#include <initializer_list>
 #include <set>
+#include <utility>
 
 #include "host/data/DataError.h"
 #include "host/data/ReadableFile.h"
@@ -41,9 +41,9 @@ SchemaRules::SchemaRules(const std::string& json, const std::string& source) : f
 
 SchemaRules SchemaRules::FromFile(const std::string& path) {
   CheckReadableFile(path);
-  std::ifstream file(path, std::ios::binary);
-  const std::string json((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  if (file.bad()) throw DataError(fmt::format("{}: can't be read", path));
+  std::string json;
+  std::string why;
+  if (!ReadWholeFile(path, &json, &why)) throw DataError(fmt::format("{}: {}", path, why));
   return SchemaRules(json, path);
 }
 

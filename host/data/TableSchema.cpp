@@ -1,5 +1,4 @@
 #include "host/data/TableSchema.h"
-#include "host/data/ColumnFacts.h"
 
 #include <fmt/format.h>
 
@@ -7,20 +6,17 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <limits>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <utility>
 
+#include "host/data/ColumnFacts.h"
 #include "host/data/Values.h"
 #include "host/text/VariableNames.h"
 
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-// No text of a file gets wider than this, in bytes, by what a schema says: a case must fit into memory.
-constexpr int kWidestByRequest = 1 << 24;
 
 constexpr std::array<std::string_view, 16> kTypes = {
     "any",  "array",   "boolean", "date",   "datetime", "duration", "geojson", "geopoint",
@@ -47,6 +43,8 @@ public:
       const std::string_view before = text.substr(0, error.byte);
       const auto line = 1 + std::count(before.begin(), before.end(), '\n');
       throw SchemaError(fmt::format("{}, line {}: no valid JSON", fSource, line));
+    } catch (const Json::exception&) {  // the one other failure
+      Fail("a number is beyond 1.8e308");
     }
     if (!root.is_object()) Fail("no Table Schema: it must be an object with the member \"fields\"");
     const Json* fields = Member(root, "fields");

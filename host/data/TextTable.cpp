@@ -124,11 +124,14 @@ void TextTable::EndRow(std::int64_t place) {
   if (++fChunkRows == duckdb_vector_size()) FlushChunk();
 }
 
+void TextTable::Check(duckdb_state state) const {
+  if (state == DuckDBSuccess) return;
+  throw DataError(fmt::format("{}: {}", fName, CleanReason(duckdb_appender_error(fpAppender))));
+}
+
 void TextTable::OpenAppender() {
   MakeColumns();
-  if (duckdb_appender_create(fConnection.Get(), nullptr, fTable.c_str(), &fpAppender) != DuckDBSuccess) {
-    throw DataError(fmt::format("{}: {}", fName, CleanReason(duckdb_appender_error(fpAppender))));
-  }
+  Check(duckdb_appender_create(fConnection.Get(), nullptr, fTable.c_str(), &fpAppender));
   duckdb_logical_type varchar = duckdb_create_logical_type(DUCKDB_TYPE_VARCHAR);
   std::vector<duckdb_logical_type> types(fvColumns.size(), varchar);
   fChunk = DuckChunk(duckdb_create_data_chunk(types.data(), types.size()));
@@ -138,9 +141,7 @@ void TextTable::OpenAppender() {
 void TextTable::FlushChunk() {
   if (StopRequested()) throw DataError(fmt::format("{}: stopped", fName));
   duckdb_data_chunk_set_size(fChunk.Get(), fChunkRows);
-  if (duckdb_append_data_chunk(fpAppender, fChunk.Get()) != DuckDBSuccess) {
-    throw DataError(fmt::format("{}: {}", fName, CleanReason(duckdb_appender_error(fpAppender))));
-  }
+  Check(duckdb_append_data_chunk(fpAppender, fChunk.Get()));
   duckdb_data_chunk_reset(fChunk.Get());
   fChunkRows = 0;
 }
@@ -148,9 +149,7 @@ void TextTable::FlushChunk() {
 void TextTable::CloseAppender() {
   if (fpAppender == nullptr) return;
   FlushChunk();
-  if (duckdb_appender_close(fpAppender) != DuckDBSuccess) {
-    throw DataError(fmt::format("{}: {}", fName, CleanReason(duckdb_appender_error(fpAppender))));
-  }
+  Check(duckdb_appender_close(fpAppender));
   duckdb_appender_destroy(&fpAppender);
 }
 

@@ -57,6 +57,7 @@ private:
 
   void Run(const std::string& sql);
   void MakeColumns();
+  void Check(duckdb_state state) const;
   void OpenAppender();
   void CloseAppender();
   void FlushChunk();

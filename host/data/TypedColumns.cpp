@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_map>
+#include <utility>
 
 #include "host/data/DuckDb.h"
 #include "host/data/LeftOutColumns.h"
@@ -125,11 +127,7 @@ private:
     std::vector<std::string> names;
     for (const TypedColumn& column : fColumns) names.push_back(column.name);
     if (!fbTrusted) fRules.CheckNames(names, fName);  // other programs drop columns and keep the dictionary
-    std::vector<std::string> upper(names.size());
-    std::transform(names.begin(), names.end(), upper.begin(), GetUpperVarName);
-    std::sort(upper.begin(), upper.end());
-    const auto twice = std::adjacent_find(upper.begin(), upper.end());
-    if (twice != upper.end()) throw DataError(fmt::format("{}: two columns are named \"{}\"", fName, *twice));
+    Named([&] { CheckNamesDiffer(names); });
   }
 
   // Texts that are to be numbers are looked at one by one instead.
@@ -239,6 +237,16 @@ std::vector<TypedColumn> DescribeColumns(const std::string& from) {
     }
   }
   return columns;
+}
+
+void CheckNamesDiffer(const std::vector<std::string>& names) {
+  std::unordered_map<std::string, const std::string*> seen;  // by the names in upper case
+  for (const std::string& name : names) {
+    const auto [first, isNew] = seen.try_emplace(GetUpperVarName(name), &name);
+    if (!isNew) {
+      throw DataError(fmt::format("two columns are named \"{}\" and \"{}\"", *first->second, name));
+    }
+  }
 }
 
 DataFrame MakeTypedFrame(const std::string& name, const std::string& from,

@@ -17,6 +17,10 @@ struct TypedColumn {
 // Errors: DataError with DuckDB's reason alone.
 std::vector<TypedColumn> DescribeColumns(const std::string& from);
 
+// Checks that no two columns go by the same name, without regard to case.
+// Errors: DataError with both names as they stand.
+void CheckNamesDiffer(const std::vector<std::string>& names);
+
 // Makes the dictionary of a relation and picks its columns. What the rules leave open is found out from all
 // cases in one scan. `trusted`: the rules were written with the file, so that what they settle needs no
 // looking at. Errors: DataError that names the relation.

@@ -146,6 +146,8 @@ TEST(Program, LeavesNothingOfARunThatFails) {
       {"a schema for the frame", "$S run --data f.csv --plan p.xml --sample f.tsv",
        "f.tsv: its schema file f.schema.json: the file is in use"},
       {"no command", "$S run --data f.csv --command-file no.txt", "no.txt: there is no such file"},
+      {"a command that fails to be read", "$S run --data f.csv --command-file /proc/self/mem",
+       "/proc/self/mem: Input/output error"},
       {"no disk space, a sample", "(ulimit -f 8; " + kRun + "--sample s.csv)", "s.csv can't be written"},
       {"no disk space, a native file", "(ulimit -f 8; " + kRun + "--sample s.sav)", "s.sav can't be written"},
       {"no output", kRun + ">/dev/full", "standard output can't be written: No space left on device"},

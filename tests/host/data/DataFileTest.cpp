@@ -39,6 +39,9 @@ TEST_F(DataFileTest, TypesTextFilesOverAllRows) {
        "2023-02-29|24:00:00|2024-01-01T10:00:00|+49"},
       {"semicolons, mark, CRLF, line in a quote", "g.csv", "\xEF\xBB\xBF\"a\";b\r\n\"x\ny\";1,5\r\n",
        "a A3 VARCHAR, b A3 VARCHAR", "x\ny|1,5"},
+      {"semicolons behind a mark and blank lines", "g2.csv", "\xEF\xBB\xBF\n\r\na;b\n1;2\n",
+       "a F8.0 BIGINT, b F8.0 BIGINT", "1|2"},
+      {"a blank line before one column", "g3.csv", "\na\nx;y\n", "a A3 VARCHAR", "x;y"},
       {"tabs, blank lines, no end of line", "h.tsv", "a\tb\n\n1\t\xC3\xA4\n\n2\t",
        "a F8.0 BIGINT, b A2 VARCHAR", "1|\xC3\xA4;2|~"},
       {"a blank line of one column is a case", "i.csv", "a\n1\n\n3", "a F8.0 BIGINT", "1;.~;3"},
@@ -54,6 +57,8 @@ TEST_F(DataFileTest, TypesTextFilesOverAllRows) {
       {"a list; digits beyond a double", "o.json",
        " [{\"a\":12345678901234567890, \"b\":null, \"c\":0.1234567890123456789},\n{\"c\":\"x\"}] ",
        "a A20 VARCHAR, b A1 VARCHAR, c A21 VARCHAR", "12345678901234567890|~|0.1234567890123456789;~|~|x"},
+      {"a number beyond the doubles", "o2.json", R"([{"a":1e999,"b":-1e999},{"a":2,"b":3}])",
+       "a A5 VARCHAR, b A6 VARCHAR", "1e999|-1e999;2|3"},
       {"characters of patterns in the name", "p[1]*.csv", "a\n1\n", "a F8.0 BIGINT", "1"},
       {"missing values of table and field", "s1.csv", "a,b,s\n1,-9,NA\nNA,2,x\n",
        "a F8.0 BIGINT, b F8.0 BIGINT, s A2 VARCHAR", "1|-9~|NA~;.~|2|x",
@@ -153,6 +158,56 @@ TEST_F(DataFileTest, ReadsNativeFiles) {
   EXPECT_EQ(ActiveFile::Current().Engine().CountCases(), 3);
 }
 
+// Goal: a database that only looks like a native file neither crashes the reader nor makes it ask for more
+// memory than its texts need.
+TEST_F(DataFileTest, ReadsNativeFilesOfOtherTypes) {
+  struct Case {
+    const char* aim;
+    const char* text;     // SQL of each text of the dictionary
+    const char* width;    // SQL
+    const char* version;  // SQL
+    const char* refusal = "";
+  };
+  const Case kCases[] = {
+      {"numbers for texts", "7::BIGINT", "1", "1::BIGINT"},
+      {"categories for texts", "'7'::ENUM('x', '7')", "1", "'1'::ENUM('1')"},
+      {"another version", "'7'", "1", "2.5::DOUBLE", "format version \"2.5\", expected 1"},
+      {"a width beyond memory", "'7'", "2147483647", "'1'",
+       "variable \"7\" is 2147483647 bytes wide, expected at most 16777216"},
+      {"a width as of its text", "'7'", "16777217", "'1'"},
+      {"a negative width", "'7'", "-1", "'1'", "a variable of a negative width"},
+  };
+  int number = 0;
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.aim);
+    const std::string name = fmt::format("x{}.sav", ++number);
+    const std::string width = c.width;
+    Sql(fmt::format(
+        "ATTACH '$/{4}' AS x; CREATE TABLE x.cases AS SELECT repeat('y', {3}) AS s;"
+        "CREATE TABLE x.variables AS SELECT 0 AS position, {0} AS name, {1} AS type, 4 AS print_type, 1 AS "
+        "print_width, 0 AS print_decimals, 4 AS write_type, 1 AS write_width, 0 AS write_decimals, 1 AS "
+        "level, "
+        "{0} AS label;"
+        "CREATE TABLE x.value_labels AS SELECT 0 AS position, 0 AS ordinal, NULL AS number, {0} AS text, {0} "
+        "AS label;"
+        "CREATE TABLE x.missing_values AS SELECT 0 AS position, 0 AS ordinal, NULL AS number, {0} AS text;"
+        "CREATE TABLE x.documents AS SELECT 0 AS document, 0 AS line, {0} AS text;"
+        "CREATE TABLE x.file_info AS SELECT 'format_version' AS key, {2} AS value; DETACH x",
+        c.text, width, c.version, width == "16777217" ? width : "1", name));
+    const bool isRefused = *c.refusal != '\0';
+    EXPECT_EQ(ErrorOf({.path = Path(name)}),
+              isRefused ? fmt::format("{}: no native data file ({})", name, c.refusal) : "opened");
+    if (isRefused) continue;
+    const Dictionary& dictionary = *ActiveFile::Current().SharedDictionary();
+    ASSERT_EQ(dictionary.variables.size(), 1U);
+    const KORV_Variable& variable = dictionary.variables[0];
+    EXPECT_EQ(variable.GetName() + variable.GetLabel(), "77");
+    EXPECT_EQ(variable.ValueLabels(), (std::vector<ValueLabel>{{{0.0, "7"}, "7"}}));
+    EXPECT_EQ(variable.MissingValues(), (std::vector<DictionaryValue>{{0.0, "7"}}));
+    EXPECT_EQ(dictionary.documents, (std::vector<DocumentLines>{{"7"}}));
+  }
+}
+
 TEST_F(DataFileTest, AppliesASchemaToParquet) {
   const std::string numbers =
       Write("n.json", R"({"fields":[{"name":"t","type":"number","missingValues":["x"]}]})");
@@ -194,6 +249,11 @@ TEST_F(DataFileTest, NamesWhatIsWrongWithAFile) {
       {"h.json", "[{\"a\":1}, 2]", "h.json, object 2: a single value where an object is expected"},
       {"i.ndjson", "{\"a\":1}\n{\"a\":1,\"a\":2}", "i.ndjson, object 2: \"a\" stands twice"},
       {"i2.json", "[[1]]", "i2.json, object 1: a list where an object is expected"},
+      {"i3.json", "[]{\"a\":{\"b\":1}}",
+       "i3.json, object 1: an object where the end of the file is expected"},
+      {"i4.json", "[{\"a\":1}]\n[]", "i4.json, object 2: a list where the end of the file is expected"},
+      {"i5.json", "{\"a\":1}[]", "i5.json, object 2: a list where an object is expected"},
+      {"i6.json", "{\"a\":1}\n{\"a\":1e9999}", "i6.json, line 2: a number is beyond 1e4932"},
       {"j.parquet", "PAR1 and no more", "j.parquet: "},
       {"k.sav", "no database", "k.sav: no native data file"},
       {"l.xlsx", "x", "l.xlsx: no data file by its extension"},
@@ -233,6 +293,8 @@ TEST_F(DataFileTest, NamesWhatIsWrongWithASchema) {
   for (const Case& c : kCases)
     EXPECT_EQ(ErrorOf({.path = data, .schema = Write("s.json", c.schema)}), c.message);
   EXPECT_EQ(ErrorOf({.path = data, .schema = Path("t.json")}), "t.json: there is no such file");
+  // A file that opens and then fails to be read.
+  EXPECT_EQ(ErrorOf({.path = data, .schema = "/proc/self/mem"}), "/proc/self/mem: Input/output error");
 }
 
 TEST_F(DataFileTest, KeepsTheOrderOfQueriesAndSorts) {
@@ -246,7 +308,7 @@ TEST_F(DataFileTest, KeepsTheOrderOfQueriesAndSorts) {
   EXPECT_EQ(ShowCases(), "2|1;1|0.5;0|0");
   EXPECT_EQ(ErrorOf({.sql = "DROP TABLE x"}).substr(0, 7), "query: ");
   EXPECT_EQ(ErrorOf({.sql = "SELECT 1; SELECT 2"}).substr(0, 7), "query: ");
-  EXPECT_EQ(ErrorOf({.sql = "SELECT 1 AS a, 2 AS A"}), "query: two columns are named \"A\"");
+  EXPECT_EQ(ErrorOf({.sql = "SELECT 1 AS a, 2 AS A"}), "query: two columns are named \"a\" and \"A\"");
   EXPECT_EQ(ErrorOf({.path = Path("a.csv"), .sort = {"z"}}), "a.csv: there is no variable \"z\" to sort by");
   EXPECT_EQ(ErrorOf({.path = Path("a.csv"), .weight = "s"}),
             "a.csv: the weight \"s\" is no numeric variable");

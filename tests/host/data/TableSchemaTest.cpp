@@ -35,6 +35,7 @@ TEST(TableSchema, SaysWhatIsWrongAndWhere) {
       {"", "s.json, line 1: no valid JSON"},
       {"{\"fields\": [\n{\"name\": \"a\"\n", "s.json, line 3: no valid JSON"},
       {"{\"fields\": [{\"name\": \"\xff\"}]}", "s.json, line 1: no valid JSON"},
+      {R"({"x": 1e999})", "s.json: a number is beyond 1.8e308"},
       {"[]", "s.json: no Table Schema: it must be an object with the member \"fields\""},
       {"{}", "s.json: no Table Schema: \"fields\" must be a list"},
       {R"({"fields": [{"name": "a"}, {"type": "number"}]})", "s.json: field 2 has no name"},
