@@ -47,7 +47,8 @@ private:
   std::vector<std::pair<std::type_index, std::shared_ptr<void>>> fLayers;
 };
 
-// The host's number of processors for parallel work, 0 when nothing is set.
+// The host's number of processors for parallel work: the session's, else the machine's; 0 when that is
+// unknown.
 int GETTHREADS();
 
 // Whether the draws are to have exactly the probabilities that they state.
