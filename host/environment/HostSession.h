@@ -1,8 +1,6 @@
 #pragma once
 
-#include <functional>
 #include <memory>
-#include <string>
 #include <typeindex>
 #include <utility>
 #include <vector>
