@@ -1,12 +1,12 @@
 # The folders are the architecture, and the compiler keeps it.
 #
-#   sv_folder(<name> DIR <folder> [USES <name>...] [USES_PRIVATELY <name>...] [SEES <header>...] [LIBS <target>...])
+#   sv_folder(<name> DIR <folder> [USES <name>...] [SEES <header>...] [LIBS <target>...])
 #
 # makes an object library of the folder's sources. It compiles against an include tree of its own, a tree of
 # links in the build folder that holds the headers of the folder itself, of the folders in USES with all that
 # they use, and the single headers in SEES. A header that isn't in that tree can't be included, so an include
-# against the direction of the dependencies fails the build. USES_PRIVATELY is for what the sources alone need:
-# whoever uses this folder doesn't see it. Headers are included by their path from the root of the repository.
+# against the direction of the dependencies fails the build. Headers are included by their path from the root of
+# the repository.
 
 set(SV_VIEWS "${CMAKE_BINARY_DIR}/views")
 
@@ -17,25 +17,18 @@ function(sv_link_header view header)
 endfunction()
 
 function(sv_folder name)
-  cmake_parse_arguments(ARG "" "DIR" "USES;USES_PRIVATELY;SEES;LIBS" ${ARGN})
+  cmake_parse_arguments(ARG "" "DIR" "USES;SEES;LIBS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS RELATIVE "${CMAKE_SOURCE_DIR}" "${CMAKE_SOURCE_DIR}/${ARG_DIR}/*.cpp")
   file(GLOB headers CONFIGURE_DEPENDS RELATIVE "${CMAKE_SOURCE_DIR}" "${CMAKE_SOURCE_DIR}/${ARG_DIR}/*.h")
 
-  # What a user of this folder sees: its headers, and those that they may include.
-  set(public ${headers} ${ARG_SEES})
+  # What the folder sees, and a user of it: its headers, and those that they may include.
+  set(visible ${headers} ${ARG_SEES})
   foreach(used IN LISTS ARG_USES)
-    get_property(more GLOBAL PROPERTY SV_PUBLIC_${used})
-    list(APPEND public ${more})
-  endforeach()
-  list(REMOVE_DUPLICATES public)
-  set_property(GLOBAL PROPERTY SV_PUBLIC_${name} "${public}")
-
-  set(visible ${public})
-  foreach(used IN LISTS ARG_USES_PRIVATELY)
-    get_property(more GLOBAL PROPERTY SV_PUBLIC_${used})
+    get_property(more GLOBAL PROPERTY SV_VISIBLE_${used})
     list(APPEND visible ${more})
   endforeach()
   list(REMOVE_DUPLICATES visible)
+  set_property(GLOBAL PROPERTY SV_VISIBLE_${name} "${visible}")
 
   set(view "${SV_VIEWS}/${name}")
   file(REMOVE_RECURSE "${view}")
@@ -63,7 +56,7 @@ function(sv_view target)
   file(REMOVE_RECURSE "${view}")
   file(MAKE_DIRECTORY "${view}")
   foreach(used IN LISTS ARGN)
-    get_property(headers GLOBAL PROPERTY SV_PUBLIC_${used})
+    get_property(headers GLOBAL PROPERTY SV_VISIBLE_${used})
     foreach(header IN LISTS headers)
       sv_link_header("${view}" "${header}")
     endforeach()

@@ -141,7 +141,7 @@ void AddStage(const SVPlanSpecs& plan, int number, Lines* lines) {
   lines->push_back("  Clusters: " + NamesText(stage.clusterVariables));
   lines->push_back("  Method: " + std::string(MethodText(stage.type)));
   AddSize(stage, lines);
-  if (stage.type >= kSamplingPpsWor && stage.type <= kSamplingPpsChromy) AddMeasureOfSize(plan, lines);
+  if (IsPpsType(stage.type)) AddMeasureOfSize(plan, lines);
   AddOutputs(stage, lines);
 }
 

@@ -47,10 +47,6 @@ SamplingType TypeOf(const xercesc::DOMElement* element, const XMLCh* attribute, 
   return word == std::end(words) ? kSamplingNoValue : word->type;
 }
 
-bool IsPps(std::int32_t type) {
-  return type >= kSamplingPpsWor && type <= kSamplingPpsChromy;
-}
-
 }  // namespace
 
 int PlanXmlReader::MakeStages(std::size_t count) {
@@ -74,7 +70,7 @@ int PlanXmlReader::ReadSampleStage(const Element* element, int number, int runni
   code = FirstFault(code, ReadStrata(element, number));
   code = FirstFault(code, ReadClusters(element, number));
   code = ReadSizeOrRate(element, number, code);
-  if (IsPps(stage->type)) code = FirstFault(code, ReadMos(element));
+  if (IsPpsType(stage->type)) code = FirstFault(code, ReadMos(element));
   return FirstFault(code, ReadOutputs(element, stage));
 }
 
@@ -85,7 +81,7 @@ void PlanXmlReader::ReadStageHead(const Element* element, SVPlanStageSpecs* stag
 
 int PlanXmlReader::ReadSelectionMethod(const Element* element, int number, SVPlanStageSpecs* stage) const {
   stage->type = TypeOf(element, u"selectionMethod", kSelectionMethods);
-  if (stage->type == kSamplingNoValue || (IsPps(stage->type) && number >= 2)) return kPlanIllegalMethod;
+  if (stage->type == kSamplingNoValue || (IsPpsType(stage->type) && number >= 2)) return kPlanIllegalMethod;
   const bool isWithReplacement = stage->type == kSamplingSimpleWr || stage->type == kSamplingPpsWr;
   return isWithReplacement && number != fpPlan->numStages() ? kPlanReplacementBeforeLast : 0;
 }

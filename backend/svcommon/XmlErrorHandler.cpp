@@ -10,7 +10,8 @@
 namespace SV_XML {
 
 xercesc::InputSource* XmlErrorHandler::resolveEntity(const XMLCh*, const XMLCh*) {
-  const std::string path = PathFactory::getPathInstance(3)->DataFolder() + "korv-survey-plans-1.0.dtd";
+  PathFinder* const finder = PathFactory::getPathInstance(PathFactory::kApplicationData);
+  const std::string path = finder->DataFolder() + "korv-survey-plans-1.0.dtd";
   char16_t* const wide = KORVMBTranscodeGeneric(path);
   const std::u16string systemId = wide;
   KORVMBRelease(wide);

@@ -11,7 +11,8 @@
 
 namespace {
 
-constexpr const char* kLockSuffix = ".svselect-lock";
+constexpr std::string_view kLockSuffix = ".svselect-lock";
+static_assert(1 + kLockSuffix.size() <= kBesideRoom);
 
 // An open file, closed with the object.
 class Descriptor {

@@ -12,8 +12,10 @@ public:
   FileWriter(const FileWriter&) = delete;
   FileWriter& operator=(const FileWriter&) = delete;
 
-  // Makes the file, or empties it.
+  // Makes the file, or empties it. False when it can't be written.
   bool Open(const std::string& path);
+  // Appends to the file. False when this or anything before it failed; a text still in the buffer may fail
+  // later.
   bool Write(std::string_view text);
   // Writes what is left. False when the file isn't whole.
   bool Close();

@@ -1,7 +1,6 @@
 #include "host/data/ProcDSIterator.h"
 
 #include <algorithm>
-#include <cassert>
 #include <cstring>
 
 #include "host/data/ActiveFile.h"

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
-#include <vector>
 
 #include "host/data/FileKind.h"
 #include "host/data/IndependentDataStore.h"

@@ -16,10 +16,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kTemporarySuffix = ".svselect-new";
-constexpr const char* kOldSuffix = ".svselect-old";
+constexpr std::string_view kTemporarySuffix = ".svselect-new";
+constexpr std::string_view kOldSuffix = ".svselect-old";
 // DuckDB's log of a database file that wasn't closed.
-constexpr const char* kLogSuffix = ".wal";
+constexpr std::string_view kLogSuffix = ".wal";
+static_assert(1 + kTemporarySuffix.size() + kLogSuffix.size() <= kBesideRoom);
+static_assert(1 + kOldSuffix.size() <= kBesideRoom);
 
 bool Sync(const std::string& path, int flags, std::string* why) {
   const int file = open(path.c_str(), flags | O_CLOEXEC);
@@ -79,7 +81,7 @@ TemporaryFile::~TemporaryFile() {
 
 void TemporaryFile::RemoveHelpers() {
   unlink(fTemporary.c_str());
-  unlink((fTemporary + kLogSuffix).c_str());
+  unlink((fTemporary + std::string(kLogSuffix)).c_str());
   unlink(fOld.c_str());
 }
 

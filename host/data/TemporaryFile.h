@@ -16,8 +16,8 @@ std::string PlainPath(const std::string& path);
 // The hidden name of a file's helper: "dir/.name" + suffix for "dir/name".
 std::string BesideName(const std::string& path, std::string_view suffix);
 
-// The longest suffix that BesideName() is asked for, with the dot in front, in bytes: so much shorter than
-// the file system's limit must a name be.
+// Room for what BesideName() adds to a name, the dot in front included, in bytes: so much shorter than the
+// file system's limit must a name be.
 inline constexpr std::size_t kBesideRoom = 24;
 
 // TemporaryFile is a file that is written beside its target and takes its place when it is whole, so that the

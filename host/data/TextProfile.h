@@ -7,7 +7,7 @@
 
 // TextProfile settles what the texts of one column are, over all its rows: nothing is guessed from a sample.
 //
-// Use:   Add() or AddString() for each value that isn't empty, then Kind() and the measures.
+// Use:   Add() or AddString() for each value that isn't empty, then Settled() and the measures.
 class TextProfile {
 public:
   enum class Kind { kNothing, kInteger, kNumber, kBoolean, kDate, kTime, kTimestamp, kText };

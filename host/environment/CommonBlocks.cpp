@@ -12,7 +12,6 @@ CommonSystemBlock* pvGetCmnSys() {
   return &gSystemBlock;
 }
 
-// This host keeps nothing in the other blocks.
 void* pvGetCmnBpr() {
   return nullptr;
 }

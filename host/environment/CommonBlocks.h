@@ -1,7 +1,7 @@
 #pragma once
 
-// The words of the host that a procedure reads. Each block's address is valid for the life of the library; a
-// new session starts with the initial values.
+// The words of the host that a procedure reads. The address of each of the two blocks is valid for the life
+// of the library; a new session starts with the initial values.
 struct CommonGlobalBlock {
   int weightVariable = 0;  // greater than 0 when the active file is weighted: 1 + the variable's index
   int errorFlag = 0;       // not 0 once an error has been taken
@@ -17,7 +17,7 @@ struct CommonSystemBlock {
 CommonGlobalBlock* pvGetCmnGlb();
 CommonSystemBlock* pvGetCmnSys();
 
-// The rest of the family. A procedure stores these addresses at attach and reads none of them.
+// The rest of the family, null in this host, which keeps nothing in them.
 void* pvGetCmnBpr();
 void* pvGetCmaDic();
 void* pvGetCmaGlb();

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <functional>
 #include <memory>
-#include <string>
 #include <typeindex>
 #include <utility>
 #include <vector>
@@ -47,7 +45,8 @@ private:
   std::vector<std::pair<std::type_index, std::shared_ptr<void>>> fLayers;
 };
 
-// The host's number of processors for parallel work, 0 when nothing is set.
+// The host's number of processors for parallel work: the session's, else the machine's; 0 when that is
+// unknown.
 int GETTHREADS();
 
 // Whether the draws are to have exactly the probabilities that they state.

@@ -44,7 +44,6 @@ std::string PathFinder::DataFolder() {
 }
 
 PathFinder* PathFactory::getPathInstance(int kind) {
-  constexpr int kApplicationData = 3;
   static PathFinder finder;
   return kind == kApplicationData ? &finder : nullptr;
 }

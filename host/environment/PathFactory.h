@@ -18,7 +18,9 @@ public:
 
 class PathFactory {
 public:
-  // The finder of a kind; the host has one, for kind 3, its application data, and null for every other. It
-  // lives as long as the process.
+  static constexpr int kApplicationData = 3;
+
+  // The finder of a kind; the host has one, for its application data, and null for every other kind. It lives
+  // as long as the process.
   static PathFinder* getPathInstance(int kind);
 };

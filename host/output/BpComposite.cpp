@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <string_view>
 
 namespace {
 

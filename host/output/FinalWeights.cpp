@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <utility>
 
 #include "host/data/ActiveFile.h"
 #include "host/data/DataFile.h"

@@ -59,9 +59,8 @@ public:
   const std::vector<OutputNote>& Notes() const { return fvNotes; }
   const std::vector<std::shared_ptr<OutputTable>>& Tables() const { return fvTables; }
 
-  // Messages beyond kMaxMessages, and the highest level among them.
+  // Messages beyond kMaxMessages.
   std::int64_t FurtherMessages() const { return fFurther; }
-  int FurtherLevel() const { return fFurtherLevel; }
   std::string FurtherText() const { return "... and " + std::to_string(fFurther) + " more messages"; }
   // The messages that are kept; what came beyond them stands as one message behind them.
   std::vector<OutputMessage> AllMessages() const;
@@ -78,5 +77,5 @@ private:
   std::vector<std::shared_ptr<OutputTable>> fvTables;
   std::unordered_map<std::string, Kept> fKeptOfKind;
   std::int64_t fFurther = 0;
-  int fFurtherLevel = 0;
+  int fFurtherLevel = 0;  // the highest among them
 };

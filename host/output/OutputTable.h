@@ -62,7 +62,6 @@ public:
   const std::string& Caption() const { return fCaption; }
   const std::vector<std::string>& Notes() const { return fvNotes; }
   const std::vector<Dimension>& Dimensions() const { return fvDimensions; }
-  std::size_t NodeCount() const { return fvNodes.size(); }
   const Node& NodeAt(int node) const { return fvNodes[static_cast<std::size_t>(node)]; }
   const std::vector<Cell>& Cells() const { return fvCells; }  // in the order in which they were first set
 

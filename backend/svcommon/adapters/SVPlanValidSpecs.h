@@ -80,7 +80,6 @@ public:
   const std::vector<std::int32_t>& FirstStageStrata() const { return fFirstStageStrata; }
   const std::vector<std::int32_t>& FirstStageClusters() const { return fFirstStageClusters; }
 
-  std::int32_t MaxThreads() const { return fMaxThreads; }
   char DecimalChar() const { return fDecimalChar; }
 
 protected:

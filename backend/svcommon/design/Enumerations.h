@@ -68,8 +68,10 @@ enum MethodType : std::int32_t {
 // The method of a stage's selection type; kMethodNone for a type that names no method.
 MethodType MethodOfSamplingType(std::int32_t samplingType);
 
-// The method in words: "fixed interval selection and random starting point".
-std::string_view MethodTypeText(std::int32_t method);
+// A stage of this selection type draws in proportion to size.
+constexpr bool IsPpsType(std::int32_t samplingType) {
+  return samplingType >= kSamplingPpsWor && samplingType <= kSamplingPpsChromy;
+}
 
 // Each draw is made from all units, so that a unit can be hit more than once and a sample can outnumber them.
 constexpr bool IsWithReplacement(std::int32_t method) {

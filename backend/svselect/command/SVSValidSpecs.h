@@ -31,8 +31,9 @@ public:
   void SetPreviousWeight(std::int32_t wgtVar);                        // REQUIRES: wgtVar >= 0
   void SetMosVariable(std::int32_t mosVar);                           // REQUIRES: mosVar >= 0
   void SetMosFromData(bool fromData) { fbMOSFromData = fromData; }
-  void SetMosMin(double mosMin);  // REQUIRES: mosMin >= 0
-  void SetMosMax(double mosMax);  // REQUIRES: mosMax >= 0
+  // REQUIRES: not negative. A build without assertions takes no notice of one that is.
+  void SetMosMin(double mosMin);
+  void SetMosMax(double mosMax);
   // REQUIRES: the lists aren't null.
   void SetKeepList(const std::vector<std::int32_t>* keepList);
   void SetDropList(const std::vector<std::int32_t>* dropList);
@@ -52,7 +53,6 @@ public:
 
   // --- reads
   const KorvVarName& FinalWeightName() const { return fWgtFinalName; }
-  std::int32_t FinalWeightVar() const { return fWgtFinalVar; }
   std::int32_t PreviousWeightVar() const { return fPrevWeightVar; }
   std::int32_t MosVar() const { return fMOSVar; }
   bool MosFromData() const { return fbMOSFromData; }

@@ -13,8 +13,9 @@ class MCStopProcessor;
 // SVSCompSettings is a design as a computation needs it: its variables are indices into a record of doubles.
 //
 // Setters that name a stage make it when there is none of that number. A setter that may refuse gives false
-// and leaves everything but that as it was; Validate() finds the gaps that this leaves. Ownership: owns its
-// stages; borrows the stop processor.
+// and leaves everything but that as it was; Validate() finds the gaps that this leaves.
+//
+// Ownership:  owns its stages; borrows the stop processor.
 //
 // Invariants:
 //   (1) DesignStages() ascends by stage number, without repeats.
@@ -22,9 +23,8 @@ class MCStopProcessor;
 //       of them. The case id and the measure of size leave their entry unspecified.
 class SVSCompSettings {
 public:
-  // --- the stages of the design
-  // ----------------------------------------------------------------------------- A strata or cluster
-  // variable. Refused when negative, already one of them, or of another type.
+  // --- the stages of the design ----------------------------------------------------------------------------
+  // A strata or cluster variable. Refused when negative, already one of them, or of another type.
   bool AddDesignVar(std::int32_t recordIndex, VariableRole role, std::int32_t stage);
   // The variable of the stage's rate or size: kRateVariable or kSizeVariable. Refused when negative or taken.
   bool AddSpecVar(std::int32_t recordIndex, std::int32_t inclusionType, std::int32_t stage);
@@ -44,8 +44,7 @@ public:
   // until the next stage is made.
   DesignStage& FindStage(std::int32_t stage);
 
-  // --- the run
-  // ----------------------------------------------------------------------------------------------
+  // --- the run ---------------------------------------------------------------------------------------------
   void AddSelectStage(std::int32_t stage);  // appends it unless it is there
   bool SetCaseIdVar(std::int32_t recordIndex) {
     return ClaimIndex(recordIndex, kVarUnspecified, &fCaseIdVar);
@@ -62,8 +61,7 @@ public:
   void SetFinalWeightName(std::string name) { fWgtFinalName = std::move(name); }
   void SetExactDesign(bool exact) { fbExactDesign = exact; }
 
-  // --- reads
-  // ------------------------------------------------------------------------------------------------
+  // --- reads -----------------------------------------------------------------------------------------------
   const std::vector<DesignStage>& DesignStages() const { return fDesignStages; }
   // The stage of that number, null if there is none; valid until the next stage is made.
   const DesignStage* GetStage(std::int32_t stage) const;
@@ -124,6 +122,6 @@ private:
   std::vector<std::int32_t> fVariableType;  // VariableType by record index
   std::int32_t fNumThreads = 1;             // for the joint probabilities
   MCStopProcessor* fpStopProcessor = nullptr;  // borrowed, may be null
-  bool fbExactDesign =
-      false;  // Brewer's, Sampford's and PPS_WOR's draws keep their stated probabilities exactly
+  // Brewer's, Sampford's and PPS_WOR's draws keep their stated probabilities exactly.
+  bool fbExactDesign = false;
 };

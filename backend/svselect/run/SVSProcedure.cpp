@@ -1,7 +1,5 @@
 #include "backend/svselect/run/SVSProcedure.h"
 
-#include <string>
-
 #include "backend/svcommon/adapters/SVMessages.h"
 #include "backend/svcommon/adapters/SVProcDSMultiIter.h"
 #include "backend/svselect/command/SVSValidSpecs.h"

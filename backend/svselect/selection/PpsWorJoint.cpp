@@ -161,7 +161,7 @@ PpsWorEqualJoint::PpsWorEqualJoint(const PpsWorStratum& stratum, SVSJointMatrix 
 }
 
 bool PpsWorEqualJoint::Run(std::size_t range, const Stop& stop) {
-  // The product wraps in 32 bits, as all counts here are of 32 bits.
+  // The product is one of 32 bits, and wraps from n = 46,342 on, where the matrix alone takes 17 GB.
   const std::int64_t product = (std::int64_t{fStratum.n} - 1) * fStratum.n;
   const double draws = static_cast<std::int32_t>(product);
   for (std::size_t position = fvRows[range].begin; position < fvRows[range].end; ++position) {

@@ -1,6 +1,5 @@
 #include "backend/svselect/selection/PpsWorSteps.h"
 
-#include <algorithm>
 #include <cassert>
 #include <numeric>
 

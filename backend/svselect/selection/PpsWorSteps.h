@@ -31,9 +31,8 @@ std::vector<double> RatiosToLater(std::span<const double> values);
 
 // The cumulative selection probabilities of one turn in which c more units are still to follow: entries
 // last..upTo (0-based) of `cumulative` for units last+1..upTo+1. Entries before `last` aren't touched.
-//   B(k) = B(k-1) (1 - c A(k)), from B(last) = 1;  P(j) = (c + 1) Z(j) B(j-1);  the entries grow by P(j) /
-//   sum P,
-// or stay 0 where that sum isn't positive.
+//   B(k) = B(k-1) (1 - c A(k)), from B(last) = 1;  P(j) = (c + 1) Z(j) B(j-1)
+// The entries grow by P(j) / sum P, or stay 0 where that sum isn't positive.
 // REQUIRES: 0 <= last <= upTo < shares.size(), upTo <= ratios.size(), cumulative.size() > upTo.
 void TurnProbs(std::span<const double> shares, std::span<const double> ratios, std::int32_t last,
                std::int32_t upTo, std::int32_t c, std::span<double> cumulative);

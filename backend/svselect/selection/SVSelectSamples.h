@@ -110,7 +110,6 @@ private:
   void SelectSequential();
   void SelectPpsWor();
   void SelectPpsWorMain();
-  void SelectPpsWorEqual();
   void TakeTurns(std::int32_t turns, const std::vector<double>& shares, const std::vector<double>& ratios);
   void SelectPpsWr();
   void SelectPpsSystematic();

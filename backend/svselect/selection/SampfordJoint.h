@@ -12,8 +12,8 @@
 // units, with pi_j = n p_j and lambda_j = pi_j / (1 - pi_j). With e_m the m-th elementary symmetric sum of
 // the lambda,
 //
-//   pi_ab = lambda_a lambda_b sum_{t=2..n} (t - pi_a - pi_b) e_{n-t}(without a, b) / sum_{t=1..n} t
-//   e_{n-t}(all).
+//   pi_ab = lambda_a lambda_b sum_{t=2..n} (t - pi_a - pi_b) e_{n-t}(without a, b) / D,
+//   D = sum_{t=1..n} t e_{n-t}(all).
 //
 // How it is computed: each factor 1 + lambda_j x of the symmetric sums is divided by 1 + lambda_j and becomes
 // (1 - pi_j) + pi_j x, after which a sum is a probability and nothing overflows. Let X count successes in

@@ -152,7 +152,6 @@ private:
 
     Entry* First() const { return reinterpret_cast<Entry*>(storage.get()); }
   };
-  static_assert(alignof(SVKey) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
 
   // Unsigned, so that no key can leave the table: a large code makes the hash negative.
   std::size_t BucketOf(const SVKey& key) const {
@@ -204,6 +203,7 @@ private:
 
   // The place of the next entry. Chunks grow with the table.
   void* FreeSlot() {
+    static_assert(alignof(Entry) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
     if (fChunks.empty() || fChunks.back().used == fChunks.back().capacity) {
       const std::size_t capacity = std::clamp(static_cast<std::size_t>(fCount), kMinChunk, kMaxChunk);
       fChunks.push_back({std::unique_ptr<std::byte[]>(new std::byte[capacity * sizeof(Entry)]), capacity, 0});

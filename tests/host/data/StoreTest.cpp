@@ -86,6 +86,9 @@ constexpr const char* kEveryType =
 TEST_F(Store, RoundTripThroughEveryKind) {
   const std::string types =
       "DOUBLE BIGINT BIGINT DECIMAL(6,2) DECIMAL(38,20) BOOLEAN DATE TIMESTAMP VARCHAR VARCHAR";
+  // Of a text file a number is a DOUBLE, or a BIGINT where all are whole, and with more digits than a double
+  // keeps a text.
+  const std::string textTypes = "DOUBLE BIGINT VARCHAR DOUBLE VARCHAR BOOLEAN DATE TIMESTAMP VARCHAR VARCHAR";
   for (const std::string kind : {".sav", ".parquet", ".csv", ".tsv"}) {
     SCOPED_TRACE(kind);
     OpenFrame({.sql = kEveryType});
@@ -116,8 +119,7 @@ TEST_F(Store, RoundTripThroughEveryKind) {
     if (kind == ".csv") {
       EXPECT_NE(Read("out.schema.json").find("\"value\": -5,"), std::string::npos);
     }
-    const bool keepsTypes = kind == ".sav" || kind == ".parquet";
-    EXPECT_EQ(found, keepsTypes ? types : found);
+    EXPECT_EQ(found, kind == ".csv" || kind == ".tsv" ? textTypes : types);
     ActiveFile::Current().SharedDictionary()->documents.clear();
   }
 }
