@@ -5,7 +5,6 @@
 #include "host/environment/PathFactory.h"
 
 namespace {
-constexpr int kApplicationData = 3;
 
 std::string LoaderReason() {
   const char* reason = dlerror();  // NOLINT(concurrency-mt-unsafe): the program loads on one thread
@@ -14,7 +13,8 @@ std::string LoaderReason() {
 }  // namespace
 
 ProcedureEntry LoadProcedure(std::string* why) {
-  const std::string path = PathFactory::getPathInstance(kApplicationData)->LibraryFolder() + "libsvselect.so";
+  const std::string path =
+      PathFactory::getPathInstance(PathFactory::kApplicationData)->LibraryFolder() + "libsvselect.so";
   void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   void* entry = library == nullptr ? nullptr : dlsym(library, "SVSELECT");
   if (entry == nullptr) {

@@ -68,6 +68,9 @@ enum MethodType : std::int32_t {
 // The method of a stage's selection type; kMethodNone for a type that names no method.
 MethodType MethodOfSamplingType(std::int32_t samplingType);
 
+// The method in words: "fixed interval selection and random starting point".
+std::string_view MethodTypeText(std::int32_t method);
+
 // A stage of this selection type draws in proportion to size.
 constexpr bool IsPpsType(std::int32_t samplingType) {
   return samplingType >= kSamplingPpsWor && samplingType <= kSamplingPpsChromy;

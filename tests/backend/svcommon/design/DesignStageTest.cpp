@@ -24,6 +24,8 @@ TEST(Enumerations, MethodsOfSamplingTypes) {
   std::vector<int> methods;
   for (int type = -1; type <= 17; ++type) methods.push_back(MethodOfSamplingType(type));
   EXPECT_EQ(methods, (std::vector<int>{0, 0, 1, 2, 3, 4, 5, 6, 7, 9, 10, 11, 8, 0, 0, 0, 0, 0, 0}));
+  EXPECT_EQ(MethodTypeText(kMethodPpsBrewer).substr(0, 6), "Brewer");
+  EXPECT_EQ(MethodTypeText(12), MethodTypeText(-1));
 }
 
 }  // namespace

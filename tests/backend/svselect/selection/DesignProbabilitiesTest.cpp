@@ -83,6 +83,6 @@ TEST(DesignProbabilities, AreMetByFrequencies) {
       const double deviation = counts[i] - draws * m.probs[i];
       chiSquare += deviation * deviation / (draws * m.probs[i] * (1 - m.probs[i]));
     }
-    EXPECT_LT(chiSquare, 60) << "method " << m.method << (m.exact ? ", exact" : "");
+    EXPECT_LT(chiSquare, 60) << MethodTypeText(m.method) << m.exact;
   }
 }

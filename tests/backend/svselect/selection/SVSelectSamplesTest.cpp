@@ -88,7 +88,7 @@ const Case kCases[] = {
 // Goal: which units come of which numbers, in which order, and that not one number more is drawn.
 TEST(SVSelectSamples, DrawsAsScripted) {
   for (const Case& c : kCases) {
-    SCOPED_TRACE("method " + std::to_string(c.method) + ": " + c.aim);
+    SCOPED_TRACE(std::string(MethodTypeText(c.method)) + ": " + c.aim);
     MCCommonMath::MCRandomTwister random = ScriptedTwister(c.draws);
     const StratumDraw drawn = DrawStratum(c.method, c.sizes, c.n, &random, c.exact);
     EXPECT_EQ(drawn.code, c.code);
