@@ -33,9 +33,9 @@ nav ul { display: flex; flex-wrap: wrap; gap: 0.25rem 1.25rem; margin: 1rem 0 0;
 .status.cancelled, li.warning {
   border-color: var(--warning); background: var(--warning-ground); color: var(--warning);
 }
-li.remark { border-color: var(--accent); background: var(--band); }
 ul.messages { margin: 0; padding: 0; list-style: none; }
 ul.messages li { margin: 0.5rem 0; padding: 0.5rem 0.75rem; border-left: 0.3rem solid; }
+ul.messages li.remark { border-color: var(--accent); background: var(--band); }
 dl { display: grid; grid-template-columns: 16rem 1fr; gap: 0.25rem 1.5rem; margin: 0 0 1rem; }
 dt { color: var(--quiet); }
 dd { margin: 0; }
