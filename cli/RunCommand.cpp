@@ -183,9 +183,13 @@ void AddAdvice(const RunOptions& options, const std::string& status, Lines* rema
             : "nothing was drawn: the plan names no final weight, or its design can't be run (a stage "
               "without size, rate or clusters, or stages out of order)");
   }
-  if (HasDrawn() && status == "error" && !SessionFiles::Current().IsBroken()) {
-    for (const std::string& missing : MissingFiles()) {
-      remarks->push_back(missing + ": the file didn't come into being");
+  if (HasDrawn() && status == "error") {
+    if (SessionFiles::Current().IsBroken()) {
+      remarks->emplace_back("no file of the run was kept");
+    } else {
+      for (const std::string& missing : MissingFiles()) {
+        remarks->push_back(missing + ": the file didn't come into being");
+      }
     }
   }
   const auto& files = SessionFiles::Current().CommittedFiles();
