@@ -1,5 +1,7 @@
 #include "cli/CommandedPlan.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -82,7 +84,7 @@ std::optional<CommandedPlan> ReadCommandedPlan() {
   const std::string path = PlanPath(command);
   if (reader.readSamplePlan(path) != 0) return std::nullopt;
   for (const std::string& misread : reader.MisreadNumbers()) {
-    commanded.misreadNumbers.push_back(path + ": " + misread);
+    commanded.misreadNumbers.push_back(fmt::format("{}: {}", path, misread));
   }
   commanded.drawsFirstStage = DrawsFirstStage(command);
   return commanded;

@@ -17,7 +17,8 @@ namespace {
 bool ReadPlan(const std::string& path, SVPlanSpecs* plan) {
   SV_XML::PlanXmlReader reader(plan);
   const int code = reader.readSamplePlan(path);
-  for (const std::string& misread : reader.MisreadNumbers()) TellProblem(path + ": " + misread);
+  for (const std::string& misread : reader.MisreadNumbers())
+    TellProblem(fmt::format("{}: {}", path, misread));
   if (code == 0) return true;
   SV_XML::PlanReadErrors().report(code);
   TellMessages();

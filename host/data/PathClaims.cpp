@@ -94,14 +94,14 @@ bool PathClaims::IsTaken(FileRole role, const std::string& spelling, const std::
 }
 
 FileFlags PathClaims::ClaimForReading(FileRole role, const std::string& path) {
-  const FileFlags flags = TryReading(role, path);
+  FileFlags flags = TryReading(role, path);
   if (!flags.CanBeRead()) NoteRefusal(role, path, flags.why);
   return flags;
 }
 
 FileFlags PathClaims::ClaimForWriting(FileRole role, const std::string& spelling, const std::string& path,
                                       int* claim) {
-  const FileFlags flags = TryWriting(role, spelling, path, claim);
+  FileFlags flags = TryWriting(role, spelling, path, claim);
   if (!flags.CanBeWritten()) NoteRefusal(role, path, flags.why);
   return flags;
 }
