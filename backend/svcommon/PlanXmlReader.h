@@ -110,7 +110,8 @@ private:
   std::string Text(const Element* element, const XMLCh* name) const;
   int Integer(const Element* element, const XMLCh* name);
   double Number(const Element* element, const XMLCh* name);
-  void NoteMisread(const std::string& text, const std::string& number);
+  template <class Value>
+  Value Extract(const std::string& text);
 
   const xercesc::DOMDocument* fpDocument = nullptr;  // borrowed from the parser; null until one is parsed
   SVPlanSpecs* fpPlan;                               // borrowed, never null

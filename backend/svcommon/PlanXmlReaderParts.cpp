@@ -35,18 +35,6 @@ int CheckValue(std::int32_t paramKind, double value) {
   }
 }
 
-// What a fresh stream extracts from the text, its state left alone: white space before the number and
-// anything behind it don't matter, a text without a number gives 0, one beyond the type's range its end.
-// `isWhole` tells whether the text is that number and no more.
-template <class Value>
-Value Extract(const std::string& text, bool* isWhole) {
-  std::istringstream stream(text);
-  stream.imbue(std::locale::classic());
-  Value value = 0;
-  *isWhole = (stream >> value) && (stream >> std::ws).eof();
-  return value;
-}
-
 }  // namespace
 
 int PlanXmlReader::ReadStrata(const Element* element, int number) {
@@ -162,27 +150,27 @@ std::string PlanXmlReader::Text(const Element* element, const XMLCh* name) const
 }
 
 int PlanXmlReader::Integer(const Element* element, const XMLCh* name) {
-  const std::string text = Text(element, name);
-  bool isWhole = false;
-  const int value = Extract<int>(text, &isWhole);
-  if (!isWhole) NoteMisread(text, fmt::format("{}", value));
-  return value;
+  return Extract<int>(Text(element, name));
 }
 
 double PlanXmlReader::Number(const Element* element, const XMLCh* name) {
-  const std::string text = Text(element, name);
-  bool isWhole = false;
-  const double value = Extract<double>(text, &isWhole);
-  if (!isWhole) NoteMisread(text, fmt::format("{}", value));
-  return value;
+  return Extract<double>(Text(element, name));
 }
 
-void PlanXmlReader::NoteMisread(const std::string& text, const std::string& number) {
-  if (text.empty() || fvMisread.size() == kMaxMisread) return;
-  std::string misread = fmt::format("\"{}\" is read as {}", text, number);
+// What a fresh stream extracts from the text: white space before the number and anything behind it don't
+// matter, a text without a number gives 0, one beyond the type's range its end.
+template <class Value>
+Value PlanXmlReader::Extract(const std::string& text) {
+  std::istringstream stream(text);
+  stream.imbue(std::locale::classic());
+  Value value = 0;
+  const bool isWhole = (stream >> value) && (stream >> std::ws).eof();
+  if (isWhole || text.empty() || fvMisread.size() == kMaxMisread) return value;
+  std::string misread = fmt::format("\"{}\" is read as {}", text, value);
   if (std::find(fvMisread.begin(), fvMisread.end(), misread) == fvMisread.end()) {
     fvMisread.push_back(std::move(misread));
   }
+  return value;
 }
 
 }  // namespace SV_XML
