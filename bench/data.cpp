@@ -18,12 +18,14 @@
 #include <memory>
 #include <string>
 
-#include "host/data/ActiveFile.h"
-#include "host/data/CaseValue.h"
-#include "host/data/DuckDb.h"
-#include "host/data/KORV_InputCaseIterator.h"
-#include "host/data/ProcedureDataSource.h"
+#include "host/engine/ActiveFile.h"
+#include "host/engine/DuckDb.h"
+#include "host/engine/ProcedureDataSource.h"
+#include "host/engine/WorkDatabase.h"
 #include "host/environment/HostSession.h"
+#include "host/model/CaseValue.h"
+#include "host/model/KORV_DataSource.h"
+#include "host/read/OpenFrame.h"
 
 namespace {
 

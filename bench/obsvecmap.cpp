@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "CountedAllocations.h"
-#include "host/data/ObsVecMap.h"
+#include "host/model/ObsVecMap.h"
 
 namespace {
 

@@ -25,10 +25,11 @@
 #include "backend/svselect/design/SVSOutSamples.h"
 #include "backend/svselect/records/SVSInputAdapter.h"
 #include "backend/svselect/tabulation/SVSDataTabulator.h"
-#include "host/data/ActiveFile.h"
-#include "host/data/ProcedureDataSource.h"
+#include "host/engine/ActiveFile.h"
+#include "host/engine/ProcedureDataSource.h"
 #include "host/environment/HostSession.h"
 #include "host/numeric/MCRandomTwister.h"
+#include "host/read/OpenFrame.h"
 
 namespace {
 

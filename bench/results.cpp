@@ -21,13 +21,14 @@
 #include "backend/svselect/results/SVSSampleFile.h"
 #include "backend/svselect/run/SVSProcedure.h"
 #include "host/command/KORV_TokenSequence.h"
-#include "host/command/SessionCommand.h"
-#include "host/data/ActiveFile.h"
-#include "host/data/DuckDb.h"
-#include "host/data/ProcedureDataSource.h"
-#include "host/data/SessionFiles.h"
+#include "host/engine/ActiveFile.h"
+#include "host/engine/DuckDb.h"
+#include "host/engine/ProcedureDataSource.h"
+#include "host/engine/WorkDatabase.h"
 #include "host/environment/HostSession.h"
+#include "host/files/SessionFiles.h"
 #include "host/output/OutputDocument.h"
+#include "host/read/OpenFrame.h"
 
 namespace {
 

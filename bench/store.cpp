@@ -10,13 +10,14 @@
 #include <functional>
 #include <vector>
 
-#include "host/data/DuckDb.h"
-#include "host/data/IndependentDataStore.h"
-#include "host/data/KORV_Case.h"
-#include "host/data/SessionFiles.h"
-#include "host/data/UserCaseFileSpec.h"
-#include "host/data/UserOutputCaseFile.h"
+#include "host/engine/DuckDb.h"
+#include "host/engine/WorkDatabase.h"
 #include "host/environment/HostSession.h"
+#include "host/files/SessionFiles.h"
+#include "host/files/UserCaseFileSpec.h"
+#include "host/model/KORV_Case.h"
+#include "host/write/IndependentDataStore.h"
+#include "host/write/UserOutputCaseFile.h"
 
 namespace {
 

@@ -13,8 +13,8 @@
 #include "host/command/CommandSpec.h"
 #include "host/command/KORV_TokenSequence.h"
 #include "host/command/UniversalParser.h"
-#include "host/data/ActiveFile.h"
-#include "host/data/CheckFileRef.h"
+#include "host/engine/ActiveFile.h"
+#include "host/files/CheckFileRef.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 
 #include "cli/InputFiles.h"
 #include "cli/Terminal.h"
-#include "host/data/Values.h"
 #include "host/environment/MCStopProcessor.h"
+#include "host/model/Values.h"
 #include "host/text/DisplayText.h"
 
 namespace {

@@ -1,9 +1,9 @@
 #include "cli/InputFiles.h"
 
-#include "host/data/FileKind.h"
-#include "host/data/ReadableFile.h"
-#include "host/data/SessionFiles.h"
-#include "host/environment/ErrorSink.h"
+#include "host/environment/HostErrors.h"
+#include "host/files/FileKind.h"
+#include "host/files/ReadableFile.h"
+#include "host/files/SessionFiles.h"
 
 bool Fail(const std::string& text) {
   IssueHostMessage(text, kErrorLevel);

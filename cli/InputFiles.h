@@ -2,8 +2,9 @@
 
 #include <string>
 
-#include "host/data/ActiveFile.h"
-#include "host/data/PathClaims.h"
+#include "host/engine/ActiveFile.h"
+#include "host/files/PathClaims.h"
+#include "host/read/OpenFrame.h"
 
 // Issues an error of the program as an error of the host, and answers false.
 bool Fail(const std::string& text);

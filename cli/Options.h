@@ -4,8 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "host/data/ActiveFile.h"
+#include "host/engine/ActiveFile.h"
 #include "host/environment/HostSession.h"
+#include "host/read/OpenFrame.h"
 
 // Exit statuses of the program.
 inline constexpr int kExitOk = 0;

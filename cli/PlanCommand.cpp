@@ -9,8 +9,8 @@
 #include "backend/svcommon/PlanXmlReader.h"
 #include "backend/svcommon/SVPlanSpecs.h"
 #include "cli/Terminal.h"
-#include "host/data/ReadableFile.h"
 #include "host/environment/MCStopProcessor.h"
+#include "host/files/ReadableFile.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <iostream>
 
 #include "cli/Terminal.h"
-#include "host/data/CaseProgress.h"
+#include "host/engine/CaseProgress.h"
 #include "host/text/DisplayText.h"
 #include "host/text/ProgressText.h"
 

@@ -15,21 +15,22 @@
 #include "cli/ReportKind.h"
 #include "cli/RunFacts.h"
 #include "cli/Terminal.h"
-#include "host/command/SessionCommand.h"
-#include "host/data/CaseProgress.h"
-#include "host/data/ReadableFile.h"
-#include "host/data/SaveActiveFile.h"
-#include "host/data/SessionFiles.h"
-#include "host/data/TemporaryFile.h"
-#include "host/data/UserCaseFileSpec.h"
-#include "host/environment/ErrorSink.h"
+#include "host/command/KORV_TokenSequence.h"
+#include "host/engine/CaseProgress.h"
+#include "host/environment/HostErrors.h"
 #include "host/environment/MCStopProcessor.h"
-#include "host/output/FinalWeights.h"
-#include "host/output/HtmlReport.h"
-#include "host/output/JsonReport.h"
+#include "host/files/ReadableFile.h"
+#include "host/files/SessionFiles.h"
+#include "host/files/TemporaryFile.h"
+#include "host/files/UserCaseFileSpec.h"
 #include "host/output/OutputDocument.h"
 #include "host/output/RunOutcome.h"
-#include "host/output/TextRenderer.h"
+#include "host/render/HtmlReport.h"
+#include "host/render/JsonReport.h"
+#include "host/render/TextRenderer.h"
+#include "host/write/SaveActiveFile.h"
+#include "report/FinalWeights.h"
+#include "report/SurveyPage.h"
 
 namespace {
 
@@ -242,7 +243,8 @@ bool WriteReport(const std::string& path, const RunOutcome& outcome, const Findi
   if (KindOfReport(path) == ReportKind::kJson) {
     WriteJsonReport(document, outcome, text);
   } else if (IsHtml(path)) {
-    WriteHtmlReport(document, outcome, findings.weights ? &*findings.weights : nullptr, text);
+    WriteHtmlReport(document, outcome, SurveyAdditions(findings.weights ? &*findings.weights : nullptr),
+                    text);
   } else {
     WriteTextReport(document, outcome, text);
   }

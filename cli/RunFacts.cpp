@@ -6,7 +6,7 @@
 #include <sstream>
 #include <string>
 
-#include "host/command/SessionCommand.h"
+#include "host/command/KORV_TokenSequence.h"
 #include "host/environment/Clocks.h"
 #include "host/environment/HostSession.h"
 

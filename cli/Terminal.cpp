@@ -9,11 +9,11 @@
 #include <csignal>
 #include <iostream>
 
-#include "host/data/TemporaryFile.h"
 #include "host/environment/CommonBlocks.h"
 #include "host/environment/MCStopProcessor.h"
+#include "host/files/TemporaryFile.h"
 #include "host/output/OutputDocument.h"
-#include "host/output/TextRenderer.h"
+#include "host/render/TextRenderer.h"
 #include "host/text/DisplayText.h"
 
 namespace {

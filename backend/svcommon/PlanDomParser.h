@@ -6,7 +6,25 @@
 #include <string_view>
 #include <unordered_set>
 #include <xercesc/parsers/XercesDOMParser.hpp>
+#include <xercesc/sax/HandlerBase.hpp>
 #include <xercesc/util/SecurityManager.hpp>
+
+namespace SV_XML {
+
+// XmlErrorHandler makes the XML parser strict and keeps it at home: whatever it reports, a warning too, ends
+// the parse, and whatever a document refers to is the plans' DTD of the product, nothing else on disk or net.
+class XmlErrorHandler : public xercesc::HandlerBase {
+public:
+  // The product's DTD. Neither identifier is looked at. The parser owns the result.
+  xercesc::InputSource* resolveEntity(const XMLCh* publicId, const XMLCh* systemId) override;
+
+  // Each throws a copy of the exception.
+  void warning(const xercesc::SAXParseException& exception) override;
+  void error(const xercesc::SAXParseException& exception) override;
+  void fatalError(const xercesc::SAXParseException& exception) override;
+};
+
+}  // namespace SV_XML
 
 namespace SV_XML {
 

@@ -4,11 +4,10 @@
 #include <iterator>
 #include <string>
 
-#include "host/environment/ErrorSink.h"
+#include "host/environment/HostErrors.h"
 #include "host/output/BpComposite.h"
-#include "host/output/BpError.h"
-#include "host/output/BpString.h"
-#include "host/output/BpVariable.h"
+#include "host/output/BpProcedure.h"
+#include "host/output/BpText.h"
 
 namespace SV_XML {
 

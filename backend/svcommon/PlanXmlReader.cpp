@@ -9,8 +9,7 @@
 #include "backend/svcommon/PlanElements.h"
 #include "backend/svcommon/PlanFileSource.h"
 #include "backend/svcommon/PlanReadErrors.h"
-#include "backend/svcommon/XmlErrorHandler.h"
-#include "host/environment/BEDepotRepos.h"
+#include "host/environment/PathFactory.h"
 #include "host/text/TextConversion.h"
 
 namespace SV_XML {

@@ -1,10 +1,9 @@
 #include "backend/svcommon/SVParserMessage.h"
 
-#include "host/command/IntegerToString.h"
+#include "host/command/ParserMessage.h"
 #include "host/output/BpComposite.h"
-#include "host/output/BpError.h"
-#include "host/output/BpString.h"
-#include "host/output/BpVariable.h"
+#include "host/output/BpProcedure.h"
+#include "host/output/BpText.h"
 
 namespace {
 

@@ -2,6 +2,12 @@
 
 #include "host/text/TextConversion.h"
 
+SVPlanStageSpecs::SVPlanStageSpecs() {
+  constexpr std::size_t kUsualVariables = 10;
+  strataVariables.reserve(kUsualVariables);
+  clusterVariables.reserve(kUsualVariables);
+}
+
 namespace {
 
 KorvVarName UpperCase(const KorvVarName& name) {

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "host/command/SessionCommand.h"
 #include "host/environment/HostSession.h"
 
 namespace {

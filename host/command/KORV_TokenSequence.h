@@ -2,9 +2,34 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "host/command/CommandToken.h"
+enum class CommandTokenKind : std::uint8_t { Word, String, Slash, Equals, LeftParenthesis, RightParenthesis };
+
+struct CommandToken {
+  CommandTokenKind kind = CommandTokenKind::Word;
+  std::string text;         // as written; of a string what stands between the quotes, doubled ones single
+  std::int64_t line = 1;    // where it begins
+  std::int64_t column = 1;  // in characters
+};
+
+// The session's current command, a layer of the session.
+class SessionCommand {
+public:
+  // `source` is the word for the command in the host's own errors, such as the name of the command file.
+  void SetCommand(std::string text, std::string source = "Command") {
+    fText = std::move(text);
+    fSource = std::move(source);
+  }
+
+  const std::string& Text() const { return fText; }
+  const std::string& Source() const { return fSource; }
+
+private:
+  std::string fText;
+  std::string fSource = "Command";
+};
 
 // Something in a command that can't be read, and where; lines and columns from 1, columns in characters.
 struct CommandFault {

@@ -2,10 +2,9 @@
 
 #include <array>
 
-#include "host/command/IntegerToString.h"
-#include "host/environment/ErrorSink.h"
+#include "host/environment/HostErrors.h"
 #include "host/output/BpComposite.h"
-#include "host/output/BpString.h"
+#include "host/output/BpText.h"
 #include "host/output/OutputDocument.h"
 
 namespace {

@@ -1,6 +1,11 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
+
+inline std::string IntegerToString(std::int64_t value) {
+  return std::to_string(value);
+}
 
 // ParserMessage issues a command parser's messages. While a group is in force (its index isn't negative), the
 // group text goes with each of them, ^1 in it filled with the group index. A new one has no group.

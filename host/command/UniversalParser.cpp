@@ -6,7 +6,7 @@
 
 #include "host/command/CommandSpec.h"
 #include "host/command/KORV_TokenSequence.h"
-#include "host/environment/ErrorSink.h"
+#include "host/environment/HostErrors.h"
 #include "host/text/VariableNames.h"
 
 namespace {

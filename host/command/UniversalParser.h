@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "host/command/CommandToken.h"
+#include "host/command/KORV_TokenSequence.h"
 
 class CommandSpec;
 class KORV_TokenSequence;

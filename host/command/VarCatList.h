@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/text/KorvVarName.h"
+#include "host/text/VariableNames.h"
 
 // A table of category values: a list of variables and rows that each hold one category text per variable and
 // a number. Rows keep their order of arrival, and two rows with the same categories both stay.

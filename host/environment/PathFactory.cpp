@@ -47,3 +47,9 @@ PathFinder* PathFactory::getPathInstance(int kind) {
   static PathFinder finder;
   return kind == kApplicationData ? &finder : nullptr;
 }
+
+void BEDepotRepos::BEDepotGetInputPath(const std::string&, std::string& local) {
+  local.clear();
+}
+
+void BEDepotRepos::BEDepotRemoveInputEntry(const std::string&) {}

@@ -1,6 +1,12 @@
 #pragma once
 
 #include <cstddef>
+#include <limits>
+
+// The system-missing value: the most negative finite double. Tested by equality; never 0 and never NaN.
+namespace MCMV {
+inline constexpr double gMissingValue = std::numeric_limits<double>::lowest();
+}  // namespace MCMV
 
 // The data cell: one double, or 8 characters of a string. A value is a run of cells: one for a number, for a
 // string of width w as many as ObsCells(w) says, padded with blanks to w bytes.

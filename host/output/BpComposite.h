@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "host/output/BpCellText.h"
+#include "host/output/BpText.h"
 
 // BpComposite is a template with items. In the template ^k stands for the k-th item, and [first:next:]k for
 // the list that is the k-th item: its first entry is written by `first` with %1, %2 and so on, each further

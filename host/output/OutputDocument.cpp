@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "host/environment/CommonBlocks.h"
-#include "host/environment/ErrorSink.h"
+#include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
 #include "host/output/OutputTable.h"
 

@@ -6,8 +6,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/output/BpCellText.h"
-#include "host/output/BpDimension.h"
+#include "host/output/BpTable.h"
+#include "host/output/BpText.h"
 
 // OutputTable is the data of one pivot table: dimensions, each a tree of groups and categories, and the cells
 // where categories meet.

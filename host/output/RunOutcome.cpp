@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/environment/ErrorSink.h"
+#include "host/environment/HostErrors.h"
 #include "host/output/OutputDocument.h"
 
 std::string StatusInWords(const RunOutcome& outcome, const OutputDocument& document) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 // Conversion between the host's generic text, which is UTF-8, and UTF-16, and its upper-casing and trimming.
 // Text from outside may hold anything: a byte that belongs to no UTF-8 character, or a surrogate without its
@@ -32,3 +33,6 @@ void KORVMBstrtrim_A(std::string& text);
 // Where the character begins that holds byte `offset`; a byte that belongs to no character stands for itself.
 // An offset at or behind the end gives the text's length.
 std::size_t KORVMBFindStart_A(const std::string& text, std::size_t offset);
+
+// The place of the first byte that is no UTF-8; npos when all of the text is.
+std::size_t FindInvalidUtf8(std::string_view text);

@@ -9,7 +9,6 @@
 
 #include "host/command/CommandSpec.h"
 #include "host/command/KORV_TokenSequence.h"
-#include "host/command/SessionCommand.h"
 #include "host/command/UniversalParser.h"
 #include "host/environment/CommonBlocks.h"
 #include "host/environment/HostSession.h"

@@ -11,7 +11,7 @@
 #include <thread>
 
 #include "DrawSession.h"
-#include "host/data/DataError.h"
+#include "host/environment/HostErrors.h"
 #include "host/environment/MCStopProcessor.h"
 
 namespace {

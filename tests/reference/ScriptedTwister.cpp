@@ -1,7 +1,7 @@
-#include "ScriptedTwister.h"
-
 #include <cmath>
 #include <sstream>
+
+#include "ScriptedTwister.h"
 
 namespace {
 // The state word that the engine tempers to `y`: its four steps undone, the last first.

@@ -1,11 +1,10 @@
-#include "SlowDraw.h"
-
 #include <algorithm>
 #include <map>
 
 #include "KeyOf.h"
+#include "SlowDraw.h"
 #include "host/numeric/MCRandomTwister.h"
-#include "host/numeric/MissingValue.h"
+#include "host/numeric/Obs.h"
 #include "model_components/surveyplans/common/SVHashtable.h"
 
 namespace {

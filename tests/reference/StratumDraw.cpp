@@ -1,5 +1,4 @@
 #include "StratumDraw.h"
-
 #include "KeyOf.h"
 #include "StopAt.h"
 #include "backend/svselect/design/SVCancelInfo.h"

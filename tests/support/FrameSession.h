@@ -7,10 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "host/data/ActiveFile.h"
-#include "host/data/ProcedureDataSource.h"
+#include "host/engine/ActiveFile.h"
+#include "host/engine/ProcedureDataSource.h"
 #include "host/environment/HostSession.h"
 #include "host/output/OutputDocument.h"
+#include "host/read/OpenFrame.h"
 
 // A folder of the test's own, gone with it.
 struct TestFolder {

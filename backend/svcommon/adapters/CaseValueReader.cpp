@@ -2,7 +2,13 @@
 
 #include <algorithm>
 
-#include "host/data/KORV_InputCaseIterator.h"
+#include "host/model/KORV_DataSource.h"
+#include "host/numeric/Obs.h"
+
+bool SVCaseValue::IsPresent() const {
+  if (!fbIncludeUserMissing) return !IsMissing();
+  return fWidth != 0 || fpObs->number != MCMV::gMissingValue;
+}
 
 namespace {
 constexpr std::size_t kMaxWholes = 1 << 20;  // 4 MB of codes

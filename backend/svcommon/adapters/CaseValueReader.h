@@ -3,8 +3,26 @@
 #include <cstdint>
 #include <vector>
 
-#include "backend/svcommon/adapters/SVCaseValue.h"
-#include "host/data/ObsVecMap.h"
+#include "host/model/CaseValue.h"
+#include "host/model/ObsVecMap.h"
+
+// SVCaseValue is one variable's cell in the current case, with the procedure's rule for what counts as
+// present.
+class SVCaseValue : public CaseValue {
+public:
+  // `iterator` outlives it.
+  SVCaseValue(KORV_InputCaseIterator* iterator, int column, bool includeUserMissing)
+      : CaseValue(iterator, column), fbIncludeUserMissing(includeUserMissing) {}
+
+  // Whether the current case has a value. With user-missing values included every string is one, also blanks,
+  // and every number but the system-missing.
+  bool IsPresent() const;
+
+  const OBS* Cells() const { return fpObs; }
+
+private:
+  bool fbIncludeUserMissing;
+};
 
 // CaseValueReader turns the values of one categorical variable into category codes: 1, 2, 3, ... in the order
 // in which the values first appear. A code stays with its value for the whole run.

@@ -1,8 +1,8 @@
 #include "backend/svcommon/adapters/SVInputAdapter.h"
 
-#include "host/data/ProcDSIterator.h"
-#include "host/data/ProcedureDataSource.h"
-#include "host/numeric/MissingValue.h"
+#include "host/engine/ProcDSIterator.h"
+#include "host/engine/ProcedureDataSource.h"
+#include "host/numeric/Obs.h"
 
 SVInputAdapter::SVInputAdapter(const SVPlanValidSpecs* validSpecs, ProcedureDataSource* dataSource,
                                ProcDSIterator* iterator, const SVMessages* messages, bool includeUserMissing)

@@ -6,8 +6,7 @@
 #include <vector>
 
 #include "backend/svcommon/adapters/CaseValueReader.h"
-#include "backend/svcommon/adapters/SVAdaptContVar.h"
-#include "backend/svcommon/adapters/SVAdaptMatrixSpec.h"
+#include "backend/svcommon/adapters/SVAdaptSpecs.h"
 #include "backend/svcommon/adapters/SVPlanValidSpecs.h"
 
 class ProcDSIterator;

@@ -1,14 +1,10 @@
 #include "backend/svcommon/adapters/SVMessages.h"
 
-#include "host/data/KORV_InputCaseIterator.h"
-#include "host/data/ProcedureDataSource.h"
+#include "host/engine/ProcedureDataSource.h"
+#include "host/model/KORV_DataSource.h"
 #include "host/output/BpComposite.h"
-#include "host/output/BpDataValue.h"
-#include "host/output/BpError.h"
-#include "host/output/BpNumber.h"
 #include "host/output/BpProcedure.h"
-#include "host/output/BpString.h"
-#include "host/output/BpVariable.h"
+#include "host/output/BpText.h"
 
 void SVMessages::NoCasesForSelection() const {
   BpError(BpString("There are no valid cases for selection ...", true), kShowInMessage, kErrorLevel);

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cassert>
 
-#include "host/data/Values.h"
 #include "host/environment/MCStopProcessor.h"
+#include "host/model/Values.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "backend/svcommon/design/DesignStage.h"
-#include "host/data/KORV_Format.h"
-#include "host/data/ObsVecMap.h"
+#include "host/model/Dictionary.h"
+#include "host/model/ObsVecMap.h"
 
 class MCStopProcessor;
 

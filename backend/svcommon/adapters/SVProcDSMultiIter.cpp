@@ -1,7 +1,7 @@
 #include "backend/svcommon/adapters/SVProcDSMultiIter.h"
 
 #include "backend/svcommon/adapters/SVInputAdapter.h"
-#include "host/data/ProcedureDataSource.h"
+#include "host/engine/ProcedureDataSource.h"
 
 std::unique_ptr<ProcDSIterator> SVProcDSMultiIter::MakeIterator(ProcedureDataSource* dataSource) {
   std::unique_ptr<KORV_InputCaseIterator> made(dataSource->MakeInputCaseIterator(0));

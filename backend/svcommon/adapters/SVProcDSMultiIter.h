@@ -2,8 +2,7 @@
 
 #include <memory>
 
-#include "host/data/ProcDSIterator.h"
-#include "host/numeric/MCRecord.h"
+#include "host/engine/ProcDSIterator.h"
 #include "host/numeric/RecordIterator.h"
 
 class ProcedureDataSource;

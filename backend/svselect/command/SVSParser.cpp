@@ -5,8 +5,6 @@
 #include "backend/svcommon/SVPlanSpecs.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "host/command/CommandSpec.h"
-#include "host/command/ParamObj.h"
-#include "host/command/SubComObj.h"
 #include "host/command/UniversalParser.h"
 #include "host/environment/CommonBlocks.h"
 #include "host/environment/HostSession.h"

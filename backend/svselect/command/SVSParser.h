@@ -8,10 +8,10 @@
 
 #include "backend/svcommon/SVParserMessage.h"
 #include "backend/svcommon/design/DesignStage.h"
-#include "host/data/KORV_Format.h"
-#include "host/data/ObsVecMap.h"
+#include "host/model/Dictionary.h"
+#include "host/model/ObsVecMap.h"
 #include "host/numeric/Obs.h"
-#include "host/text/KorvVarName.h"
+#include "host/text/VariableNames.h"
 
 class CommandSpec;
 class KORV_DataSource;

@@ -3,8 +3,8 @@
 #include "backend/svcommon/SVPlanSpecs.h"
 #include "backend/svselect/command/SVSParser.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
-#include "host/data/KORV_DataSource.h"
-#include "host/data/Values.h"
+#include "host/model/KORV_DataSource.h"
+#include "host/model/Values.h"
 
 // The table of a stage: category texts of the plan become values of the dictionary's variables.
 

@@ -1,7 +1,7 @@
 #include "backend/svcommon/SVPlanSpecs.h"
 #include "backend/svselect/command/SVSParser.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
-#include "host/data/KORV_DataSource.h"
+#include "host/model/KORV_DataSource.h"
 #include "host/text/VariableNames.h"
 
 // The second half of the parser: the plan's names meet the dictionary, and each stage of the plan becomes a

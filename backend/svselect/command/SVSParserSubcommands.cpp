@@ -1,13 +1,11 @@
 #include "backend/svselect/command/SVSParser.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
-#include "host/command/ParamObj.h"
-#include "host/command/SubComObj.h"
-#include "host/command/TokenInfoObj.h"
-#include "host/data/CheckFileRef.h"
-#include "host/data/KORV_DataSource.h"
-#include "host/data/UserCaseFileSpec.h"
+#include "host/command/CommandSpec.h"
+#include "host/files/CheckFileRef.h"
+#include "host/files/UserCaseFileSpec.h"
+#include "host/model/KORV_DataSource.h"
 #include "host/numeric/Fuzzy.h"
-#include "host/numeric/MCPower.h"
+#include "host/numeric/MCMathFun.h"
 #include "host/text/VariableNames.h"
 
 namespace {

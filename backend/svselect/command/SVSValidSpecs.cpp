@@ -8,7 +8,7 @@
 #include "host/environment/Clocks.h"
 #include "host/environment/MCStopProcessor.h"
 #include "host/numeric/Fuzzy.h"
-#include "host/numeric/MCPower.h"
+#include "host/numeric/MCMathFun.h"
 
 namespace {
 

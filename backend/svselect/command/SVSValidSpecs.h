@@ -7,8 +7,8 @@
 
 #include "backend/svcommon/adapters/SVPlanValidSpecs.h"
 #include "backend/svselect/design/SVSCompSettings.h"
-#include "host/data/UserCaseFileSpec.h"
-#include "host/text/KorvVarName.h"
+#include "host/files/UserCaseFileSpec.h"
+#include "host/text/VariableNames.h"
 
 // SVSValidSpecs is what the command and the plan have settled, in terms of the active file's dictionary. It
 // is the meeting point of the parser, which fills it, and of everything that runs afterwards.

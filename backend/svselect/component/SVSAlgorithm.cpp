@@ -1,7 +1,7 @@
 #include "backend/svselect/component/SVSAlgorithm.h"
 
 #include "backend/svselect/design/SVSCompSettings.h"
-#include "host/numeric/MissingValue.h"
+#include "host/numeric/Obs.h"
 
 SVSAlgorithm::SVSAlgorithm(const SVSCompSettings* settings, MCSV::SVSOutJointProbs* jointProbs)
     : fCompSettings(settings),

@@ -1,8 +1,8 @@
 #include "backend/svselect/records/SVSInputAdapter.h"
 
 #include "backend/svcommon/adapters/SVMessages.h"
-#include "host/data/ProcDSIterator.h"
-#include "host/numeric/MissingValue.h"
+#include "host/engine/ProcDSIterator.h"
+#include "host/numeric/Obs.h"
 
 SVSInputAdapter::SVSInputAdapter(const SVSValidSpecs* validSpecs, ProcedureDataSource* dataSource,
                                  ProcDSIterator* iterator, const SVMessages* messages)

@@ -6,14 +6,13 @@
 
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "backend/svselect/records/SVSInputAdapter.h"
-#include "backend/svselect/results/UniqueVariableName.h"
-#include "host/data/ErrorText.h"
-#include "host/data/IndependentDataStore.h"
+#include "backend/svselect/results/OutputVariables.h"
 #include "host/environment/CommonBlocks.h"
-#include "host/numeric/MissingValue.h"
-#include "host/output/BpError.h"
-#include "host/output/BpString.h"
-#include "host/output/BpVariable.h"
+#include "host/environment/HostErrors.h"
+#include "host/numeric/Obs.h"
+#include "host/output/BpProcedure.h"
+#include "host/output/BpText.h"
+#include "host/write/IndependentDataStore.h"
 
 using namespace MCSV;
 

@@ -4,9 +4,9 @@
 #include <memory>
 #include <vector>
 
-#include "host/data/KORV_Case.h"
-#include "host/data/UserOutputCaseFile.h"
+#include "host/model/KORV_Case.h"
 #include "host/numeric/Obs.h"
+#include "host/write/UserOutputCaseFile.h"
 #include "model_components/surveyplans/common/SVSOutJointProbs.h"
 
 class IndependentDataStore;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/data/UserOutputCaseFile.h"
+#include "host/write/UserOutputCaseFile.h"
 
 class DesignStage;
 class IndependentDataStore;

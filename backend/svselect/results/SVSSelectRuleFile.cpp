@@ -4,12 +4,10 @@
 
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "backend/svselect/records/SVSInputAdapter.h"
-#include "host/data/KORV_DataSource.h"
-#include "host/data/KORV_InputCaseIterator.h"
-#include "host/data/Values.h"
-#include "host/output/BpError.h"
-#include "host/output/BpString.h"
-#include "host/output/BpVariable.h"
+#include "host/model/KORV_DataSource.h"
+#include "host/model/Values.h"
+#include "host/output/BpProcedure.h"
+#include "host/output/BpText.h"
 
 namespace {
 

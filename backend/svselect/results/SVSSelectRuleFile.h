@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/data/ExtNameStr.h"
+#include "host/files/ExtNameStr.h"
 #include "model_components/surveyplans/common/SVHashtable.h"
 #include "model_components/surveyplans/common/SVKey.h"
 

@@ -6,17 +6,12 @@
 
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "backend/svselect/records/SVSInputAdapter.h"
-#include "backend/svselect/run/SVSProcedure.h"
-#include "host/data/ProcedureDataSource.h"
+#include "host/engine/ProcedureDataSource.h"
 #include "host/numeric/Fuzzy.h"
-#include "host/output/BpAnnotation.h"
 #include "host/output/BpComposite.h"
-#include "host/output/BpDataValue.h"
-#include "host/output/BpHeading.h"
-#include "host/output/BpNumber.h"
 #include "host/output/BpProcedure.h"
-#include "host/output/BpString.h"
-#include "host/output/BpVariable.h"
+#include "host/output/BpTable.h"
+#include "host/output/BpText.h"
 
 namespace {
 
@@ -31,9 +26,9 @@ BpString Fixed(const char* text) {
 
 }  // namespace
 
-SVSSummaryTable::SVSSummaryTable(const SVSValidSpecs* validSpecs, const SVSProcedure* procedure,
+SVSSummaryTable::SVSSummaryTable(const SVSValidSpecs* validSpecs, const SVSInputAdapter* inputAdapter,
                                  BpHeading* heading, const ProcedureDataSource* dataSource)
-    : fpValidSpecs(validSpecs), fpProcedure(procedure), fpHeading(heading), fpDataSource(dataSource) {}
+    : fpValidSpecs(validSpecs), fpInputAdapter(inputAdapter), fpHeading(heading), fpDataSource(dataSource) {}
 
 SVSSummaryTable::~SVSSummaryTable() {
   CloseTable();
@@ -109,7 +104,7 @@ void SVSSummaryTable::CollectRow(const std::vector<std::int32_t>& designValues, 
   const ObsVecMap::KeySpec& widths = fpStrataObsVecMap->GetKeySpec();
   auto shift = fKeyBuffer.begin();
   for (std::size_t i = 0; i < fvCumStrataXW.size(); ++i) {
-    const OBS* value = fpProcedure->GetInputAdapter()->ObsOfCode(fvCumStrataXW[i], designValues[i]);
+    const OBS* value = fpInputAdapter->ObsOfCode(fvCumStrataXW[i], designValues[i]);
     assert(value != nullptr);
     shift = std::copy_n(value, ObsCells(widths[i]), shift);
   }

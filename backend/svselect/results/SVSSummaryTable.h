@@ -5,15 +5,14 @@
 #include <optional>
 #include <vector>
 
-#include "host/data/ObsVecMap.h"
+#include "host/model/ObsVecMap.h"
 #include "host/numeric/Obs.h"
-#include "host/output/BpDimension.h"
-#include "host/output/BpPivotTable.h"
+#include "host/output/BpTable.h"
 #include "model_components/surveyplans/common/SVSOutputSummary.h"
 
 class BpHeading;
 class ProcedureDataSource;
-class SVSProcedure;
+class SVSInputAdapter;
 class SVSValidSpecs;
 
 // SVSSummaryTable shows for each stratum of a stage how many units were asked for and how many were drawn,
@@ -26,7 +25,7 @@ class SVSValidSpecs;
 // Ownership:  borrows everything that it is given.
 class SVSSummaryTable : public MCSV::SVSOutputSummary {
 public:
-  SVSSummaryTable(const SVSValidSpecs* validSpecs, const SVSProcedure* procedure, BpHeading* heading,
+  SVSSummaryTable(const SVSValidSpecs* validSpecs, const SVSInputAdapter* inputAdapter, BpHeading* heading,
                   const ProcedureDataSource* dataSource);
   ~SVSSummaryTable() override;
 
@@ -56,7 +55,7 @@ private:
   void CloseTable();
 
   const SVSValidSpecs* fpValidSpecs;
-  const SVSProcedure* fpProcedure;  // gives the input adapter
+  const SVSInputAdapter* fpInputAdapter;
   BpHeading* fpHeading;
   const ProcedureDataSource* fpDataSource;
   std::optional<BpPivotTable> fTable;  // of the present stage, as all up to the rows

@@ -5,14 +5,12 @@
 #include "backend/svcommon/adapters/SVMessages.h"
 #include "backend/svselect/command/SVSParser.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
-#include "backend/svselect/results/PrintCaseProcessing.h"
-#include "backend/svselect/results/PrintNotes.h"
-#include "backend/svselect/results/PrintRenamedVariables.h"
+#include "backend/svselect/results/PrintTables.h"
 #include "backend/svselect/results/SVSSampleFile.h"
 #include "backend/svselect/results/SVSSummaryTable.h"
 #include "backend/svselect/run/SVSProcedure.h"
 #include "host/command/KORV_TokenSequence.h"
-#include "host/data/ProcedureDataSource.h"
+#include "host/engine/ProcedureDataSource.h"
 #include "host/environment/CommonBlocks.h"
 #include "host/output/BpProcedure.h"
 
@@ -67,7 +65,7 @@ void WriteSample(SVSValidSpecs& specs, ProcedureDataSource& dataSource, SVSProce
   }
   if (sampleFile.fState == SVSSampleFile::kFailed) return;
   if (specs.RenameVars()) PrintRenamedVariables(heading, sampleFile);
-  if (specs.PrintCPS()) PrintCaseProcessing(procedure, heading);
+  if (specs.PrintCPS()) PrintCaseProcessing(*procedure.GetInputAdapter(), heading);
 }
 
 // From the validated specifications to the report. The error flag is tested at fixed places only: a step
@@ -76,7 +74,8 @@ void RunSpecifications(SVSValidSpecs& specs, ProcedureDataSource& dataSource, Bp
   PrintNotes(specs, heading);
   AnnounceNewVariables(specs, dataSource);
   SVSProcedure procedure(&specs, &dataSource);
-  const auto summary = std::make_unique<SVSSummaryTable>(&specs, &procedure, &heading, &dataSource);
+  const auto summary =
+      std::make_unique<SVSSummaryTable>(&specs, procedure.GetInputAdapter(), &heading, &dataSource);
   procedure.SetSummary(summary.get());
   if (ErrorRaised()) return;
   const bool isGood = procedure.Run();

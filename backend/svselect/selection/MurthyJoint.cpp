@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "host/numeric/MissingValue.h"
+#include "host/numeric/Obs.h"
 
 double MurthyJointProb(double pa, double pb) {
   if (!(pa < 1.0) || !(pb < 1.0)) return MCMV::gMissingValue;

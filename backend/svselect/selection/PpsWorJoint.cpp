@@ -4,7 +4,7 @@
 #include <cassert>
 #include <utility>
 
-#include "host/numeric/MissingValue.h"
+#include "host/numeric/Obs.h"
 
 namespace {
 

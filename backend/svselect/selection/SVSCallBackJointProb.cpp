@@ -1,7 +1,7 @@
 #include "backend/svselect/selection/SVSCallBackJointProb.h"
 
 #include "backend/svselect/selection/SVSelectSamples.h"
-#include "host/threads/sfCompleteTask.h"
+#include "host/threads/sfLocks.h"
 
 int SVSCallBackJointProb::callBack() {
   fpSelectSamples->JointProbsRange(fThreadInd);

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "host/numeric/MCPower.h"
+#include "host/numeric/MCMathFun.h"
 
 using MCMV::gMissingValue;
 

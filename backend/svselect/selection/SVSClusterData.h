@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "host/numeric/MissingValue.h"
+#include "host/numeric/Obs.h"
 #include "model_components/surveyplans/common/SVHashtable.h"
 
 // SVSClusterData is one sampling unit of a stage, a cluster or a single case: its measure of size before

@@ -7,7 +7,7 @@
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
 #include "backend/svselect/selection/SVSJointWork.h"
-#include "host/threads/sfMutex.h"
+#include "host/threads/sfLocks.h"
 
 using MCMV::gMissingValue;
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "backend/svselect/selection/SVSClusterData.h"
-#include "host/numeric/MissingValue.h"
+#include "host/numeric/Obs.h"
 #include "model_components/surveyplans/common/SVStatus.h"
 
 class DesignStage;

@@ -13,7 +13,7 @@
 #include "backend/svselect/selection/SVSJointMatrix.h"
 #include "backend/svselect/selection/SVSelectSamples.h"
 #include "backend/svselect/selection/SampfordJoint.h"
-#include "host/threads/sfMutex.h"
+#include "host/threads/sfLocks.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "backend/svselect/selection/CumulativeDraw.h"
-#include "host/numeric/MCPower.h"
+#include "host/numeric/MCMathFun.h"
 
 SampfordFurtherDraws::SampfordFurtherDraws(std::span<const double> shares, std::int32_t n)
     : fShares(shares), fRequested(n), fBefore(shares.size() + 1), fAfter(shares.size() + 1) {

@@ -6,7 +6,7 @@
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
 #include "host/numeric/Fuzzy.h"
-#include "host/numeric/MissingValue.h"
+#include "host/numeric/Obs.h"
 #include "model_components/surveyplans/common/SVSOutJointProbs.h"
 #include "model_components/surveyplans/common/SVSOutputSummary.h"
 

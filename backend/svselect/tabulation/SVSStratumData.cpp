@@ -9,9 +9,9 @@
 #include "backend/svselect/selection/SVSCallBackJointProb.h"
 #include "backend/svselect/selection/SizeOrder.h"
 #include "host/numeric/Fuzzy.h"
-#include "host/numeric/MCPower.h"
-#include "host/numeric/MissingValue.h"
-#include "host/threads/sfCompleteTask.h"
+#include "host/numeric/MCMathFun.h"
+#include "host/numeric/Obs.h"
+#include "host/threads/sfLocks.h"
 #include "host/threads/sfThreadPool.h"
 
 namespace {

@@ -1,5 +1,4 @@
 #include "backend/svcommon/PlanInWords.h"
-
 #include "backend/svcommon/PlanXmlReader.h"
 #include "host/environment/HostSession.h"
 

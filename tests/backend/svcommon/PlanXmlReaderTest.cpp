@@ -1,5 +1,3 @@
-#include "backend/svcommon/PlanXmlReader.h"
-
 #include <sys/stat.h>
 
 #include <climits>
@@ -7,6 +5,7 @@
 #include <limits>
 
 #include "PlanText.h"
+#include "backend/svcommon/PlanXmlReader.h"
 #include "host/environment/HostSession.h"
 
 namespace {

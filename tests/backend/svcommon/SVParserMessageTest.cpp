@@ -1,5 +1,4 @@
 #include "backend/svcommon/SVParserMessage.h"
-
 #include "host/environment/HostSession.h"
 #include "host/output/OutputDocument.h"
 

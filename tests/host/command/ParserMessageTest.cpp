@@ -1,5 +1,4 @@
 #include "host/command/ParserMessage.h"
-
 #include "host/environment/CommonBlocks.h"
 #include "host/environment/HostSession.h"
 #include "host/output/OutputDocument.h"

@@ -1,10 +1,8 @@
-#include "host/command/UniversalParser.h"
-
 #include <fmt/format.h>
 
 #include "host/command/CommandSpec.h"
 #include "host/command/KORV_TokenSequence.h"
-#include "host/command/SessionCommand.h"
+#include "host/command/UniversalParser.h"
 #include "host/environment/CommonBlocks.h"
 #include "host/environment/HostSession.h"
 #include "host/output/OutputDocument.h"

@@ -1,9 +1,8 @@
-#include "host/environment/PathFactory.h"
-
 #include <cstdlib>
 #include <filesystem>
 
 #include "host/environment/MessageCatalogue.h"
+#include "host/environment/PathFactory.h"
 
 TEST(PathFactory, FindsTheDataFolder) {
   EXPECT_EQ(PathFactory::getPathInstance(2), nullptr);

@@ -1,11 +1,9 @@
-#include "host/output/BpComposite.h"
-
 #include <cmath>
 
-#include "host/numeric/MissingValue.h"
-#include "host/output/BpNumber.h"
+#include "host/numeric/Obs.h"
+#include "host/output/BpComposite.h"
 #include "host/output/BpProcedure.h"
-#include "host/output/BpString.h"
+#include "host/output/BpText.h"
 
 // Two items, the second a list of those texts that the row gives.
 TEST(BpComposite, FillsTemplates) {

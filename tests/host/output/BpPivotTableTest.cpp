@@ -1,20 +1,18 @@
-#include "host/output/BpPivotTable.h"
-
 #include <cmath>
 #include <cstring>
 #include <sstream>
 
 #include "SummaryTable.h"
 #include "host/environment/HostSession.h"
-#include "host/output/AddNotes.h"
 #include "host/output/BpComposite.h"
-#include "host/output/BpDataValue.h"
-#include "host/output/BpVariable.h"
-#include "host/output/JsonReport.h"
+#include "host/output/BpProcedure.h"
+#include "host/output/BpTable.h"
+#include "host/output/BpText.h"
 #include "host/output/OutputDocument.h"
 #include "host/output/OutputTable.h"
 #include "host/output/RunOutcome.h"
-#include "host/output/TextRenderer.h"
+#include "host/render/JsonReport.h"
+#include "host/render/TextRenderer.h"
 #include "host/text/DisplayText.h"
 
 namespace {

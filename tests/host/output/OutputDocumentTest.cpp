@@ -1,15 +1,14 @@
-#include "host/output/OutputDocument.h"
-
 #include <sstream>
 
 #include "host/environment/CommonBlocks.h"
-#include "host/environment/ErrorSink.h"
+#include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
-#include "host/output/BpError.h"
-#include "host/output/BpString.h"
-#include "host/output/JsonReport.h"
+#include "host/output/BpProcedure.h"
+#include "host/output/BpText.h"
+#include "host/output/OutputDocument.h"
 #include "host/output/RunOutcome.h"
-#include "host/output/TextRenderer.h"
+#include "host/render/JsonReport.h"
+#include "host/render/TextRenderer.h"
 
 namespace {
 

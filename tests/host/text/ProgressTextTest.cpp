@@ -1,7 +1,6 @@
-#include "host/text/ProgressText.h"
-
 #include <algorithm>
 
+#include "host/text/ProgressText.h"
 #include "host/text/ReadableNumber.h"
 
 TEST(ReadableNumber, KeepsDigitsAndGroups) {

@@ -1,12 +1,10 @@
-#include "host/threads/sfThreadPool.h"
-
 #include <atomic>
 #include <chrono>
 #include <stdexcept>
 #include <thread>
 
-#include "host/threads/sfCompleteTask.h"
-#include "host/threads/sfMutex.h"
+#include "host/threads/sfLocks.h"
+#include "host/threads/sfThreadPool.h"
 
 namespace {
 

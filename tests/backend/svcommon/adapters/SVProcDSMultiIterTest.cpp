@@ -1,10 +1,10 @@
-#include "backend/svcommon/adapters/SVProcDSMultiIter.h"
-
 #include <optional>
 
 #include "FrameSession.h"
 #include "backend/svcommon/adapters/SVInputAdapter.h"
-#include "host/data/DuckDb.h"
+#include "backend/svcommon/adapters/SVProcDSMultiIter.h"
+#include "host/engine/DuckDb.h"
+#include "host/engine/WorkDatabase.h"
 #include "host/environment/CommonBlocks.h"
 
 namespace {

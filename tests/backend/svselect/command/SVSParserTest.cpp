@@ -1,10 +1,8 @@
-#include "backend/svselect/command/SVSParser.h"
-
 #include "FrameSession.h"
 #include "PlanText.h"
+#include "backend/svselect/command/SVSParser.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "host/command/KORV_TokenSequence.h"
-#include "host/command/SessionCommand.h"
 #include "host/environment/CommonBlocks.h"
 
 namespace {

@@ -1,11 +1,10 @@
-#include "backend/svselect/component/SVSComponent.h"
-
 #include <random>
 
 #include "MemoryRecords.h"
 #include "SlowDraw.h"
 #include "StopAt.h"
-#include "host/numeric/MissingValue.h"
+#include "backend/svselect/component/SVSComponent.h"
+#include "host/numeric/Obs.h"
 
 namespace {
 

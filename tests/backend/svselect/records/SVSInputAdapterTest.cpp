@@ -1,5 +1,3 @@
-#include "backend/svselect/records/SVSInputAdapter.h"
-
 #include <fmt/format.h>
 
 #include <cstring>
@@ -8,7 +6,8 @@
 #include "FrameSession.h"
 #include "backend/svcommon/adapters/SVMessages.h"
 #include "backend/svcommon/adapters/SVProcDSMultiIter.h"
-#include "host/numeric/MissingValue.h"
+#include "backend/svselect/records/SVSInputAdapter.h"
+#include "host/numeric/Obs.h"
 
 namespace {
 

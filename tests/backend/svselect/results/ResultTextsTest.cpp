@@ -1,10 +1,9 @@
 #include <gmock/gmock.h>
 
 #include "backend/svselect/command/SVSValidSpecs.h"
-#include "backend/svselect/results/SVSDocumentStrings.h"
+#include "backend/svselect/results/OutputVariables.h"
 #include "backend/svselect/results/SampleDocument.h"
-#include "backend/svselect/results/UniqueVariableName.h"
-#include "host/data/KORV_DataSource.h"
+#include "host/model/KORV_DataSource.h"
 
 namespace {
 

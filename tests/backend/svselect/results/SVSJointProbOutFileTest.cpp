@@ -1,11 +1,10 @@
-#include "backend/svselect/results/SVSJointProbOutFile.h"
-
 #include <gmock/gmock.h>
 
 #include "DrawSession.h"
 #include "backend/svcommon/adapters/SVMessages.h"
 #include "backend/svcommon/adapters/SVProcDSMultiIter.h"
 #include "backend/svselect/records/SVSInputAdapter.h"
+#include "backend/svselect/results/SVSJointProbOutFile.h"
 
 namespace {
 

@@ -1,8 +1,7 @@
-#include "backend/svselect/results/SVSSampleFile.h"
-
 #include <gmock/gmock.h>
 
 #include "DrawSession.h"
+#include "backend/svselect/results/SVSSampleFile.h"
 
 namespace {
 

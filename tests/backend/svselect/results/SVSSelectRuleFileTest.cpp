@@ -1,8 +1,7 @@
-#include "backend/svselect/results/SVSSelectRuleFile.h"
-
 #include <gmock/gmock.h>
 
 #include "DrawSession.h"
+#include "backend/svselect/results/SVSSelectRuleFile.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -1,10 +1,9 @@
-#include "backend/svselect/run/SVSELECT.h"
-
 #include <gmock/gmock.h>
 
 #include "DrawSession.h"
 #include "backend/svcommon/design/Enumerations.h"
-#include "backend/svselect/run/StatusTexts.h"
+#include "backend/svselect/run/SVSELECT.h"
+#include "backend/svselect/run/SVSProcedure.h"
 
 namespace {
 

@@ -1,5 +1,3 @@
-#include "backend/svselect/selection/SVSJointWork.h"
-
 #include <rapidcheck/gtest.h>
 
 #include <algorithm>
@@ -10,8 +8,9 @@
 #include "Outcomes.h"
 #include "backend/svselect/selection/MurthyJoint.h"
 #include "backend/svselect/selection/PpsWorJoint.h"
+#include "backend/svselect/selection/SVSJointWork.h"
 #include "backend/svselect/selection/SampfordJoint.h"
-#include "host/numeric/MissingValue.h"
+#include "host/numeric/Obs.h"
 
 namespace {
 

@@ -1,9 +1,8 @@
-#include "backend/svselect/selection/SVSelectSamples.h"
-
 #include <cmath>
 
 #include "ScriptedTwister.h"
 #include "StratumDraw.h"
+#include "backend/svselect/selection/SVSelectSamples.h"
 
 namespace {
 constexpr double kTiny =

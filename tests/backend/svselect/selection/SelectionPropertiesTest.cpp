@@ -3,6 +3,7 @@
 #include <cmath>
 #include <numeric>
 
+#include "KeyOf.h"
 #include "StratumDraw.h"
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/selection/HitCounts.h"
@@ -10,8 +11,6 @@
 #include "backend/svselect/selection/SampfordDesign.h"
 #include "backend/svselect/selection/SampfordFurtherDraws.h"
 #include "backend/svselect/selection/SizeOrder.h"
-
-#include "KeyOf.h"
 
 namespace {
 

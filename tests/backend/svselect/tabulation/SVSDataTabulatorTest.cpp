@@ -1,13 +1,12 @@
-#include "backend/svselect/tabulation/SVSDataTabulator.h"
-
 #include <limits>
 
 #include "MemoryRecords.h"
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
+#include "backend/svselect/tabulation/SVSDataTabulator.h"
 #include "host/numeric/MCRandomTwister.h"
-#include "host/numeric/MissingValue.h"
+#include "host/numeric/Obs.h"
 #include "model_components/surveyplans/common/SVSOutJointProbs.h"
 #include "model_components/surveyplans/common/SVSOutputSummary.h"
 

@@ -1,5 +1,3 @@
-#include "backend/svselect/tabulation/SVSStratumData.h"
-
 #include <cmath>
 #include <mutex>
 #include <numeric>
@@ -10,10 +8,11 @@
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
+#include "backend/svselect/tabulation/SVSStratumData.h"
 #include "host/environment/MCStopProcessor.h"
-#include "host/numeric/MCPower.h"
+#include "host/numeric/MCMathFun.h"
 #include "host/numeric/MCRandomTwister.h"
-#include "host/numeric/MissingValue.h"
+#include "host/numeric/Obs.h"
 
 namespace {
 

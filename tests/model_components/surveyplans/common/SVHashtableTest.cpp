@@ -1,5 +1,3 @@
-#include "model_components/surveyplans/common/SVHashtable.h"
-
 #include <rapidcheck/gtest.h>
 
 #include <algorithm>
@@ -7,6 +5,7 @@
 #include <memory>
 
 #include "KeyOf.h"
+#include "model_components/surveyplans/common/SVHashtable.h"
 
 namespace {
 

@@ -1,10 +1,9 @@
-#include "model_components/surveyplans/common/SVKey.h"
-
 #include <rapidcheck/gtest.h>
 
 #include <numeric>
 
 #include "KeyOf.h"
+#include "model_components/surveyplans/common/SVKey.h"
 
 // Goal: hashes worked by hand, with the multipliers' wrap at 50 values and the products' wrap at 32 bits.
 TEST(SVKey, Hashes) {

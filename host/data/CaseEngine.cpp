@@ -1,4 +1,0 @@
-#include "host/data/CaseEngine.h"
-
-CaseCursor::~CaseCursor() = default;
-CaseEngine::~CaseEngine() = default;

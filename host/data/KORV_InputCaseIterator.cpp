@@ -1,3 +1,0 @@
-#include "host/data/KORV_InputCaseIterator.h"
-
-KORV_InputCaseIterator::~KORV_InputCaseIterator() = default;

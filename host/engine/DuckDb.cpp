@@ -1,0 +1,179 @@
+#include "host/engine/DuckDb.h"
+
+#include <fmt/format.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <exception>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "host/environment/MCStopProcessor.h"
+
+namespace {
+
+// Room for the other threads to work ahead of the reader of a stream.
+constexpr const char* kStreamingBuffer = "16MB";
+
+std::string Quote(std::string_view text, char quote) {
+  std::string quoted(1, quote);
+  for (const char c : text) {
+    if (c == quote) quoted += quote;
+    quoted += c;
+  }
+  return quoted += quote;
+}
+
+[[noreturn]] void Fail(const char* message) {
+  throw DataError(CleanReason(message));
+}
+
+// While it lives, a stop request ends what the connection is computing: a sort or a load of a large file
+// would else be waited for. It asks from a thread of its own, since the statement holds the caller's.
+class StopWatch {
+public:
+  explicit StopWatch(duckdb_connection connection) {
+    try {
+      fThread = std::jthread([this, connection](const std::stop_token& end) { Watch(end, connection); });
+    } catch (const std::system_error&) {
+      // no thread to be had: the statement is waited for
+    }
+  }
+
+private:
+  void Watch(const std::stop_token& end, duckdb_connection connection) {
+    constexpr std::chrono::milliseconds kPause(50);
+    std::unique_lock lock(fMutex);
+    while (!fWake.wait_for(lock, end, kPause, [&] { return end.stop_requested(); })) {
+      if (StopRequested()) duckdb_interrupt(connection);
+    }
+  }
+
+  std::mutex fMutex;
+  std::condition_variable_any fWake;
+  std::jthread fThread;  // last, so that it ends before what it uses
+};
+
+class Statement {
+public:
+  Statement(duckdb_connection connection, const std::string& sql) {
+    if (duckdb_prepare(connection, sql.c_str(), &fStatement) == DuckDBSuccess) return;
+    const char* const message = duckdb_prepare_error(fStatement);
+    const std::string reason = message == nullptr ? "" : message;
+    duckdb_destroy_prepare(&fStatement);
+    Fail(reason.c_str());
+  }
+  ~Statement() { duckdb_destroy_prepare(&fStatement); }
+  Statement(const Statement&) = delete;
+  Statement& operator=(const Statement&) = delete;
+
+  duckdb_prepared_statement Get() const { return fStatement; }
+
+private:
+  duckdb_prepared_statement fStatement = nullptr;
+};
+
+}  // namespace
+
+std::string QuoteIdentifier(std::string_view name) {
+  return Quote(name, '"');
+}
+std::string QuoteLiteral(std::string_view text) {
+  return Quote(text, '\'');
+}
+
+std::string CleanReason(const char* message) {
+  std::string_view reason(message == nullptr ? "" : message);
+  reason = reason.substr(0, reason.find('\n'));
+  constexpr std::string_view kClass = " Error: ";
+  // The class is a few words before the first colon; a reason may hold one of its own, as "IO Error: "
+  // inside.
+  for (std::size_t at = reason.find(kClass); at != std::string_view::npos && reason.find(':') == at + 6;
+       at = reason.find(kClass)) {
+    reason.remove_prefix(at + kClass.size());
+  }
+  while (!reason.empty() && (reason.back() == ' ' || reason.back() == '.')) reason.remove_suffix(1);
+  return reason.empty() ? "DuckDB failed without a reason" : std::string(reason);
+}
+
+// --- results and connections -----------------------------------------------------------------------------
+
+DuckResult::~DuckResult() {
+  duckdb_destroy_result(&fResult);
+}
+
+DuckResult::DuckResult(DuckResult&& other) noexcept : fResult(std::exchange(other.fResult, {})) {}
+
+DuckResult& DuckResult::operator=(DuckResult&& other) noexcept {
+  std::swap(fResult, other.fResult);
+  return *this;
+}
+
+DuckChunk DuckResult::Fetch() {
+  if (StopRequested()) Fail("stopped");
+  DuckChunk chunk(duckdb_fetch_chunk(fResult));
+  if (!chunk) {
+    const char* message = duckdb_result_error(&fResult);
+    if (message != nullptr && *message != '\0') Fail(message);
+  }
+  return chunk;
+}
+
+DuckConnection::DuckConnection(duckdb_database database) {
+  duckdb_connection connection = nullptr;
+  if (duckdb_connect(database, &connection) != DuckDBSuccess) Fail("no connection to the database");
+  fpConnection.reset(connection);
+  Run(fmt::format("SET streaming_buffer_size = '{}'", kStreamingBuffer));
+}
+
+// While an exception is on its way, DuckDB lets a connection go without ending its query, whose threads then
+// read on in what is gone; another statement ends it.
+void DuckConnection::Disconnect::operator()(duckdb_connection connection) const {
+  if (std::uncaught_exceptions() > 0) duckdb_query(connection, "SELECT 1", nullptr);
+  duckdb_disconnect(&connection);
+}
+
+void DuckConnection::Run(const std::string& sql) {
+  Query(sql);
+}
+
+DuckResult DuckConnection::Query(const std::string& sql) {
+  const StopWatch watch(Get());
+  duckdb_result raw{};
+  const duckdb_state state = duckdb_query(Get(), sql.c_str(), &raw);
+  DuckResult result(raw);
+  if (state != DuckDBSuccess) Fail(duckdb_result_error(&raw));
+  return result;
+}
+
+DuckResult DuckConnection::Stream(const std::string& sql) {
+  const StopWatch watch(Get());
+  const Statement statement(Get(), sql);
+  duckdb_pending_result pending = nullptr;
+  const duckdb_state started = duckdb_pending_prepared_streaming(statement.Get(), &pending);
+  duckdb_result raw{};
+  const bool isGood = started == DuckDBSuccess && duckdb_execute_pending(pending, &raw) == DuckDBSuccess;
+  DuckResult result(raw);
+  const char* const message =
+      started == DuckDBSuccess ? duckdb_result_error(&raw) : duckdb_pending_error(pending);
+  const std::string reason = isGood || message == nullptr ? "" : message;
+  duckdb_destroy_pending(&pending);
+  if (!isGood) Fail(reason.c_str());
+  return result;
+}
+
+std::vector<std::string> DuckConnection::QueryColumns(const std::string& sql) {
+  const Statement statement(Get(), sql);
+  if (duckdb_prepared_statement_type(statement.Get()) != DUCKDB_STATEMENT_TYPE_SELECT) {
+    Fail("a statement that isn't a query");
+  }
+  std::vector<std::string> names;
+  for (idx_t i = 0; i < duckdb_prepared_statement_column_count(statement.Get()); ++i) {
+    const char* const name = duckdb_prepared_statement_column_name(statement.Get(), i);
+    names.emplace_back(name == nullptr ? "" : name);
+    duckdb_free(const_cast<char*>(name));
+  }
+  return names;
+}

@@ -1,0 +1,198 @@
+#include "host/engine/ProcDSIterator.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "host/engine/ActiveFile.h"
+#include "host/engine/CaseEngine.h"
+#include "host/engine/CaseProgress.h"
+#include "host/engine/ProcedureDataSource.h"
+#include "host/environment/CommonBlocks.h"
+#include "host/environment/HostSession.h"
+#include "host/environment/MCStopProcessor.h"
+#include "host/numeric/Obs.h"
+
+ProcDSIterator::ProcDSIterator(ProcedureDataSource& source, ActiveFile& file)
+    : fSource(source),
+      fFile(file),
+      fProgress(HostSession::Current().Layer<CaseProgress>()),
+      fvServed(file.CopiedColumns()) {
+  if (pvGetCmnGlb()->splitCount == 0) return;
+  for (const int column : file.SplitColumns()) {
+    ProcDSIterator::BindColumn(column);
+    fvSplitPlaces.push_back(PlaceOf(column));
+  }
+}
+
+ProcDSIterator::~ProcDSIterator() = default;
+
+KORV_DataSource& ProcDSIterator::GetDataSource() {
+  return fSource;
+}
+
+// --- walking ---------------------------------------------------------------------------------------------
+
+int ProcDSIterator::NextCase() {
+  if (fNext < fPlainRows && !StopRequested()) {
+    ++fRow;
+    ShowNumbers(fNext++);
+    return 1;
+  }
+  if (fbEnded) return 0;
+  if (StopRequested()) {
+    End();
+    return 0;
+  }
+  if (fNext == fBlockRows && !NextBlock()) return 0;
+  if (!fvSplitPlaces.empty() && fRow >= 0 && !fbSplitEnd && SplitKeyChanges(fNext)) {
+    fbSplitEnd = true;
+    return 1;
+  }
+  fbSplitEnd = false;
+  ++fRow;
+  ShowRow(fNext++);
+  fPlainRows = fvSplitPlaces.empty() && fvTexts.empty() && fvAdded.empty() ? fBlockRows : 0;
+  return 1;
+}
+
+// Moves on to the next block; at the end of the cases or on a failure the walk has ended.
+bool ProcDSIterator::NextBlock() {
+  fPlainRows = 0;
+  if (fpCursor == nullptr) {
+    fProgress.StartPass();
+    if (!OpenCursor(0)) return false;
+  }
+  fProgress.SetCases(fRow + 1);
+  try {
+    fBlockRows = fpCursor->NextBlock();
+    fNext = 0;
+    if (fBlockRows == 0) {
+      End();
+      return false;
+    }
+    for (BoundNumber& bound : fvNumbers) bound.block = fpCursor->Numbers(bound.place);
+    for (BoundText& bound : fvTexts) bound.block = fpCursor->Texts(bound.place);
+    return true;
+  } catch (const DataError& error) {
+    fFile.Fail(error.what());
+    End();
+    return false;
+  }
+}
+
+bool ProcDSIterator::OpenCursor(std::int64_t firstRow) {
+  try {
+    fpCursor.reset();  // the old query ends before the new one begins
+    fpCursor = fFile.Engine().Open(fvServed, firstRow);
+    return true;
+  } catch (const DataError& error) {
+    fFile.Fail(error.what());
+    End();
+    return false;
+  }
+}
+
+void ProcDSIterator::End() {
+  fbEnded = true;
+  fbSplitEnd = false;
+  fBlockRows = 0;
+  fPlainRows = 0;
+  fNext = 0;
+  fpCursor.reset();
+}
+
+// The cells still show the case before.
+bool ProcDSIterator::SplitKeyChanges(std::size_t row) const {
+  const auto isKey = [&](std::size_t place) {
+    return std::find(fvSplitPlaces.begin(), fvSplitPlaces.end(), place) != fvSplitPlaces.end();
+  };
+  for (const BoundNumber& bound : fvNumbers) {
+    if (isKey(bound.place) && bound.block[row] != bound.cell->number) return true;
+  }
+  for (const BoundText& bound : fvTexts) {
+    const std::string_view shown(bound.cells->text, bound.used);
+    if (isKey(bound.place) && bound.block[row] != shown) return true;
+  }
+  return false;
+}
+
+void ProcDSIterator::ShowOthers(std::size_t row) {
+  for (BoundText& bound : fvTexts) {
+    const std::string_view text = bound.block[row];
+    char* const cells = bound.cells->text;
+    std::copy(text.begin(), text.end(), cells);
+    if (text.size() < bound.used) std::memset(cells + text.size(), ' ', bound.used - text.size());
+    bound.used = text.size();
+  }
+  for (const BoundAdded& bound : fvAdded) bound.cell->number = fFile.Added(bound.column).Get(fRow);
+}
+
+// --- binding ---------------------------------------------------------------------------------------------
+
+std::size_t ProcDSIterator::PlaceOf(int column) {
+  const auto found = std::find(fvServed.begin(), fvServed.end(), column);
+  if (found == fvServed.end()) return kNotServed;
+  return static_cast<std::size_t>(found - fvServed.begin());
+}
+
+const OBS* ProcDSIterator::BindColumn(int column) {
+  const auto index = static_cast<std::size_t>(column);
+  if (index < fvCells.size() && fvCells[index] != nullptr) return fvCells[index].get();
+  fPlainRows = 0;  // what is bound now may have texts
+  if (index >= fvCells.size()) fvCells.resize(fSource.ColumnCount());
+
+  const int type = fSource.GetVariable(column).GetType();
+  fvCells[index] = std::make_unique<OBS[]>(ObsCells(type));
+  OBS* const cells = fvCells[index].get();
+  if (type == 0) {
+    cells->number = MCMV::gMissingValue;
+  } else {
+    std::memset(cells->text, ' ', ObsCells(type) * sizeof(OBS));
+  }
+  if (column < fFile.ServedColumns()) {
+    BindServed(column, cells, type == 0);
+  } else if (type == 0) {
+    fvAdded.push_back({cells, column});
+    if (fRow >= 0) cells->number = fFile.Added(column).Get(fRow);
+  }
+  return cells;
+}
+
+void ProcDSIterator::BindServed(int column, OBS* cells, bool isNumber) {
+  std::size_t place = PlaceOf(column);
+  const bool isNew = place == kNotServed;
+  if (isNew) {
+    place = fvServed.size();
+    fvServed.push_back(column);
+  }
+  if (isNumber) {
+    fvNumbers.push_back({cells, place, nullptr});
+  } else {
+    fvTexts.push_back({cells, 0, place, nullptr});
+  }
+  if (fRow < 0 || fbEnded) return;
+  if (isNew || fNext == 0) {  // a walk that stopped at a split group's end may have left the case's block
+    if (!OpenCursor(fRow) || !NextBlock()) return;
+    fNext = 1;
+    ShowRow(0);
+    return;
+  }
+  try {
+    if (isNumber) {
+      fvNumbers.back().block = fpCursor->Numbers(place);
+    } else {
+      fvTexts.back().block = fpCursor->Texts(place);
+    }
+    ShowRow(fNext - 1);
+  } catch (const DataError& error) {
+    fFile.Fail(error.what());
+    End();
+  }
+}
+
+void ProcDSIterator::SetColumnValue(int column, double value) {
+  if (column < fFile.ServedColumns() || fRow < 0 || !fFile.IsLastPass()) return;
+  fFile.Added(column).Set(fRow, value);
+  const auto index = static_cast<std::size_t>(column);
+  if (index < fvCells.size() && fvCells[index] != nullptr) fvCells[index][0].number = value;
+}

@@ -1,7 +1,0 @@
-#include "host/environment/BEDepotRepos.h"
-
-void BEDepotRepos::BEDepotGetInputPath(const std::string&, std::string& local) {
-  local.clear();
-}
-
-void BEDepotRepos::BEDepotRemoveInputEntry(const std::string&) {}

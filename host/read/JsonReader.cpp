@@ -1,0 +1,167 @@
+#include "host/read/JsonReader.h"
+
+#include <fmt/format.h>
+
+#include <cstdint>
+#include <fstream>
+#include <limits>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "host/environment/HostErrors.h"
+#include "host/read/TextTable.h"
+
+namespace {
+
+// The parser refuses a number that its floating type can't hold. Its text alone counts, so that a wider type
+// lets numbers beyond the doubles through.
+using Json =
+    nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t, std::uint64_t, long double>;
+
+// Takes the events of the parser in, one object a row.
+class RowBuilder : public nlohmann::json_sax<Json> {
+public:
+  RowBuilder(std::string path, TextTable* table) : fPath(std::move(path)), fpTable(table) {}
+
+  bool null() override { return Take("", false); }
+  bool boolean(bool value) override { return Take(value ? "true" : "false", false); }
+  bool number_integer(number_integer_t value) override { return Take(fmt::to_string(value), false); }
+  bool number_unsigned(number_unsigned_t value) override { return Take(fmt::to_string(value), false); }
+  bool number_float(number_float_t, const string_t& text) override { return Take(text, false); }
+  bool string(string_t& value) override { return Take(value, true); }
+  bool binary(binary_t&) override { return false; }  // no part of JSON text
+
+  bool start_object(std::size_t) override {
+    if (fDepth < fRowDepth) Refuse("an object");
+    if (fDepth == fRowDepth) {
+      ++fObject;
+      fNextColumn = 0;
+    } else if (fDepth > fRowDepth) {
+      MarkNested();
+    }
+    ++fDepth;
+    return true;
+  }
+  bool end_object() override {
+    if (--fDepth == fRowDepth) fpTable->EndRow(fObject);
+    return true;
+  }
+  bool start_array(std::size_t) override {
+    if (fDepth > fRowDepth) {
+      MarkNested();
+    } else if (fDepth == 0 && fRowDepth == 0 && fObject == 0) {
+      fRowDepth = 1;
+    } else {
+      Refuse("a list");
+    }
+    ++fDepth;
+    return true;
+  }
+  bool end_array() override {
+    --fDepth;
+    return true;
+  }
+
+  bool key(string_t& name) override {
+    if (fDepth != fRowDepth + 1) return true;
+    fColumn = ColumnOf(name);
+    if (fvSeenIn[fColumn] == fObject) {
+      throw DataError(fmt::format("{}, object {}: \"{}\" stands twice", fPath, fObject, name));
+    }
+    fvSeenIn[fColumn] = fObject;
+    return true;
+  }
+
+  bool parse_error(std::size_t position, const std::string&, const Json::exception& error) override {
+    fErrorAt = position;
+    fbOverflow = dynamic_cast<const Json::out_of_range*>(&error) != nullptr;
+    return false;
+  }
+  // Bytes from where the parser began to what it refused.
+  std::size_t ErrorAt() const { return fErrorAt; }
+  // Why it did.
+  std::string Reason() const {
+    constexpr int kMostDigits = std::numeric_limits<Json::number_float_t>::max_exponent10;
+    return fbOverflow ? fmt::format("a number is beyond 1e{}", kMostDigits) : "the text is no JSON";
+  }
+
+private:
+  [[noreturn]] void Refuse(const char* what) const {
+    throw DataError(fmt::format("{}, object {}: {} where {} is expected", fPath, fObject + 1, what,
+                                fDepth < fRowDepth ? "the end of the file" : "an object"));
+  }
+
+  bool Take(const std::string& text, bool isString) {
+    if (fDepth <= fRowDepth) Refuse("a single value");
+    if (fDepth == fRowDepth + 1) fpTable->Set(fColumn, text, isString);
+    return true;
+  }
+
+  // The rest of a nested value is passed over, and its column left out.
+  void MarkNested() {
+    if (fDepth == fRowDepth + 1) fpTable->SetNested(fColumn);
+  }
+
+  // Objects of one file mostly have the same keys in the same order.
+  std::size_t ColumnOf(const std::string& name) {
+    if (fNextColumn < fvNames.size() && fvNames[fNextColumn] == name) return fNextColumn++;
+    const auto [found, isNew] = fColumns.try_emplace(name, fvNames.size());
+    if (isNew) {
+      fpTable->AddColumn(name, fObject);
+      fvNames.push_back(name);
+      fvSeenIn.push_back(0);
+    }
+    fNextColumn = found->second + 1;
+    return found->second;
+  }
+
+  std::string fPath;
+  TextTable* fpTable;  // borrowed
+  int fDepth = 0;
+  int fRowDepth = 0;  // depth at which the objects of the rows stand: 1 in a list
+  std::int64_t fObject = 0;
+  std::size_t fColumn = 0;
+  std::size_t fNextColumn = 0;
+  std::vector<std::string> fvNames;
+  std::vector<std::int64_t> fvSeenIn;  // the last object that had the column
+  std::unordered_map<std::string, std::size_t> fColumns;
+  std::size_t fErrorAt = 0;
+  bool fbOverflow = false;
+};
+
+// The line of a byte of a file.
+std::int64_t LineOfByte(const std::string& path, std::size_t position) {
+  std::ifstream file(path, std::ios::binary);
+  std::int64_t line = 1;
+  for (char c = 0; position > 1 && file.get(c); --position) line += c == '\n';
+  return line;
+}
+
+// Hands the next value of a file to the parser. False where it refuses the text.
+bool ParseNext(const std::string& path, std::ifstream& file, RowBuilder* rows) {
+  try {
+    return Json::sax_parse(file, rows, Json::input_format_t::json, false);
+  } catch (const std::ios_base::failure&) {  // the parser reads past the stream's own care
+    throw DataError(fmt::format("{}: can't be read", path));
+  }
+}
+
+}  // namespace
+
+void LoadJson(const std::string& path, TextTable* table) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw DataError(fmt::format("{}: can't be opened", path));
+  RowBuilder rows(path, table);
+  while (file.peek() != std::ifstream::traits_type::eof()) {
+    const auto start = static_cast<std::size_t>(file.tellg());
+    if (!ParseNext(path, file, &rows)) {
+      throw DataError(
+          fmt::format("{}, line {}: {}", path, LineOfByte(path, start + rows.ErrorAt()), rows.Reason()));
+    }
+    file >> std::ws;
+  }
+  if (file.bad()) throw DataError(fmt::format("{}: can't be read", path));
+}

@@ -1,0 +1,208 @@
+#include "host/read/TextProfile.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <iterator>
+#include <limits>
+
+namespace {
+
+constexpr unsigned Bit(TextProfile::Kind kind) {
+  return 1u << static_cast<unsigned>(kind);
+}
+constexpr unsigned kNumbers = Bit(TextProfile::Kind::kInteger) | Bit(TextProfile::Kind::kNumber);
+
+bool IsDigit(char c) {
+  return '0' <= c && c <= '9';
+}
+
+std::string_view WithoutSign(std::string_view text) {
+  if (text.starts_with('-')) text.remove_prefix(1);
+  return text;
+}
+
+// Takes the digits at the front of the text; false when there is none.
+bool SkipDigits(std::string_view* text) {
+  const auto end = std::find_if_not(text->begin(), text->end(), IsDigit);
+  const bool any = end != text->begin();
+  text->remove_prefix(static_cast<std::size_t>(end - text->begin()));
+  return any;
+}
+
+bool IsInteger(std::string_view text) {
+  text = WithoutSign(text);
+  return SkipDigits(&text) && text.empty();
+}
+
+bool IsNumber(std::string_view text) {
+  text = WithoutSign(text);
+  bool anyDigits = SkipDigits(&text);
+  if (text.starts_with('.')) {
+    text.remove_prefix(1);
+    anyDigits = SkipDigits(&text) || anyDigits;
+  }
+  if (!anyDigits) return false;
+  if (text.starts_with('e') || text.starts_with('E')) {
+    text.remove_prefix(1);
+    if (text.starts_with('-') || text.starts_with('+')) text.remove_prefix(1);
+    if (!SkipDigits(&text)) return false;
+  }
+  return text.empty();
+}
+
+bool HasLeadingZero(std::string_view text) {
+  text = WithoutSign(text);
+  return text.size() > 1 && text[0] == '0' && IsDigit(text[1]);
+}
+
+// Hands the significant digits on one by one: without sign, point, exponent and the zeros in front.
+template <class Take>
+void ForEachSignificantDigit(std::string_view text, const Take& take) {
+  bool hasBegun = false;
+  for (const char c : text) {
+    if (c == 'e' || c == 'E') return;
+    hasBegun = hasBegun || ('1' <= c && c <= '9');
+    if (hasBegun && IsDigit(c)) take(c);
+  }
+}
+
+std::size_t CountSignificantDigits(std::string_view text) {
+  std::size_t count = 0;
+  ForEachSignificantDigit(text, [&](char) { ++count; });
+  return count;
+}
+
+bool HaveSameDigits(std::string_view text, std::string_view other) {
+  std::string digits;
+  std::string otherDigits;
+  ForEachSignificantDigit(text, [&](char c) { digits += c; });
+  ForEachSignificantDigit(other, [&](char c) { otherDigits += c; });
+  return digits == otherDigits;
+}
+
+// A field of `digits` digits at `at` as a number; -1 when it isn't one.
+int FieldOf(std::string_view text, std::size_t at, std::size_t digits) {
+  int value = -1;
+  if (at + digits > text.size()) return -1;
+  const auto [end, error] = std::from_chars(text.data() + at, text.data() + at + digits, value);
+  const bool isWhole = error == std::errc() && end == text.data() + at + digits;
+  return isWhole && IsDigit(text[at]) ? value : -1;
+}
+
+constexpr std::size_t kDateLength = 10;  // 2024-02-29
+constexpr std::size_t kTimeLength = 8;   // 23:59:59, a fraction may follow
+
+bool IsDate(std::string_view text) {
+  if (text.size() != kDateLength || text[4] != '-' || text[7] != '-') return false;
+  const int year = FieldOf(text, 0, 4);
+  const int month = FieldOf(text, 5, 2);
+  const int day = FieldOf(text, 8, 2);
+  if (year < 1 || month < 1 || day < 1) return false;
+  return std::chrono::year_month_day(std::chrono::year(year),
+                                     std::chrono::month(static_cast<unsigned>(month)),
+                                     std::chrono::day(static_cast<unsigned>(day)))
+      .ok();
+}
+
+// Only what comes out of a time column as it went in: microseconds, without zeros at the end.
+bool IsTime(std::string_view text) {
+  if (text.size() < kTimeLength || text[2] != ':' || text[5] != ':') return false;
+  const int hour = FieldOf(text, 0, 2);
+  const int minute = FieldOf(text, 3, 2);
+  const int second = FieldOf(text, 6, 2);
+  if (hour < 0 || hour > 23 || minute < 0 || minute > 59 || second < 0 || second > 59) return false;
+  std::string_view fraction = text.substr(kTimeLength);
+  if (fraction.empty()) return true;
+  constexpr std::size_t kMicroseconds = 6;  // digits
+  if (fraction[0] != '.' || fraction.size() > kMicroseconds + 1 || fraction.back() == '0') return false;
+  fraction.remove_prefix(1);
+  return SkipDigits(&fraction) && fraction.empty();
+}
+
+bool IsTimestamp(std::string_view text) {
+  return text.size() > kDateLength && text[kDateLength] == ' ' && IsDate(text.substr(0, kDateLength)) &&
+         IsTime(text.substr(kDateLength + 1));
+}
+
+bool IsUsualBoolean(std::string_view text) {
+  constexpr std::string_view kSpellings[] = {"true", "True", "TRUE", "1", "false", "False", "FALSE", "0"};
+  return std::find(std::begin(kSpellings), std::end(kSpellings), text) != std::end(kSpellings);
+}
+
+void Note(TextProfile::Culprit* culprit, std::string_view text, std::int64_t place) {
+  if (culprit->place == 0) *culprit = {std::string(text), place};
+}
+
+}  // namespace
+
+bool ReadNumber(std::string_view text, double* number) {
+  if (!IsNumber(text)) return false;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *number);
+  return error == std::errc() && end == text.data() + text.size();
+}
+
+bool ComesBack(std::string_view text, double number) {
+  const std::size_t digits = CountSignificantDigits(text);
+  if (digits == 0) return true;
+  const bool isNormal = std::fabs(number) >= std::numeric_limits<double>::min();
+  if (isNormal && digits <= std::numeric_limits<double>::digits10) return true;
+  return HaveSameDigits(text, fmt::format("{:.{}e}", number, digits - 1));
+}
+
+void TextProfile::AddNumber(std::string_view text, std::int64_t place) {
+  double number = 0.0;
+  const bool isExact = ReadNumber(text, &number) && ComesBack(text, number);
+  if (!isExact) Note(&fNotExact, text, place);
+  if (!isExact || HasLeadingZero(text)) Refuse(kNumbers);
+  if (!IsInteger(text)) {
+    Refuse(Bit(Kind::kInteger));
+    fbAllIntegers = false;
+  }
+  fLeast = fbAnyNumber ? std::min(fLeast, number) : number;
+  fGreatest = fbAnyNumber ? std::max(fGreatest, number) : number;
+  fbAnyNumber = true;
+}
+
+void TextProfile::Add(std::string_view text, std::int64_t place) {
+  fbAny = true;
+  fLongest = std::max(fLongest, text.size());
+  if (fNotBoolean.place == 0 && !IsUsualBoolean(text)) Note(&fNotBoolean, text, place);
+  if (IsNumber(text)) {
+    AddNumber(text, place);
+    Refuse(Bit(Kind::kBoolean) | Bit(Kind::kDate) | Bit(Kind::kTime) | Bit(Kind::kTimestamp));
+    return;
+  }
+  Note(&fNotNumber, text, place);
+  Refuse(kNumbers);
+  if (fPossible & Bit(Kind::kBoolean) && text != "true" && text != "false") Refuse(Bit(Kind::kBoolean));
+  if (fPossible & Bit(Kind::kDate) && !IsDate(text)) Refuse(Bit(Kind::kDate));
+  if (fPossible & Bit(Kind::kTime) && !IsTime(text)) Refuse(Bit(Kind::kTime));
+  if (fPossible & Bit(Kind::kTimestamp) && !IsTimestamp(text)) Refuse(Bit(Kind::kTimestamp));
+}
+
+void TextProfile::AddString(std::string_view text, std::int64_t place) {
+  Add(text, place);
+  Refuse(kNumbers | Bit(Kind::kBoolean));
+}
+
+void TextProfile::AddMissing(std::string_view text, std::int64_t place) {
+  if (IsNumber(text)) {
+    Add(text, place);
+    return;
+  }
+  fbAnyMissing = true;
+  fLongest = std::max(fLongest, text.size());
+}
+
+TextProfile::Kind TextProfile::Settled() const {
+  if (!fbAny) return Kind::kNothing;
+  for (const Kind kind :
+       {Kind::kInteger, Kind::kNumber, Kind::kBoolean, Kind::kDate, Kind::kTime, Kind::kTimestamp}) {
+    if (fPossible & Bit(kind)) return kind;
+  }
+  return Kind::kText;
+}

@@ -1,0 +1,173 @@
+#include "host/render/HtmlTable.h"
+
+#include <algorithm>
+#include <ostream>
+#include <vector>
+
+#include "host/output/OutputTable.h"
+#include "host/render/HtmlText.h"
+#include "host/render/PivotLayout.h"
+#include "host/text/DisplayText.h"
+
+namespace {
+
+using Headers = std::vector<PivotLayout::Header>;
+
+// A table of more columns than this is printed across the page.
+constexpr std::size_t kWidestUpright = 10;
+
+std::size_t DepthOf(const Headers& headers) {
+  std::size_t depth = 0;
+  for (const PivotLayout::Header& header : headers) depth = std::max(depth, header.size());
+  return depth;
+}
+
+// Whether the header before has the same nodes down to `level`, so that one header cell stands for both.
+bool GoesOn(const Headers& headers, std::size_t i, std::size_t level) {
+  if (i == 0 || i == headers.size()) return false;
+  const PivotLayout::Header& before = headers[i - 1];
+  const PivotLayout::Header& header = headers[i];
+  return before.size() > level && header.size() > level &&
+         std::equal(before.begin(), before.begin() + static_cast<std::ptrdiff_t>(level) + 1, header.begin());
+}
+
+// How many headers from `first` on share its node at `level`.
+std::size_t SpanOf(const Headers& headers, std::size_t first, std::size_t level) {
+  std::size_t last = first + 1;
+  while (GoesOn(headers, last, level)) ++last;
+  return last - first;
+}
+
+std::string Span(const char* attribute, std::size_t count) {
+  return count == 1 ? std::string() : std::string(" ") + attribute + "=\"" + std::to_string(count) + '"';
+}
+
+// Writes one table; a value of this class lives for that.
+class TableWriter {
+public:
+  TableWriter(const OutputTable& table, std::ostream& out)
+      : fTable(table),
+        fOut(out),
+        fLayout(table),
+        fRowDepth(DepthOf(fLayout.Rows())),
+        fColumnDepth(DepthOf(fLayout.Columns())) {}
+
+  void Write(const std::string& id) {
+    const bool isWide = fRowDepth + fLayout.Columns().size() > kWidestUpright;
+    fOut << "<div class=\"scroll\" role=\"region\" tabindex=\"0\" aria-labelledby=\"" << id << "\">\n<table"
+         << (isWide ? " class=\"pivot wide\"" : " class=\"pivot\"") << ">\n<caption id=\"" << id << "\">"
+         << HtmlText(fTable.Title());
+    if (!fTable.Caption().empty()) fOut << "<small>" << HtmlText(fTable.Caption()) << "</small>";
+    fOut << "</caption>\n";
+    if (!fLayout.Entries().empty()) {
+      WriteColumnGroups();
+      WriteHead();
+      WriteBody();
+    }
+    fOut << "</table>\n</div>\n";
+    for (const std::string& note : fTable.Notes()) fOut << "<p class=\"note\">" << HtmlText(note) << "</p>\n";
+  }
+
+private:
+  std::string Label(int node) const { return HtmlText(LabelText(fTable.NodeAt(node).text)); }
+
+  // The labels of the row dimensions that show theirs.
+  std::string Corner() const {
+    std::string corner;
+    for (const OutputTable::Dimension& dimension : fTable.Dimensions()) {
+      if (dimension.place == kPlaceColumn || dimension.hideLabel) continue;
+      corner += (corner.empty() ? "" : ", ") + HtmlText(dimension.label);
+    }
+    return corner;
+  }
+
+  // A header cell that spans a whole group has the scope of the group.
+  void WriteColumnGroups() {
+    if (fRowDepth > 0) fOut << "<colgroup" << Span("span", fRowDepth) << "></colgroup>\n";
+    for (std::size_t c = 0; c < fLayout.Columns().size();) {
+      const std::size_t span = SpanOf(fLayout.Columns(), c, 0);
+      fOut << "<colgroup" << Span("span", span) << "></colgroup>\n";
+      c += span;
+    }
+  }
+
+  void WriteHead() {
+    if (fColumnDepth == 0) return;
+    fOut << "<thead>\n";
+    for (std::size_t level = 0; level < fColumnDepth; ++level) {
+      fOut << "<tr>";
+      if (level == 0 && fRowDepth > 0) {
+        fOut << "<td class=\"corner\"" << Span("colspan", fRowDepth) << Span("rowspan", fColumnDepth) << '>'
+             << Corner() << "</td>";
+      }
+      const Headers& columns = fLayout.Columns();
+      for (std::size_t c = 0; c < columns.size(); ++c) {
+        if (columns[c].empty() && level == 0) fOut << "<td" << Span("rowspan", fColumnDepth) << "></td>";
+        if (level < columns[c].size() && !GoesOn(columns, c, level)) WriteColumnHeader(c, level);
+      }
+      fOut << "</tr>\n";
+    }
+    fOut << "</thead>\n";
+  }
+
+  void WriteColumnHeader(std::size_t column, std::size_t level) {
+    const PivotLayout::Header& header = fLayout.Columns()[column];
+    const bool isLeaf = level + 1 == header.size();
+    const std::size_t columns = SpanOf(fLayout.Columns(), column, level);
+    fOut << "<th scope=\"" << (level == 0 && !isLeaf ? "colgroup" : "col") << '"' << Span("colspan", columns)
+         << Span("rowspan", isLeaf ? fColumnDepth - level : 1) << '>' << Label(header[level]) << "</th>";
+  }
+
+  // Each of the outermost groups of rows is a group of the table, so that print keeps it together.
+  void WriteBody() {
+    const Headers& rows = fLayout.Rows();
+    const bool hasGroups = fRowDepth > 1;
+    fOut << "<tbody>\n";
+    for (std::size_t r = 0; r < rows.size(); ++r) {
+      if (hasGroups && r > 0 && !GoesOn(rows, r, 0)) fOut << "</tbody>\n<tbody>\n";
+      fOut << "<tr>";
+      if (rows[r].empty() && fRowDepth > 0) fOut << "<td" << Span("colspan", fRowDepth) << "></td>";
+      for (std::size_t level = 0; level < rows[r].size(); ++level) {
+        if (!GoesOn(rows, r, level)) WriteRowHeader(r, level);
+      }
+      WriteCells(r);
+      fOut << "</tr>\n";
+    }
+    fOut << "</tbody>\n";
+  }
+
+  void WriteRowHeader(std::size_t row, std::size_t level) {
+    const PivotLayout::Header& header = fLayout.Rows()[row];
+    const bool isLeaf = level + 1 == header.size();
+    const std::size_t rows = SpanOf(fLayout.Rows(), row, level);
+    fOut << "<th scope=\"" << (level == 0 && !isLeaf ? "rowgroup" : "row") << '"' << Span("rowspan", rows)
+         << Span("colspan", isLeaf ? fRowDepth - level : 1) << '>' << Label(header[level]) << "</th>";
+  }
+
+  // Rows come in order, and so do the cells.
+  void WriteCells(std::size_t row) {
+    const std::vector<PivotLayout::Entry>& entries = fLayout.Entries();
+    for (std::size_t c = 0; c < fLayout.Columns().size(); ++c) {
+      const bool isHere = fNext < entries.size() && entries[fNext].row == row && entries[fNext].column == c;
+      if (!isHere) {
+        fOut << "<td></td>";
+        continue;
+      }
+      const OutputTable::Cell& cell = fTable.Cells()[entries[fNext++].cell];
+      fOut << (cell.number ? "<td class=\"number\">" : "<td>") << HtmlText(cell.text) << "</td>";
+    }
+  }
+
+  const OutputTable& fTable;
+  std::ostream& fOut;
+  PivotLayout fLayout;
+  std::size_t fRowDepth;     // header cells before a row
+  std::size_t fColumnDepth;  // lines of header cells over the columns
+  std::size_t fNext = 0;     // entry of the layout that comes next
+};
+
+}  // namespace
+
+void WriteHtmlTable(const OutputTable& table, const std::string& id, std::ostream& out) {
+  TableWriter(table, out).Write(id);
+}

@@ -1,0 +1,103 @@
+#include "host/render/JsonReport.h"
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "host/environment/HostErrors.h"
+#include "host/output/OutputDocument.h"
+#include "host/output/OutputTable.h"
+#include "host/output/RunOutcome.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string Dump(const Json& json) {
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+// Writes `"name": [` and the elements, one a line.
+template <class List, class ToJson>
+void WriteArray(const char* name, const List& list, ToJson toJson, std::ostream& out) {
+  out << '"' << name << "\": [";
+  const char* separator = "\n";
+  for (const auto& element : list) {
+    out << separator << Dump(toJson(element));
+    separator = ",\n";
+  }
+  out << ']';
+}
+
+Json MessageJson(const OutputMessage& message) {
+  return {{"level", message.level >= kErrorLevel ? "error" : "warning"},
+          {"text", message.text},
+          {"group", message.group},
+          {"repeats", message.repeats}};
+}
+
+Json NoteJson(const OutputNote& note) {
+  return {{"group", note.group}, {"label", note.label}, {"text", note.text}};
+}
+
+Json FileJson(const ReportFile& file) {
+  return {{"role", file.role}, {"path", file.path}, {"cases", file.cases}};
+}
+
+// Whole numbers are written without a decimal point as long as a double holds them exactly.
+Json NumberJson(double number) {
+  constexpr double kLargestExact = 9007199254740992.0;  // 2^53
+  if (std::abs(number) <= kLargestExact && std::trunc(number) == number) {
+    return static_cast<std::int64_t>(number);
+  }
+  return number;
+}
+
+Json CellJson(const OutputTable& table, const OutputTable::Cell& cell) {
+  Json at = Json::object();
+  for (std::size_t d = 0; d < table.Dimensions().size(); ++d) {
+    Json path = Json::array();
+    for (const int node : table.Path(cell.at[d])) path.push_back(table.NodeAt(node).text);
+    at[table.Dimensions()[d].label] = std::move(path);
+  }
+  Json json = {{"at", std::move(at)}};
+  if (cell.number) json["value"] = NumberJson(*cell.number);
+  json["text"] = cell.text;
+  return json;
+}
+
+Json DimensionJson(const OutputTable::Dimension& dimension) {
+  return {{"label", dimension.label},
+          {"place", dimension.place == kPlaceColumn ? "column" : "row"},
+          {"index", dimension.index}};
+}
+
+void WriteTable(const OutputTable& table, std::ostream& out) {
+  out << "{\"title\": " << Dump(table.Title()) << ", \"kind\": " << Dump(table.Kind())
+      << ", \"caption\": " << Dump(table.Caption()) << ", \"notes\": " << Dump(table.Notes()) << ",\n";
+  WriteArray("dimensions", table.Dimensions(), DimensionJson, out);
+  out << ",\n";
+  WriteArray(
+      "cells", table.Cells(), [&](const OutputTable::Cell& cell) { return CellJson(table, cell); }, out);
+  out << '}';
+}
+
+}  // namespace
+
+void WriteJsonReport(const OutputDocument& document, const RunOutcome& outcome, std::ostream& out) {
+  out << "{\"procedure\": " << Dump(document.Procedure()) << ", \"status\": " << Dump(outcome.status)
+      << ",\n";
+  WriteArray("messages", document.AllMessages(), MessageJson, out);
+  out << ",\n";
+  WriteArray("notes", document.Notes(), NoteJson, out);
+  out << ",\n\"tables\": [";
+  const char* separator = "\n";
+  for (const auto& table : document.Tables()) {
+    out << separator;
+    WriteTable(*table, out);
+    separator = ",\n";
+  }
+  out << "],\n";
+  WriteArray("files", outcome.files, FileJson, out);
+  out << "}\n";
+}

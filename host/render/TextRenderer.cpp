@@ -1,0 +1,110 @@
+#include "host/render/TextRenderer.h"
+
+#include <algorithm>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "host/environment/HostErrors.h"
+#include "host/output/OutputDocument.h"
+#include "host/output/RunOutcome.h"
+#include "host/render/TablePrinter.h"
+#include "host/text/DisplayText.h"
+
+namespace {
+
+constexpr int kGap = 2;              // between the columns of the notes
+constexpr int kNarrowestNotes = 40;  // a smaller width than this isn't kept to
+constexpr int kNarrowestNoteText = 20;
+
+// A line each, label and text beside each other, the text wrapped in its own column; the parts of the notes
+// apart.
+void PrintNotes(const std::vector<OutputNote>& notes, int width, std::ostream& out) {
+  std::vector<OutputNote> ordered = notes;
+  std::stable_sort(ordered.begin(), ordered.end(),
+                   [](const OutputNote& a, const OutputNote& b) { return a.group < b.group; });
+  int labelWidth = 0;
+  for (const OutputNote& note : ordered)
+    labelWidth = std::max(labelWidth, DisplayWidth(PrintableText(note.label)));
+  const int textWidth = std::max(std::max(width, kNarrowestNotes) - labelWidth - kGap, kNarrowestNoteText);
+
+  const OutputNote* previous = nullptr;
+  for (const OutputNote& note : ordered) {
+    if (previous == nullptr || previous->group != note.group) out << '\n';
+    previous = &note;
+    std::string label = PrintableText(note.label);
+    for (const std::string& line : WrapText(PrintableText(note.text), textWidth)) {
+      const int room = labelWidth + kGap - DisplayWidth(label);
+      out << label << std::string(static_cast<std::size_t>(room), ' ') << line << '\n';
+      label.clear();
+    }
+  }
+}
+
+void PrintFacts(const std::vector<RunFact>& facts, std::ostream& out) {
+  int labelWidth = 0;
+  for (const RunFact& fact : facts)
+    labelWidth = std::max(labelWidth, DisplayWidth(PrintableText(fact.label)));
+  for (const RunFact& fact : facts) {
+    std::string label = PrintableText(fact.label);
+    for (const std::string& line : fact.lines) {
+      const int room = labelWidth + kGap - DisplayWidth(label);
+      out << label << std::string(static_cast<std::size_t>(room), ' ') << PrintableText(line) << '\n';
+      label.clear();
+    }
+  }
+}
+
+bool HasOutput(const OutputDocument& document) {
+  return !document.Notes().empty() || !document.Tables().empty();
+}
+
+bool SameKind(const OutputMessage& a, const OutputMessage& b) {
+  return a.level == b.level && a.text == b.text && a.group == b.group;
+}
+
+// Where the last message of the same kind stands; repeats are told behind it.
+std::size_t LastOfKind(const std::vector<OutputMessage>& messages, std::size_t first) {
+  std::size_t last = messages.size() - 1;
+  while (!SameKind(messages[last], messages[first])) --last;
+  return last;
+}
+
+}  // namespace
+
+void RenderText(const OutputDocument& document, int width, std::ostream& out) {
+  if (!HasOutput(document)) return;
+  out << PrintableText(document.Procedure()) << '\n';
+  PrintNotes(document.Notes(), width, out);
+  for (const auto& table : document.Tables()) {
+    out << '\n';
+    TablePrinter(*table, width, out).Print();
+  }
+}
+
+void RenderMessages(const OutputDocument& document, std::ostream& out) {
+  const std::vector<OutputMessage>& messages = document.Messages();
+  std::vector<std::int64_t> further(messages.size());
+  for (std::size_t i = 0; i < messages.size(); ++i) {
+    if (messages[i].repeats > 0) further[LastOfKind(messages, i)] = messages[i].repeats;
+  }
+  for (std::size_t i = 0; i < messages.size(); ++i) {
+    const OutputMessage& message = messages[i];
+    out << (message.level >= kErrorLevel ? "Error: " : "Warning: ");
+    if (!message.group.empty()) out << PrintableText(message.group) << ' ';
+    out << PrintableText(message.text) << '\n';
+    if (further[i] > 0) out << "  ... and " << further[i] << " more\n";
+  }
+  if (document.FurtherMessages() > 0) out << document.FurtherText() << '\n';
+}
+
+void WriteTextReport(const OutputDocument& document, const RunOutcome& outcome, std::ostream& out) {
+  out << "Status: " << outcome.status << ". " << StatusInWords(outcome, document) << '\n';
+  if (!document.Messages().empty() || !outcome.remarks.empty()) out << '\n';
+  RenderMessages(document, out);
+  for (const std::string& remark : outcome.remarks) out << PrintableText(remark) << '\n';
+  if (HasOutput(document)) out << '\n';
+  RenderText(document, kDefaultTextWidth, out);
+  if (!outcome.facts.empty()) out << "\nThe run\n\n";
+  PrintFacts(outcome.facts, out);
+}

@@ -1,0 +1,68 @@
+#include "host/write/SaveActiveFile.h"
+
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "host/engine/ProcDSIterator.h"
+#include "host/engine/ProcedureDataSource.h"
+#include "host/environment/HostErrors.h"
+#include "host/environment/MCStopProcessor.h"
+#include "host/model/KORV_Case.h"
+#include "host/write/IndependentDataStore.h"
+#include "host/write/UserOutputCaseFile.h"
+
+namespace {
+
+// The cells of a column in the current case, and where they go.
+struct CopiedColumn {
+  const OBS* from;
+  OBS* to;
+  std::size_t bytes;
+};
+
+void DefineStore(const KORV_DataSource& source, IndependentDataStore* store) {
+  for (unsigned i = 0; i < source.ColumnCount(); ++i) {
+    int index = 0;
+    store->MakeVariable(source.GetVariable(static_cast<int>(i)), index);
+  }
+  store->GetDictionary().documents = source.GetDictionary().documents;
+  store->FinishDictionary();
+}
+
+// Throws ErrorText.
+void CopyCases(ProcedureDataSource& source, IndependentDataStore* store) {
+  const std::unique_ptr<KORV_InputCaseIterator> made(source.MakeInputCaseIterator(0));
+  auto& cases = static_cast<ProcDSIterator&>(*made);
+  std::vector<OBS> buffer(store->CaseCellCount());
+  KORV_Case values(*store, buffer.data());
+  std::vector<CopiedColumn> columns;
+  for (int i = 0; i < static_cast<int>(source.ColumnCount()); ++i) {
+    const std::size_t bytes = ObsCells(source.GetVariable(i).GetType()) * sizeof(OBS);
+    columns.push_back({cases.BindColumn(i), values.GetObsPointer(i), bytes});
+  }
+  while (cases.NextCase() != 0) {
+    if (cases.SplitGroupEnd()) continue;  // no case of its own: the next group follows
+    for (const CopiedColumn& column : columns) std::memcpy(column.to, column.from, column.bytes);
+    store->AddCase(values);
+  }
+}
+
+}  // namespace
+
+bool SaveActiveFile(const UserCaseFileSpec& spec) {
+  const UserOutputCaseFile out(spec);
+  IndependentDataStore* store = out.DataSource();
+  if (store == nullptr) return false;
+  ProcedureDataSource source;
+  DefineStore(source, store);
+  try {
+    CopyCases(source, store);
+  } catch (const ErrorText& error) {
+    IssueHostMessage(error.message, kErrorLevel);
+    return false;
+  }
+  if (source.FatalError() || StopRequested()) return false;
+  store->CloseStore();
+  return store->IsClosed();
+}

@@ -1,0 +1,55 @@
+#include "report/FinalWeights.h"
+
+#include <algorithm>
+#include <memory>
+
+#include "host/engine/ActiveFile.h"
+#include "host/engine/DuckCaseEngine.h"
+#include "host/files/SessionFiles.h"
+#include "host/read/DataFile.h"
+
+namespace {
+
+WeightPass PassOverColumn(CaseEngine& engine, int column) {
+  return [&engine, column](const std::function<void(double)>& take) {
+    const std::unique_ptr<CaseCursor> cursor = engine.Open({column}, 0);
+    while (const std::size_t rows = cursor->NextBlock()) {
+      const double* const numbers = cursor->Numbers(0);
+      std::for_each(numbers, numbers + rows, take);
+    }
+  };
+}
+
+bool IsNumber(const Dictionary& dictionary, int column) {
+  return column >= 0 && dictionary.variables[static_cast<std::size_t>(column)].GetType() == 0;
+}
+
+std::optional<FinalWeights> OfSampleFile(const OutputFile& file, const std::string& variable) {
+  const DataFrame frame = OpenDataFile(file.target, "");
+  const int column = frame.dictionary.Find(variable);
+  if (!IsNumber(frame.dictionary, column)) return std::nullopt;
+  DuckCaseEngine engine(frame);
+  return FinalWeights{variable, file.path, SummarizeWeights(PassOverColumn(engine, column))};
+}
+
+std::optional<FinalWeights> OfActiveFile(const std::string& variable) {
+  ActiveFile& file = ActiveFile::Current();
+  if (!file.IsOpen() || !file.IsLastPass()) return std::nullopt;
+  const int column = file.SharedDictionary()->Find(variable);
+  if (column < file.ServedColumns()) return std::nullopt;
+  const AddedValues& values = file.Added(column);
+  const std::int64_t cases = file.Engine().CountCases();
+  const WeightPass pass = [&](const std::function<void(double)>& take) {
+    for (std::int64_t row = 0; row < cases; ++row) take(values.Get(row));
+  };
+  return FinalWeights{variable, "", SummarizeWeights(pass)};
+}
+
+}  // namespace
+
+std::optional<FinalWeights> ReadFinalWeights(const std::string& variable) {
+  const std::vector<OutputFile>& files = SessionFiles::Current().CommittedFiles();
+  const auto sample = std::find_if(files.begin(), files.end(),
+                                   [](const OutputFile& file) { return file.role == FileRole::kSample; });
+  return sample == files.end() ? OfActiveFile(variable) : OfSampleFile(*sample, variable);
+}

@@ -1,0 +1,266 @@
+#include "report/StageFigure.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <optional>
+#include <ostream>
+#include <utility>
+#include <vector>
+
+#include "host/output/OutputTable.h"
+#include "host/render/HtmlText.h"
+#include "host/render/PivotLayout.h"
+#include "host/text/DisplayText.h"
+#include "host/text/ReadableNumber.h"
+#include "report/SvgText.h"
+#include "report/WeightSummary.h"
+
+namespace {
+
+constexpr int kLegendHeight = 28;
+constexpr int kGroupHeight = 22;  // a line that names a group of strata
+constexpr int kBarHeight = 38;    // a stratum: its label with the numbers, and below it the bar
+constexpr int kIndent = 12;
+constexpr std::size_t kDeepestIndent = 6;  // levels
+constexpr int kLabelColumns = 34;          // what a phone shows beside the numbers
+constexpr int kIndentColumns = 2;          // that an indent takes of them
+
+constexpr int kPlotTop = 24;
+constexpr int kPlotBottom = 300;
+constexpr int kPlotHeight = 340;
+constexpr double kPlotLeft = 13.0;
+constexpr double kPlotRight = 98.0;
+constexpr int kMostTicks = 5;
+constexpr double kMostPoints = 40.0;  // along each axis
+constexpr double kLargestRadius = 9.0;
+constexpr double kSmallestRadius = 2.5;
+
+struct Stratum {
+  PivotLayout::Header header;
+  double requested = 0.0;
+  double actual = 0.0;
+};
+
+// What the column of a summary shows of the strata's sizes; null for another column.
+double Stratum::*SizeOfColumn(const OutputTable& table, const PivotLayout::Header& header) {
+  if (header.size() != 2 || table.NodeAt(header[0]).text != "Number of Units Sampled") return nullptr;
+  return table.NodeAt(header[1]).text == "Requested" ? &Stratum::requested : &Stratum::actual;
+}
+
+std::vector<Stratum> StrataOf(const OutputTable& table) {
+  const PivotLayout layout(table);
+  std::vector<Stratum> strata(layout.Rows().size());
+  for (std::size_t r = 0; r < strata.size(); ++r) strata[r].header = layout.Rows()[r];
+  bool hasSizes = false;
+  for (const PivotLayout::Entry& entry : layout.Entries()) {
+    double Stratum::*const size = SizeOfColumn(table, layout.Columns()[entry.column]);
+    const std::optional<double>& number = table.Cells()[entry.cell].number;
+    if (size == nullptr || !number) continue;
+    strata[entry.row].*size = *number;
+    hasSizes = true;
+  }
+  if (!hasSizes) strata.clear();
+  return strata;
+}
+
+// What the picture says, in a sentence or two.
+std::string InWords(const std::vector<Stratum>& strata) {
+  double requested = 0.0;
+  double actual = 0.0;
+  std::size_t less = 0;
+  std::size_t more = 0;
+  for (const Stratum& stratum : strata) {
+    requested += stratum.requested;
+    actual += stratum.actual;
+    if (stratum.actual < stratum.requested) ++less;
+    if (stratum.actual > stratum.requested) ++more;
+  }
+  const auto count = [](std::size_t n) { return ReadableNumber(static_cast<double>(n)); };
+  std::string words =
+      ReadableNumber(requested) + " units were requested and " + ReadableNumber(actual) + " were drawn";
+  if (strata.size() > 1) words += " in " + count(strata.size()) + " strata";
+  words += less + more == 0 ? ", each as requested." : ".";
+  if (strata.size() == 1 && less + more == 0)
+    words = ReadableNumber(actual) + " units were drawn, as requested.";
+  if (less > 0) words += " Fewer than requested: " + count(less) + (less == 1 ? " stratum." : " strata.");
+  if (more > 0) words += " More than requested: " + count(more) + (more == 1 ? " stratum." : " strata.");
+  return words;
+}
+
+double LargestOf(const std::vector<Stratum>& strata) {
+  double largest = 1.0;
+  for (const Stratum& stratum : strata) largest = std::max({largest, stratum.requested, stratum.actual});
+  return largest;
+}
+
+// The start of a text that fits the columns, with an ellipsis where something is left out.
+std::string Shortened(const std::string& text, int columns) {
+  std::string printable = PrintableText(text);
+  if (DisplayWidth(printable) <= columns) return printable;
+  return WrapText(printable, columns - 1).front() + "\u2026";
+}
+
+// --- few strata: a bar for each --------------------------------------------------------------------------
+
+// Draws one picture; a value of this class lives for that.
+class BarWriter {
+public:
+  BarWriter(const OutputTable& table, const std::vector<Stratum>& strata, std::ostream& out)
+      : fTable(table), fStrata(strata), fOut(out), fLargest(LargestOf(strata)) {}
+
+  int Height() const {
+    int height = kLegendHeight;
+    for (std::size_t i = 0; i < fStrata.size(); ++i)
+      height += kBarHeight + kGroupHeight * static_cast<int>(GroupsOf(i) - FirstGroup(i));
+    return height;
+  }
+
+  void Write() {
+    WriteLegend();
+    for (std::size_t i = 0; i < fStrata.size(); ++i) {
+      for (std::size_t level = FirstGroup(i); level < GroupsOf(i); ++level) WriteGroup(i, level);
+      WriteStratum(i);
+    }
+  }
+
+private:
+  // Groups with a line of their own: the innermost, which names a variable, shares the line of its category.
+  std::size_t GroupsOf(std::size_t i) const {
+    const std::size_t nodes = fStrata[i].header.size();
+    return nodes > 2 ? nodes - 2 : 0;
+  }
+
+  // The outermost group that begins with the stratum.
+  std::size_t FirstGroup(std::size_t i) const {
+    if (i == 0) return 0;
+    const PivotLayout::Header& before = fStrata[i - 1].header;
+    const PivotLayout::Header& header = fStrata[i].header;
+    const auto differ = std::mismatch(before.begin(), before.end(), header.begin(), header.end()).second;
+    return std::min(static_cast<std::size_t>(differ - header.begin()), GroupsOf(i));
+  }
+
+  std::string Text(std::size_t i, std::size_t level) const {
+    return LabelText(fTable.NodeAt(fStrata[i].header[level]).text);
+  }
+
+  void WriteLegend() {
+    fOut << "<rect class=\"requested\" x=\"0\" y=\"3\" width=\"18\" height=\"14\"/>\n";
+    WriteSvgText("24", 15, "start", "requested", fOut);
+    fOut << "<rect class=\"actual\" x=\"110\" y=\"6\" width=\"18\" height=\"8\"/>\n";
+    WriteSvgText("134", 15, "start", "drawn", fOut);
+    fY = kLegendHeight;
+  }
+
+  void WriteLabel(std::size_t level, int y, const std::string& label) {
+    const int indents = static_cast<int>(std::min(level, kDeepestIndent));
+    WriteSvgText(std::to_string(kIndent * indents), y, "start",
+                 Shortened(label, kLabelColumns - kIndentColumns * indents), fOut);
+  }
+
+  void WriteGroup(std::size_t i, std::size_t level) {
+    WriteLabel(level, fY + 15, Text(i, level));
+    fY += kGroupHeight;
+  }
+
+  void WriteStratum(std::size_t i) {
+    const Stratum& stratum = fStrata[i];
+    const std::size_t nodes = stratum.header.size();
+    std::string label = nodes == 0 ? "all units" : Text(i, nodes - 1);
+    if (nodes > 1) label = Text(i, nodes - 2) + " " + label;
+    WriteLabel(GroupsOf(i), fY + 14, label);
+    const std::string numbers = ReadableNumber(stratum.actual) + " of " + ReadableNumber(stratum.requested);
+    WriteSvgText("100%", fY + 14, "end", numbers, fOut);
+    WriteBar("requested", stratum.requested, fY + 19, 14);
+    WriteBar("actual", stratum.actual, fY + 22, 8);
+    fY += kBarHeight;
+  }
+
+  void WriteBar(const char* kind, double size, int y, int height) {
+    // A hair less than the box, so that the outline is whole.
+    const double width = 99.6 * std::max(size, 0.0) / fLargest;
+    fOut << "<rect class=\"" << kind << "\" x=\"1\" y=\"" << y << "\" width=\"" << Across(width)
+         << "\" height=\"" << height << "\"/>\n";
+  }
+
+  const OutputTable& fTable;
+  const std::vector<Stratum>& fStrata;
+  std::ostream& fOut;
+  double fLargest;  // units, the full width
+  int fY = 0;
+};
+
+// --- many strata: points ---------------------------------------------------------------------------------
+
+// The axes of requested against drawn, both from 0 to the same end.
+struct Axes {
+  explicit Axes(double largest)
+      : tick(std::max(RoundStep(largest, kMostTicks), 1.0)), end(std::ceil(largest / tick) * tick) {}
+
+  double X(double size) const { return kPlotLeft + (kPlotRight - kPlotLeft) * size / end; }
+  double Y(double size) const { return kPlotBottom - (kPlotBottom - kPlotTop) * size / end; }
+
+  double tick;
+  double end;
+};
+
+void WriteAxes(const Axes& axes, std::ostream& out) {
+  for (double at = 0.0; at <= axes.end + axes.tick / 2; at += axes.tick) {
+    const int y = static_cast<int>(std::lround(axes.Y(at)));
+    WriteSvgGridLine(kPlotLeft, kPlotRight, y, out);
+    WriteSvgText(Across(kPlotLeft - 1.5), y + 4, "end", ReadableNumber(at), out);
+    WriteSvgText(Across(axes.X(at)), kPlotBottom + 18, at == axes.end ? "end" : "middle", ReadableNumber(at),
+                 out);
+  }
+  WriteSvgText("0", 12, "start", "units drawn", out);
+  WriteSvgText(Across(kPlotRight), kPlotBottom + 36, "end", "units requested", out);
+  out << "<line class=\"equal\" x1=\"" << Across(axes.X(0)) << "\" y1=\"" << kPlotBottom << "\" x2=\""
+      << Across(axes.X(axes.end)) << "\" y2=\"" << kPlotTop << "\"/>\n";
+}
+
+// Strata whose sizes fall into the same small square make one point; its area is their number.
+void WritePoints(const std::vector<Stratum>& strata, const Axes& axes, std::ostream& out) {
+  const double side = std::max(std::ceil(axes.end / kMostPoints), 1.0);
+  const auto square = [&](double size) { return static_cast<int>(std::max(size, 0.0) / side); };
+  std::map<std::pair<int, int>, int> points;
+  int most = 0;
+  for (const Stratum& stratum : strata)
+    most = std::max(most, ++points[{square(stratum.requested), square(stratum.actual)}]);
+  for (const auto& [at, count] : points) {
+    const auto middle = [&](int place) { return side * place + (side - 1.0) / 2.0; };
+    const double radius =
+        std::max(kLargestRadius * std::sqrt(static_cast<double>(count) / most), kSmallestRadius);
+    out << "<circle class=\"" << (at.second < at.first ? "fewer" : "actual") << "\" cx=\""
+        << Across(axes.X(middle(at.first))) << "\" cy=\"" << std::lround(axes.Y(middle(at.second)))
+        << "\" r=\"" << std::lround(radius * 10) / 10.0 << "\"/>\n";
+  }
+}
+
+}  // namespace
+
+void WriteStageFigure(const OutputTable& table, const std::string& id, std::ostream& out) {
+  if (table.Kind() != "Summary") return;
+  const std::vector<Stratum> strata = StrataOf(table);
+  if (strata.empty()) return;
+  const std::string words = InWords(strata);
+  const std::string title = "Units requested and drawn: " + table.Title();
+  const bool hasBars = strata.size() <= kMostStageBars;
+  out << "<figure>\n<figcaption><strong>" << HtmlText(table.Title()) << ".</strong> " << HtmlText(words);
+  if (!hasBars) {
+    out << " A point stands for the strata with such numbers, its area for how many they are; on the line "
+           "the "
+           "units drawn are those requested.";
+  }
+  out << "</figcaption>\n";
+  if (hasBars) {
+    BarWriter bars(table, strata, out);
+    OpenSvg(id, bars.Height(), title, words, out);
+    bars.Write();
+  } else {
+    const Axes axes(LargestOf(strata));
+    OpenSvg(id, kPlotHeight, title, words, out);
+    WriteAxes(axes, out);
+    WritePoints(strata, axes, out);
+  }
+  out << "</svg>\n</figure>\n";
+}

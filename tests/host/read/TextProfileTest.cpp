@@ -1,0 +1,77 @@
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+
+#include <cmath>
+#include <cstring>
+
+#include "host/read/TextProfile.h"
+
+namespace {
+
+using Kind = TextProfile::Kind;
+
+// Goal: the notation of numbers, and the digits that a double gives back, at their edges.
+TEST(TextProfile, SettlesSingleTexts) {
+  const std::pair<Kind, std::vector<const char*>> kCases[] = {
+      {Kind::kInteger, {"0", "-0", "12"}},
+      {Kind::kText,
+       {"00",
+        "-01",
+        "01.5",
+        "+5",
+        " 5",
+        "1e",
+        ".",
+        "-",
+        "0x1F",
+        "1,5",
+        "nan",
+        "inf",
+        "1e309",
+        "1e-400",
+        "1.2e-323",
+        "TRUE",
+        "2023-02-29",
+        "0000-01-01",
+        "2024-1-01",
+        "23:59:60",
+        "10:00:00.50",
+        "10:00:00.1234567",
+        "2024-02-29T10:00:00"}},
+      {Kind::kNumber, {"0.5", ".5", "-.5e-3", "5.", "1E+5", "1e308", "0e-400", "5e-324", "1.5e-323"}},
+      {Kind::kBoolean, {"true"}},
+      {Kind::kDate, {"2024-02-29"}},
+      {Kind::kTime, {"23:59:59", "10:00:00.5"}},
+      {Kind::kTimestamp, {"2024-02-29 10:00:00"}}};
+  for (const auto& [kind, texts] : kCases) {
+    for (const char* text : texts) {
+      TextProfile profile;
+      profile.Add(text, 1);
+      EXPECT_EQ(profile.Settled(), kind) << text;
+    }
+  }
+  EXPECT_EQ(TextProfile().Settled(), Kind::kNothing);
+}
+
+TEST(TextProfile, ComesBackAsDoublesDo) {
+  rc::check("a whole number comes back if and only if its double is the number", [](std::int64_t value) {
+    const std::string text = std::to_string(value);
+    double number = 0.0;
+    RC_ASSERT(ReadNumber(text, &number));
+    const bool isExact = std::fabs(number) < 9.2e18 && static_cast<std::int64_t>(number) == value;
+    RC_ASSERT(ComesBack(text, number) == isExact);
+  });
+  rc::check("the shortest and the 17-digit text of a double come back", [](std::uint64_t bits) {
+    double value = 0.0;
+    std::memcpy(&value, &bits, sizeof value);
+    RC_PRE(std::isfinite(value));
+    for (const std::string& text : {fmt::format("{}", value), fmt::format("{:.16e}", value)}) {
+      double number = 0.0;
+      RC_ASSERT(ReadNumber(text, &number));
+      RC_ASSERT(number == value && ComesBack(text, number));
+    }
+  });
+}
+
+}  // namespace

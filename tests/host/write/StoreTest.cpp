@@ -1,0 +1,228 @@
+#include <unistd.h>
+
+#include <sstream>
+
+#include "FrameFixture.h"
+#include "TmpfsMount.h"
+#include "host/environment/HostErrors.h"
+#include "host/files/ExtNameStr.h"
+#include "host/files/SessionFiles.h"
+#include "host/files/UserCaseFileSpec.h"
+#include "host/model/KORV_Case.h"
+#include "host/write/IndependentDataStore.h"
+#include "host/write/SaveActiveFile.h"
+#include "host/write/UserOutputCaseFile.h"
+
+namespace {
+
+class Store : public FrameFixture {
+protected:
+  std::string Read(const std::string& name) const {
+    std::ostringstream all;
+    all << std::ifstream(Path(name), std::ios::binary).rdbuf();
+    return all.str();
+  }
+  // The names in the folder, so that litter is seen.
+  std::string Names() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(fFolder.Path()))
+      names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return fmt::format("{}", fmt::join(names, " "));
+  }
+  void SaveAs(const std::string& name) {
+    UserCaseFileSpec spec(FileRole::kSaved);
+    spec.Init(Path(name), true, true);
+    ASSERT_TRUE(SaveActiveFile(spec) && CommitFiles()) << fMessages;
+  }
+  // Writes a number column with the values 1 to `cases` and leaves it uncommitted; what AddCase() threw.
+  static std::string WriteNumbers(const std::string& path, int cases, FileRole role = FileRole::kSample) {
+    UserCaseFileSpec spec(role);
+    spec.Init(path, true, true);
+    const UserOutputCaseFile out(spec);
+    if (out.DataSource() == nullptr) return "not opened";
+    int index = 0;
+    out.DataSource()->MakeVariable(0, index).SetName("n");
+    out.DataSource()->FinishDictionary();
+    OBS cell;
+    KORV_Case values(*out.DataSource(), &cell);
+    try {
+      for (int i = 1; i <= cases; ++i) {
+        values.SetColumnValue(0, i + 0.125);
+        out.DataSource()->AddCase(values);
+      }
+    } catch (const ErrorText& error) {
+      return error.message;
+    }
+    out.DataSource()->CloseStore();
+    return "";
+  }
+};
+
+// A dictionary with everything that one can hold.
+void Embellish(Dictionary* dictionary) {
+  KORV_Variable& pay = dictionary->variables[0];
+  pay.SetLabel("Pay, \"gross\" 'n' net", 20);
+  pay.SetFormat(kFormatF, 12, 3);
+  pay.SetWriteFormat(kFormatF, 9, 1);
+  pay.SetMeasurementLevel(kLevelOrdinal);
+  pay.SetValueLabels({{{0.1, ""}, "a tenth"}, {{-5, ""}, ""}});
+  pay.SetMissingValues({{0.1 + 0.2, ""}, {-9, ""}});
+  KORV_Variable& text = dictionary->variables.back();
+  text.SetFormat(kFormatA, 4, 0);
+  text.SetValueLabels({{{0, "it's"}, "ÄÖ\n"}});
+  text.SetMissingValues({{0, "NA"}});
+  dictionary->documents = {{}, {"document one", "", "  \"third\" line"}, {}, {"two"}};
+}
+
+constexpr const char* kEveryType =
+    "SELECT * FROM (VALUES (12.5::DOUBLE, 7::BIGINT, 9007199254740993::BIGINT, 1.10::DECIMAL(6,2), "
+    "0.07::DECIMAL(38,20), true, DATE '2024-02-29', TIMESTAMP '2024-01-02 03:04:05', '007', "
+    "'a,\"b\";' || chr(10) || 'c'), (NULL, NULL, 5, NULL, NULL, NULL, NULL, NULL, NULL, NULL), "
+    "(1e300, -3, -1, -0.05, -12345678.123, false, DATE '1969-12-31', TIMESTAMP '1999-12-31 23:59:59.5', "
+    "'01', ' it''s ')) t(pay, b, big, d, dl, t, day, ts, code, \"odd name\")";
+
+// Every type, dictionary entry and document of a frame comes back from each kind of file.
+TEST_F(Store, RoundTripThroughEveryKind) {
+  const std::string types =
+      "DOUBLE BIGINT BIGINT DECIMAL(6,2) DECIMAL(38,20) BOOLEAN DATE TIMESTAMP VARCHAR VARCHAR";
+  // Of a text file a number is a DOUBLE, or a BIGINT where all are whole, and with more digits than a double
+  // keeps a text.
+  const std::string textTypes = "DOUBLE BIGINT VARCHAR DOUBLE VARCHAR BOOLEAN DATE TIMESTAMP VARCHAR VARCHAR";
+  for (const std::string kind : {".sav", ".parquet", ".csv", ".tsv"}) {
+    SCOPED_TRACE(kind);
+    OpenFrame({.sql = kEveryType});
+    Embellish(ActiveFile::Current().SharedDictionary().get());
+    const Dictionary before = *ActiveFile::Current().SharedDictionary();
+    const std::string cases = ShowCases();
+    SaveAs("out" + kind);
+    OpenFrame({.path = Path("out" + kind)});
+    const Dictionary& after = *ActiveFile::Current().SharedDictionary();
+    EXPECT_EQ(ShowCases(), cases);
+    EXPECT_EQ(after.documents, before.documents);
+    ASSERT_EQ(after.variables.size(), before.variables.size());
+    std::string found;
+    for (std::size_t i = 0; i < after.variables.size(); ++i) {
+      const KORV_Variable& is = after.variables[i];
+      const KORV_Variable& was = before.variables[i];
+      SCOPED_TRACE(was.GetName());
+      EXPECT_EQ(is.GetName(), was.GetName());
+      EXPECT_EQ(is.GetType(), was.GetType());
+      EXPECT_EQ(is.GetFormat(), was.GetFormat());
+      EXPECT_EQ(is.GetWriteFormat(), was.GetWriteFormat());
+      EXPECT_EQ(is.GetMeasurementLevel(), was.GetMeasurementLevel());
+      EXPECT_EQ(is.GetLabel(), was.GetLabel());
+      EXPECT_EQ(is.ValueLabels(), was.ValueLabels());
+      EXPECT_EQ(is.MissingValues(), was.MissingValues());
+      found += (i > 0 ? " " : "") + is.ColumnType();
+    }
+    if (kind == ".csv") {
+      EXPECT_NE(Read("out.schema.json").find("\"value\": -5,"), std::string::npos);
+    }
+    EXPECT_EQ(found, kind == ".csv" || kind == ".tsv" ? textTypes : types);
+    ActiveFile::Current().SharedDictionary()->documents.clear();
+  }
+}
+
+TEST_F(Store, TextFileToTheByte) {
+  OpenFrame({.sql = kEveryType});
+  SaveAs("out.csv");
+  EXPECT_EQ(
+      Read("out.csv"),
+      "pay,b,big,d,dl,t,day,ts,code,odd name\n"
+      "12.5,7,9007199254740993,1.1,0.07000000000000000000,true,2024-02-29,2024-01-02 "
+      "03:04:05,007,\"a,\"\"b\"\";\nc\"\n"
+      ",,5,,,,,,,\n"
+      "1e+300,-3,-1,-0.05,-12345678.12300000000000000000,false,1969-12-31,1999-12-31 23:59:59.5,01, it's\n");
+  EXPECT_EQ(SessionFiles::Current().CommittedFiles().at(0).cases, 3);
+  EXPECT_EQ(Names(), "out.csv out.schema.json");
+}
+
+TEST_F(Store, OddNames) {
+  const std::string csv = Write("odd.csv", "COLUMN2,,\"a \"\"b\"\"\",select,,\n1,2,3,4,5,6\n");
+  for (const std::string kind : {".sav", ".parquet", ".csv"}) {
+    OpenFrame({.path = csv});
+    SaveAs("out" + kind);
+    OpenFrame({.path = Path("out" + kind)});
+    EXPECT_EQ(ShowDictionary(), fmt::format("COLUMN2 F8.0 BIGINT, {} F8.0 BIGINT, a \"b\" F8.0 BIGINT, "
+                                            "select F8.0 BIGINT, (5) F8.0 BIGINT, (6) F8.0 BIGINT",
+                                            kind == ".csv" ? "" : "column2_"));
+    EXPECT_EQ(ShowCases(), "1|2|3|4|5|6");
+  }
+}
+
+TEST_F(Store, FilesOfARunAppearTogetherOrNotAtAll) {
+  Write("a.csv", "old a");
+  Write("rule.txt", "old rule");
+  for (const bool fails : {true, false}) {
+    ASSERT_EQ(WriteNumbers(Path("a.csv"), 2), "");
+    ASSERT_EQ(WriteNumbers(Path("b.sav"), 2, FileRole::kJoint), "");
+    ExtNameStr name;
+    ExtOutputStream rule;
+    name.SetGeneric(Path("rule.txt"));
+    ASSERT_TRUE(name.Open(rule, 2));
+    rule << "( A EQ " << 1 << " )\n";
+    rule.SetCount(1);
+    rule.close();
+    EXPECT_TRUE(rule.good());
+    EXPECT_EQ(Read("a.csv"), "old a");
+    if (fails) std::filesystem::create_directory(Path("b.sav"));
+    EXPECT_EQ(CommitFiles(), !fails);
+    if (fails) {
+      EXPECT_EQ(WithoutFolder(fMessages), "b.sav can't be written: Is a directory\n");
+      EXPECT_EQ(Read("a.csv") + Read("rule.txt"), "old aold rule");
+      EXPECT_EQ(Names(), "a.csv b.sav rule.txt");
+      EXPECT_EQ(SessionFiles::Current().MissingFiles().size(), 2U);
+      std::filesystem::remove(Path("b.sav"));
+    }
+  }
+  EXPECT_EQ(Read("a.csv") + Read("rule.txt"), "n\n1.125\n2.125\n( A EQ 1 )\n");
+  EXPECT_EQ(Names(), "a.csv a.schema.json b.sav rule.txt");
+  std::string written;
+  for (const OutputFile& file : SessionFiles::Current().CommittedFiles())
+    written += fmt::format("{} {} {};", RoleName(file.role), WithoutFolder(file.path), file.cases);
+  EXPECT_EQ(written, "sample a.csv 2;joint b.sav 2;rule rule.txt 1;");
+  ASSERT_EQ(WriteNumbers(Path("c.csv"), 2), "");
+  DiscardFiles();
+  EXPECT_EQ(Names(), "a.csv a.schema.json b.sav rule.txt");
+  ASSERT_EQ(SessionFiles::Current().MissingFiles().size(), 1U);
+  EXPECT_EQ(SessionFiles::Current().MissingFiles().front().path, Path("c.csv"));
+}
+
+// A file that can't be begun is told once, by whatever comes next.
+TEST_F(Store, CannotBegin) {
+  std::filesystem::create_directory(Path(".a.csv.svselect-new"));
+  EXPECT_EQ(WithoutFolder(WriteNumbers(Path("a.csv"), 1)), "a.csv can't be written: Is a directory");
+  EXPECT_EQ(fMessages, "");
+  EXPECT_EQ(WriteNumbers(Path("a.csv"), 0), "");
+  EXPECT_EQ(WithoutFolder(fMessages), "a.csv can't be written: Is a directory\n");
+}
+
+TEST_F(Store, FullDisk) {
+  const std::string small = Path("small");
+  std::filesystem::create_directory(small);
+  const TmpfsMount disk(small, 0, "size=1m");
+  if (!disk) GTEST_SKIP() << "no small file system here";
+  for (const std::string kind : {".csv", ".parquet", ".sav"}) {
+    std::ofstream(small + "/s" + kind) << "old";
+    fMessages.clear();
+    const std::string thrown = WriteNumbers(small + "/s" + kind, 400'000);
+    EXPECT_NE((thrown + fMessages).find("/s" + kind + " can't be written: "), std::string::npos)
+        << thrown << fMessages;
+    EXPECT_NE((thrown + fMessages).find("No space left"), std::string::npos) << thrown << fMessages;
+    EXPECT_FALSE(CommitFiles());  // what failed takes the whole run with it
+    EXPECT_EQ(Read("small/s" + kind), "old");
+  }
+  fMessages.clear();
+  ExtNameStr name;
+  ExtOutputStream rule;
+  name.SetGeneric(small + "/rule.txt");
+  ASSERT_TRUE(name.Open(rule, 2));
+  for (int i = 0; i < 200'000; ++i) rule << "( A EQ 1 ) OR\n";
+  rule.close();
+  EXPECT_TRUE(rule.fail());
+  EXPECT_EQ(WithoutFolder(fMessages), "small/rule.txt can't be written: No space left on device\n");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(small), {}), 3) << "litter";
+}
+
+}  // namespace

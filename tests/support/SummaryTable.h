@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include "host/output/BpProcedure.h"
+#include "host/output/BpTable.h"
+#include "host/output/BpText.h"
+
+inline BpString Fixed(const std::string& text) {
+  return {text, true};
+}
+
+// A table as the summary of a stage is built: two nested column dimensions, rows nested by variable. It shows
+// once this is gone.
+struct SummaryTable {
+  SummaryTable(BpProcedure* procedure, const std::string& title)
+      : table(procedure->PivotTable(Fixed(title), BpString("Summary", false), true)) {
+    value.Position(kPlaceColumn, 1, true, false);
+    statistics.Position(kPlaceColumn, 2, true, false);
+    variables.Position(kPlaceRow, 1, true, false);
+    table.Caption(Fixed("Plan File plan.xml"));
+  }
+
+  // Numbers and percentages are those requested and those drawn.
+  using Pair = std::pair<double, double>;
+  void Row(const BpCellText& outer, const BpCellText& inner, const BpCellText& leaf, const Pair& numbers,
+           const Pair& percentages) const {
+    variables.Group(outer, true, 2).Group(inner, true, 2).Category(leaf);
+    Cells("Number of Units Sampled", numbers, BpProcedure::Count());
+    Cells("Proportion of Units Sampled", percentages, BpProcedure::Percent());
+  }
+  void Cells(const char* statistic, const Pair& cells, BpFormatSpec format) const {
+    statistics.Category(Fixed(statistic));
+    value.Category(Fixed("Requested")).Cell(BpNumber(cells.first, format));
+    value.Category(Fixed("Actual")).Cell(BpNumber(cells.second, format));
+  }
+
+  BpPivotTable table;
+  BpDimension value = table.Dimension(Fixed("Value"), 2);
+  BpDimension statistics = table.Dimension(Fixed("Statistics"), 2);
+  BpDimension variables = table.Dimension(Fixed("Variables"), 2);
+};
