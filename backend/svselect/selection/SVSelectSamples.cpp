@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "backend/svcommon/design/DesignStage.h"
+#include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
@@ -32,7 +33,7 @@ SVStatus SVSelectSamples::Prepare(const ClusterPairs* clusterTablePairs, Cluster
   fTotalSampleSize = 0.0;
   ClearSizes();
   // Those of equal probability need no sizes, but for the sequential one, which works on any.
-  if (!IsEqualProbability(fSelectMethod) || fSelectMethod == kMethodSimpleChromy) FormSizes();
+  if (!MethodOf(fSelectMethod).equalProbability || fSelectMethod == kMethodSimpleChromy) FormSizes();
   fpOutSamples->AddStatus(fStatus);
   return fStatus;
 }
@@ -67,7 +68,7 @@ SVStatus SVSelectSamples::SelectSamples() {
   fSelectSampleInds.clear();
   fJointProbs.clear();
   fNSelectSamples = 0;
-  if (!IsWithReplacement(fSelectMethod)) {
+  if (!MethodOf(fSelectMethod).withReplacement) {
     fNRequestSamples = std::min(fNRequestSamples, fNAllSamples);
     fRequestSampleRate = std::min(fRequestSampleRate, 1.0);
   }

@@ -4,6 +4,7 @@
 
 #include "ScriptedTwister.h"
 #include "StratumDraw.h"
+#include "backend/svcommon/design/MethodTable.h"
 
 namespace {
 constexpr double kTiny =
@@ -110,17 +111,17 @@ TEST(SVSelectSamples, AnySizesComeToAnEnd) {
       {5e9, 4e9}, {1e-9, 1e9, 1e9, 1e9, 1e9 + 1e-7},
       // clang-format on
   };
-  for (int method = kMethodSimpleWor; method <= kMethodPpsSampford; ++method) {
+  for (const SVMethod& method : kMethods) {
     for (const auto& sizes : kSizes) {
       for (const int n : {0, 1, 2, 3, static_cast<int>(sizes.size()), 9}) {
         for (const bool exact : {false, true}) {
-          SCOPED_TRACE(testing::PrintToString(std::pair(sizes, n)) + std::to_string(method));
+          SCOPED_TRACE(testing::PrintToString(std::pair(sizes, n)) + std::string(method.word));
           MCCommonMath::MCRandomTwister random;
           random.Initialize(7);
-          const StratumDraw drawn =
-              DrawStratum(static_cast<MethodType>(method), sizes, n, &random, exact, 10000);
-          EXPECT_TRUE(drawn.code == 0 || drawn.code == kStatusInvalidSize) << drawn.code;
-          EXPECT_LE(drawn.selected, IsWithReplacement(method) ? 2 * n : static_cast<int>(sizes.size()));
+          const StratumDraw drawn = DrawStratum(method.code, sizes, n, &random, exact, 10000);
+          const bool refuses = method.limit != SizeLimit::kNone;
+          EXPECT_TRUE(drawn.code == 0 || (refuses && drawn.code == kStatusInvalidSize)) << drawn.code;
+          EXPECT_LE(drawn.selected, method.withReplacement ? 2 * n : static_cast<int>(sizes.size()));
           EXPECT_EQ(drawn.popSize, drawn.selected > 0 ? static_cast<double>(sizes.size()) : 0.0);
         }
       }
@@ -131,21 +132,20 @@ TEST(SVSelectSamples, AnySizesComeToAnEnd) {
 // Goal: a stop at any question ends in status 1, and leaves units written only where a method writes as it
 // goes.
 TEST(SVSelectSamples, StopsAtAnyQuestion) {
-  for (int method = kMethodSimpleWor; method <= kMethodPpsSampford; ++method) {
+  for (const SVMethod& method : kMethods) {
     for (int stopAt = 1, code = kStatusCancelled; code != 0 && stopAt < 100; ++stopAt) {
-      SCOPED_TRACE(std::to_string(method) + '/' + std::to_string(stopAt));
+      SCOPED_TRACE(std::string(method.word) + '/' + std::to_string(stopAt));
       MCCommonMath::MCRandomTwister random;
       random.Initialize(3);
-      const bool exact = method == kMethodPpsBrewer;
-      const StratumDraw drawn =
-          DrawStratum(static_cast<MethodType>(method), kOneToSeven, 3, &random, exact, stopAt);
+      const bool exact = method.code == kMethodPpsBrewer;
+      const StratumDraw drawn = DrawStratum(method.code, kOneToSeven, 3, &random, exact, stopAt);
       code = drawn.code;
-      EXPECT_TRUE(stopAt > 1 || code == (method == kMethodPpsMurthy ? 0 : kStatusCancelled));
+      EXPECT_TRUE(stopAt > 1 || code == (method.code == kMethodPpsMurthy ? 0 : kStatusCancelled));
       if (code == 0) continue;
       ASSERT_EQ(code, kStatusCancelled);
       EXPECT_EQ(drawn.popSize, 0);
-      const bool asItGoes =
-          method == kMethodSimpleWor || method == kMethodSimpleSystematic || method == kMethodPpsWor;
+      const bool asItGoes = method.code == kMethodSimpleWor || method.code == kMethodSimpleSystematic ||
+                            method.code == kMethodPpsWor;
       EXPECT_TRUE(asItGoes || drawn.hits == std::vector<double>(7, 0.0));
       EXPECT_LT(drawn.selected, 3);
     }
