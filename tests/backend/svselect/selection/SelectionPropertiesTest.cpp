@@ -7,7 +7,7 @@
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/selection/HitCounts.h"
-#include "backend/svselect/selection/MurthySteps.h"
+#include "backend/svselect/selection/Murthy.h"
 #include "backend/svselect/selection/SampfordDesign.h"
 #include "backend/svselect/selection/SampfordFurtherDraws.h"
 #include "backend/svselect/selection/SizeOrder.h"
