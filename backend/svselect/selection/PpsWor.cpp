@@ -14,16 +14,16 @@
 //
 // Over all turns this gives each unit n p(i), which needs equal shares at the end of the list.
 //
-// First step. The last n units mostly differ, so the procedure mixes lists where they don't: number i = 1..n,
-// drawn with a probability in proportion to
+// First step. The last n units mostly differ, so the procedure mixes lists in which they don't. It draws a
+// number i from 1 to n with a probability in proportion to
 //
 //   a(i) = n (z(i+1) - z(i)) (T + i z(1)) / T,
 //
-// takes the last n - i units for certain and leaves i to be drawn by turns from the first m = N - n + i,
-// whose shares are revised: those of the last i are cut down to z(1), and all are divided by D = T + i z(1),
-// the sum. Differences of ascending sizes can't be negative, so the a(i) are probabilities but for their sum,
-// and the mix gives unit N - n + j what its share has above z(1). PpsWorJoint.h has the joint probabilities
-// of this mix.
+// takes the last n - i units for certain and leaves i units to be drawn by turns from the first m = N - n +
+// i. Their shares are revised: those of the last i are cut down to z(1), and all are divided by their sum D =
+// T + i z(1). Sizes ascend, so no a(i) is negative. A unit of the last n that is larger than the first of
+// them is certain more often, and so makes up for the share that the turns cut off. PpsWorJoint.h has the
+// joint probabilities of this mix.
 //
 // Results:  inclusion probability n p(i), weight 1 / (n p(i)).
 // Source:   [Vijayan68] in docs/BIBLIOGRAPHY.md.

@@ -2,24 +2,24 @@
 // inclusion probabilities that a formula gives.
 //
 // Random numbers: for each attempt n GetRealClosedOpen, a failed attempt making all its draws; for the exact
-// draw one GetRealOpen for each unit looked at, until n are taken; none where every unit is taken.
+// draw one GetRealOpen for each unit looked at, until n are taken; none for a census.
 //
 // The design. Draw a unit by p and n - 1 more with probabilities in proportion to p(i) / (1 - n p(i)), each
 // from all units, and keep the sample when its n units are all different; else begin anew. Then unit i is in
 // the sample with probability n p(i). Any way to draw with the probabilities of this design will do, and
 // SampfordDesign.h has one that rejects nothing: the exact draw.
 //
-// By attempts. Without --exact-design the draw departs from the design, and has to for good, since samples
-// of old must come again: the n - 1 further draws are from the units other than the first. So an attempt
-// fails only when these meet among themselves, and never with two units. The probabilities of a sample are
-// then no longer those of the design, and the inclusion probabilities come only near n p(i), which is what is
-// reported. For sizes 1 to 7 and n = 2 the smallest unit has 0.0647 where 0.0714 is stated, and the largest
-// 0.5254 for 0.5. The program says so.
+// Attempts. Without --exact-design the draw departs from this: its n - 1 further draws are from the units
+// other than the first. So an attempt fails only when two of the further draws hit the same unit, which can't
+// happen with n = 2. The samples no longer have the probabilities of the design, and units are included with
+// probabilities near n p(i), while n p(i) is what is reported: for sizes 1 to 7 and n = 2 the smallest unit
+// has 0.0647 where 0.0714 is stated, and the largest 0.5254 where 0.5 is. The program says so. The departure
+// stays, since the same plan and seed must give the same sample for ever.
 //
-// With units of about one size, n - 1 of them are all different with a probability of about exp(-n n / 2N).
-// Many units of a stratum can keep the attempts going for ever; only cancellation ends them.
+// Units of about equal size pass an attempt with a probability of about exp(-n n / 2N), so with many units of
+// a stratum the attempts may never end; only cancellation stops them.
 //
-// All of them. Where n is N and the sizes are equal, each unit has probability 1 and is taken.
+// Census. Where n = N and all sizes are equal, each unit has probability 1 and is taken.
 //
 // Results:  inclusion probability n p(i), weight 1 / (n p(i)); units in the order in which they were drawn.
 // Source:   [Sampford67], for n = 2 [Brewer63] in docs/BIBLIOGRAPHY.md.

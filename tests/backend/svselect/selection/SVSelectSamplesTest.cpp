@@ -46,7 +46,6 @@ const Case kCases[] = {
     {"no size after no hit", kMethodPpsChromy, {1, 0, 1}, 1, {Closed(0.1), Open(0.6)}, {0, 0, 1}},
     {"all of them", kMethodSimpleChromy, {1, 1, 1, 1}, 4, {Closed(0.6)}, {1, 1, 1, 1}},
     {"size of the limit", kMethodPpsChromy, {4, 2, 2}, 2, {Closed(0.1), Open(0.6)}, {1, 0, 1}},
-    {"above the limit", kMethodPpsChromy, {5, 2, 2}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
     {"largest certain", kMethodPpsWor, kOneToSeven, 2, {Closed(0.1 - kTiny), Closed(0.5)}, {0, 0, 0, 0, 1,
      0, 1}, {6, 4}},
     {"none certain", kMethodPpsWor, kOneToSeven, 2, {Closed(0.1 + kTiny), Closed(0.0741), Closed(0.99)}, {0,
@@ -55,7 +54,6 @@ const Case kCases[] = {
     {"equal, all of them", kMethodPpsWor, {2, 2, 2}, 3, {Closed(0.9), Closed(0), Closed(0.5)}, {1, 1, 1},
      {0, 1, 2}},
     {"one by its share", kMethodPpsWor, {1, 3}, 1, {Closed(0.25)}, {0, 1}, {1}},
-    {"above the limit", kMethodPpsWor, {1, 1, 3}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
     {"fractions out of order", kMethodPpsWor, kFractions, 2, {}, {0, 0, 0, 0, 0}},
     {"fractions in order", kMethodPpsWor, kFractions, 2, {Closed(0), Closed(0)}, {1, 1, 0, 0, 0}, {0, 1}, 0,
      true},
@@ -63,7 +61,6 @@ const Case kCases[] = {
      {1, 2}},
     {"one unit", kMethodPpsWr, {3}, 4, {Open(0.1), Open(0.9), Open(0.5), Open(0.5)}, {4}},
     {"points at an interval", kMethodPpsSystematic, {1, 2, 3, 3}, 3, {Open(1.0 / 3 - kTiny)}, {1, 0, 1, 1}},
-    {"above the limit", kMethodPpsSystematic, {1, 1, 5}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
     {"one unit", kMethodPpsSampford, {1, 2, 3, 4}, 1, {Closed(0.5)}, {0, 0, 1, 0}, {2}},
     {"a rejected attempt draws on", kMethodPpsSampford, {1, 1, 1, 1, 1, 1, 1, 1, 1, 2}, 5, {Closed(0),
      Closed(0.01), Closed(0.02), Closed(0.5), Closed(0.5), Closed(0.95), Closed(0.05), Closed(0.5),
@@ -72,7 +69,6 @@ const Case kCases[] = {
     {"no census", kMethodPpsSampford, {3, 3, 4}, 3, {}, {0, 0, 0}, {}, kStatusInvalidSize},
     {"one unit", kMethodPpsBrewer, {0}, 2, {}, {1}, {0}},
     {"census", kMethodPpsBrewer, {3, 3}, 2, {}, {1, 1}, {0, 1}, 0, true},
-    {"the limit itself", kMethodPpsBrewer, {1, 1, 2}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
     {"always two", kMethodPpsBrewer, {1, 1, 1}, 1, {Closed(0.34), Closed(0.5)}, {0, 1, 1}, {1, 2}},
     {"exact, skipping", kMethodPpsBrewer, {1, 1, 1}, 2, {Open(2.0 / 3 - kTiny), Open(0.5 + kTiny),
      Open(0.999)}, {1, 0, 1}, {0, 2}, 0, true},
@@ -96,6 +92,25 @@ TEST(SVSelectSamples, DrawsAsScripted) {
     EXPECT_EQ(drawn.hits, c.hits);
     EXPECT_EQ(drawn.order, c.order);
     EXPECT_EQ(DrawsTaken(&random), static_cast<int>(c.draws.size()));
+  }
+}
+
+// Goal: what a method refuses is what the table says of it, to the last digit, and is refused before a number
+// is drawn. The largest unit has n p just below 1, exactly 1, and just above it.
+TEST(SVSelectSamples, RefusesSizesBeyondTheLimitOfTheTable) {
+  for (const SVMethod& method : kMethods) {
+    for (const int side : {-1, 0, 1}) {
+      for (const bool exact : {false, true}) {
+        SCOPED_TRACE(std::string(method.word) + std::to_string(side));
+        const std::vector<double> sizes = {1, 1, 2 + side * 0x1p-40};
+        const bool isRefused = (side == 0 && method.limit == SizeLimit::kBelowOne) ||
+                               (side > 0 && method.limit != SizeLimit::kNone);
+        MCCommonMath::MCRandomTwister random = ScriptedTwister({});
+        const StratumDraw drawn = DrawStratum(method.code, sizes, 2, &random, exact);
+        EXPECT_EQ(drawn.code, isRefused ? kStatusInvalidSize : 0);
+        EXPECT_EQ(DrawsTaken(&random) == 0 && drawn.selected == 0, isRefused);
+      }
+    }
   }
 }
 
