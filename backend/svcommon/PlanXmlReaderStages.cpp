@@ -139,10 +139,11 @@ int PlanXmlReader::ReadOutputs(const Element* element, SVPlanStageSpecs* stage) 
   return code;
 }
 
-// A lone stage of these methods needs clusters: their units carry joint probabilities.
+// A lone stage that writes joint probabilities in any case needs clusters: the rows of their file are named by
+// them.
 int PlanXmlReader::CheckOnlyStage() const {
   const SVPlanStageSpecs& stage = fpPlan->stages.front();
-  const bool needsClusters = MethodOfType(stage.type).hasJointProbs;
+  const bool needsClusters = MethodOfType(stage.type).writesJointUnasked;
   return needsClusters && stage.designVariableNames.empty() ? kPlanClusterMissing : 0;
 }
 
