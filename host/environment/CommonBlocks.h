@@ -7,8 +7,8 @@
 // the procedure's library can be linked, and return null.
 //
 // Lifetime:  the two blocks are static, so their addresses may be kept from before the first session until
-// the
-//            library is unloaded. Constructing a HostSession resets the contents to the initial values below.
+//            the library is unloaded. Constructing a HostSession resets the contents to the initial values
+//            below.
 // Threads:   the session's thread only.
 
 struct CommonGlobalBlock {

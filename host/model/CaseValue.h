@@ -12,8 +12,7 @@ class KORV_InputCaseIterator;
 // Use:        construct once per pass, before its first case; then read it again after every NextCase().
 // Ownership:  fpObs belongs to the iterator, which must outlive this object.
 // Cost:       IsMissing() is inline for variables without user-missing values, the usual ones: it runs once
-// per
-//             case and variable. The others search their list of missing values.
+//             per case and variable. The others search their list of missing values.
 class CaseValue {
 public:
   CaseValue(KORV_InputCaseIterator* iterator, int column);

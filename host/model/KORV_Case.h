@@ -10,8 +10,7 @@ class KORV_DataSource;
 // KORV_Case is one case on its way to a file: it lays columns out in a buffer and writes values into them.
 //
 // Ownership:  borrows the buffer, of source.CaseCellCount() cells, which must outlive it. The layout is
-// copied
-//             from the source's dictionary, so that may only change before the case is constructed.
+//             copied from the source's dictionary, so that may only change before the case is constructed.
 // Initially:  every number is system-missing and every string blank.
 class KORV_Case {
 public:

@@ -47,8 +47,7 @@ public:
 // KORV_DataSource is a data file as a procedure sees it.
 //
 // Ownership:  shares its dictionary with every other view of the same file: a variable added through one view
-// is
-//             in all of them.
+//             is in all of them.
 // Indices:    a variable's index is its position in the dictionary, from 0, and never changes.
 class KORV_DataSource {
 public:

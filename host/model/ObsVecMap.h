@@ -16,14 +16,13 @@ class KORV_DataSource;
 // be looked up without converting anything.
 //
 // Use:        construct with the widths of the key variables, Insert() all entries, then Contains() per case.
-// Equality:   numbers as numbers (-0 equals 0); strings byte by byte, including the padding of their last
-// cell. Ownership:  owns the entries. An entry is its key cells directly followed by its value cells, and
-// never moves,
-//             so pointers from Insert(), Contains() and Sort() are valid as long as the map.
+// Equality:   numbers as numbers (-0 equals 0); strings byte by byte, with the padding of their last cell.
+// Ownership:  owns the entries. An entry is its key cells directly followed by its value cells, and never
+//             moves, so pointers from Insert(), Contains() and Sort() are valid as long as the map.
 // Threads:    const methods may run in parallel.
-// Cost:       Contains() is one expected probe and allocates nothing. An entry takes its cells, plus 10 to 20
-//             bytes for the index.
-// Order:      iteration is only through Sort(), so nothing ever depends on the hash function.
+// Cost:       Contains() is one expected probe and allocates nothing. An entry takes its cells, plus 10 to
+//             20 bytes for the index.
+// Order:      the only iteration is Sort(), so nothing ever depends on the hash function.
 class ObsVecMap {
 public:
   // Layout of a key: for each variable its type, i.e. the string's width in bytes, or 0 for a number. 32

@@ -13,8 +13,7 @@
 //
 //   1. d decimals, "-0.25", or without the zero in front of the full stop, "-.25".
 //   2. Fewer decimals, one less each time, down to none. A step is skipped when it would display a number
-//   that
-//      isn't zero as zero.
+//      that isn't zero as zero.
 //   3. An exponent, with as many decimals as fit, "1.25e7".
 //   4. Asterisks: w of them. A number that is cut off would be read as a different number.
 //

@@ -13,12 +13,11 @@
 //   "[%1 = %2:, ^1 = ^2:]1"
 //                 the list "A", "1", "B", "2"  "A = 1, B = 2"
 //
-//   ^k               is replaced by item k; items count from 1. A list is joined by commas.
-//   [first:next:]k   is replaced by the list that is item k. Its texts are dealt out into entries, as many to
-//   an
-//                    entry as the highest number in `first` or `next`. `first` formats the first entry and
-//                    calls its texts %1, %2, ...; `next` formats every other entry and calls them ^1, ^2, ...
-//                    Texts that the last entry lacks are empty.
+//   ^k              is replaced by item k; items count from 1. A list is joined by commas.
+//   [first:next:]k  is replaced by the list that is item k. Its texts are dealt out into entries, each as
+//                   large as the highest number in `first` or `next`. `first` formats the first entry and
+//                   calls its texts %1, %2, ...; `next` formats every other entry and calls them ^1, ^2, ...
+//                   Texts that the last entry lacks are empty.
 //
 // The signs differ so that `first` can't be mistaken for a template on its own. `first` ends at the first
 // colon and `next` at the first ":]", so `first` can't contain a colon.
@@ -28,8 +27,7 @@
 // named "^1" is safe.
 //
 // Use:        construct, Add() each item in order, with Sublist() and EndSublist() around the items of a
-// list, then
-//             Finish(). Text() is empty before Finish().
+//             list, then Finish(). Text() is empty before Finish().
 // Value key:  the keys of all items, in order, so that a label composed of data values identifies them.
 class BpComposite : public BpCellText {
 public:

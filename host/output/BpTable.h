@@ -91,9 +91,8 @@ public:
 // in the order in which these objects are destroyed. A table with neither cells nor notes is not added.
 //
 // Ownership:  borrows the document, which must outlive it. Dimensions, groups and categories share the
-// table's
-//             data with it. Using them after its destruction is harmless, but whether it has an effect on the
-//             output is not defined.
+//             table's data with it. Using them after its destruction is harmless, but whether it has an
+//             effect on the output is not defined.
 class BpPivotTable {
 public:
   BpPivotTable(OutputDocument* document, const BpCellText& title, const BpCellText& kind);

@@ -29,16 +29,14 @@ struct OutputNote {
 // are two limits, and what exceeds them is counted, not lost silently:
 //
 //   - Of messages of the same kind (equal level, group and text) the first kMaxOfOneKind are kept. The first
-//   of
-//     them counts the others in `repeats`. Renderers show that count after the last one that was kept.
+//     of them counts the others in `repeats`. Renderers show that count after the last one that was kept.
 //   - Of all messages the first kMaxMessages are kept. FurtherMessages() counts the rest, of whatever kind.
 //
 // The first limit is checked first, so a kind that is full doesn't use up the second. The host's error flag
 // doesn't depend on either: every error sets it. Notes and tables have no limit.
 //
 // Use:        a session layer. Create it before the first file is opened: the constructor makes it the
-// session's
-//             ErrorSink, and messages issued before that only go to standard error.
+//             session's ErrorSink, and messages issued before that only go to standard error.
 // Ownership:  owns everything; shares tables with the handles of their builders.
 // Threads:    the session's thread.
 class OutputDocument {

@@ -14,8 +14,7 @@
 //
 // Use:        filled through the Bp handles, then Close(), then read by renderers.
 // Nodes:      the nodes of all dimensions share one numbering, from 0 in the order of their creation.
-// Renderers
-//             rely on that order. A dimension's root is its own node.
+//             Renderers rely on that order. A dimension's root is its own node.
 // Cells:      a cell has one category per dimension. kNoNode means that the dimension had no current category
 //             when the cell was set.
 // Cost:       4 bytes per cell and dimension, plus the texts; until Close() about three times that.

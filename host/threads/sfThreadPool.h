@@ -15,8 +15,7 @@ class CallBackObject;
 // Ownership:  owns a job from invoke() on, and deletes it after its callback on the thread that ran it.
 // Threads:    call init(), invoke() and the destructor from one thread. Callbacks run on the pool's threads.
 // Failures:   none are reported. A job that throws counts as finished. When the system grants no thread, or
-// no
-//             memory for the queue, the job runs on the caller's thread instead: slower, but it runs.
+//             no memory for the queue, the job runs on the caller's thread instead: slower, but it runs.
 class sfThreadPoolBase {
 public:
   // Runs the jobs that are still queued, provided that init() was called, then joins the threads. Jobs of a
