@@ -15,7 +15,7 @@
 // Methods in lower case are the interface of the procedure; those in upper case are for UniversalParser.
 // Pointers and references to parts are valid as long as the CommandSpec isn't changed.
 
-// Codes of words that can stand for a list of variables. The interface fixes the numbers.
+// Codes of words that can replace a list of variables. The interface fixes the numbers.
 inline constexpr int kOperatorNone = 0;
 inline constexpr int kOperatorAll = 35;
 

@@ -117,6 +117,6 @@ struct Dictionary {
   std::vector<KORV_Variable> variables;
   std::vector<DocumentLines> documents;
 
-  // Index of the first variable with this name in any case; -1 if there is none. O(variables).
+  // Index of the first variable with this name in any case; -1 if not found. O(variables).
   int Find(const std::string& name) const;
 };

@@ -60,7 +60,7 @@ public:
   KORV_Variable& GetVariable(int index);
   const KORV_Variable& GetVariable(int index) const;
 
-  // Index of the variable with this name in any case, negative if there is none. O(ColumnCount()).
+  // Index of the variable with this name in any case, negative if not found. O(ColumnCount()).
   int FindVarIndex(const std::string& name, int) const;
 
   // Appends a variable: a copy of `source`, or a new numeric one without a name. Stores its index in `index`.

@@ -41,7 +41,7 @@ public:
   std::size_t Size() const { return fEntries.size(); }
   const KeySpec& GetKeySpec() const { return fKeySpec; }
 
-  // The value cells of the entry with this key; null if there is none.
+  // The value cells of the entry with this key; null if not found.
   OBS* Contains(const OBS* key) const;
 
   // Adds an entry with a copy of `key` and returns its value cells, all zero.

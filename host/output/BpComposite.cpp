@@ -22,7 +22,7 @@ std::size_t ReadNumber(const std::string& text, std::size_t* at) {
   return number;
 }
 
-// Number of texts that an entry takes: the highest number after a `mark` in the pattern, 0 if there is none.
+// Number of texts that an entry takes: the highest number after a `mark` in the pattern, 0 if it has no mark.
 std::size_t EntrySize(const std::string& pattern, char mark) {
   std::size_t size = 0;
   for (std::size_t at = pattern.find(mark); at != std::string::npos; at = pattern.find(mark, at)) {
