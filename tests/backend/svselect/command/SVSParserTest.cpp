@@ -200,6 +200,23 @@ TEST(SVSParser, TellsWhatIsWrongWithAPlanOnThisFrame) {
            kWeight,
        {"[Plan stage 1...] MATRIX variable region in column 2 has value NN of invalid type or format in row "
         "3..."}},
+      {"a table with a number as long as can be",
+       Wor(StrataOf(Var("size")) + Table(Var("size"), Row("1", {std::string(39, '0') + "1"}))) + kWeight,
+       {}},
+      {"a table with a number too long, in the second column",
+       Wor(StrataOf(Var("region") + Var("size")) +
+           Table(Var("region") + Var("size"), Row("1", {"N", std::string(40, '0') + "1"}))) +
+           kWeight,
+       {"[Plan stage 1...] MATRIX variable size in column 2 has value " + std::string(40, '0') +
+        "1 of invalid type or format in row 1..."}},
+      {"a table with a number too long with its decimal point",
+       Wor(StrataOf(Var("rate")) + Table(Var("rate"), Row("1", {std::string(39, '0') + "1"}))) + kWeight,
+       {"[Plan stage 1...] MATRIX variable rate in column 1 has value " + std::string(39, '0') +
+        "1 of invalid type or format in row 1..."}},
+      {"a table with two decimal points",
+       Wor(StrataOf(Var("rate")) + Table(Var("rate"), Row("1", {"0.5"}) + Row("1", {"0.5.1"}), 2)) + kWeight,
+       {"[Plan stage 1...] MATRIX variable rate in column 1 has value 0.5.1 of invalid type or format in row "
+        "2..."}},
       {"a later stage without the earlier weight",
        Wor(clusters + Size("1")) + Wor(Size("1")) + kWeight,
        {"[Plan stage 1...] Variable name  for parameter CUMWEIGHT is not valid..."},
