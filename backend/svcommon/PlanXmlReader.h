@@ -46,7 +46,7 @@ XERCES_CPP_NAMESPACE_END
 //
 // The order of checks is the order of reading. A plan with several faults gets one message, and which one it
 // is depends on this order, so it is part of the behaviour. Reading goes on after a fault, to fill the
-// records for whoever shows the plan. Two rules combine the codes, FirstFault() and LastFault(); see
+// records for a caller that shows the plan. Two rules combine the codes, FirstFault() and LastFault(); see
 // PlanElements.h.
 //
 // Numbers are read as C++ streams read them in the classic locale: leading blanks are skipped, reading stops

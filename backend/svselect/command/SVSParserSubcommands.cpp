@@ -250,7 +250,7 @@ bool SVSParser::ReadData() {
   return true;
 }
 
-// CPS stands for case processing summary.
+// CPS is the case processing summary.
 bool SVSParser::ReadPrint() {
   if (!ReadFlags("PRINT", "SELECTION", seenSelection, "CPS", seenCps)) return false;
   specs->SetPrintOptions(seenSelection > 0, seenCps > 0);
@@ -364,7 +364,7 @@ bool SVSParser::CheckNames(const std::vector<KorvVarName>& names, std::set<std::
   std::set<std::string> inThisList;
   for (const KorvVarName& name : names) {
     const std::string upper = GetUpperVarName(name.Text());
-    // A repeated name is examined further all the same: it may have more faults.
+    // A repeated name is still examined further: it may have more faults.
     if (!inThisList.insert(upper).second) {
       messages.VariableRepeated(name.Text().c_str(), currentParameter.c_str(), "SAMPLEFILE");
       isGood = false;

@@ -194,7 +194,7 @@ void SVSSampleFile::AddStageVariables(const DesignStage& stage) {
   }
 }
 
-// Its kind is that of a stage's weight, which is never used: FillNewValues() goes by the stage.
+// Its kind is that of a stage's weight, which is never used: FillNewValues() looks at the stage first.
 void SVSSampleFile::AddFinalWeight() {
   char label[kCatalogueTextSize];
   ERRTXN(kFinalWeightTraits.labelMessage, label);

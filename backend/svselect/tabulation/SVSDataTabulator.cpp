@@ -153,7 +153,7 @@ bool SVSDataTabulator::EntersStage(const MCCommon::Record& record) {
 // Puts the record into the ring, and takes the oldest one out if the ring is full.
 //
 // In a file in random order nearly every unit is out of the processor's caches, and a search for it waits for
-// memory twice: for the slot of the table and for the unit behind it. So a record waits in the ring while
+// memory twice: for the slot of the table and for the unit it points to. So a record waits in the ring while
 // both are fetched. On arrival the slot is requested; halfway through the ring the slot has come, is read,
 // and the unit is requested; when the record leaves, the unit is there. The ring is a queue: order is kept.
 //

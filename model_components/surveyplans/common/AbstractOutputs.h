@@ -4,7 +4,7 @@
 #include <vector>
 
 // The two outputs of the computation, as interfaces: it sends its results here and knows nothing of files,
-// tables or messages. Categories travel as codes; whoever implements an output turns a code back into a
+// tables or messages. Categories travel as codes; the implementation of an output turns a code back into a
 // value.
 
 namespace MCSV {
