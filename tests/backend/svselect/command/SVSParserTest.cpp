@@ -15,7 +15,8 @@ const std::string kWeight = Out("Weight", "final_weight");
 const std::string kOneStage = Wor(StrataOf(Var("region")) + Size("1"));
 
 // One command parsed on a small frame. "@" stands for the folder of frame and plan in command and messages.
-// The plan stands there twice: beside taken.xml there is a folder where its joint file would be.
+// The plan is there three times: beside taken.xml there is a folder where its joint file would be, and bare
+// has no extension.
 class Parsed {
 public:
   Parsed(const std::string& stages, const std::string& command) {
@@ -23,6 +24,7 @@ public:
     std::ofstream(frame) << kFrame;
     std::ofstream(folder.path / "plan.xml") << Design(stages);
     std::ofstream(folder.path / "taken.xml") << Design(stages);
+    std::ofstream(folder.path / "bare") << Design(stages);
     std::filesystem::create_directory(folder.path / "taken.sav");
     FrameSession session(FrameSession::ExistingFile{frame});
     HostSession::Current().Layer<SessionCommand>().SetCommand(Replace(command, "@", folder.path));
@@ -276,6 +278,7 @@ TEST(SVSParser, FillsTheSpecifications) {
   EXPECT_TRUE(joint.isGood);
   EXPECT_EQ(joint.joint, "@/plan.sav");
   EXPECT_TRUE(joint.isJointValid);
+  EXPECT_EQ(Parsed(pps + kWeight, "SVSELECT /PLAN FILE='@/bare'").joint, "@/bare.sav");
   EXPECT_EQ(joint.drawn, std::vector<std::int32_t>{1});
   EXPECT_EQ(joint.seed, -1);
   EXPECT_FALSE(Parsed(kOneStage + kWeight, Command("/JOINTPROB OUTFILE='@/j.csv'")).isJointValid);
