@@ -156,8 +156,7 @@ int PlanXmlReader::ReadOutputs(const Element* element, SVPlanStageSpecs* stage) 
   return code;
 }
 
-// A lone stage that writes joint probabilities in any case needs clusters: the rows of their file are named
-// by them.
+// A lone stage that writes joint probabilities in any case needs clusters, which name the rows of their file.
 int PlanXmlReader::CheckOnlyStage() const {
   const SVPlanStageSpecs& stage = fpPlan->stages.front();
   const bool needsClusters = MethodOfType(stage.type).writesJointUnasked;
