@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <type_traits>
 #include <typeindex>
 #include <utility>
 #include <vector>
@@ -30,24 +31,35 @@ public:
 
   const HostSettings& Settings() const { return fSettings; }
 
-  // The one `State` of this session, default-constructed at the first call.
+  // Processors for parallel work: the setting, else the machine's; 0 when that is unknown.
+  int Threads() const;
+
+  // The one `State` of this session, made at the first call: from the session where State has a constructor
+  // for that. Layers that it asks for in its constructor are made before it, and so outlive it.
   template <class State>
   State& Layer() {
     for (const auto& [type, state] : fLayers) {
       if (type == typeid(State)) return *static_cast<State*>(state.get());
     }
-    fLayers.emplace_back(typeid(State), std::make_shared<State>());
-    return *static_cast<State*>(fLayers.back().second.get());
+    std::shared_ptr<State> made = Make<State>();
+    fLayers.emplace_back(typeid(State), made);
+    return *made;
   }
 
 private:
+  template <class State>
+  std::shared_ptr<State> Make() {
+    if constexpr (std::is_constructible_v<State, HostSession&>) {
+      return std::make_shared<State>(*this);
+    } else {
+      return std::make_shared<State>();
+    }
+  }
+
   HostSettings fSettings;
   std::vector<std::pair<std::type_index, std::shared_ptr<void>>> fLayers;
 };
 
-// The host's number of processors for parallel work: the session's, else the machine's; 0 when that is
-// unknown.
+// Threads() and Settings().exactDesign of the living session, for the procedure.
 int GETTHREADS();
-
-// Whether the draws are to have exactly the probabilities that they state.
 bool GETEXACTDESIGN();

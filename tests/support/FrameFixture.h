@@ -34,14 +34,15 @@ protected:
     std::ofstream(Path(name), std::ios::binary) << bytes;
     return Path(name);
   }
+  void OpenFrame(const FrameOptions& options) { ::OpenFrame(fSession, options); }
   // Runs SQL in which $ stands for the folder.
-  void Sql(std::string sql) const {
+  void Sql(std::string sql) {
     for (std::size_t at = sql.find('$'); at != std::string::npos; at = sql.find('$'))
       sql.replace(at, 1, fFolder.Path());
-    WorkDatabase::Current().Connect().Run(sql);
+    fSession.Layer<WorkDatabase>().Connect().Run(sql);
   }
   // What opening says when it fails; the folder is left out.
-  std::string ErrorOf(const FrameOptions& options) const {
+  std::string ErrorOf(const FrameOptions& options) {
     try {
       OpenFrame(options);
     } catch (const DataError& error) {
