@@ -12,6 +12,7 @@
 #include "host/engine/DuckDb.h"
 #include "host/engine/WorkDatabase.h"
 #include "host/environment/HostErrors.h"
+#include "host/model/Values.h"
 
 namespace {
 
@@ -146,7 +147,7 @@ private:
     if (variable.GetType() == 0) {
       value.number = Number(chunk, 1, row);
     } else {
-      value.text = Text(chunk, 2, row);
+      value.text = TrimRight(Text(chunk, 2, row));  // like the values that it is compared with
     }
     return value;
   }

@@ -132,7 +132,7 @@ void SchemaRules::SetCategories(const SchemaField& field, KORV_Variable* variabl
     ValueLabel label;
     label.label = category.label;
     if (variable->GetType() > 0) {
-      label.value.text = category.value;
+      label.value.text = TrimRight(category.value);  // cases have no trailing blanks either
     } else if (!ReadSchemaNumber(category.value, &label.value.number)) {
       throw DataError(fmt::format("{}: field \"{}\": the category \"{}\" of a numeric column is no number",
                                   fSource, field.name, category.value));

@@ -83,6 +83,18 @@ TEST_F(DataFileTest, TypesTextFilesOverAllRows) {
   }
 }
 
+// Goal: values in a dictionary have no trailing blanks, as the cases have none: else a label never finds its
+// value.
+TEST_F(DataFileTest, TrimsTheValuesOfASchema) {
+  Write("l.schema.json",
+        R"({"fields":[{"name":"s","categories":[{"value":"a ","label":"A"},)"
+        R"({"value":" b","label":"B"}],"missingValues":[{"value":"x  ","label":"none"}]}]})");
+  OpenFrame({.path = Write("l.csv", "s\na \n b\nx\n")});
+  EXPECT_EQ(ShowCases(), "a; b;x~");
+  EXPECT_EQ(ActiveFile::Current().SharedDictionary()->variables[0].ValueLabels(),
+            (std::vector<ValueLabel>{{{0.0, "a"}, "A"}, {{0.0, " b"}, "B"}, {{0.0, "x"}, "none"}}));
+}
+
 TEST_F(DataFileTest, LeavesNestedValuesOutWithOneWarning) {
   OpenFrame({.path = Write("a.json", R"([{"a":1,"l":[1,{"a":2}]},{"o":{"a":3},"a":4,"l":5}])")});
   EXPECT_EQ(ShowDictionary(), "a F8.0 BIGINT");
@@ -139,9 +151,9 @@ TEST_F(DataFileTest, ReadsNativeFiles) {
       "unit'),(1,'s',4,1,4,0,1,4,0,2,'')) "
       "t(position,name,type,print_type,print_width,print_decimals,write_type,write_width,write_decimals,"
       "level,label);"
-      "CREATE TABLE n.value_labels AS SELECT 1 AS position, 0 AS ordinal, NULL::DOUBLE AS number, 'x' AS "
+      "CREATE TABLE n.value_labels AS SELECT 1 AS position, 0 AS ordinal, NULL::DOUBLE AS number, 'x ' AS "
       "text, 'cross' AS label;"
-      "CREATE TABLE n.missing_values AS SELECT * FROM (VALUES (0,0,-9.0::DOUBLE,NULL),(1,0,NULL,'NA')) "
+      "CREATE TABLE n.missing_values AS SELECT * FROM (VALUES (0,0,-9.0::DOUBLE,NULL),(1,0,NULL,'NA ')) "
       "t(position,ordinal,number,text);"
       "CREATE TABLE n.documents AS SELECT * FROM (VALUES (0,0,'one'),(0,1,''),(1,0,'two')) "
       "t(document,line,text);"
