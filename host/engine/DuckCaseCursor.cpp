@@ -20,7 +20,7 @@ namespace {
 template <class T>
 bool IsExact(T value) {
   const auto number = static_cast<double>(value);
-  if (std::fabs(number) <= kExactIntegers) return true;
+  if (std::fabs(number) < kExactIntegers) return true;  // 2^53 may be what 2^53 + 1 was rounded to
   // The largest values of a type round up to a power of two that the type doesn't hold, and converting that
   // back would be undefined.
   constexpr double kBound = static_cast<double>(std::numeric_limits<T>::max());

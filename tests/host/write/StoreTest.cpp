@@ -138,6 +138,15 @@ TEST_F(Store, TextFileToTheByte) {
   EXPECT_EQ(Names(), "out.csv out.schema.json");
 }
 
+// Parquet has no whole numbers of 128 bits; DuckDB would write doubles.
+TEST_F(Store, HugeNumbersInParquet) {
+  OpenFrame({.sql = "SELECT 170141183460469231731687303715884105727::HUGEINT AS h, 7::HUGEINT AS i"});
+  SaveAs("out.parquet");
+  OpenFrame({.path = Path("out.parquet")});
+  EXPECT_EQ(ShowDictionary(), "h A39 VARCHAR, i F8.0 DOUBLE");
+  EXPECT_EQ(ShowCases(), "170141183460469231731687303715884105727|7");
+}
+
 TEST_F(Store, OddNames) {
   const std::string csv = Write("odd.csv", "COLUMN2,,\"a \"\"b\"\"\",select,,\n1,2,3,4,5,6\n");
   for (const std::string kind : {".sav", ".parquet", ".csv"}) {
