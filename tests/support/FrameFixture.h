@@ -57,13 +57,16 @@ protected:
     return text;
   }
 
-  // "id F8.0 BIGINT, name A3 VARCHAR".
+  // "id F8.0 BIGINT, name A3 VARCHAR"; a string whose format is of another width shows both: "name A3:5
+  // VARCHAR".
   static std::string ShowDictionary() {
     std::string shown;
     for (const KORV_Variable& v : ActiveFile::Current().SharedDictionary()->variables) {
-      const std::string format = v.GetType() > 0
-                                     ? fmt::format("A{}", v.GetType())
-                                     : fmt::format("F{}.{}", v.GetFormat().width, v.GetFormat().decimals);
+      std::string format = fmt::format("F{}.{}", v.GetFormat().width, v.GetFormat().decimals);
+      if (v.GetType() > 0) {
+        const bool isAsWide = v.GetFormat().width == v.GetType() || v.GetType() > 0xFFFF;
+        format = fmt::format("A{}{}", v.GetType(), isAsWide ? "" : fmt::format(":{}", v.GetFormat().width));
+      }
       shown += fmt::format("{}{} {} {}", shown.empty() ? "" : ", ", v.GetName(), format, v.ColumnType());
     }
     return shown;
