@@ -52,7 +52,7 @@ void Generate(const std::string& path, const std::string& rows) {
   const pid_t child = fork();
   if (child == 0) {
     const HostSession session;
-    WorkDatabase::Current().Connect().Run(
+    HostSession::Current().Layer<WorkDatabase>().Connect().Run(
         "COPY (SELECT i AS id, lpad(i::VARCHAR, 12, '0') AS name, random() * 100 AS size, random() AS share "
         "FROM "
         "range(" +
@@ -76,7 +76,7 @@ double PassThroughIterator() {
 }
 
 idx_t Drain(const std::string& path) {
-  DuckConnection connection = WorkDatabase::Current().Connect();
+  DuckConnection connection = HostSession::Current().Layer<WorkDatabase>().Connect();
   DuckResult result = connection.Stream("SELECT size, share FROM read_parquet(" + QuoteLiteral(path) + ")");
   idx_t rows = 0;
   while (const DuckChunk chunk = result.Fetch()) rows += chunk.Rows();
@@ -94,7 +94,7 @@ int main(int count, char** arguments) {
   Generate(path, rows);
 
   double sum = 0.0;
-  const double opening = Seconds([&] { OpenFrame({.path = path}); });
+  const double opening = Seconds([&] { OpenFrame(HostSession::Current(), {.path = path}); });
   double ours = Seconds([&] { sum = PassThroughIterator(); });
   const double peak = Resident("VmHWM:");
   double theirs = Seconds([&] { Drain(path); });

@@ -132,7 +132,7 @@ Cost Tabulate(const std::string& path, double* allocations) {
   HostSession session;
   FrameOptions options;
   options.path = path;
-  OpenFrame(options);
+  OpenFrame(HostSession::Current(), options);
   ProcedureDataSource source;
   DesignStage stage(1);
   stage.setStrata({source.FindVarIndex("region", 0), source.FindVarIndex("type", 0)});

@@ -50,7 +50,7 @@ std::string Plan(bool ofTowns) {
 }
 
 void Generate(const std::string& path, const std::string& cases) {
-  WorkDatabase::Current().Connect().Run(
+  HostSession::Current().Layer<WorkDatabase>().Connect().Run(
       "COPY (SELECT i % 100 AS region, i AS id, lpad(i::VARCHAR, 12, '0') AS name, random() * 100 AS a, "
       "random() AS "
       "b, random() AS c, (random() * 100)::INTEGER AS d, (random() * 9)::INTEGER AS e, 'town ' || (i % "
@@ -61,7 +61,7 @@ void Generate(const std::string& path, const std::string& cases) {
 }
 
 void Drain(const std::string& path) {
-  DuckConnection connection = WorkDatabase::Current().Connect();
+  DuckConnection connection = HostSession::Current().Layer<WorkDatabase>().Connect();
   DuckResult result = connection.Stream("SELECT * FROM read_parquet(" + QuoteLiteral(path) + ")");
   while (const DuckChunk chunk = result.Fetch()) {
     if (chunk.Rows() == 0) break;
@@ -93,7 +93,7 @@ struct Draw {
 
 void TimeSample(const std::string& folder, bool ofTowns) {
   const std::string path = folder + "/frame.parquet";
-  OpenFrame({.path = path});
+  OpenFrame(HostSession::Current(), {.path = path});
   Draw draw(
       folder, Plan(ofTowns),
       "/CRITERIA SEED=1 /SAMPLEFILE OUTFILE='" + folder + (ofTowns ? "/towns.parquet'" : "/cases.parquet'"));

@@ -86,7 +86,7 @@ void WriteThroughStore(const std::string& path, std::vector<OBS>* cells) {
 void Store(benchmark::State& state, const char* extension,
            const std::function<void(DuckConnection&, const std::string&)>& baseline) {
   HostSession session;
-  DuckConnection connection = WorkDatabase::Current().Connect();
+  DuckConnection connection = HostSession::Current().Layer<WorkDatabase>().Connect();
   connection.Run(fmt::format("CREATE TABLE rows AS {}", kRows));
   std::vector<OBS> cells = CellsOfRows(connection);
   const TemporaryFolder folder;

@@ -131,7 +131,7 @@ int DescribeFrame(const FrameOptions& options) {
   }
   std::int64_t cases = 0;
   try {
-    OpenFrame(options);
+    OpenFrame(HostSession::Current(), options);
     cases = ActiveFile::Current().Engine().CountCases();
   } catch (const DataError& error) {
     if (!StopRequested()) {

@@ -81,7 +81,7 @@ int TellPlan(const PlanOptions& options) {
   if (options.frame.path.empty()) return kExitOk;
   CatchInterrupts();
   try {
-    OpenFrame(options.frame);
+    OpenFrame(HostSession::Current(), options.frame);
   } catch (const DataError& error) {
     if (StopRequested()) {
       TellInterrupted();

@@ -84,7 +84,7 @@ bool ClaimOwnFiles(const RunOptions& options, OwnFiles* own) {
 
 bool OpenRunFrame(const FrameOptions& frame) {
   try {
-    OpenFrame(frame);
+    OpenFrame(HostSession::Current(), frame);
     return true;
   } catch (const DataError& error) {
     return !StopRequested() && Fail(error.what());  // what a stop request breaks off has no fault to tell

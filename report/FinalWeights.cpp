@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "host/engine/ActiveFile.h"
-#include "host/engine/DuckCaseEngine.h"
+#include "host/environment/HostSession.h"
 #include "host/files/SessionFiles.h"
 #include "host/read/DataFile.h"
 
@@ -25,11 +25,10 @@ bool IsNumber(const Dictionary& dictionary, int column) {
 }
 
 std::optional<FinalWeights> OfSampleFile(const OutputFile& file, const std::string& variable) {
-  const DataFrame frame = OpenDataFile(file.target, "");
+  const DataFrame frame = OpenDataFile(HostSession::Current(), file.target);
   const int column = frame.dictionary.Find(variable);
   if (!IsNumber(frame.dictionary, column)) return std::nullopt;
-  DuckCaseEngine engine(frame);
-  return FinalWeights{variable, file.path, SummarizeWeights(PassOverColumn(engine, column))};
+  return FinalWeights{variable, file.path, SummarizeWeights(PassOverColumn(*frame.engine, column))};
 }
 
 std::optional<FinalWeights> OfActiveFile(const std::string& variable) {

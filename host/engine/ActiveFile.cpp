@@ -4,6 +4,7 @@
 #include <cassert>
 #include <utility>
 
+#include "host/engine/CaseProgress.h"
 #include "host/engine/WorkDatabase.h"
 #include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
@@ -11,6 +12,7 @@
 #include "host/files/SessionFiles.h"
 #include "host/numeric/Obs.h"
 
+// The pieces end at the last row that was set.
 double AddedValues::Get(std::int64_t row) const {
   const auto piece = static_cast<std::size_t>(row / kPiece);
   if (piece >= fvPieces.size() || fvPieces[piece] == nullptr) return MCMV::gMissingValue;
@@ -27,40 +29,57 @@ void AddedValues::Set(std::int64_t row, double value) {
   (*fvPieces[piece])[static_cast<std::size_t>(row % kPiece)] = value;
 }
 
+namespace {
+
+// Makes the work database before the session's other layers that an active file uses.
+HostSession& WithWorkDatabase(HostSession& session) {
+  session.Layer<WorkDatabase>();
+  return session;
+}
+
+}  // namespace
+
+ActiveFile::ActiveFile(HostSession& session)
+    : fFiles(WithWorkDatabase(session).Layer<SessionFiles>()), fProgress(session.Layer<CaseProgress>()) {}
+
 ActiveFile& ActiveFile::Current() {
-  HostSession::Current().Layer<WorkDatabase>();  // made first, so that it outlives the cursors on it
   return HostSession::Current().Layer<ActiveFile>();
 }
 
-void ActiveFile::Open(std::string name, Dictionary dictionary, std::unique_ptr<CaseEngine> engine,
-                      std::vector<int> split) {
+// The dictionary becomes shared, since sources that attach to the file keep it.
+void ActiveFile::Open(DataFrame frame, std::vector<int> split) {
   Close();
-  fName = std::move(name);
-  fServedColumns = static_cast<int>(dictionary.variables.size());
-  fpDictionary = std::make_shared<Dictionary>(std::move(dictionary));
-  fpEngine = std::move(engine);
-  fvSplit = std::move(split);
+  fOpen.servedColumns = static_cast<int>(frame.dictionary.variables.size());
+  fOpen.dictionary = std::make_shared<Dictionary>(std::move(frame.dictionary));
+  fOpen.frame = std::move(frame);
+  fOpen.split = std::move(split);
 }
 
 AddedValues& ActiveFile::Added(int column) {
-  assert(column >= fServedColumns);
-  const auto place = static_cast<std::size_t>(column - fServedColumns);
-  if (place >= fvAdded.size()) fvAdded.resize(place + 1);
-  return fvAdded[place];
+  assert(column >= fOpen.servedColumns);
+  const auto place = static_cast<std::size_t>(column - fOpen.servedColumns);
+  if (place >= fOpen.added.size()) fOpen.added.resize(place + 1);
+  return fOpen.added[place];
 }
 
+// Outputs have variables of their own too, so an unknown name is no fault.
 void ActiveFile::NoteCopied(const std::string& name) {
   if (!IsOpen()) return;
-  const int column = fpDictionary->Find(name);
-  if (column < 0 || column >= fServedColumns) return;
-  const auto at = std::lower_bound(fvCopied.begin(), fvCopied.end(), column);
-  if (at == fvCopied.end() || *at != column) fvCopied.insert(at, column);
+  const int column = fOpen.dictionary->Find(name);
+  if (column < 0 || column >= fOpen.servedColumns) return;
+  const auto at = std::lower_bound(fOpen.copied.begin(), fOpen.copied.end(), column);
+  if (at == fOpen.copied.end() || *at != column) fOpen.copied.insert(at, column);
+}
+
+void ActiveFile::SetLastPass() {
+  fOpen.isLastPass = true;
+  fProgress.SetLastPass();
 }
 
 void ActiveFile::Fail(const std::string& message) {
-  // What a stop request breaks off has no fault to tell, and a store that failed has told its own: DuckDB
-  // then refuses to read on.
-  const bool isAftermath = StopRequested() || SessionFiles::Current().IsBroken();
-  if (!fbFailed && !isAftermath) IssueHostMessage(message, kErrorLevel);
-  fbFailed = true;
+  // Two kinds of failure are only consequences. After a stop request DuckDB reports an interrupted query, and
+  // after a store has failed, and reported it, DuckDB may refuse to read on.
+  const bool isAftermath = StopRequested() || fFiles.IsBroken();
+  if (!fOpen.hasFailed && !isAftermath) IssueHostMessage(message, kErrorLevel);
+  fOpen.hasFailed = true;
 }

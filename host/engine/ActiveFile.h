@@ -7,14 +7,17 @@
 #include <vector>
 
 #include "host/engine/CaseEngine.h"
-#include "host/environment/HostErrors.h"
 #include "host/model/Dictionary.h"
 
-// AddedValues holds the values of one variable that was added to the active file, beside its cases. A case
-// for which none was set has the system-missing value.
+class CaseProgress;
+class HostSession;
+class SessionFiles;
+
+// AddedValues holds the values of one variable that was added to the active file. They are kept beside the
+// file's own cases, by row. A row that was never set has the system-missing value.
 //
-// Cost:       8 bytes a case where values were set, in pieces of 256 cases, so that a small sample from a
-//             large frame needs little; next to nothing elsewhere.
+// Cost:       8 bytes a case, in pieces of 256 cases that are made where a value is set. A small sample
+//             from a large frame touches few of them; the others cost a pointer each.
 class AddedValues {
 public:
   double Get(std::int64_t row) const;
@@ -27,54 +30,76 @@ private:
   std::vector<std::unique_ptr<Piece>> fvPieces;  // null where no value was set
 };
 
-// ActiveFile is the open frame of a session: its dictionary, what serves its cases, and the variables that
-// were added to it. A session layer; nothing is open at first.
+// ActiveFile is the open frame of a session: its dictionary, the engine that serves its cases, and what a
+// procedure adds to it.
+//
+// Use:        a layer of HostSession; nothing is open at first. OpenFrame() opens it, ProcedureDataSource and
+//             its iterators read and extend it.
+// Ownership:  owns the engine; shares the dictionary with the sources that attach to it. Borrows the
+//             session's files and progress.
+// Threads:    that of the session.
+// Failures:   Fail() keeps what went wrong while the cases were read; the walk then ends like at the last
+//             case, and HasFailed() tells the two apart.
 class ActiveFile {
 public:
+  // Makes the layers that it depends on first: the work database, which must outlive the engine, the files
+  // and the progress.
+  explicit ActiveFile(HostSession& session);
+
+  // Of the living session: for what the procedure constructs without arguments.
   static ActiveFile& Current();
 
-  // Makes this frame the open one; what was open before is forgotten. `split` are columns of the dictionary.
-  void Open(std::string name, Dictionary dictionary, std::unique_ptr<CaseEngine> engine,
-            std::vector<int> split);
-  void Close() { *this = ActiveFile(); }
+  // Makes this frame the open one; everything about the one before is forgotten. `split` are columns of the
+  // dictionary.
+  void Open(DataFrame frame, std::vector<int> split);
+  void Close() { fOpen = OpenFile(); }
 
-  bool IsOpen() const { return fpEngine != nullptr; }
-  // REQUIRES for all that follows: IsOpen().
+  bool IsOpen() const { return fOpen.frame.engine != nullptr; }
+  // REQUIRES for all that follows, but for Fail() and HasFailed(): IsOpen().
 
-  // How messages name the frame: the path as the user wrote it, or "query".
-  const std::string& Name() const { return fName; }
-  const std::shared_ptr<Dictionary>& SharedDictionary() const { return fpDictionary; }
-  CaseEngine& Engine() { return *fpEngine; }
+  const std::string& Name() const { return fOpen.frame.name; }
+  const std::shared_ptr<Dictionary>& SharedDictionary() const { return fOpen.dictionary; }
+  CaseEngine& Engine() { return *fOpen.frame.engine; }
 
-  // Columns that the engine serves. The variables behind them in the dictionary were added.
-  int ServedColumns() const { return fServedColumns; }
+  // Columns that the engine serves: the first ones of the dictionary. The others were added.
+  int ServedColumns() const { return fOpen.servedColumns; }
   // The values of an added variable, by its place in the dictionary.
   AddedValues& Added(int column);
 
   // Columns that split the cases into groups, in the order of the user.
-  const std::vector<int>& SplitColumns() const { return fvSplit; }
+  const std::vector<int>& SplitColumns() const { return fOpen.split; }
 
-  // Notes that an output copies the variable of that name: the iterators to come read it from their start.
+  // Notes that an output copies the variable of that name, so that iterators made later read it from the
+  // first case on. Without an open file, or such a variable, nothing is noted.
   void NoteCopied(const std::string& name);
   // Served columns that an output copies, ascending.
-  const std::vector<int>& CopiedColumns() const { return fvCopied; }
+  const std::vector<int>& CopiedColumns() const { return fOpen.copied; }
 
   // From SetLastPass() on, values that an iterator sets are kept.
-  void SetLastPass() { fbLastPass = true; }
-  bool IsLastPass() const { return fbLastPass; }
+  void SetLastPass();
+  bool IsLastPass() const { return fOpen.isLastPass; }
 
-  // A reading failure is told once, through the host's messages; from then on the file can't go on.
+  // How far the walks over the cases have come.
+  CaseProgress& Progress() const { return fProgress; }
+
+  // A failure to read the cases. The first one is reported as an error of the host.
   void Fail(const std::string& message);
-  bool HasFailed() const { return fbFailed; }
+  bool HasFailed() const { return fOpen.hasFailed; }
 
 private:
-  std::string fName;
-  std::shared_ptr<Dictionary> fpDictionary;
-  std::unique_ptr<CaseEngine> fpEngine;
-  int fServedColumns = 0;
-  std::vector<AddedValues> fvAdded;  // of the variables from fServedColumns on
-  std::vector<int> fvSplit;
-  std::vector<int> fvCopied;
-  bool fbLastPass = false;
-  bool fbFailed = false;
+  // All that belongs to one opened frame.
+  struct OpenFile {
+    DataFrame frame;  // its dictionary has moved to `dictionary`
+    std::shared_ptr<Dictionary> dictionary;
+    int servedColumns = 0;
+    std::vector<AddedValues> added;  // of the variables from servedColumns on
+    std::vector<int> split;
+    std::vector<int> copied;
+    bool isLastPass = false;
+    bool hasFailed = false;
+  };
+
+  const SessionFiles& fFiles;
+  CaseProgress& fProgress;
+  OpenFile fOpen;
 };

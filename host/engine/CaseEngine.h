@@ -3,40 +3,60 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
-// What stands behind the cases of a file: whatever can serve columns of rows in a fixed order. The rest of
-// the data layer knows these two classes and no database.
+#include "host/environment/HostErrors.h"
+#include "host/model/Dictionary.h"
 
-// CaseCursor walks the rows of a query once, a block of rows at a time.
+// What serves the cases of a data file, whatever it is: columns of rows in a fixed order. A frame is a
+// dictionary and such an engine. Everything outside host/engine, host/read and host/write knows these classes
+// and no database.
+
+// CaseCursor walks rows once, forward, a block of rows at a time.
 //
-// A number is system-missing where the file has none or no finite one; it can be -0. A text has no trailing
-// blanks and is never longer than its variable is wide.
+// Use:        NextBlock() until it returns 0; for each block Numbers() or Texts() of the columns needed. A
+//             column that nobody asks for isn't converted.
+// Ownership:  the arrays belong to the cursor and live until the next NextBlock().
+// Threads:    one at a time. Different cursors of an engine may be used by different threads.
+// Values:     a number is system-missing where the file has none or no finite one; it can be -0. A text has
+//             no trailing blanks and is never longer than its variable is wide.
+// Failures:   DataError that names the file, and the case where there is one at fault.
+// Cost:       nothing is allocated for a block.
 class CaseCursor {
 public:
   virtual ~CaseCursor() = default;
 
-  // The rows of the next block; 0 at the end. What the block before gave is gone then.
-  // Errors: DataError when the file can't be read on.
+  // Moves to the next block and returns its rows; 0 at the end.
   virtual std::size_t NextBlock() = 0;
 
-  // The values of a column in the block, by its place in the list that the cursor was opened with. They are
-  // converted when first asked for.
-  // REQUIRES: the column is numeric, or a string, respectively.
+  // The values of a column in the block, by its place in the list that the cursor was opened with.
+  // REQUIRES: the column is numeric for Numbers(), a string for Texts().
   virtual const double* Numbers(std::size_t place) = 0;
   virtual const std::string_view* Texts(std::size_t place) = 0;
 };
 
-// CaseEngine serves the cases of one data file. Each cursor gives the same rows in the same order.
+// CaseEngine serves the cases of one data file. Rows are numbered from 0, and every cursor delivers the same
+// rows in the same order: samples depend on it.
+//
+// Ownership:  cursors borrow their engine, which must outlive them.
+// Threads:    Open() and CountCases() from one thread at a time.
+// Failures:   DataError that names the file.
 class CaseEngine {
 public:
   virtual ~CaseEngine() = default;
 
-  // A cursor over the columns given by their places in the dictionary, from row `firstRow` (0-based) on.
-  // Errors: DataError.
+  // A cursor over columns, given by their places in the dictionary, from row `firstRow` on. Without a column
+  // the cursor still counts the rows.
   virtual std::unique_ptr<CaseCursor> Open(const std::vector<int>& columns, std::int64_t firstRow) = 0;
 
-  // Errors: DataError.
   virtual std::int64_t CountCases() = 0;
+};
+
+// A data file that was opened for reading.
+struct DataFrame {
+  std::string name;  // for messages: the path as the user wrote it, or "query"
+  Dictionary dictionary;
+  std::unique_ptr<CaseEngine> engine;  // serves the dictionary's variables in its order; never null
 };

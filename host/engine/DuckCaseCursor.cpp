@@ -8,26 +8,28 @@
 #include <limits>
 #include <numeric>
 #include <type_traits>
+#include <utility>
 
 #include "host/engine/DuckCaseEngine.h"
-#include "host/engine/WorkDatabase.h"
 #include "host/model/Values.h"
 #include "host/numeric/Obs.h"
 
 namespace {
 
-// Whether a whole number that is far from zero survives as a double.
+// Whether a whole number comes back from its double.
 template <class T>
 bool IsExact(T value) {
   const auto number = static_cast<double>(value);
-  if (std::fabs(number) <= kExactIntegers) return true;
-  // The largest values round up to a power of two that the type doesn't hold.
+  if (std::fabs(number) < kExactIntegers) return true;  // 2^53 may be what 2^53 + 1 was rounded to
+  // The largest values of a type round up to a power of two that the type doesn't hold, and converting that
+  // back would be undefined.
   constexpr double kBound = static_cast<double>(std::numeric_limits<T>::max());
   return number < kBound && static_cast<T>(number) == value;
 }
 
-// Whether all numbers are finite. Told in all of a processor's lanes at once: 0 times a number that isn't,
-// isn't 0.
+// Whether all numbers are finite. 0 x is 0 for a finite x and NaN for any other, so a sum of such products is
+// 0 only if all are finite. Eight independent sums let the compiler use vector instructions; Nearly every
+// pass goes through here.
 template <class T>
 bool AreFinite(const T* values, std::size_t count) {
   constexpr std::size_t kLanes = 8;
@@ -40,7 +42,7 @@ bool AreFinite(const T* values, std::size_t count) {
   return std::accumulate(std::begin(traces), std::end(traces), T{0}) == T{0};
 }
 
-// Copies numbers as cells hold them.
+// Copies numbers; what isn't finite becomes system-missing.
 template <class T>
 void CopyFloating(const T* values, std::size_t count, double* out) {
   for (std::size_t i = 0; i < count; ++i) {
@@ -50,10 +52,10 @@ void CopyFloating(const T* values, std::size_t count, double* out) {
 
 }  // namespace
 
-DuckCaseCursor::DuckCaseCursor(const DuckCaseEngine& engine, const std::string& sql,
-                               std::vector<Column> columns, std::int64_t skipped)
+DuckCaseCursor::DuckCaseCursor(const DuckCaseEngine& engine, DuckConnection connection,
+                               const std::string& sql, std::vector<Column> columns, std::int64_t skipped)
     : fEngine(engine),
-      fConnection(WorkDatabase::Current().Connect()),
+      fConnection(std::move(connection)),
       fResult(fConnection.Stream(sql)),
       fvColumns(std::move(columns)),
       fvConverted(fvColumns.size()),
@@ -72,7 +74,7 @@ std::size_t DuckCaseCursor::NextBlock() {
   fFirstRow += static_cast<std::int64_t>(fRows);
   fRows = 0;
   for (Converted& column : fvConverted) column.isCurrent = false;
-  try {
+  fEngine.Guard([&] {
     while (fRows == 0) {
       fChunk = fResult.Fetch();
       if (!fChunk || fChunk.Rows() == 0) break;
@@ -82,16 +84,13 @@ std::size_t DuckCaseCursor::NextBlock() {
       fFirstRow += static_cast<std::int64_t>(fSkipped);
       fRows = rows - fSkipped;
     }
-  } catch (const DataError& error) {
-    fEngine.CheckUnchanged();
-    throw DataError(fmt::format("{}: {}", fEngine.Name(), error.what()));
-  }
-  if (fRows == 0) fEngine.CheckUnchanged();
+    if (fRows == 0) fEngine.CheckUnchanged();  // a file that became shorter ends early without an error
+  });
   return fRows;
 }
 
 void DuckCaseCursor::Refuse(std::size_t place, std::size_t row, const std::string& what) const {
-  fEngine.CheckUnchanged();
+  fEngine.Guard([&] { fEngine.CheckUnchanged(); });  // else a fault of the new contents would be blamed
   throw DataError(fmt::format("{}, case {}: {} \"{}\"", fEngine.Name(),
                               fFirstRow + static_cast<std::int64_t>(row) + 1, what, fvColumns[place].name));
 }
@@ -104,11 +103,13 @@ void DuckCaseCursor::ConvertNumbers(std::size_t place, double* out) const {
   } else {
     std::copy(values, values + fRows, out);
   }
+  // Null rows hold undefined values, which were copied with the others and are now overwritten.
   if (fChunk.Validity(place) != nullptr) {
     for (std::size_t i = 0; i < fRows; ++i) {
       if (fChunk.IsNull(place, i + fSkipped)) out[i] = MCMV::gMissingValue;
     }
   }
+  // Smaller types always fit. A dictionary that is believed without a scan can be wrong about a large number.
   if constexpr (std::is_integral_v<T> && sizeof(T) == 8) {
     for (std::size_t i = 0; i < fRows; ++i) {
       if (std::fabs(out[i]) >= kExactIntegers && out[i] != MCMV::gMissingValue && !IsExact(values[i])) {
@@ -118,13 +119,14 @@ void DuckCaseCursor::ConvertNumbers(std::size_t place, double* out) const {
   }
 }
 
-// The numbers of a column as DuckDB holds them, when cells hold them alike; else null.
+// DuckDB's own array, without a copy, where it holds exactly what Numbers() promises; else null.
 const double* DuckCaseCursor::PlainNumbers(std::size_t place) {
   if (fResult.Type(place) != DUCKDB_TYPE_DOUBLE || fChunk.Validity(place) != nullptr) return nullptr;
   const double* const values = fChunk.Values<double>(place) + fSkipped;
   return AreFinite(values, fRows) ? values : nullptr;
 }
 
+// By the type of the column; IsConvertedHere() in DuckCaseEngine.cpp has the same list.
 const double* DuckCaseCursor::Numbers(std::size_t place) {
   Converted& column = fvConverted[place];
   double* const out = column.numbers.data();
@@ -171,6 +173,7 @@ const double* DuckCaseCursor::Numbers(std::size_t place) {
   return out;
 }
 
+// Views into the chunk: nothing is copied.
 const std::string_view* DuckCaseCursor::Texts(std::size_t place) {
   Converted& column = fvConverted[place];
   if (column.isCurrent) return column.texts.data();

@@ -9,8 +9,13 @@
 
 class DuckCaseEngine;
 
-// DuckCaseCursor drains one streaming query and turns the columns that are asked for into cell values, a
-// block at a time. Borrows its engine.
+// DuckCaseCursor drains one streaming query. A block is what is left of a chunk of DuckDB's after skipping;
+// columns are converted when first asked for, or not at all where DuckDB's array can be handed out as it is.
+//
+// Ownership:  borrows its engine; owns connection, result and chunk.
+// Failures:   DataError, also for a value that the dictionary has no room for: a text that is wider than its
+//             variable, or a whole number that a double would change. A dictionary that came with the file
+//             can be wrong.
 class DuckCaseCursor : public CaseCursor {
 public:
   struct Column {
@@ -18,22 +23,23 @@ public:
     int width;  // 0 for a number
   };
 
-  // The first `skipped` rows aren't delivered.
-  DuckCaseCursor(const DuckCaseEngine& engine, const std::string& sql, std::vector<Column> columns,
-                 std::int64_t skipped);
+  // Starts the query; its first `skipped` rows aren't delivered.
+  DuckCaseCursor(const DuckCaseEngine& engine, DuckConnection connection, const std::string& sql,
+                 std::vector<Column> columns, std::int64_t skipped);
 
   std::size_t NextBlock() override;
   const double* Numbers(std::size_t place) override;
   const std::string_view* Texts(std::size_t place) override;
 
 private:
-  // The values of one column in the block.
+  // Converted values of one column.
   struct Converted {
-    bool isCurrent = false;
+    bool isCurrent = false;  // they are those of the current block
     std::vector<double> numbers;
     std::vector<std::string_view> texts;
   };
 
+  // Throws for a value at `row` of the block: "file, case N: what "column"".
   [[noreturn]] void Refuse(std::size_t place, std::size_t row, const std::string& what) const;
   const double* PlainNumbers(std::size_t place);
   template <class T>
@@ -42,11 +48,11 @@ private:
   const DuckCaseEngine& fEngine;
   DuckConnection fConnection;
   DuckResult fResult;
-  DuckChunk fChunk;
+  DuckChunk fChunk;  // of the current block; texts point into it
   std::vector<Column> fvColumns;
   std::vector<Converted> fvConverted;
-  std::int64_t fSkip;          // rows still to be passed over
+  std::int64_t fSkip;          // rows still to be skipped
   std::int64_t fFirstRow = 0;  // row of the file that the block begins with
-  std::size_t fSkipped = 0;    // rows of the chunk that were passed over
+  std::size_t fSkipped = 0;    // rows of the current chunk that were skipped
   std::size_t fRows = 0;       // of the block
 };

@@ -3,12 +3,41 @@
 #include <fmt/format.h>
 #include <sys/stat.h>
 
+#include <utility>
+
 #include "host/engine/DuckCaseCursor.h"
 #include "host/engine/WorkDatabase.h"
 
 namespace {
 
-FileState StateOf(const std::string& path) {
+// Types that the cursor turns into doubles itself; DuckDB casts the others.
+bool IsConvertedHere(const std::string& type) {
+  return type == "DOUBLE" || type == "FLOAT" || type == "BOOLEAN" || type == "TINYINT" ||
+         type == "SMALLINT" || type == "INTEGER" || type == "BIGINT" || type == "UTINYINT" ||
+         type == "USMALLINT" || type == "UINTEGER" || type == "UBIGINT";
+}
+
+}  // namespace
+
+// The dictionary is copied: the engine reads widths from its own copy before it drops it.
+DataFrame MakeFrame(WorkDatabase& work, CaseRelation relation) {
+  DataFrame frame;
+  frame.name = relation.name;
+  frame.dictionary = relation.dictionary;
+  frame.engine = std::make_unique<DuckCaseEngine>(work, std::move(relation));
+  return frame;
+}
+
+DuckCaseEngine::DuckCaseEngine(WorkDatabase& work, CaseRelation relation)
+    : fWork(work), fRelation(std::move(relation)), fState(StateOf(fRelation.watched)) {
+  for (const KORV_Variable& variable : fRelation.dictionary.variables) {
+    fvShapes.push_back({variable.GetName(), variable.GetType()});
+  }
+  fRelation.dictionary = {};  // the frame has it, and labels can be many
+}
+
+// A file that isn't there has the state of none: when it goes, the state changes.
+DuckCaseEngine::FileState DuckCaseEngine::StateOf(const std::string& path) {
   FileState state;
   struct stat found {};
   if (path.empty() || stat(path.c_str(), &found) != 0) return state;
@@ -20,30 +49,17 @@ FileState StateOf(const std::string& path) {
   return state;
 }
 
-// Types that the cursor turns into doubles itself; DuckDB casts the others.
-bool IsConvertedHere(const std::string& type) {
-  return type == "DOUBLE" || type == "FLOAT" || type == "BOOLEAN" || type == "TINYINT" ||
-         type == "SMALLINT" || type == "INTEGER" || type == "BIGINT" || type == "UTINYINT" ||
-         type == "USMALLINT" || type == "UINTEGER" || type == "UBIGINT";
-}
-
-}  // namespace
-
-DuckCaseEngine::DuckCaseEngine(const DataFrame& frame)
-    : fRelation(frame.relation), fState(StateOf(frame.relation.watched)) {
-  for (const KORV_Variable& variable : frame.dictionary.variables) {
-    fvShapes.push_back({variable.GetName(), variable.GetType()});
-  }
-}
-
 void DuckCaseEngine::CheckUnchanged() const {
   if (StateOf(fRelation.watched) == fState) return;
-  throw DataError(fmt::format("{}: the file was changed while it was being read", fRelation.name));
+  throw DataError("the file was changed while it was being read");
 }
 
+// The expression that a cursor selects for a column. The variable decides between number and text, whatever
+// the column is in the file: a schema can make a text of a number.
 std::string DuckCaseEngine::Projection(int column) const {
-  const RelationColumn& source = fRelation.columns[static_cast<std::size_t>(column)];
-  const bool isNumeric = fvShapes[static_cast<std::size_t>(column)].width == 0;
+  const auto at = static_cast<std::size_t>(column);
+  const RelationColumn& source = fRelation.columns[at];
+  const bool isNumeric = fvShapes[at].width == 0;
   if (isNumeric ? IsConvertedHere(source.type) : source.type == "VARCHAR") return source.sql;
   return fmt::format("CAST({} AS {})", source.sql, isNumeric ? "DOUBLE" : "VARCHAR");
 }
@@ -58,23 +74,18 @@ std::unique_ptr<CaseCursor> DuckCaseEngine::Open(const std::vector<int>& columns
     shapes.push_back({shape.name, shape.width});
   }
   if (list.empty()) list = "true";  // rows without a column
-  CheckUnchanged();
-  try {
-    return std::make_unique<DuckCaseCursor>(*this, fmt::format("SELECT {} FROM {}", list, fRelation.from),
-                                            std::move(shapes), firstRow);
-  } catch (const DataError& error) {
+  return Guard([&] {
     CheckUnchanged();
-    throw DataError(fmt::format("{}: {}", fRelation.name, error.what()));
-  }
+    return std::make_unique<DuckCaseCursor>(*this, fWork.Connect(),
+                                            fmt::format("SELECT {} FROM {}", list, fRelation.from),
+                                            std::move(shapes), firstRow);
+  });
 }
 
 std::int64_t DuckCaseEngine::CountCases() {
-  CheckUnchanged();
-  try {
-    DuckResult result =
-        WorkDatabase::Current().Connect().Query(fmt::format("SELECT count(*) FROM {}", fRelation.from));
+  return Guard([&] {
+    CheckUnchanged();
+    DuckResult result = fWork.Connect().Query(fmt::format("SELECT count(*) FROM {}", fRelation.from));
     return result.Fetch().Values<std::int64_t>(0)[0];
-  } catch (const DataError& error) {
-    throw DataError(fmt::format("{}: {}", fRelation.name, error.what()));
-  }
+  });
 }

@@ -6,64 +6,85 @@
 #include <vector>
 
 #include "host/engine/CaseEngine.h"
+#include "host/environment/HostErrors.h"
 #include "host/model/Dictionary.h"
+
+class WorkDatabase;
 
 // A column of a relation.
 struct RelationColumn {
   std::string sql;   // the expression that gives it
-  std::string type;  // its SQL type
+  std::string type;  // SQL type of that expression
 };
 
-// CaseRelation says in SQL where the cases of a data file are to be had in the session's work database.
+// CaseRelation is a data file in terms of the work database: its dictionary, and in SQL where its cases are.
+// Readers make and change relations; what leaves host/read is the DataFrame of MakeFrame().
 struct CaseRelation {
-  std::string name;                     // of the file, as messages name it
-  std::string watched;                  // the file that mustn't change while it is read; empty for none
-  std::string from;                     // what stands behind FROM
-  std::vector<RelationColumn> columns;  // of the variables, in the order of the dictionary
-  std::shared_ptr<const void> held;     // what must stay in the work database; null when nothing does
-};
-
-// A data file that was opened for reading.
-struct DataFrame {
+  std::string name;  // of the file, in messages
   Dictionary dictionary;
-  CaseRelation relation;
+  std::string watched;                  // file that mustn't change while it is read; empty for none
+  std::string from;                     // what comes after FROM
+  std::vector<RelationColumn> columns;  // of the variables, in the order of the dictionary
+  std::shared_ptr<const void> held;     // token of what must stay in the work database; may be null
 };
 
-// What tells one state of a file from another.
-struct FileState {
-  std::uint64_t device = 0;
-  std::uint64_t inode = 0;
-  std::int64_t bytes = 0;
-  std::int64_t changedSeconds = 0;
-  std::int64_t changedNanoseconds = 0;
+// The frame of a relation, served by a DuckCaseEngine. Borrows the database.
+DataFrame MakeFrame(WorkDatabase& work, CaseRelation relation);
 
-  bool operator==(const FileState&) const = default;
-};
-
-// DuckCaseEngine serves the cases of a relation of the work database: each cursor is one streaming query over
-// the columns asked for, in the relation's own order.
+// DuckCaseEngine serves the cases of a relation: each cursor is one streaming query over the columns asked
+// for, in the relation's own order. Skipping to `firstRow` reads the rows before it, and drops them.
 //
-// Failures: DataError names the file. A file that is changed or replaced after it was opened is one: its
-//           cases would no longer be those of its dictionary.
+// Ownership:  borrows the database.
+// Failures:   besides those of any engine, a file that is changed or replaced after it was opened: its cases
+//             would no longer be those of its dictionary.
 class DuckCaseEngine : public CaseEngine {
 public:
-  explicit DuckCaseEngine(const DataFrame& frame);
+  DuckCaseEngine(WorkDatabase& work, CaseRelation relation);
 
   std::unique_ptr<CaseCursor> Open(const std::vector<int>& columns, std::int64_t firstRow) override;
   std::int64_t CountCases() override;
 
-  // Errors: DataError when the file isn't the one that was opened.
+  // For the cursors:
+  // Throws DataError, without the name, when the watched file isn't the one that was opened.
   void CheckUnchanged() const;
+  // Runs a step over the database. Its failures get the file's name in front; where the file was changed,
+  // that is reported instead, since what DuckDB says of torn contents only confuses.
+  template <class Step>
+  auto Guard(const Step& step) const {
+    return Named(fRelation.name, [&] {
+      try {
+        return step();
+      } catch (const DataError&) {
+        CheckUnchanged();
+        throw;
+      }
+    });
+  }
   const std::string& Name() const { return fRelation.name; }
 
 private:
+  // What tells one state of a file from another.
+  struct FileState {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::int64_t bytes = 0;
+    std::int64_t changedSeconds = 0;
+    std::int64_t changedNanoseconds = 0;
+
+    bool operator==(const FileState&) const = default;
+  };
+  static FileState StateOf(const std::string& path);
+
   std::string Projection(int column) const;
 
+  // What a cursor needs to know of a variable.
   struct Shape {
     std::string name;
     int width;  // 0 for a number
   };
-  CaseRelation fRelation;
-  std::vector<Shape> fvShapes;  // of the variables
-  FileState fState;             // of the watched file, as it was opened
+
+  WorkDatabase& fWork;
+  CaseRelation fRelation;       // without its dictionary
+  std::vector<Shape> fvShapes;  // of the variables, in the order of the dictionary
+  FileState fState;             // of the watched file when it was opened
 };

@@ -14,7 +14,7 @@
 
 namespace {
 
-// Room for the other threads to work ahead of the reader of a stream.
+// How far DuckDB's threads may work ahead of the reader of a stream.
 constexpr const char* kStreamingBuffer = "16MB";
 
 std::string Quote(std::string_view text, char quote) {
@@ -30,15 +30,16 @@ std::string Quote(std::string_view text, char quote) {
   throw DataError(CleanReason(message));
 }
 
-// While it lives, a stop request ends what the connection is computing: a sort or a load of a large file
-// would else be waited for. It asks from a thread of its own, since the statement holds the caller's.
+// While it lives, a stop request ends what the connection is computing; else a user who interrupts a run
+// would wait for the sort of a large file. It polls from a thread of its own, since the statement blocks the
+// caller's.
 class StopWatch {
 public:
   explicit StopWatch(duckdb_connection connection) {
     try {
       fThread = std::jthread([this, connection](const std::stop_token& end) { Watch(end, connection); });
     } catch (const std::system_error&) {
-      // no thread to be had: the statement is waited for
+      // No thread is available: a stop request then waits for the statement.
     }
   }
 
@@ -53,15 +54,16 @@ private:
 
   std::mutex fMutex;
   std::condition_variable_any fWake;
-  std::jthread fThread;  // last, so that it ends before what it uses
+  std::jthread fThread;  // last member: it is joined before the others, which it uses, are destroyed
 };
 
+// A prepared statement.
 class Statement {
 public:
   Statement(duckdb_connection connection, const std::string& sql) {
     if (duckdb_prepare(connection, sql.c_str(), &fStatement) == DuckDBSuccess) return;
     const char* const message = duckdb_prepare_error(fStatement);
-    const std::string reason = message == nullptr ? "" : message;
+    const std::string reason = message == nullptr ? "" : message;  // copied: the statement owns it
     duckdb_destroy_prepare(&fStatement);
     Fail(reason.c_str());
   }
@@ -88,8 +90,8 @@ std::string CleanReason(const char* message) {
   std::string_view reason(message == nullptr ? "" : message);
   reason = reason.substr(0, reason.find('\n'));
   constexpr std::string_view kClass = " Error: ";
-  // The class is a few words before the first colon; a reason may hold one of its own, as "IO Error: "
-  // inside.
+  // A class is in front if the first colon of the text is that of " Error: " (6 bytes into it). So "IO Error:
+  // " deep inside a reason stays, but "Invalid Error: IO Error: " goes as a whole.
   for (std::size_t at = reason.find(kClass); at != std::string_view::npos && reason.find(':') == at + 6;
        at = reason.find(kClass)) {
     reason.remove_prefix(at + kClass.size());
@@ -128,8 +130,9 @@ DuckConnection::DuckConnection(duckdb_database database) {
   Run(fmt::format("SET streaming_buffer_size = '{}'", kStreamingBuffer));
 }
 
-// While an exception is on its way, DuckDB lets a connection go without ending its query, whose threads then
-// read on in what is gone; another statement ends it.
+// During the unwinding of an exception DuckDB's disconnect doesn't end a running query. Its threads then go
+// on to use objects that are destroyed. Running any other statement first does end the query; its result is
+// thrown away.
 void DuckConnection::Disconnect::operator()(duckdb_connection connection) const {
   if (std::uncaught_exceptions() > 0) duckdb_query(connection, "SELECT 1", nullptr);
   duckdb_disconnect(&connection);
@@ -149,7 +152,7 @@ DuckResult DuckConnection::Query(const std::string& sql) {
 }
 
 DuckResult DuckConnection::Stream(const std::string& sql) {
-  const StopWatch watch(Get());
+  const StopWatch watch(Get());  // while it is started: a sort is done before the first row comes
   const Statement statement(Get(), sql);
   duckdb_pending_result pending = nullptr;
   const duckdb_state started = duckdb_pending_prepared_streaming(statement.Get(), &pending);
@@ -158,7 +161,7 @@ DuckResult DuckConnection::Stream(const std::string& sql) {
   DuckResult result(raw);
   const char* const message =
       started == DuckDBSuccess ? duckdb_result_error(&raw) : duckdb_pending_error(pending);
-  const std::string reason = isGood || message == nullptr ? "" : message;
+  const std::string reason = isGood || message == nullptr ? "" : message;  // copied: `pending` owns it
   duckdb_destroy_pending(&pending);
   if (!isGood) Fail(reason.c_str());
   return result;

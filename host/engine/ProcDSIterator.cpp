@@ -8,16 +8,15 @@
 #include "host/engine/CaseProgress.h"
 #include "host/engine/ProcedureDataSource.h"
 #include "host/environment/CommonBlocks.h"
-#include "host/environment/HostSession.h"
+#include "host/environment/HostErrors.h"
 #include "host/environment/MCStopProcessor.h"
 #include "host/numeric/Obs.h"
 
 ProcDSIterator::ProcDSIterator(ProcedureDataSource& source, ActiveFile& file)
-    : fSource(source),
-      fFile(file),
-      fProgress(HostSession::Current().Layer<CaseProgress>()),
-      fvServed(file.CopiedColumns()) {
+    : fSource(source), fFile(file), fvServed(file.CopiedColumns()) {
+  // The procedure turns splitting off through the common block, while the file still has its split columns.
   if (pvGetCmnGlb()->splitCount == 0) return;
+  // The class name in front: no virtual call while the object is made.
   for (const int column : file.SplitColumns()) {
     ProcDSIterator::BindColumn(column);
     fvSplitPlaces.push_back(PlaceOf(column));
@@ -33,7 +32,7 @@ KORV_DataSource& ProcDSIterator::GetDataSource() {
 // --- walking ---------------------------------------------------------------------------------------------
 
 int ProcDSIterator::NextCase() {
-  if (fNext < fPlainRows && !StopRequested()) {
+  if (fNext < fPlainRows && !StopRequested()) {  // the short way; all below is the long one
     ++fRow;
     ShowNumbers(fNext++);
     return 1;
@@ -48,21 +47,21 @@ int ProcDSIterator::NextCase() {
     fbSplitEnd = true;
     return 1;
   }
-  fbSplitEnd = false;
+  fbSplitEnd = false;  // if it was set, this is the call after the stop: it goes on into the next group
   ++fRow;
   ShowRow(fNext++);
   fPlainRows = fvSplitPlaces.empty() && fvTexts.empty() && fvAdded.empty() ? fBlockRows : 0;
   return 1;
 }
 
-// Moves on to the next block; at the end of the cases or on a failure the walk has ended.
+// False when the walk has ended, at the last case or by a failure.
 bool ProcDSIterator::NextBlock() {
   fPlainRows = 0;
   if (fpCursor == nullptr) {
-    fProgress.StartPass();
+    fFile.Progress().StartPass();
     if (!OpenCursor(0)) return false;
   }
-  fProgress.SetCases(fRow + 1);
+  fFile.Progress().SetCases(fRow + 1);
   try {
     fBlockRows = fpCursor->NextBlock();
     fNext = 0;
@@ -80,6 +79,7 @@ bool ProcDSIterator::NextBlock() {
   }
 }
 
+// False when the walk has ended by a failure.
 bool ProcDSIterator::OpenCursor(std::int64_t firstRow) {
   try {
     fpCursor.reset();  // the old query ends before the new one begins
@@ -92,6 +92,7 @@ bool ProcDSIterator::OpenCursor(std::int64_t firstRow) {
   }
 }
 
+// The cells go on showing the last case. Freeing the cursor ends its query at once.
 void ProcDSIterator::End() {
   fbEnded = true;
   fbSplitEnd = false;
@@ -101,7 +102,7 @@ void ProcDSIterator::End() {
   fpCursor.reset();
 }
 
-// The cells still show the case before.
+// Whether that row belongs to another split group than the case that the cells show.
 bool ProcDSIterator::SplitKeyChanges(std::size_t row) const {
   const auto isKey = [&](std::size_t place) {
     return std::find(fvSplitPlaces.begin(), fvSplitPlaces.end(), place) != fvSplitPlaces.end();
@@ -116,10 +117,12 @@ bool ProcDSIterator::SplitKeyChanges(std::size_t row) const {
   return false;
 }
 
+// Texts and added values.
 void ProcDSIterator::ShowOthers(std::size_t row) {
   for (BoundText& bound : fvTexts) {
     const std::string_view text = bound.block[row];
     char* const cells = bound.cells->text;
+    // Only what the text before had used needs to be blanked, not the whole width.
     std::copy(text.begin(), text.end(), cells);
     if (text.size() < bound.used) std::memset(cells + text.size(), ' ', bound.used - text.size());
     bound.used = text.size();
@@ -129,6 +132,7 @@ void ProcDSIterator::ShowOthers(std::size_t row) {
 
 // --- binding ---------------------------------------------------------------------------------------------
 
+// The place of a column in the cursor's list, or kNotServed.
 std::size_t ProcDSIterator::PlaceOf(int column) {
   const auto found = std::find(fvServed.begin(), fvServed.end(), column);
   if (found == fvServed.end()) return kNotServed;
@@ -138,7 +142,7 @@ std::size_t ProcDSIterator::PlaceOf(int column) {
 const OBS* ProcDSIterator::BindColumn(int column) {
   const auto index = static_cast<std::size_t>(column);
   if (index < fvCells.size() && fvCells[index] != nullptr) return fvCells[index].get();
-  fPlainRows = 0;  // what is bound now may have texts
+  fPlainRows = 0;  // decided anew at the next case: a text may be bound now
   if (index >= fvCells.size()) fvCells.resize(fSource.ColumnCount());
 
   const int type = fSource.GetVariable(column).GetType();
@@ -158,6 +162,8 @@ const OBS* ProcDSIterator::BindColumn(int column) {
   return cells;
 }
 
+// Binds a column of the file. In the middle of a walk it shows the current case at once, see (4) in the
+// header.
 void ProcDSIterator::BindServed(int column, OBS* cells, bool isNumber) {
   std::size_t place = PlaceOf(column);
   const bool isNew = place == kNotServed;
@@ -171,7 +177,8 @@ void ProcDSIterator::BindServed(int column, OBS* cells, bool isNumber) {
     fvTexts.push_back({cells, 0, place, nullptr});
   }
   if (fRow < 0 || fbEnded) return;
-  if (isNew || fNext == 0) {  // a walk that stopped at a split group's end may have left the case's block
+  // fNext is 0 when the next block was fetched to find the end of a split group: the current case's is gone.
+  if (isNew || fNext == 0) {
     if (!OpenCursor(fRow) || !NextBlock()) return;
     fNext = 1;
     ShowRow(0);
@@ -190,6 +197,7 @@ void ProcDSIterator::BindServed(int column, OBS* cells, bool isNumber) {
   }
 }
 
+// Shown in the cell at once where the column is bound, so that a later read of this case agrees.
 void ProcDSIterator::SetColumnValue(int column, double value) {
   if (column < fFile.ServedColumns() || fRow < 0 || !fFile.IsLastPass()) return;
   fFile.Added(column).Set(fRow, value);

@@ -13,17 +13,38 @@ class CaseCursor;
 class CaseProgress;
 class ProcedureDataSource;
 
-// ProcDSIterator walks the cases of the active file, and stops where a split group ends.
+// ProcDSIterator walks the cases of the active file and stops where a split group ends.
 //
-// The first NextCase() starts one streaming query over the columns that are bound by then or that an output
-// copies. A column that is bound later starts it anew at the same case.
+// The walk. A procedure binds columns and gets the addresses of cells; each NextCase() must make the cells
+// show the next case. Three things make that cheap and one makes it difficult.
 //
-// Failures: a file that can't be read on is told through the host's messages; NextCase() answers 0 from then
-//           on and the active file has failed.
-// Cost:     nothing is allocated for a case; a bound number costs one copy.
+// (1) Blocks. The cursor delivers the columns of a block of rows (2,048 with DuckDB) as arrays. NextCase()
+//     only copies element fNext of each bound column's array into its cell. Nothing virtual is called for a
+//     case.
+// (2) Plain rows. If only numbers are bound, and the file isn't split, a case needs none of the checks below.
+//     fPlainRows is then the number of rows in the block, else 0; so the first comparison in NextCase()
+//     decides between the short way and the long one.
+// (3) One query. The query is opened as late as the first NextCase(), for the columns bound until then.
+//     Columns that an output copies (ActiveFile::CopiedColumns()) are among them from the start, since an
+//     output binds them only after the walk has begun.
+// (4) Late binding. A column may be bound in the middle of a walk and must show the current case at once. If
+//     the query has the column, its array of the current block is still there. If not, a new query starts at
+//     the current row; cells keep their addresses and fRow goes on counting. A pass is counted by its first
+//     query only.
+//
+// A split group ends between two cases. There NextCase() returns 1 with SplitGroupEnd() true and the cells
+// unchanged, so that the caller can finish the group on its last case; the next call moves on. To see the
+// end, the key of the next row is compared with the cells, which still show the case before; hence a block
+// may have been fetched already while the current case is in the block before it. Only BindServed() has to
+// know: it starts a new query in that state too (fNext is 0).
+//
+// Use:        BindColumn(), NextCase() until 0. SetColumnValue() in the last pass.
+// Ownership:  owns the cells; borrows source and active file, which outlive it.
+// Failures:   a file that can't be read on is reported by ActiveFile::Fail(); NextCase() returns 0 from then
+//             on. After a stop request it returns 0 too, and nothing is reported.
+// Cost:       nothing is allocated for a case; a bound number costs one copy.
 class ProcDSIterator : public KORV_InputCaseIterator {
 public:
-  // Borrows both, which outlive it.
   ProcDSIterator(ProcedureDataSource& source, ActiveFile& file);
   ~ProcDSIterator() override;
 
@@ -34,22 +55,22 @@ public:
   // Ignored for a column of the file itself, before the first case and outside the last pass.
   void SetColumnValue(int column, double value) override;
 
-  // The last NextCase() stopped at the end of a split group, still on its last case; the next one goes on
-  // into the next group.
+  // Whether the last NextCase() stopped at the end of a split group, on its last case.
   bool SplitGroupEnd() const { return fbSplitEnd; }
 
 private:
   static constexpr std::size_t kNotServed = static_cast<std::size_t>(-1);
 
-  // A bound column that the engine serves. The values of the block are null until there is one.
+  // Bound columns that the engine serves. `block` is the column's array in the current block, null until
+  // there is one; `place` is the column's place in the cursor's list.
   struct BoundNumber {
-    OBS* cell;          // owned by fvCells
-    std::size_t place;  // in the cursor's columns
+    OBS* cell;
+    std::size_t place;
     const double* block;
   };
   struct BoundText {
     OBS* cells;
-    std::size_t used;  // bytes that the text of the current case takes; all behind are blanks
+    std::size_t used;  // bytes of the current case's text; all cells behind it are blank
     std::size_t place;
     const std::string_view* block;
   };
@@ -65,7 +86,8 @@ private:
   bool NextBlock();
   bool SplitKeyChanges(std::size_t row) const;
   void ShowNumbers(std::size_t row) {
-    for (const BoundNumber& bound : fvNumbers) bound.cell->number = bound.block[row] + 0.0;  // makes 0 of -0
+    // The addition turns -0 into 0: the sign of a zero must not tell two strata apart.
+    for (const BoundNumber& bound : fvNumbers) bound.cell->number = bound.block[row] + 0.0;
   }
   void ShowRow(std::size_t row) {
     ShowNumbers(row);
@@ -76,19 +98,17 @@ private:
 
   ProcedureDataSource& fSource;
   ActiveFile& fFile;
-  CaseProgress& fProgress;
   std::unique_ptr<CaseCursor> fpCursor;         // null before the first case and after the end
   std::vector<std::unique_ptr<OBS[]>> fvCells;  // by column; null while it isn't bound
-  std::vector<int> fvServed;                    // columns of the cursor
+  std::vector<int> fvServed;                    // columns of the cursor, in the order of its list
   std::vector<BoundNumber> fvNumbers;
   std::vector<BoundText> fvTexts;
   std::vector<BoundAdded> fvAdded;
-  std::vector<std::size_t> fvSplitPlaces;  // in the cursor's columns
+  std::vector<std::size_t> fvSplitPlaces;  // in the cursor's list
   std::int64_t fRow = -1;                  // current case, from 0; -1 before the first
   std::size_t fBlockRows = 0;
-  std::size_t fNext = 0;  // row of the block that the next case takes
-  // Rows of the block that only numbers are shown of, with nothing else to look after; 0 where there is more.
-  std::size_t fPlainRows = 0;
+  std::size_t fNext = 0;       // row of the block that the next case is in
+  std::size_t fPlainRows = 0;  // fBlockRows where ShowNumbers() is all that a case needs, else 0
   bool fbSplitEnd = false;
   bool fbEnded = false;
 };

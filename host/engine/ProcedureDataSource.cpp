@@ -1,35 +1,27 @@
 #include "host/engine/ProcedureDataSource.h"
 
 #include "host/engine/ActiveFile.h"
-#include "host/engine/CaseProgress.h"
 #include "host/engine/ProcDSIterator.h"
-#include "host/environment/HostSession.h"
 
-namespace {
+ProcedureDataSource::ProcedureDataSource() : ProcedureDataSource(ActiveFile::Current()) {}
 
-std::shared_ptr<Dictionary> ActiveDictionary() {
-  const ActiveFile& file = ActiveFile::Current();
-  return file.IsOpen() ? file.SharedDictionary() : std::make_shared<Dictionary>();
-}
+ProcedureDataSource::ProcedureDataSource(ActiveFile& file)
+    : KORV_DataSource(file.IsOpen() ? file.SharedDictionary() : std::make_shared<Dictionary>()),
+      fFile(file) {}
 
-}  // namespace
-
-ProcedureDataSource::ProcedureDataSource() : KORV_DataSource(ActiveDictionary()) {}
-
+// MakeVariable() hands out references into this vector.
 void ProcedureDataSource::SetMaxObsAdded(unsigned count) {
   GetDictionary().variables.reserve(GetDictionary().variables.size() + count);
 }
 
 void ProcedureDataSource::SetLastPass() {
-  ActiveFile::Current().SetLastPass();
-  HostSession::Current().Layer<CaseProgress>().SetLastPass();
+  fFile.SetLastPass();
 }
 
 bool ProcedureDataSource::FatalError() const {
-  return ActiveFile::Current().HasFailed();
+  return fFile.HasFailed();
 }
 
 KORV_InputCaseIterator* ProcedureDataSource::MakeInputCaseIterator(int) {
-  ActiveFile& file = ActiveFile::Current();
-  return file.IsOpen() ? new ProcDSIterator(*this, file) : nullptr;
+  return fFile.IsOpen() ? new ProcDSIterator(*this, fFile) : nullptr;
 }

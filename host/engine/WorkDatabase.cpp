@@ -9,11 +9,12 @@
 
 namespace {
 
+// The settings that a database is opened with.
 class Config {
 public:
   Config() {
-    if (duckdb_create_config(&fConfig) != DuckDBSuccess)
-      throw DataError("DuckDB can't make its configuration: out of memory");
+    if (duckdb_create_config(&fConfig) == DuckDBSuccess) return;
+    throw DataError("DuckDB can't make its configuration");
   }
   ~Config() { duckdb_destroy_config(&fConfig); }
   Config(const Config&) = delete;
@@ -32,13 +33,16 @@ private:
 
 }  // namespace
 
-WorkDatabase::WorkDatabase() {
+WorkDatabase::WorkDatabase(const HostSession& session) {
   Config config;
-  config.Set("threads", std::to_string(std::max(1, GETTHREADS())));
+  config.Set("threads", std::to_string(std::max(1, session.Threads())));
   config.Set("temp_directory", fFolder.Path());
+  // The order of the cases decides the sample, so a file must be read in the order in which it is written.
   config.Set("preserve_insertion_order", "true");
+  // Nothing is fetched from the network, whatever a query names.
   config.Set("autoload_known_extensions", "false");
   config.Set("autoinstall_known_extensions", "false");
+  // A cached block would hide that a file was changed while it is being read.
   config.Set("enable_external_file_cache", "false");
   duckdb_database database = nullptr;
   char* message = nullptr;
@@ -51,21 +55,18 @@ WorkDatabase::WorkDatabase() {
   Connect().Run("SET GLOBAL TimeZone = 'UTC'");  // times with a zone read the same on every machine
 }
 
-WorkDatabase& WorkDatabase::Current() {
-  return HostSession::Current().Layer<WorkDatabase>();
-}
-
 std::string WorkDatabase::UniqueName(std::string_view stem) {
-  return fmt::format("{}_{}", stem, ++fNames);
+  return fmt::format("{}_{}", stem, ++fNames);  // no stem ends in a number, so no two names are equal
 }
 
+// A connection of its own: the one that made the thing may be gone, or busy with a stream.
 std::shared_ptr<const void> WorkDatabase::Hold(const std::string& release) {
   const auto remove = [this, release](const void*) {
     try {
       Connect().Run(release);
     } catch (const DataError&) {
-      // It goes with the database at the end of the session.
+      // Whatever it was goes with the database at the end of the session.
     }
   };
-  return std::shared_ptr<const void>(this, remove);
+  return std::shared_ptr<const void>(this, remove);  // the pointer only keeps the token from being null
 }

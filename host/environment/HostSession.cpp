@@ -34,9 +34,12 @@ HostSession& HostSession::Current() {
   return *gCurrent;
 }
 
+int HostSession::Threads() const {
+  return fSettings.threads > 0 ? fSettings.threads : static_cast<int>(std::thread::hardware_concurrency());
+}
+
 int GETTHREADS() {
-  const int chosen = HostSession::Current().Settings().threads;
-  return chosen > 0 ? chosen : static_cast<int>(std::thread::hardware_concurrency());
+  return HostSession::Current().Threads();
 }
 
 bool GETEXACTDESIGN() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <type_traits>
 #include <typeindex>
 #include <utility>
 #include <vector>
@@ -52,27 +53,39 @@ public:
 
   const HostSettings& Settings() const { return fSettings; }
 
-  // This session's object of type `State`, default-constructed by the first call. The reference is valid
-  // until the session ends. Cost: linear in the number of layers, which is below ten; don't call it once per
-  // case.
+  // Processors for parallel work: the setting, else the machine's; 0 when that is unknown.
+  int Threads() const;
+
+  // This session's object of type `State`, made by the first call: from the session if State has such a
+  // constructor. Layers that it asks for in its constructor are made before it, and so outlive it. The
+  // reference is valid until the session ends. Cost: linear in the number of layers, which is below ten; don't
+  // call it once per case.
   template <class State>
   State& Layer() {
     for (const auto& [type, state] : fLayers) {
       if (type == typeid(State)) return *static_cast<State*>(state.get());
     }
-    fLayers.emplace_back(typeid(State), std::make_shared<State>());
-    return *static_cast<State*>(fLayers.back().second.get());
+    std::shared_ptr<State> made = Make<State>();
+    fLayers.emplace_back(typeid(State), made);
+    return *made;
   }
 
 private:
+  template <class State>
+  std::shared_ptr<State> Make() {
+    if constexpr (std::is_constructible_v<State, HostSession&>) {
+      return std::make_shared<State>(*this);
+    } else {
+      return std::make_shared<State>();
+    }
+  }
+
   HostSettings fSettings;
   // In order of creation. shared_ptr<void> because it remembers how to delete what it points to.
   std::vector<std::pair<std::type_index, std::shared_ptr<void>>> fLayers;
 };
 
-// Threads for parallel work, from the session's settings, else the number of processors. 0 when the system
-// can't say; the caller then keeps its own default.
+// Threads() and HostSettings::exactDesign of the current session, for the procedure. Where Threads() is 0 the
+// caller keeps its own default.
 int GETTHREADS();
-
-// HostSettings::exactDesign of the current session.
 bool GETEXACTDESIGN();

@@ -13,6 +13,8 @@ CheckFileRef::CheckFileRef(const std::string& name, bool, bool) : fName(name) {
 void ValidateFileSpecification(const char* path, int length, bool forWrite, int& status, int& exists,
                                int& valid, int& readOnly, int& inUse) {
   PathClaims& claims = SessionFiles::Current().Claims();
+  // The session knows more about a plan that can't be read: PathClaims keeps the reason for the program to
+  // show.
   const std::string name(path, static_cast<std::size_t>(length));
   int claim = PathClaims::kNone;
   const FileFlags flags = forWrite ? claims.ClaimForWriting(FileRole::kRule, name, name, &claim)

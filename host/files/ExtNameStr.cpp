@@ -1,5 +1,8 @@
 #include "host/files/ExtNameStr.h"
 
+#include <utility>
+
+#include "host/environment/HostErrors.h"
 #include "host/files/SessionFiles.h"
 
 ExtOutputStream::ExtOutputStream() : std::ostream(nullptr) {
@@ -15,16 +18,16 @@ void ExtOutputStream::close() {
     setstate(failbit);
     return;
   }
-  OutputFile* file = fpFile;
-  fpFile = nullptr;
+  OutputFile* const file = std::exchange(fpFile, nullptr);
   file->cases = fCount;
-  const bool isWhole = fBuffer.writer.Close();
-  if (!isWhole) {
-    IssueFileError(file->path, fBuffer.writer.Reason());
+  try {
+    if (!fBuffer.writer.Close()) throw CannotWrite(file->path, fBuffer.writer.Reason());
+    fpSession->Finish(file);
+  } catch (const DataError& error) {
+    IssueHostMessage(error.what(), kErrorLevel);
+    fpSession->Abandon(file);
+    setstate(failbit);
   }
-  if (isWhole && SessionFiles::Current().Finish(*file)) return;
-  SessionFiles::Current().Abandon(file);
-  setstate(failbit);
 }
 
 ExtOutputStream::Buffer::int_type ExtOutputStream::Buffer::overflow(int_type c) {
@@ -39,13 +42,21 @@ std::streamsize ExtOutputStream::Buffer::xsputn(const char* text, std::streamsiz
 
 bool ExtNameStr::Open(ExtOutputStream& stream, int) {
   SessionFiles& session = SessionFiles::Current();
-  OutputFile* file = session.Start(FileRole::kRule, fName, fName);
-  if (file != nullptr && !stream.fBuffer.writer.Open(file->parts.back()->TemporaryPath())) {
-    IssueFileError(fName, stream.fBuffer.writer.Reason());
-    session.Abandon(file);
-    file = nullptr;
+  OutputFile* file = nullptr;
+  try {
+    file = session.Start(FileRole::kRule, fName, fName);
+    if (!stream.fBuffer.writer.Open(file->parts.back()->TemporaryPath())) {
+      throw CannotWrite(fName, stream.fBuffer.writer.Reason());
+    }
+    stream.fpSession = &session;
+    stream.fpFile = file;
+    stream.clear();
+    return true;
+  } catch (const DataError& error) {
+    IssueHostMessage(error.what(), kErrorLevel);
+    if (file != nullptr) session.Abandon(file);
+    stream.fpFile = nullptr;
+    stream.clear(std::ios::failbit);
+    return false;
   }
-  stream.fpFile = file;
-  stream.clear(file == nullptr ? std::ios::failbit : std::ios::goodbit);
-  return file != nullptr;
 }

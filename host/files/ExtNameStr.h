@@ -6,28 +6,33 @@
 
 #include "host/files/FileWriter.h"
 
+class SessionFiles;
 struct OutputFile;
 
-// ExtOutputStream is an output file stream whose file takes its place when the session commits its files.
+// ExtOutputStream is the output stream of a file that takes its place when the session commits its files.
+//
+// Use:        open it with ExtNameStr, write, close(). Before the commit the file is under a temporary name.
+// Ownership:  borrows the file from the session, which must outlive an open stream.
+// Failures:   the fail state, as for any stream, after an error of the host that names file and reason. The
+//             run is then broken, unless the file could not even be opened.
 class ExtOutputStream : public std::ostream {
 public:
   ExtOutputStream();
-  // Closes the file, if close() wasn't called.
+  // Closes the file if it is open.
   ~ExtOutputStream() override;
 
   bool is_open() const { return fpFile != nullptr; }
 
-  // Finishes the file. When it isn't whole, the fail state is set and an error of the host names file and
-  // reason. Without an open file the fail state is set.
+  // Finishes the file. Without an open file the fail state is set.
   void close();
 
-  // How many clauses the file holds, for the report of the session.
+  // Number of clauses in the file, for the report of the session.
   void SetCount(std::int64_t count) { fCount = count; }
 
 private:
   friend class ExtNameStr;
 
-  // Hands everything over to the writer, which has the buffer.
+  // Has no buffer of its own: the writer has one.
   class Buffer : public std::streambuf {
   public:
     FileWriter writer;
@@ -38,17 +43,18 @@ private:
   };
 
   Buffer fBuffer;
-  OutputFile* fpFile = nullptr;  // borrowed from SessionFiles; null unless open
+  SessionFiles* fpSession = nullptr;  // borrowed; set while the file is open
+  OutputFile* fpFile = nullptr;       // borrowed from the session; null unless open
   std::int64_t fCount = 0;
 };
 
-// ExtNameStr opens a stream on a file name in generic text.
+// ExtNameStr is a file name in generic text that a stream can be opened on, in the living session.
 class ExtNameStr {
 public:
   void SetGeneric(const std::string& name) { fName = name; }
 
-  // The mode is always 2: the file is written from its start. A file that can't be opened puts the stream
-  // into its fail state, after an error of the host that names file and reason.
+  // The mode is always 2: the file is written from its start. False, with the stream in its fail state, after
+  // an error of the host that names file and reason.
   bool Open(ExtOutputStream& stream, int mode);
 
 private:

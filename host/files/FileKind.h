@@ -2,15 +2,20 @@
 
 #include <string>
 
-// What a data file is, by its extension without regard to case.
+// The kinds of data files. The extension alone decides, without regard to case: kinds aren't guessed from the
+// contents, so that a name says how a file will be read, and an output can be named before it exists.
+//
+//   .sav, no extension       native: a DuckDB database with our dictionary     read and written
+//   .parquet                 Parquet, with our dictionary in its metadata      read and written
+//   .csv, .tsv               delimited text, with a Table Schema beside it     read and written
+//   .json, .ndjson           a list of objects, one object a line              read
 enum class FileKind { kNative, kParquet, kCsv, kTsv, kJson, kNdJson, kUnknown };
 
-// A name without an extension is a native file's.
 FileKind KindOf(const std::string& path);
 
 bool CanBeWritten(FileKind kind);
 
-// Whether a file of that kind has its dictionary in a Table Schema file beside it.
+// Whether the dictionary of such a file is in a Table Schema file beside it.
 bool HasSchemaFile(FileKind kind);
 
 // The schema file beside a data file: "dir/frame.schema.json" for "dir/frame.csv".

@@ -1,9 +1,7 @@
 #include "host/files/FileLock.h"
 
-#include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 
@@ -14,33 +12,14 @@ namespace {
 constexpr std::string_view kLockSuffix = ".svselect-lock";
 static_assert(1 + kLockSuffix.size() <= kBesideRoom);
 
-// An open file, closed with the object.
-class Descriptor {
-public:
-  Descriptor(const std::string& path, int flags) : fFile(open(path.c_str(), flags | O_CLOEXEC, 0666)) {}
-  ~Descriptor() {
-    if (fFile >= 0) close(fFile);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  int Get() const { return fFile; }
-  int Release() {
-    const int file = fFile;
-    fFile = -1;
-    return file;
-  }
-
-private:
-  int fFile;
-};
-
+// Tries the lock and gives it back at once.
 bool CannotFlock(int file, int operation) {
   if (flock(file, operation | LOCK_NB) != 0) return errno == EWOULDBLOCK;
   flock(file, LOCK_UN);
   return false;
 }
 
+// fcntl locks are a second kind that flock doesn't see; databases use them.
 bool IsFcntlLocked(int file, bool forWriting) {
   struct flock probe {};
   probe.l_type = forWriting ? F_WRLCK : F_RDLCK;
@@ -48,7 +27,8 @@ bool IsFcntlLocked(int file, bool forWriting) {
   return fcntl(file, F_GETLK, &probe) == 0 && probe.l_type != F_UNLCK;
 }
 
-// Between opening a lock file and locking it, its former owner may have removed it.
+// Between our opening a lock file and locking it, its former owner may have removed it. We would then hold a
+// lock on a file without a name, and the next run would make and lock another one.
 bool IsStillNamed(int file, const std::string& path) {
   struct stat opened {};
   struct stat named {};
@@ -58,20 +38,21 @@ bool IsStillNamed(int file, const std::string& path) {
 }  // namespace
 
 bool IsLockedByOthers(const std::string& path, bool forWriting) {
-  const Descriptor file(path, O_RDONLY | O_NONBLOCK);
-  if (file.Get() >= 0) {
+  // O_NONBLOCK: opening a pipe must not wait for its other end.
+  const FileDescriptor file(path, O_RDONLY | O_NONBLOCK);
+  if (file.IsOpen()) {
     if (CannotFlock(file.Get(), forWriting ? LOCK_EX : LOCK_SH)) return true;
     if (IsFcntlLocked(file.Get(), forWriting)) return true;
   }
-  const Descriptor ours(BesideName(path, kLockSuffix), O_RDONLY | O_NONBLOCK);
-  return ours.Get() >= 0 && CannotFlock(ours.Get(), LOCK_EX);
+  const FileDescriptor ours(BesideName(path, kLockSuffix), O_RDONLY | O_NONBLOCK);
+  return ours.IsOpen() && CannotFlock(ours.Get(), LOCK_EX);
 }
 
 std::unique_ptr<FileLock> FileLock::Take(const std::string& target, std::string* why) {
   const std::string path = BesideName(target, kLockSuffix);
   for (;;) {
-    Descriptor file(path, O_RDWR | O_CREAT | O_NOFOLLOW);
-    if (file.Get() < 0) {
+    FileDescriptor file(path, O_RDWR | O_CREAT | O_NOFOLLOW);
+    if (!file.IsOpen()) {
       *why = SystemReason();
       return nullptr;
     }
@@ -80,12 +61,13 @@ std::unique_ptr<FileLock> FileLock::Take(const std::string& target, std::string*
       return nullptr;
     }
     if (IsStillNamed(file.Get(), path)) {
-      return std::unique_ptr<FileLock>(new FileLock(path, file.Release()));
+      return std::unique_ptr<FileLock>(new FileLock(path, std::move(file)));
     }
   }
 }
 
 FileLock::~FileLock() {
-  unlink(fPath.c_str());  // while we still hold it: whoever waits opens a new one
-  close(fFile);
+  // Removed while still locked: a run that opened the old file meanwhile sees in IsStillNamed() that it must
+  // open a new one.
+  unlink(fPath.c_str());
 }

@@ -3,25 +3,33 @@
 #include <memory>
 #include <string>
 
+#include "host/files/FileDescriptor.h"
+
 // Locks between processes. The kernel drops a lock with the process that holds it, so none is ever stale.
 
-// Whether another process holds a lock on a regular file (flock or fcntl) that keeps us from reading it, or
-// from replacing it with `forWriting`; also when another run of ours is writing a file of that name.
-// REQUIRES: this process holds no fcntl lock on the file: looking would drop it.
+// Whether another process holds a lock on a regular file (flock or fcntl) that keeps us from reading it, or,
+// with `forWriting`, from replacing it; also whether another run of ours is writing a file of that name. A
+// file that can't be opened counts as free: whoever uses it next finds the real reason.
+// REQUIRES: this process holds no fcntl lock on the file. POSIX drops all of them as soon as any descriptor
+//           of the file is closed, and looking closes one.
 bool IsLockedByOthers(const std::string& path, bool forWriting);
 
-// FileLock is the right to write a target: a lock file beside it, gone with the object.
+// FileLock is the right to write one target: while it lives, no other run of ours writes that file.
+//
+// Use:        Take(), hold it until the target is in its place.
+// Ownership:  owns the lock file beside the target, which is removed with the object.
+// Failures:   null, with the reason in `why`.
 class FileLock {
 public:
-  // Null when another run holds the lock or the lock file can't be made; `why` then has the reason.
+  // Never waits: a lock that another run holds is a failure.
   static std::unique_ptr<FileLock> Take(const std::string& target, std::string* why);
   ~FileLock();
   FileLock(const FileLock&) = delete;
   FileLock& operator=(const FileLock&) = delete;
 
 private:
-  FileLock(std::string path, int file) : fPath(std::move(path)), fFile(file) {}
+  FileLock(std::string path, FileDescriptor file) : fPath(std::move(path)), fFile(std::move(file)) {}
 
-  std::string fPath;
-  int fFile;  // open descriptor that holds the lock
+  std::string fPath;     // of the lock file
+  FileDescriptor fFile;  // holds the lock
 };

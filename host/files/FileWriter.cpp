@@ -1,8 +1,5 @@
 #include "host/files/FileWriter.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
 
 #include "host/files/TemporaryFile.h"
@@ -11,19 +8,16 @@ namespace {
 constexpr std::size_t kBufferSize = std::size_t{1} << 18;  // bytes
 }
 
-FileWriter::~FileWriter() {
-  if (fFile >= 0) close(fFile);
-}
-
 bool FileWriter::Fail() {
   if (fReason.empty()) fReason = SystemReason();
   return false;
 }
 
 bool FileWriter::Open(const std::string& path) {
-  fFile = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  fFile = FileDescriptor(path, O_WRONLY | O_CREAT | O_TRUNC);
+  const bool isOpen = fFile.IsOpen() || Fail();  // before anything else can change errno
   fBuffer.reserve(kBufferSize);
-  return fFile >= 0 || Fail();
+  return isOpen;
 }
 
 bool FileWriter::Write(std::string_view text) {
@@ -35,8 +29,8 @@ bool FileWriter::Write(std::string_view text) {
 bool FileWriter::Flush() {
   std::string_view left = fBuffer;
   while (!left.empty()) {
-    const ssize_t written = write(fFile, left.data(), left.size());
-    if (written < 0 && errno == EINTR) continue;
+    const ssize_t written = write(fFile.Get(), left.data(), left.size());
+    if (written < 0 && errno == EINTR) continue;  // a signal came first, nothing was written
     if (written < 0) return Fail();
     left.remove_prefix(static_cast<std::size_t>(written));
   }
@@ -45,9 +39,8 @@ bool FileWriter::Flush() {
 }
 
 bool FileWriter::Close() {
-  if (fFile < 0) return false;
+  if (!fFile.IsOpen()) return false;
   if (fReason.empty()) Flush();
-  if (close(fFile) != 0) Fail();
-  fFile = -1;
+  if (!fFile.Close()) Fail();
   return fReason.empty();
 }

@@ -3,31 +3,34 @@
 #include <string>
 #include <string_view>
 
-// FileWriter writes a file from its start through a buffer, and remembers the first failure with its reason;
-// after that nothing more is written.
+#include "host/files/FileDescriptor.h"
+
+// FileWriter writes a file from its start, through a buffer.
+//
+// Use:       Open(), Write() any number of times, Close(). The file is whole only if Close() says so.
+// Failures:  false; Reason() has the system's reason for the first failure. After that nothing more is
+//            written, so that a caller may check once at the end. It remembers instead of throwing because a
+//            stream buffer writes through it.
+// Cost:      one system call for each 256 KiB.
 class FileWriter {
 public:
   FileWriter() = default;
-  ~FileWriter();
-  FileWriter(const FileWriter&) = delete;
-  FileWriter& operator=(const FileWriter&) = delete;
 
-  // Makes the file, or empties it. False when it can't be written.
+  // Makes the file, or empties the one that is there.
   bool Open(const std::string& path);
-  // Appends to the file. False when this or anything before it failed; a text still in the buffer may fail
-  // later.
+  // Appends to the file. True doesn't mean that the text is on the disk: it may still fail in the buffer.
   bool Write(std::string_view text);
-  // Writes what is left. False when the file isn't whole.
+  // Writes the rest of the buffer and closes the file. False when the file isn't whole or was never open.
   bool Close();
 
-  bool IsGood() const { return fFile >= 0 && fReason.empty(); }
+  bool IsGood() const { return fFile.IsOpen() && fReason.empty(); }
   const std::string& Reason() const { return fReason; }
 
 private:
   bool Flush();
   bool Fail();
 
-  int fFile = -1;
+  FileDescriptor fFile;
   std::string fBuffer;
-  std::string fReason;  // empty while nothing failed
+  std::string fReason;  // empty while nothing has failed
 };

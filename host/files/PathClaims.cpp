@@ -19,13 +19,15 @@ namespace fs = std::filesystem;
 constexpr std::array<const char*, 9> kRoleNames = {"frame", "plan", "schema", "command", "sample",
                                                    "joint", "rule", "saved",  "report"};
 
-constexpr std::size_t kLongestFileName = 255;  // bytes, on the file systems that we know
+constexpr std::size_t kLongestFileName = 255;  // bytes; the limit of all usual file systems
 
+// Compared as texts first: files that don't exist yet are equivalent to nothing.
 bool IsSameFile(const std::string& one, const std::string& other) {
   std::error_code error;
   return one == other || (fs::equivalent(one, other, error) && !error);
 }
 
+// What the command asks the procedure to write; the program itself writes the others.
 bool IsProcedureOutput(FileRole role) {
   return role == FileRole::kSample || role == FileRole::kJoint || role == FileRole::kRule;
 }
@@ -34,6 +36,7 @@ bool IsDataOutput(FileRole role) {
   return role == FileRole::kSample || role == FileRole::kJoint || role == FileRole::kSaved;
 }
 
+// By the effective user and group, as open(2) would decide.
 bool CanWrite(const std::string& path) {
   return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
 }
@@ -41,14 +44,15 @@ bool CanWrite(const std::string& path) {
 constexpr const char* kInUse = "the file is in use, by this run or another process";
 constexpr const char* kNoFile = "a pipe or device, expected a file";
 
-// What stands for the streams of a process: written as a file, what a stream was led to would be lost.
+// Whether a path is a name for a stream of a process, such as /dev/stdout. What is behind it may be a regular
+// file that the output was redirected to; replacing that file would lose what else goes there.
 bool NamesStream(const std::string& path) {
   const fs::path plain = fs::absolute(path).lexically_normal();
   const std::string folder = plain.parent_path().string();
   return folder == "/dev" || folder == "/dev/fd" || folder == "/proc" || folder.starts_with("/proc/");
 }
 
-// Why there can't be a file at a plain path, whatever the permissions; empty when there can be.
+// Why there can't be a file at a plain path, whatever the permissions; empty if there can be.
 std::string WhyNoTarget(const fs::path& path, const fs::file_status& status) {
   std::error_code error;
   if (fs::is_directory(status)) return "a folder, expected a file";
@@ -58,7 +62,7 @@ std::string WhyNoTarget(const fs::path& path, const fs::file_status& status) {
   return "";
 }
 
-// Everything but inUse, for a file that is to be written at a plain path.
+// Tests a plain path for writing. inUse is left to the caller.
 FileFlags TestTarget(const std::string& path) {
   FileFlags flags;
   std::error_code error;
@@ -107,7 +111,7 @@ FileFlags PathClaims::ClaimForWriting(FileRole role, const std::string& spelling
 }
 
 void PathClaims::NoteRefusal(FileRole role, const std::string& path, const std::string& why) {
-  if (path.empty()) return;  // nobody asked for it
+  if (path.empty()) return;  // the command left the name out
   const bool isKnown = std::any_of(fvRefusals.begin(), fvRefusals.end(), [&](const Refusal& refusal) {
     return refusal.path == path && refusal.why == why;
   });
@@ -127,8 +131,8 @@ FileFlags PathClaims::TryReading(FileRole role, const std::string& path) {
     return flags;
   }
   const std::string plain = PlainPath(path);
-  // What the session reads already was tested then. DuckDB may hold it, and looking again would drop its
-  // lock.
+  // What the session already reads was tested then, and DuckDB may hold it now: looking again would drop
+  // DuckDB's lock, see IsLockedByOthers().
   const bool isRead = IsClaimed(plain, false);
   flags.inUse = IsClaimed(plain, true) || (!isRead && IsLockedByOthers(plain, false));
   if (flags.inUse) flags.why = kInUse;
@@ -163,7 +167,8 @@ FileFlags PathClaims::TryWriting(FileRole role, const std::string& spelling, con
   return flags;
 }
 
-// The flags of an output at plain paths: the file itself and what is written beside it.
+// The flags of an output: of the file itself (paths[0]) and of the schema beside it. The reason is the first
+// one.
 FileFlags PathClaims::TestOutput(FileRole role, const std::string& spelling,
                                  const std::vector<std::string>& paths) const {
   FileFlags flags;

@@ -9,41 +9,50 @@ enum class FileRole { kFrame, kPlan, kSchema, kCommand, kSample, kJoint, kRule, 
 // "sample", "joint", "rule", "saved", ...
 const char* RoleName(FileRole role);
 
-// What the tests of a file found.
+// What the tests of a file found. Files are tested when a command is checked, long before they are opened: a
+// run should fail before the draw, not after it. What changes in between is found when the file is opened.
 struct FileFlags {
   bool exists = false;
   bool valid = false;     // a regular file, or a name that one can be written under
   bool readOnly = false;  // it or its folder can't be written
   bool inUse = false;     // by this session or another process
-  std::string why;        // it can't be read or written, in words that follow its name; empty when it can
+  std::string why;        // why it can't be read or written, worded to follow "name: "; empty when it can
 
   bool CanBeRead() const { return exists && valid && !inUse; }
   bool CanBeWritten() const { return valid && !readOnly && !inUse; }
 };
 
-// PathClaims knows every path that a session reads or writes, so that none is written twice or over what is
-// read. Two paths are the same when they name the same file: through another spelling, a symbolic link or a
-// hard link.
+// PathClaims knows every path that a session reads or writes, so that no file is written twice, and none that
+// is read is overwritten. Two paths are the same if they lead to the same file: by another spelling, a
+// symbolic link or a hard link.
+//
+// Use:        claim every file before it is opened. A claim is for reading or for writing, with a role.
+//             Release() what won't be written after all.
+// Failures:   flags, with a reason in words. Refused files are also kept in Refusals(), since the
+//             procedure's own messages don't give the reason.
+// Cost:       a few system calls a claim. A session has about ten, so claims are searched one by one.
 class PathClaims {
 public:
-  // A claim is numbered; kNone is no claim.
+  // Claims are numbered from 0.
   static constexpr int kNone = -1;
 
-  // Tests a file for reading and claims it when it can be read. It is in use when another process holds it
-  // for writing, or this session is to write it.
+  // Tests a file for reading, and claims it if it can be read. It is in use if another process has locked it
+  // for writing or this session is going to write it.
   FileFlags ClaimForReading(FileRole role, const std::string& path);
 
-  // Keeps the path of a file that isn't there free: one written to it would be read with the session's frame.
+  // Claims the path of a file that doesn't exist, so that no output goes there: a schema written beside the
+  // frame would be read with it the next time.
   void KeepFree(FileRole role, const std::string& path);
 
-  // Tests a file for writing and claims it when it can be written, together with the schema file that is
-  // written beside it; `claim` becomes the claim's number or kNone. It is in use when the session has claimed
-  // it already or another process holds a lock on it. A sample, joint or rule file claimed twice under the
-  // same spelling isn't in use: what asks for both compares their names itself. `spelling` is the name as the
-  // command has it, `path` what was made of it.
+  // Tests a file for writing, and claims it if it can be written, together with the schema file that is
+  // written beside it. `claim` becomes the claim's number or kNone. It is in use if the session has claimed
+  // it already or another process has locked it. One exception is on purpose: a sample, joint or rule file
+  // claimed twice under the same spelling isn't in use, because the procedure compares these names itself and
+  // has a message of its own for it. `spelling` is the name in the command, `path` what CheckFileRef made of
+  // it.
   FileFlags ClaimForWriting(FileRole role, const std::string& spelling, const std::string& path, int* claim);
 
-  // What was asked for and couldn't be claimed, each file once.
+  // What was asked for and couldn't be claimed; each file once for each reason.
   struct Refusal {
     FileRole role;
     std::string path;
@@ -51,12 +60,12 @@ public:
   };
   const std::vector<Refusal>& Refusals() const { return fvRefusals; }
 
-  // The file won't be written: another took its place in the command, or the run leaves it out. kNone is
+  // Gives up a claim: the command names another file instead, or the run leaves the file out. kNone is
   // ignored.
   void Release(int claim);
 
-  // The files that were claimed for the sample, the joint probabilities, the rule or the saved frame, also
-  // those that were released, each once.
+  // The data and rule files that were to be written, each once. Those that were released are included: the
+  // user did ask for them, and should hear that they are missing.
   struct Output {
     FileRole role;
     std::string path;
@@ -70,8 +79,8 @@ private:
     bool isForWriting;
     std::string spelling;
     std::string path;
-    std::string plain;  // absolute, without symbolic links
-    bool isBeside;      // the schema file beside an output
+    std::string plain;  // see PlainPath()
+    bool isBeside;      // it is the schema file beside an output
   };
 
   FileFlags TryReading(FileRole role, const std::string& path);

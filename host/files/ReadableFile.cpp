@@ -46,7 +46,7 @@ void CheckReadableFile(const std::string& path) {
 
 bool ReadWholeFile(const std::string& path, std::string* text, std::string* why) {
   text->clear();
-  errno = 0;
+  errno = 0;  // the stream says that it failed, and errno, mostly, why
   std::ifstream file(path, std::ios::binary);
   std::vector<char> piece(kPieceBytes);
   bool isRead = file.is_open();

@@ -8,8 +8,8 @@
 #include "host/environment/HostSession.h"
 #include "host/files/FileKind.h"
 
-void IssueFileError(const std::string& path, const std::string& why) {
-  IssueHostMessage(fmt::format("{} can't be written: {}", path, why), kErrorLevel);
+DataError CannotWrite(const std::string& path, const std::string& why) {
+  return DataError(fmt::format("{} can't be written: {}", path, why));
 }
 
 SessionFiles& SessionFiles::Current() {
@@ -31,24 +31,17 @@ OutputFile* SessionFiles::Start(FileRole role, const std::string& path, const st
   for (const std::string& part : paths) {
     std::string why;
     file->parts.push_back(TemporaryFile::Open(part, &why));
-    if (file->parts.back() == nullptr) {
-      IssueFileError(part, why);
-      return nullptr;
-    }
+    if (file->parts.back() == nullptr) throw CannotWrite(part, why);
   }
   return fvFiles.emplace_back(std::move(file)).get();
 }
 
-bool SessionFiles::Finish(OutputFile& file) {
-  for (const auto& part : file.parts) {
+void SessionFiles::Finish(OutputFile* file) {
+  for (const auto& part : file->parts) {
     std::string why;
-    if (!part->Finish(&why)) {
-      IssueFileError(file.path, why);
-      return false;
-    }
+    if (!part->Finish(&why)) throw CannotWrite(file->path, why);
   }
-  file.isFinished = true;
-  return true;
+  file->isFinished = true;
 }
 
 void SessionFiles::Withdraw(OutputFile* file) {
@@ -60,6 +53,16 @@ void SessionFiles::Abandon(OutputFile* file) {
   Withdraw(file);
 }
 
+void SessionFiles::ForEachPart(bool (*step)(TemporaryFile&, std::string*)) {
+  for (const auto& file : fvFiles) {
+    for (const auto& part : file->parts) {
+      std::string why;
+      if (!step(*part, &why)) throw CannotWrite(file->path, why);
+    }
+  }
+}
+
+// A file that isn't finished belongs to a store that was never closed: the run ended early.
 bool SessionFiles::CommitFiles() {
   const bool isWhole =
       std::all_of(fvFiles.begin(), fvFiles.end(), [](const auto& file) { return file->isFinished; });
@@ -67,24 +70,12 @@ bool SessionFiles::CommitFiles() {
     DiscardFiles();
     return false;
   }
-  // Nothing but the renames stands between the first file in its place and the last, so that a kill has next
-  // to no time to come in between.
-  const auto isDone = [this](bool (*step)(TemporaryFile&, std::string*)) {
-    for (const auto& file : fvFiles) {
-      for (const auto& part : file->parts) {
-        std::string why;
-        if (step(*part, &why)) continue;
-        IssueFileError(file->path, why);
-        return false;
-      }
-    }
-    return true;
-  };
-  const bool areInPlace =
-      isDone([](TemporaryFile& part, std::string* why) { return part.KeepOldFile(why); }) &&
-      isDone([](TemporaryFile& part, std::string* why) { return part.Replace(why); }) &&
-      isDone([](TemporaryFile& part, std::string* why) { return part.SyncPlace(why); });
-  if (!areInPlace) {
+  try {
+    ForEachPart([](TemporaryFile& part, std::string* why) { return part.KeepOldFile(why); });
+    ForEachPart([](TemporaryFile& part, std::string* why) { return part.Replace(why); });
+    ForEachPart([](TemporaryFile& part, std::string* why) { return part.SyncPlace(why); });
+  } catch (const DataError& error) {
+    IssueHostMessage(error.what(), kErrorLevel);
     DiscardFiles();
     return false;
   }
@@ -114,6 +105,7 @@ std::vector<PathClaims::Output> SessionFiles::MissingFiles() const {
 bool CommitFiles() {
   return SessionFiles::Current().CommitFiles();
 }
+
 void DiscardFiles() {
   SessionFiles::Current().DiscardFiles();
 }

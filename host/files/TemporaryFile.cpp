@@ -1,15 +1,14 @@
 #include "host/files/TemporaryFile.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
 
+#include "host/files/FileDescriptor.h"
 #include "host/files/FileWriter.h"
 
 namespace {
@@ -18,20 +17,19 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kTemporarySuffix = ".svselect-new";
 constexpr std::string_view kOldSuffix = ".svselect-old";
-// DuckDB's log of a database file that wasn't closed.
+// DuckDB keeps a log under this suffix beside a database file that it hasn't closed.
 constexpr std::string_view kLogSuffix = ".wal";
 static_assert(1 + kTemporarySuffix.size() + kLogSuffix.size() <= kBesideRoom);
 static_assert(1 + kOldSuffix.size() <= kBesideRoom);
 
 bool Sync(const std::string& path, int flags, std::string* why) {
-  const int file = open(path.c_str(), flags | O_CLOEXEC);
-  bool synced = file >= 0 && fsync(file) == 0;
-  if (!synced) *why = SystemReason();
-  if (file >= 0) close(file);
-  return synced;
+  const FileDescriptor file(path, flags);
+  if (file.IsOpen() && fsync(file.Get()) == 0) return true;
+  *why = SystemReason();
+  return false;
 }
 
-// A new name can be lost in a power cut until its folder is on the disk.
+// A new name is an entry of its folder: a power cut can lose it until the folder is on the disk.
 bool SyncFolderOf(const std::string& path, std::string* why) {
   const std::string folder = fs::path(path).parent_path().string();
   return Sync(folder.empty() ? "." : folder, O_RDONLY | O_DIRECTORY, why);
@@ -44,6 +42,7 @@ std::string SystemReason() {
 }
 
 std::string PlainPath(const std::string& path) {
+  // Links are followed by hand, since the last one may lead to a file that isn't there yet.
   constexpr int kMostLinks = 40;  // as the system's own limit
   std::error_code error;
   fs::path plain = fs::absolute(path, error);
@@ -51,7 +50,7 @@ std::string PlainPath(const std::string& path) {
     plain = plain.parent_path() / fs::read_symlink(plain, error);
   }
   const fs::path whole = fs::weakly_canonical(plain, error);
-  return error ? path : whole.string();
+  return error ? path : whole.string();  // what can't be resolved fails where it is opened
 }
 
 std::string BesideName(const std::string& path, std::string_view suffix) {
@@ -88,16 +87,16 @@ void TemporaryFile::RemoveHelpers() {
 bool TemporaryFile::Finish(std::string* why) {
   struct stat old {};
   if (stat(fTarget.c_str(), &old) == 0 && S_ISREG(old.st_mode)) {
-    chmod(fTemporary.c_str(), old.st_mode & 07777);  // best effort: the file may belong to someone else
+    chmod(fTemporary.c_str(), old.st_mode & 07777);  // may fail where the old file is another user's
   }
   return Sync(fTemporary, O_RDONLY, why) && SyncFolderOf(fTemporary, why);
 }
 
-// A file system without hard links can't give a second name; once replaced, the old file then can't come
-// back.
+// Some file systems have no hard links (EPERM, EOPNOTSUPP, ENOSYS). There the run goes on without a way back,
+// rather than refuse to write at all.
 bool TemporaryFile::KeepOldFile(std::string* why) {
   std::error_code error;
-  if (fs::is_directory(fTarget, error)) {
+  if (fs::is_directory(fTarget, error)) {  // link(2) would say EPERM, as where there are no hard links
     *why = std::system_category().message(EISDIR);
     return false;
   }
@@ -120,6 +119,7 @@ bool TemporaryFile::SyncPlace(std::string* why) const {
   return SyncFolderOf(fTarget, why);
 }
 
+// Failures are ignored: it is part of giving up, and the cause has been reported.
 void TemporaryFile::Restore() {
   if (!fbReplaced) return;
   if (fbHasOld) {

@@ -6,33 +6,47 @@
 
 #include "host/files/FileLock.h"
 
-// What the system says of the last failure, by errno.
+// The system's reason for the last failure, from errno.
 std::string SystemReason();
 
-// The file that a path stands for: absolute, without symbolic links. It need not exist, nor need the target
-// of a link.
+// The file that a path leads to: absolute, without symbolic links. Neither the file nor the target of a link
+// need exist.
 std::string PlainPath(const std::string& path);
 
 // The hidden name of a file's helper: "dir/.name" + suffix for "dir/name".
 std::string BesideName(const std::string& path, std::string_view suffix);
 
-// Room for what BesideName() adds to a name, the dot in front included, in bytes: so much shorter than the
-// file system's limit must a name be.
+// Room that BesideName() needs for what it adds to a name, the dot in front included, in bytes. A name must
+// be shorter than the file system's limit by this.
 inline constexpr std::size_t kBesideRoom = 24;
 
-// TemporaryFile is a file that is written beside its target and takes its place when it is whole, so that the
-// target is at any moment the old file or the new one.
+// TemporaryFile is a file that is written beside its target and takes the target's place once it is whole.
+// The target is the old file or the new one at any moment, never half of one. For "dir/s.csv" three helpers
+// are beside it while the object lives:
 //
-// Use:        Open(), write TemporaryPath() by whatever means, Finish(), KeepOldFile(), Replace(),
-//             SyncPlace(), Settle(). Until Settle(), Restore() brings the old file back. Destroyed without
-//             Settle(), it leaves the old file alone (after Restore() where it was replaced) and removes what
-//             it wrote.
-// Ownership:  holds the lock of the target for its life.
-// Failures:   false, with the reason in `why`.
+//   .s.csv.svselect-new    what is being written (DuckDB may add a log with .wal behind the name)
+//   .s.csv.svselect-old    a second name (hard link) of the old file, from KeepOldFile() to Settle()
+//   .s.csv.svselect-lock   the lock that keeps other runs away, see FileLock
+//
+// What a kill or a power cut leaves:
+//
+//   before Replace()       the old file under its name. The helpers stay until the next run that writes this
+//                          target removes them in Open().
+//   after Replace()        the new file, whole: Finish() had brought its contents to the disk. Until
+//                          SyncPlace() a power cut may bring the old file back, also whole.
+//
+// The helpers are in the target's folder because a rename is atomic only within a file system.
+//
+// Use:        Open(), write TemporaryPath() by whatever means, then Finish(), KeepOldFile(), Replace(),
+//             SyncPlace() and Settle() in this order. SessionFiles takes each step for all files of a run
+//             before the next one. Until Settle(), Restore() brings the old file back.
+// Ownership:  owns the helpers and the lock. Destroyed before Settle(), it restores the old file and removes
+//             what it wrote.
+// Failures:   false or null, with the system's reason in `why`.
 class TemporaryFile {
 public:
-  // Takes the target's lock and removes what killed runs left beside it. A target that is a symbolic link
-  // stands for what it points to. Null on failure.
+  // Takes the target's lock and removes what killed runs left beside it. Where the target is a symbolic link,
+  // the file that it leads to is replaced, not the link.
   static std::unique_ptr<TemporaryFile> Open(const std::string& target, std::string* why);
   ~TemporaryFile();
   TemporaryFile(const TemporaryFile&) = delete;
@@ -40,17 +54,17 @@ public:
 
   const std::string& TemporaryPath() const { return fTemporary; }
 
-  // The file is written: it gets the permissions of the file that it replaces and goes to the disk.
+  // Gives the written file the permissions of the file that it is to replace, and brings it to the disk.
   bool Finish(std::string* why);
-  // Gives the old file a second name, to come back from.
+  // Gives the old file a second name, for Restore().
   bool KeepOldFile(std::string* why);
-  // Puts the file in the target's place: one rename. REQUIRES: finished, the old file kept.
+  // Puts the file in the target's place: one rename. REQUIRES: Finish() and KeepOldFile() were true.
   bool Replace(std::string* why);
-  // Brings the new name to the disk.
+  // Brings the rename to the disk.
   bool SyncPlace(std::string* why) const;
-  // Undoes Replace(), or nothing. Where the old file couldn't be kept, the new one stays.
+  // Undoes Replace(); without one it does nothing. Where the old file couldn't be kept, the new one stays.
   void Restore();
-  // The old file is no longer wanted.
+  // Gives up the old file: there is no way back.
   void Settle();
 
 private:
@@ -59,12 +73,13 @@ private:
 
   std::string fTarget;
   std::string fTemporary;
-  std::string fOld;  // a second name of the old file, while it can come back
-  std::unique_ptr<FileLock> fpLock;
-  bool fbHasOld = false;  // fOld is there
-  bool fbIsNew = false;   // there was no old file
+  std::string fOld;                  // second name of the old file
+  std::unique_ptr<FileLock> fpLock;  // never null
+  bool fbHasOld = false;             // fOld is there
+  bool fbIsNew = false;              // there was no old file
   bool fbReplaced = false;
 };
 
-// Writes or replaces a file as a whole.
+// Writes or replaces a file as a whole. False, with the reason in `why`, when it can't be written; the old
+// file is then untouched.
 bool WriteWholeFile(const std::string& path, std::string_view content, std::string* why);

@@ -1,15 +1,14 @@
 #include "host/files/TemporaryFolder.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "host/environment/HostErrors.h"
 
@@ -19,32 +18,28 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kFolderStem = "svselect-work-";
 
-// Gives 0, or the errno that tells why the folder can't be locked: ENOENT or EWOULDBLOCK when it is another
-// process's. One that another process is making is locked a moment after it appears; its owner notices when
-// it was taken for a stale one, see TemporaryFolder.
-int LockFolder(const std::string& path, int* lock) {
-  const int file = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (file < 0) return errno;
+// Opens and locks a folder. Returns 0 or an errno: ENOENT and EWOULDBLOCK mean that the folder is another
+// process's, or was until just now.
+int LockFolder(const std::string& path, FileDescriptor* lock) {
+  FileDescriptor folder(path, O_RDONLY | O_DIRECTORY);
+  if (!folder.IsOpen()) return errno;
   struct stat opened {};
   struct stat named {};
-  int fault = 0;
-  if (flock(file, LOCK_EX | LOCK_NB) != 0 || fstat(file, &opened) != 0 || stat(path.c_str(), &named) != 0) {
-    fault = errno;
-  } else if (opened.st_ino != named.st_ino) {
-    fault = ENOENT;
+  if (flock(folder.Get(), LOCK_EX | LOCK_NB) != 0 || fstat(folder.Get(), &opened) != 0 ||
+      stat(path.c_str(), &named) != 0) {
+    return errno;
   }
-  fault == 0 ? * lock = file : close(file);
-  return fault;
+  if (opened.st_ino != named.st_ino) return ENOENT;  // removed and made anew since we opened it
+  *lock = std::move(folder);
+  return 0;
 }
 
 void RemoveStaleFolders(const fs::path& parent) {
-  std::error_code ignored;
+  std::error_code ignored;  // another process may be at the same
   for (const fs::directory_entry& entry : fs::directory_iterator(parent, ignored)) {
     if (!entry.path().filename().string().starts_with(kFolderStem)) continue;
-    int lock = -1;
-    if (LockFolder(entry.path().string(), &lock) != 0) continue;
-    fs::remove_all(entry.path(), ignored);
-    close(lock);
+    FileDescriptor lock;
+    if (LockFolder(entry.path().string(), &lock) == 0) fs::remove_all(entry.path(), ignored);
   }
 }
 
@@ -56,6 +51,7 @@ TemporaryFolder::TemporaryFolder() {
   if (error) throw DataError(fmt::format("no temporary folder, see TMPDIR: {}", error.message()));
   RemoveStaleFolders(parent);
   int fault = 0;
+  // Tried again where another process took the new folder for a stale one before we could lock it.
   do {
     fPath = (parent / (std::string(kFolderStem) + "XXXXXX")).string();
     fault = mkdtemp(fPath.data()) == nullptr ? errno : LockFolder(fPath, &fLock);
@@ -69,5 +65,4 @@ TemporaryFolder::TemporaryFolder() {
 TemporaryFolder::~TemporaryFolder() {
   std::error_code ignored;
   fs::remove_all(fPath, ignored);
-  close(fLock);
 }

@@ -2,8 +2,16 @@
 
 #include <string>
 
-// A folder under the system's temporary folder, gone with the object. Folders that a killed process left
-// behind are removed by the next one that is made.
+#include "host/files/FileDescriptor.h"
+
+// TemporaryFolder is a folder of this process under the system's temporary folder (TMPDIR).
+//
+// A killed process can't remove its folder. So each folder is locked by its owner for as long as it lives,
+// and whoever makes a new one removes those of our name that nobody has locked. Making and locking are two
+// calls: a folder that another process removes in between is made anew.
+//
+// Ownership:  owns the folder and all that is put into it; both go with the object.
+// Failures:   the constructor throws DataError.
 class TemporaryFolder {
 public:
   TemporaryFolder();
@@ -15,5 +23,5 @@ public:
 
 private:
   std::string fPath;
-  int fLock = -1;  // descriptor that holds the folder's lock: it is in use
+  FileDescriptor fLock;  // of the folder itself; holds its lock
 };

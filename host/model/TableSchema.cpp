@@ -10,6 +10,7 @@
 #include <set>
 #include <utility>
 
+#include "host/environment/HostErrors.h"
 #include "host/model/Values.h"
 #include "host/text/VariableNames.h"
 
@@ -17,6 +18,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+// The published types. One that isn't among them is more likely a slip than a wish, and refused.
 constexpr std::array<std::string_view, 16> kTypes = {
     "any",  "array",   "boolean", "date",   "datetime", "duration", "geojson", "geopoint",
     "list", "integer", "number",  "object", "string",   "time",     "year",    "yearmonth"};
@@ -29,7 +31,8 @@ constexpr std::array<std::pair<std::string_view, std::uint8_t>, 3> kFormatNames 
 
 // --- reading ---------------------------------------------------------------------------------------------
 
-// Reads the members of a schema; errors name the file and the field.
+// Reads one schema: construct, Read(), discard. fPlace follows the field that is being read, so that Fail()
+// can name it.
 class SchemaReader {
 public:
   explicit SchemaReader(const std::string& source) : fSource(source) {}
@@ -41,8 +44,8 @@ public:
     } catch (const Json::parse_error& error) {
       const std::string_view before = text.substr(0, error.byte);
       const auto line = 1 + std::count(before.begin(), before.end(), '\n');
-      throw SchemaError(fmt::format("{}, line {}: no valid JSON", fSource, line));
-    } catch (const Json::exception&) {  // the one other failure
+      throw DataError(fmt::format("{}, line {}: no valid JSON", fSource, line));
+    } catch (const Json::exception&) {  // parse() has only one other failure: a number out of range
       Fail("a number is beyond 1.8e308");
     }
     if (!root.is_object()) Fail("no Table Schema: it must be an object with the member \"fields\"");
@@ -62,10 +65,10 @@ public:
 
 private:
   [[noreturn]] void Fail(std::string_view what) const {
-    throw SchemaError(fmt::format("{}: {}{}", fSource, fPlace, what));
+    throw DataError(fmt::format("{}: {}{}", fSource, fPlace, what));
   }
 
-  // Null where the member is missing or null.
+  // A member of an object; null where it is missing, or is JSON's null, which means the same here.
   static const Json* Member(const Json& object, const char* name) {
     const auto found = object.find(name);
     return found == object.end() || found->is_null() ? nullptr : &*found;
@@ -100,7 +103,7 @@ private:
     return field;
   }
 
-  // A value is a text; a number is as good as its text.
+  // The text of a category or missing value. A number gets the text that it would have as data.
   std::string ValueText(const Json& value) const {
     if (value.is_string()) return value.get<std::string>();
     if (value.is_number_float()) return NumberText(value.get<double>());
@@ -108,7 +111,7 @@ private:
     Fail("has a value that is neither a text nor a number");
   }
 
-  // An entry is a value alone, or an object with the value and its label.
+  // An entry of a list of values: the value alone, or an object with the value and its label.
   SchemaCategory ReadCategory(const Json& entry) const {
     if (!entry.is_object()) return {ValueText(entry), std::string()};
     const Json* value = Member(entry, "value");
@@ -121,13 +124,15 @@ private:
     std::vector<SchemaCategory> categories;
     for (const Json& entry : json) {
       SchemaCategory category = ReadCategory(entry);
+      // A category without a label says that the value occurs, which the dictionary has no place for.
       const bool isLabelled = entry.is_object() && entry.contains("label");
       if (isLabelled) categories.push_back(std::move(category));
     }
     return categories;
   }
 
-  // The label of a missing value joins the value labels of its field.
+  // Reads the missing values of a field or of the table. Labels of missing values are added to `labels`, the
+  // categories of the field, since a variable has one list of value labels; null where there is no field.
   std::optional<std::vector<std::string>> ReadMissingValues(const Json& json,
                                                             std::vector<SchemaCategory>* labels) const {
     const Json* member = Member(json, "missingValues");
@@ -142,7 +147,7 @@ private:
     return values;
   }
 
-  // "F8.2", "A12".
+  // A format: a name, a width, and decimals after a full stop if there are any, as in "F8.2" and "A12".
   std::optional<KORV_Format> ReadFormat(const Json& json, const char* name) const {
     const std::optional<std::string> text = TextMember(json, name);
     if (!text) return std::nullopt;
@@ -191,7 +196,7 @@ private:
   }
 
   const std::string& fSource;
-  std::string fPlace;  // "field x ", empty for the table
+  std::string fPlace;  // "field x " in messages; empty while the table's own members are read
 };
 
 // --- writing ---------------------------------------------------------------------------------------------
@@ -203,6 +208,7 @@ std::string FormatText(const KORV_Format& format) {
   return format.decimals == 0 ? text : fmt::format("{}.{}", text, format.decimals);
 }
 
+// A native file may have any number for a level; what we don't know is written as scale.
 std::string_view LevelName(int level) {
   const auto found =
       std::find_if(kLevels.begin(), kLevels.end(), [&](const auto& entry) { return entry.second == level; });
@@ -213,7 +219,8 @@ std::string ValueText(const KORV_Variable& variable, const DictionaryValue& valu
   return variable.GetType() > 0 ? value.text : NumberText(value.number);
 }
 
-// The value of a category is one of its field's type; a missing value is always a text.
+// The value of a category in JSON. The published rules want a value of the field's type there, while a
+// missing value is always a text. Whole numbers are written as such: -5, not -5.0.
 Json CategoryValue(const KORV_Variable& variable, const DictionaryValue& value) {
   if (variable.GetType() > 0) return value.text;
   const double number = value.number;
@@ -234,7 +241,8 @@ Json FieldJson(const KORV_Variable& variable) {
     }
   }
   if (!variable.MissingValues().empty()) {
-    Json& missing = field["missingValues"] = Json::array({""});
+    Json& missing = field["missingValues"] =
+        Json::array({""});  // the published default, which a list replaces
     for (const DictionaryValue& value : variable.MissingValues()) {
       missing.push_back(ValueText(variable, value));
     }
@@ -271,6 +279,6 @@ std::string WriteTableSchema(const Dictionary& dictionary) {
   Json& fields = schema["fields"] = Json::array();
   for (const KORV_Variable& variable : dictionary.variables) fields.push_back(FieldJson(variable));
   if (!dictionary.documents.empty()) schema["documents"] = dictionary.documents;
-  // Bytes that are no UTF-8 can't stand in JSON; they become replacement characters.
+  // JSON is UTF-8. A text of other bytes, which a native file may have, gets replacement characters.
   return schema.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }

@@ -1,33 +1,40 @@
 #pragma once
 
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "host/model/Dictionary.h"
 
-// A Table Schema of the Frictionless Data project, with our own members beside the published ones. It is the
-// form in which a dictionary stands beside a text file and in the metadata of a Parquet file.
+// Table Schemas. A Table Schema (of the Frictionless Data project) is a JSON object that describes the fields
+// of a table. It is the form that a dictionary has beside a text file and in the metadata of a Parquet file.
+//
+// Of a field these published members are read: name, type, title (the label), missingValues, categories (the
+// value labels). Others, such as constraints, are ignored. What a dictionary has beyond that is in members of
+// our own: printFormat, writeFormat ("F8.2"), level ("nominal", "ordinal", "scale"), width (bytes of a
+// string), and documents at the table. Programs that don't know them skip them.
+//
+// In a schema every value is a text, or as good as one: 7 and "7" are the same category. Whether it means a
+// number depends on the field's column, which only host/read/SchemaRules knows.
 
-// A label of a value, as the schema writes it: the value's text.
+// A value with its label. The value is a text, also where the schema has a number.
 struct SchemaCategory {
   std::string value;
   std::string label;
 };
 
-// What a schema says of one field. What it leaves out keeps what the file says.
+// What a schema says about one field. An empty member leaves the choice to the file.
 struct SchemaField {
   std::string name;
   std::optional<std::string> type;                        // "number", "integer", "string", "date", ...
   std::optional<std::string> title;                       // the label
-  std::optional<std::vector<std::string>> missingValues;  // in place of the table's
-  std::vector<SchemaCategory> categories;
+  std::optional<std::vector<std::string>> missingValues;  // instead of the table's
+  std::vector<SchemaCategory> categories;                 // also the missing values that have labels
   std::optional<KORV_Format> printFormat;
   std::optional<KORV_Format> writeFormat;
   std::optional<int> level;
-  std::optional<int> width;  // to make a string wider
+  std::optional<int> width;  // in bytes; makes a string wider, never narrower
 };
 
 struct TableSchema {
@@ -36,19 +43,15 @@ struct TableSchema {
   std::vector<DocumentLines> documents;
 };
 
-// A schema that can't be used. The text names the source and what is wrong with it.
-struct SchemaError : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
-
-// Reads a schema from its JSON text. `source` names it in errors.
-// Errors: SchemaError when the text is no JSON or no Table Schema.
+// Reads a schema from its JSON text. `source` is its name in messages. The schema is checked as a whole
+// before anything of it is used. Errors: DataError with the source, and the line where the text isn't JSON or
+// the field that is at fault.
 TableSchema ParseTableSchema(std::string_view json, const std::string& source);
 
-// The field type that says what a variable's column holds: "boolean", "integer", "number", "date",
-// "datetime", "time", "string". A string that isn't text in its file (digits that a double would lose) is a
-// string here.
+// The type of the field for a variable, by the SQL type of its column: "boolean", "integer", "number",
+// "date", "datetime", "time" or "string". A string variable is a "string" even if its column is numeric: it
+// has digits that a double would lose, and must be read as text again.
 std::string_view SchemaFieldType(const KORV_Variable& variable);
 
-// The schema of a dictionary as JSON text. Parsed and applied again it gives the same dictionary.
+// The schema of a dictionary as JSON text. Parsed and applied to the same data it gives the same dictionary.
 std::string WriteTableSchema(const Dictionary& dictionary);

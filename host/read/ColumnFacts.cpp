@@ -9,9 +9,11 @@
 
 namespace {
 
-constexpr int kNarrowestNumber = 8;   // the default format's width
-constexpr int kWidestNumber = 40;     // wider numbers are shown in as many digits as fit
-constexpr int kFloatingDecimals = 2;  // the default format's
+// Numbers are shown in F8.2, the default format, or wider. A number that is wider than 40 is shown in as many
+// digits as fit.
+constexpr int kNarrowestNumber = 8;
+constexpr int kWidestNumber = 40;
+constexpr int kFloatingDecimals = 2;
 
 // DECIMAL(p,s) as {p, s}; {0, 0} for another type.
 std::array<int, 2> DecimalShape(std::string_view type) {
@@ -28,10 +30,11 @@ bool StartsWithAny(std::string_view type, std::initializer_list<std::string_view
   return std::any_of(starts.begin(), starts.end(), [&](std::string_view s) { return type.starts_with(s); });
 }
 
+// By the name that DuckDB's DESCRIBE gives a type. An unknown one is a text: DuckDB can print any type.
 ColumnFacts::Kind KindOfType(std::string_view type) {
   using Kind = ColumnFacts::Kind;
   if (type.ends_with(']') || StartsWithAny(type, {"STRUCT", "MAP(", "UNION(", "BLOB", "GEOMETRY"})) {
-    return Kind::kLeftOut;  // lists and arrays end with a bracket
+    return Kind::kLeftOut;  // lists and arrays are named INTEGER[], VARCHAR[3]
   }
   if (type.starts_with("DECIMAL")) return Kind::kDecimal;
   if (type == "DOUBLE" || type == "FLOAT") return Kind::kFloating;
@@ -42,6 +45,7 @@ ColumnFacts::Kind KindOfType(std::string_view type) {
   return isInteger ? Kind::kInteger : Kind::kText;
 }
 
+// Characters of a number with that many decimals.
 int WidthOf(double number, int decimals) {
   return static_cast<int>(fmt::formatted_size("{:.{}f}", number, decimals));
 }
@@ -61,11 +65,13 @@ int DecimalPrecision(const std::string& type) {
   return DecimalShape(type)[0];
 }
 
+// Whole numbers are shown without decimals, decimals with as many as their type has, others with two.
 KORV_Variable NumericVariable(const ColumnFacts& facts) {
   KORV_Variable variable(facts.name, 0);
   const bool isWhole = facts.kind == ColumnFacts::Kind::kInteger || facts.kind == ColumnFacts::Kind::kBoolean;
   const bool isDecimal = facts.kind == ColumnFacts::Kind::kDecimal;
   const int decimals = isWhole ? 0 : isDecimal ? facts.decimals : kFloatingDecimals;
+  // The least value may be the wider one, by its minus sign.
   const int widest = std::max(WidthOf(facts.least, decimals), WidthOf(facts.greatest, decimals));
   const int width = std::clamp(widest, kNarrowestNumber, kWidestNumber);
   variable.SetFormat(kFormatF, width, decimals);
@@ -81,6 +87,7 @@ KORV_Variable StringVariable(const ColumnFacts& facts) {
   return variable;
 }
 
+// A decision by the values, not by the type: the next file of the same columns may come out differently.
 KORV_Variable VariableOf(const ColumnFacts& facts) {
   const bool isNumeric = facts.kind != ColumnFacts::Kind::kText && facts.isExact;
   return isNumeric ? NumericVariable(facts) : StringVariable(facts);

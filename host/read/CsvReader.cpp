@@ -7,7 +7,7 @@
 #include "host/text/TextConversion.h"
 
 namespace {
-constexpr std::size_t kBufferBytes = 1 << 18;
+constexpr std::size_t kBufferBytes = 1 << 18;  // 256 KiB a read
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 }  // namespace
 
@@ -18,6 +18,7 @@ CsvReader::CsvReader(std::string path)
   if (std::string_view(fBuffer.data(), fCount).starts_with(kByteOrderMark)) fAt = kByteOrderMark.size();
 }
 
+// Fills the buffer when it is used up. At the end of the file it may be called again and again.
 int CsvReader::Peek() {
   if (fAt == fCount) {
     fFile.read(fBuffer.data(), static_cast<std::streamsize>(fBuffer.size()));
@@ -40,6 +41,7 @@ std::string_view CsvReader::Field(std::size_t index) const {
   return std::string_view(fBytes).substr(begin, fvEnds[index] - begin);
 }
 
+// Reads one record into fBytes. Its memory is kept for the next one.
 bool CsvReader::NextRecord() {
   fBytes.clear();
   fvEnds.clear();
@@ -52,11 +54,11 @@ bool CsvReader::NextRecord() {
   return true;
 }
 
-// Takes a field and what ends it; false when that was the last of the record.
+// Reads a field and the delimiter or line end after it. False when it was the last one of the record.
 bool CsvReader::ReadField() {
   if (Peek() == '"') ReadQuoted();
   for (;;) {
-    // The ordinary characters up to the end of the buffer at once.
+    // Everything up to the field's end or the buffer's end in one go: most of a file is read here.
     const char* const begin = fBuffer.data() + fAt;
     const char* const end = std::find_if(begin, static_cast<const char*>(fBuffer.data()) + fCount,
                                          [&](char c) { return c == fDelimiter || c == '\n' || c == '\r'; });
@@ -68,6 +70,8 @@ bool CsvReader::ReadField() {
   return EndField(Take());
 }
 
+// Whether another field of the record follows what was taken as a field's end. CR LF counts as one end, and
+// so does the end of the file.
 bool CsvReader::EndField(int next) {
   if (next == static_cast<unsigned char>(fDelimiter)) return true;
   if (next == '\r' && Peek() == '\n') Take();
@@ -75,15 +79,15 @@ bool CsvReader::EndField(int next) {
   return false;
 }
 
-// Takes a field in quotes with both of them; it leaves the next character to be the field's end.
+// Reads a quoted field up to its closing quote. The field's end must follow.
 void CsvReader::ReadQuoted() {
-  const std::int64_t openLine = fLine;
+  const std::int64_t openLine = fLine;  // a quote that is never closed is reported where it opens
   fbAnyQuoted = true;
   Take();
   for (;;) {
     const int next = Take();
     if (next == kEnd) throw DataError(fmt::format("{}, line {}: a quote isn't closed", fPath, openLine));
-    if (next == '"') {
+    if (next == '"') {  // the closing one, or the first of a doubled one
       if (Peek() != '"') break;
       Take();
     }
@@ -96,16 +100,19 @@ void CsvReader::ReadQuoted() {
   }
 }
 
+// Once a record, over all its fields together.
 void CsvReader::CheckEncoding() const {
   const std::size_t bad = FindInvalidUtf8(fBytes);
   if (bad == std::string_view::npos) return;
+  // A quoted field may span lines: the bad byte's own line is reported.
   const auto lineEnds = std::count(fBytes.begin(), fBytes.begin() + static_cast<std::ptrdiff_t>(bad), '\n');
   throw DataError(fmt::format("{}, line {}: invalid UTF-8", fPath, fRecordLine + lineEnds));
 }
 
 namespace {
 
-// Whether the header, the first line that isn't blank, has semicolons and no comma, outside of quotes.
+// Whether the header has semicolons and no comma, outside of quotes. It opens the file a second time, since
+// the reader needs the delimiter before the first record.
 bool IsSplitAtSemicolons(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   char mark[kByteOrderMark.size()];
@@ -120,7 +127,7 @@ bool IsSplitAtSemicolons(const std::string& path) {
     const bool isLineEnd = c == '\n' || c == '\r';
     if (isLineEnd && isBlank) continue;
     isBlank = false;
-    if (c == '"') isQuoted = !isQuoted;
+    if (c == '"') isQuoted = !isQuoted;  // a doubled quote switches twice
     if (isQuoted) continue;
     if (c == ',') return false;
     if (isLineEnd) break;
@@ -129,8 +136,8 @@ bool IsSplitAtSemicolons(const std::string& path) {
   return hasSemicolon;
 }
 
-// Of several columns without a name all but the first go by their places: names differ, and like the empty
-// one these can't be named.
+// Names must differ, but several columns may have none. The first of them keeps the empty name; the others
+// get their place in brackets, (5), which no command or plan can name by accident either.
 void AddColumns(const CsvReader& header, TextTable* table) {
   bool hasNameless = false;
   for (std::size_t i = 0; i < header.Fields(); ++i) {

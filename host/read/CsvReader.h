@@ -9,17 +9,25 @@
 
 #include "host/read/TextTable.h"
 
-// CsvReader takes a file of delimited text apart: a byte order mark, quoted fields with doubled quotes and
-// line ends in them, and the line ends of all systems are fine. A quote inside a field that doesn't begin
-// with one is an ordinary character.
+// CsvReader splits a file of delimited text into records and fields. The notation:
 //
-// Errors:  DataError with file and line: a quote that isn't closed, text behind a closing quote, invalid
-// UTF-8.
+//   - A record ends with LF, CR or CR LF; the last one needs no end. A UTF-8 byte order mark is skipped.
+//   - A field that begins with a quote ends with the matching one. In between a doubled quote stands for
+//     one, and delimiters and line ends are ordinary characters.
+//   - A quote inside a field that doesn't begin with one is an ordinary character, as in 5" pipe.
+//
+// It reads the file itself rather than through DuckDB, so that a message can name the line at fault, and no
+// value is changed by a guess at its type.
+//
+// Use:       NextRecord() until it is false; in between Fields(), Field(), Line() and IsBlank().
+// Failures:  DataError with file and line: a quote that isn't closed, text after a closing quote, invalid
+//            UTF-8.
+// Cost:      one copy of each byte; memory for one record and a buffer.
 class CsvReader {
 public:
   explicit CsvReader(std::string path);
 
-  // Fields are split at this character from the next record on. At first it is a comma.
+  // The delimiter from the next record on. It is a comma at first.
   void SetDelimiter(char delimiter) { fDelimiter = delimiter; }
 
   // Moves to the next record; false at the end of the file.
@@ -28,14 +36,15 @@ public:
   // The fields of the record, valid until the next one.
   std::size_t Fields() const { return fvEnds.size(); }
   std::string_view Field(std::size_t index) const;
-  // Where the record begins, from 1.
+  // The line that the record begins in, from 1. Lines inside quotes count too.
   std::int64_t Line() const { return fRecordLine; }
-  // A line without a character.
+  // An empty line. A line of two quotes isn't: it is a record of one empty field.
   bool IsBlank() const { return Fields() == 1 && Field(0).empty() && !fbAnyQuoted; }
 
 private:
-  static constexpr int kEnd = -1;
+  static constexpr int kEnd = -1;  // of the file
 
+  // The next character, or kEnd; Take() also moves past it.
   int Peek();
   int Take();
   bool ReadField();
@@ -51,12 +60,14 @@ private:
   char fDelimiter = ',';
   std::int64_t fLine = 1;        // of the next character
   std::int64_t fRecordLine = 0;  // of the record's first
-  std::string fBytes;            // the fields of the record, one behind the other
+  // The fields of the record one after the other, unquoted, and where each one ends.
+  std::string fBytes;
   std::vector<std::size_t> fvEnds;
   bool fbAnyQuoted = false;  // in the record
 };
 
-// Loads a delimited text file with a header line into a table. Without a delimiter fields are split at
-// commas, or at semicolons where the header has these and no comma. Errors: DataError, also for a record that
-// has more or fewer fields than the header.
+// Loads a delimited text file into a table; its first line that isn't blank names the columns. Without a
+// delimiter ('\0') fields are split at commas, or at semicolons where the header has these and no comma.
+// Blank lines are skipped, except in a file of one column, where each of them is a case without a value.
+// Errors: DataError, also for a record that has more or fewer fields than the header.
 void LoadCsv(const std::string& path, char delimiter, TextTable* table);

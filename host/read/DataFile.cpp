@@ -7,9 +7,11 @@
 #include <memory>
 #include <utility>
 
+#include "host/engine/DuckCaseEngine.h"
 #include "host/engine/DuckDb.h"
 #include "host/engine/WorkDatabase.h"
 #include "host/environment/HostErrors.h"
+#include "host/environment/HostSession.h"
 #include "host/files/FileKind.h"
 #include "host/files/ReadableFile.h"
 #include "host/read/CsvReader.h"
@@ -21,17 +23,9 @@
 
 namespace {
 
-constexpr const char* kQueryName = "query";
+constexpr const char* kQueryName = "query";  // in messages, where a file has its path
 
-// A file of no bytes: no variables and no cases.
-DataFrame EmptyFrame(const std::string& path) {
-  DataFrame frame;
-  frame.relation.name = path;
-  frame.relation.from = "(SELECT 1 WHERE false)";
-  return frame;
-}
-
-// The characters of a path that DuckDB would take for a pattern of names stand for themselves.
+// DuckDB takes a path for a pattern of several names. In brackets its special characters are ordinary ones.
 std::string PatternOf(const std::string& path) {
   std::string pattern;
   for (const char c : std::filesystem::absolute(path).string()) {
@@ -41,28 +35,20 @@ std::string PatternOf(const std::string& path) {
   return QuoteLiteral(pattern);
 }
 
-// Runs a step over DuckDB; what it says of a failure is put behind the name.
-template <class Step>
-auto Named(const std::string& name, const Step& step) {
-  try {
-    return step();
-  } catch (const DataError& error) {
-    throw DataError(fmt::format("{}: {}", name, error.what()));
-  }
-}
-
 // --- Parquet ---------------------------------------------------------------------------------------------
 
-// DuckDB renames a column that another one has the name of; the file's own names tell.
+// Refuses a file with two columns of one name. The file's own names are read, since DuckDB gives a repeated
+// column a new name. The schema of a Parquet file is a tree, listed from the root down with each node's
+// number of children; only the root's children are columns.
 void CheckParquetNames(const std::string& path, DuckConnection& connection) {
   DuckResult result = connection.Query(fmt::format(
       "SELECT name, coalesce(num_children, 0)::INTEGER FROM parquet_schema({})", PatternOf(path)));
   std::vector<std::string> names;
-  int pending = -1;  // entries that still belong to a nested column; the first entry is the table itself
+  int pending = -1;  // entries left of a nested column; -1 before the first entry, which is the root
   while (const DuckChunk chunk = result.Fetch()) {
     for (std::size_t row = 0; row < chunk.Rows(); ++row) {
-      const int children = chunk.Values<std::int32_t>(1)[row];
-      if (pending > 0) {
+      const int children = chunk.Values<std::int32_t>(1)[row];  // 0 for a leaf
+      if (pending > 0) {  // inside a nested column: one entry less, and its own children to come
         pending += children - 1;
         continue;
       }
@@ -75,7 +61,8 @@ void CheckParquetNames(const std::string& path, DuckConnection& connection) {
   CheckNamesDiffer(names);
 }
 
-// The dictionary that our own writer leaves in the file; empty without one.
+// The dictionary that our own writer puts into the file's metadata; empty without one.
+// TRY: the metadata is bytes, which needn't be text in a file of another program.
 std::string ParquetDictionary(const std::string& path, DuckConnection& connection) {
   DuckResult result =
       connection.Query(fmt::format("SELECT coalesce(TRY(decode(value)), '') FROM parquet_kv_metadata({}) "
@@ -85,7 +72,8 @@ std::string ParquetDictionary(const std::string& path, DuckConnection& connectio
   return chunk && chunk.Rows() > 0 ? std::string(TextOf(chunk.Values<duckdb_string_t>(0)[0])) : std::string();
 }
 
-// The key is a common word: what isn't ours under it is told of and left.
+// The key is a common word, so other programs may have something else under it. A warning says so, and the
+// file is read as one without a dictionary.
 SchemaRules EmbeddedRules(const std::string& path, const std::string& dictionary) {
   if (dictionary.empty()) return {};
   try {
@@ -97,24 +85,27 @@ SchemaRules EmbeddedRules(const std::string& path, const std::string& dictionary
   }
 }
 
-DataFrame OpenParquet(const std::string& path, const std::string& schema) {
-  DuckConnection connection = WorkDatabase::Current().Connect();
+// The columns have types, and mostly nothing needs to be scanned: see MakeTypedRelation().
+CaseRelation OpenParquet(WorkDatabase& work, const std::string& path, const std::string& schema) {
+  DuckConnection connection = work.Connect();
+  // Folders in the path that look like "key=value" must not become columns.
   const std::string from = fmt::format("read_parquet({}, hive_partitioning = false)", PatternOf(path));
   std::string dictionary;
   const std::vector<TypedColumn> columns = Named(path, [&] {
     CheckParquetNames(path, connection);
     dictionary = ParquetDictionary(path, connection);
-    return DescribeColumns(from);
+    return DescribeColumns(work, from);
   });
   const SchemaRules rules = schema.empty() ? EmbeddedRules(path, dictionary) : SchemaRules::FromFile(schema);
-  DataFrame frame = MakeTypedFrame(path, from, columns, rules, schema.empty());
-  frame.relation.watched = path;
-  return frame;
+  CaseRelation relation = MakeTypedRelation(work, {path, from, columns}, rules, schema.empty());
+  relation.watched = path;
+  return relation;
 }
 
-// --- text files ------------------------------------------------------------------------------------------
+// --- text and native files -------------------------------------------------------------------------------
 
-DataFrame OpenText(const std::string& path, FileKind kind, const std::string& schema) {
+// The schema that the user names replaces the one beside the file, which is then not even read.
+CaseRelation OpenText(WorkDatabase& work, const std::string& path, FileKind kind, const std::string& schema) {
   const std::string beside = SchemaPath(path);
   SchemaRules rules;
   if (!schema.empty()) {
@@ -123,35 +114,34 @@ DataFrame OpenText(const std::string& path, FileKind kind, const std::string& sc
     rules = SchemaRules::FromFile(beside);
   }
   const bool isJson = kind == FileKind::kJson || kind == FileKind::kNdJson;
-  TextTable table(path, isJson ? "object" : "line", rules);
+  TextTable table(work, path, isJson ? "object" : "line", rules);
   if (isJson) {
     LoadJson(path, &table);
   } else {
     LoadCsv(path, kind == FileKind::kTsv ? '\t' : '\0', &table);
   }
-  return table.Finish();
+  return table.Finish();  // nothing to watch: all cases are in the work database
 }
 
-// A schema that the user names comes on top of a dictionary that a native file has of its own.
-DataFrame OpenNative(const std::string& path, const std::string& schema) {
-  DataFrame frame = OpenNativeFile(path);
-  if (schema.empty()) return frame;
+// A schema that the user names replaces the file's own dictionary; only then are the cases scanned. The new
+// relation takes over the token that keeps the file attached.
+CaseRelation OpenNative(WorkDatabase& work, const std::string& path, const std::string& schema) {
+  CaseRelation relation = OpenNativeFile(work, path);
+  if (schema.empty()) return relation;
   std::vector<TypedColumn> columns;
-  for (std::size_t i = 0; i < frame.dictionary.variables.size(); ++i) {
-    const RelationColumn& column = frame.relation.columns[i];
-    columns.push_back({frame.dictionary.variables[i].GetName(), column.sql, column.type});
+  for (std::size_t i = 0; i < relation.dictionary.variables.size(); ++i) {
+    const RelationColumn& column = relation.columns[i];
+    columns.push_back({relation.dictionary.variables[i].GetName(), column.sql, column.type});
   }
-  DataFrame ruled = MakeTypedFrame(path, frame.relation.from, columns, SchemaRules::FromFile(schema), false);
-  ruled.relation.watched = path;
-  ruled.relation.held = frame.relation.held;
+  CaseRelation ruled =
+      MakeTypedRelation(work, {path, relation.from, columns}, SchemaRules::FromFile(schema), false);
+  ruled.watched = path;
+  ruled.held = relation.held;
   return ruled;
 }
 
-}  // namespace
-
-DataFrame OpenDataFile(const std::string& given, const std::string& schema) {
-  if (given.empty()) throw DataError("no data file is named");
-  const std::string path = PathToRead(given);
+// Checked in this order, so that a missing file is reported before its extension.
+CaseRelation OpenFile(WorkDatabase& work, const std::string& path, const std::string& schema) {
   CheckReadableFile(path);
   const FileKind kind = KindOf(path);
   if (kind == FileKind::kUnknown) {
@@ -160,15 +150,22 @@ DataFrame OpenDataFile(const std::string& given, const std::string& schema) {
                     "can be read",
                     path));
   }
-  if (std::filesystem::file_size(path) == 0) return EmptyFrame(path);
-  if (kind == FileKind::kNative) return OpenNative(path, schema);
-  if (kind == FileKind::kParquet) return OpenParquet(path, schema);
-  return OpenText(path, kind, schema);
+  if (std::filesystem::file_size(path) == 0) {
+    CaseRelation empty;
+    empty.name = path;
+    empty.from = kNoCases;
+    return empty;
+  }
+  if (kind == FileKind::kNative) return OpenNative(work, path, schema);
+  if (kind == FileKind::kParquet) return OpenParquet(work, path, schema);
+  return OpenText(work, path, kind, schema);
 }
 
-DataFrame OpenQuery(const std::string& sql, const std::string& schema) {
+// --- queries ---------------------------------------------------------------------------------------------
+
+// The rows are kept in a table, since a query may give other rows, or another order, when it runs again.
+CaseRelation RunQuery(WorkDatabase& work, const std::string& sql, const std::string& schema) {
   const SchemaRules rules = schema.empty() ? SchemaRules() : SchemaRules::FromFile(schema);
-  WorkDatabase& work = WorkDatabase::Current();
   const std::string table = work.UniqueName("query");
   std::shared_ptr<const void> held;
   const std::vector<TypedColumn> columns = Named(kQueryName, [&] {
@@ -176,43 +173,68 @@ DataFrame OpenQuery(const std::string& sql, const std::string& schema) {
     const std::vector<std::string> names = connection.QueryColumns(sql);
     connection.Run(fmt::format("CREATE TABLE {} AS {}", table, sql));
     held = work.Hold("DROP TABLE " + table);
-    std::vector<TypedColumn> described = DescribeColumns(table);  // with new names for those that come twice
+    // The table has new names for columns that are named twice; with the query's own ones they are refused.
+    std::vector<TypedColumn> described = DescribeColumns(work, table);
     for (std::size_t i = 0; i < described.size() && i < names.size(); ++i) described[i].name = names[i];
     return described;
   });
-  DataFrame frame = MakeTypedFrame(kQueryName, table, columns, rules, false);
-  frame.relation.held = std::move(held);
-  return frame;
+  CaseRelation relation = MakeTypedRelation(work, {kQueryName, table, columns}, rules, false);
+  relation.held = std::move(held);
+  return relation;
 }
 
-DataFrame SortFrame(const DataFrame& frame, const std::vector<std::string>& names) {
-  const std::string& name = frame.relation.name;
+// --- sorting ---------------------------------------------------------------------------------------------
+
+// The SQL to sort by the variable of that name, where column k is named ck. Values compare as the cells will
+// show them: texts without trailing blanks, numbers that aren't finite as missing.
+std::string SortKey(const CaseRelation& relation, const std::string& variable) {
+  const int index = relation.dictionary.Find(variable);
+  if (index < 0) {
+    throw DataError(fmt::format("{}: there is no variable \"{}\" to sort by", relation.name, variable));
+  }
+  const std::string& type = relation.columns[static_cast<std::size_t>(index)].type;
+  std::string key = fmt::format("c{}", index);
+  if (type == "VARCHAR") key = fmt::format("rtrim(coalesce({}, ''), ' ')", key);
+  if (type == "DOUBLE" || type == "FLOAT") key = fmt::format("CASE WHEN isfinite({0}) THEN {0} END", key);
+  return key + " NULLS FIRST";
+}
+
+// The same cases in the order of these variables, ascending, missing values first; ties keep their order.
+// They become a table, so that every pass has this order without sorting again.
+CaseRelation Sorted(WorkDatabase& work, CaseRelation relation, const std::vector<std::string>& variables) {
+  if (variables.empty()) return relation;
   std::vector<std::string> keys;
-  for (const std::string& variable : names) {
-    const int index = frame.dictionary.Find(variable);
-    if (index < 0) throw DataError(fmt::format("{}: there is no variable \"{}\" to sort by", name, variable));
-    const RelationColumn& column = frame.relation.columns[static_cast<std::size_t>(index)];
-    std::string key = fmt::format("c{}", index);
-    if (column.type == "VARCHAR") key = fmt::format("rtrim(coalesce({}, ''), ' ')", key);
-    if (column.type == "DOUBLE" || column.type == "FLOAT")
-      key = fmt::format("CASE WHEN isfinite({0}) THEN {0} END", key);
-    keys.push_back(key + " NULLS FIRST");
-  }
-  keys.push_back("place");
-  DataFrame sorted = frame;
+  for (const std::string& variable : variables) keys.push_back(SortKey(relation, variable));
+  keys.emplace_back("place");
+  CaseRelation sorted = relation;
   std::string list;
-  for (std::size_t i = 0; i < frame.relation.columns.size(); ++i) {
-    list += fmt::format("{} AS c{}, ", frame.relation.columns[i].sql, i);
-    sorted.relation.columns[i].sql = fmt::format("c{}", i);
+  for (std::size_t i = 0; i < relation.columns.size(); ++i) {
+    list += fmt::format("{} AS c{}, ", relation.columns[i].sql, i);
+    sorted.columns[i].sql = fmt::format("c{}", i);
   }
-  sorted.relation.watched.clear();
-  sorted.relation.from = WorkDatabase::Current().UniqueName("sorted");
+  sorted.watched.clear();  // the file may change now
+  sorted.from = work.UniqueName("sorted");
   const std::string numbered =
-      fmt::format("SELECT {}row_number() OVER () AS place FROM {}", list, frame.relation.from);
-  Named(name, [&] {
-    WorkDatabase::Current().Connect().Run(fmt::format("CREATE TABLE {} AS SELECT * FROM ({}) ORDER BY {}",
-                                                      sorted.relation.from, numbered, fmt::join(keys, ", ")));
+      fmt::format("SELECT {}row_number() OVER () AS place FROM {}", list, relation.from);
+  Named(relation.name, [&] {
+    work.Connect().Run(fmt::format("CREATE TABLE {} AS SELECT * FROM ({}) ORDER BY {}", sorted.from, numbered,
+                                   fmt::join(keys, ", ")));
   });
-  sorted.relation.held = WorkDatabase::Current().Hold("DROP TABLE " + sorted.relation.from);
+  sorted.held = work.Hold("DROP TABLE " + sorted.from);
   return sorted;
+}
+
+}  // namespace
+
+// --- what others call ------------------------------------------------------------------------------------
+
+DataFrame OpenDataFile(HostSession& session, const std::string& path, const FrameRules& rules) {
+  if (path.empty()) throw DataError("no data file is named");
+  WorkDatabase& work = session.Layer<WorkDatabase>();
+  return MakeFrame(work, Sorted(work, OpenFile(work, PathToRead(path), rules.schema), rules.sort));
+}
+
+DataFrame OpenQuery(HostSession& session, const std::string& sql, const FrameRules& rules) {
+  WorkDatabase& work = session.Layer<WorkDatabase>();
+  return MakeFrame(work, Sorted(work, RunQuery(work, sql, rules.schema), rules.sort));
 }

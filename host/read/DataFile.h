@@ -3,16 +3,35 @@
 #include <string>
 #include <vector>
 
-#include "host/engine/DuckCaseEngine.h"
+#include "host/engine/CaseEngine.h"
 
-// Opens a data file of any kind for reading. `schema` is a Table Schema file in place of the one beside the
-// data; empty for none. Errors: DataError.
-DataFrame OpenDataFile(const std::string& path, const std::string& schema);
+class HostSession;
 
-// Runs a query once and keeps its rows in the order in which they came. `schema` as above.
-// Errors: DataError, also for what is no single query.
-DataFrame OpenQuery(const std::string& sql, const std::string& schema);
+// Opening data files and queries as frames. How the cases get behind the engine depends on the kind of file:
+//
+//   native          attached read-only; cases are read in place
+//   Parquet         scanned by each query; cases are read in place
+//   CSV, TSV, JSON  loaded once, as text, and typed over all rows (TextTable)
+//   query           run once; its rows are kept in a table
+//   sorted          any of them, copied once into a table in the new order
+//
+// A file that is read in place is watched: if it changes during the run, the engine reports that. The
+// dictionary comes from the schema that the user names, else from the file or the schema beside it, else from
+// the columns.
+//
+// The frame borrows the session's work database and must go before it.
 
-// The same cases in the order of these variables, ascending; missing values first, ties in the order that
-// was. Errors: DataError when there is no such variable.
-DataFrame SortFrame(const DataFrame& frame, const std::vector<std::string>& names);
+// How the cases of a frame are to be read.
+struct FrameRules {
+  std::string schema{};             // Table Schema file in place of the one beside the data; empty for none
+  std::vector<std::string> sort{};  // variables to sort by; empty keeps the order of the file
+};
+
+// Opens a data file; its extension decides how it is read, see FileKind. A file of no bytes has no variables
+// and no cases.
+// Errors: DataError that names the file, the schema or the variable at fault.
+DataFrame OpenDataFile(HostSession& session, const std::string& path, const FrameRules& rules = {});
+
+// Runs a query once and keeps its rows in the order in which they come. The frame is named "query".
+// Errors: DataError, also for anything but a single query.
+DataFrame OpenQuery(HostSession& session, const std::string& sql, const FrameRules& rules = {});

@@ -16,12 +16,14 @@
 
 namespace {
 
-// The parser refuses a number that its floating type can't hold. Its text alone counts, so that a wider type
-// lets numbers beyond the doubles through.
+// The parser refuses a number that its floating type can't hold, though only the number's text is used here.
+// So it gets a wider type than double. Numbers beyond that one are refused after all.
 using Json =
     nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t, std::uint64_t, long double>;
 
-// Takes the events of the parser in, one object a row.
+// Receives the parser's events and fills the table. fDepth counts the open lists and objects. Rows are
+// objects at depth fRowDepth: 0 for objects one after the other, 1 inside one list. So a value at depth
+// fRowDepth + 1 is a row's own, and what is deeper belongs to a nested value.
 class RowBuilder : public nlohmann::json_sax<Json> {
 public:
   RowBuilder(std::string path, TextTable* table) : fPath(std::move(path)), fpTable(table) {}
@@ -32,7 +34,7 @@ public:
   bool number_unsigned(number_unsigned_t value) override { return Take(fmt::to_string(value), false); }
   bool number_float(number_float_t, const string_t& text) override { return Take(text, false); }
   bool string(string_t& value) override { return Take(value, true); }
-  bool binary(binary_t&) override { return false; }  // no part of JSON text
+  bool binary(binary_t&) override { return false; }  // never in JSON text
 
   bool start_object(std::size_t) override {
     if (fDepth < fRowDepth) Refuse("an object");
@@ -53,7 +55,7 @@ public:
     if (fDepth > fRowDepth) {
       MarkNested();
     } else if (fDepth == 0 && fRowDepth == 0 && fObject == 0) {
-      fRowDepth = 1;
+      fRowDepth = 1;  // the file begins with a list: its elements are the rows
     } else {
       Refuse("a list");
     }
@@ -80,32 +82,34 @@ public:
     fbOverflow = dynamic_cast<const Json::out_of_range*>(&error) != nullptr;
     return false;
   }
-  // Bytes from where the parser began to what it refused.
+  // What the parser refused: its place in bytes from where it began, and why.
   std::size_t ErrorAt() const { return fErrorAt; }
-  // Why it did.
   std::string Reason() const {
     constexpr int kMostDigits = std::numeric_limits<Json::number_float_t>::max_exponent10;
     return fbOverflow ? fmt::format("a number is beyond 1e{}", kMostDigits) : "the text is no JSON";
   }
 
 private:
+  // Throws for a structure other than rows of objects. Nothing may follow the end of the one list.
   [[noreturn]] void Refuse(const char* what) const {
     throw DataError(fmt::format("{}, object {}: {} where {} is expected", fPath, fObject + 1, what,
                                 fDepth < fRowDepth ? "the end of the file" : "an object"));
   }
 
+  // A single value: of the row, of something nested (ignored), or where an object should be.
   bool Take(const std::string& text, bool isString) {
     if (fDepth <= fRowDepth) Refuse("a single value");
     if (fDepth == fRowDepth + 1) fpTable->Set(fColumn, text, isString);
     return true;
   }
 
-  // The rest of a nested value is passed over, and its column left out.
+  // What is deeper than the row's own values is ignored, and the column left out.
   void MarkNested() {
     if (fDepth == fRowDepth + 1) fpTable->SetNested(fColumn);
   }
 
-  // Objects of one file mostly have the same keys in the same order.
+  // Looks at the column after the last one first: objects of a file mostly have the same keys in the same
+  // order.
   std::size_t ColumnOf(const std::string& name) {
     if (fNextColumn < fvNames.size() && fvNames[fNextColumn] == name) return fNextColumn++;
     const auto [found, isNew] = fColumns.try_emplace(name, fvNames.size());
@@ -121,18 +125,18 @@ private:
   std::string fPath;
   TextTable* fpTable;  // borrowed
   int fDepth = 0;
-  int fRowDepth = 0;  // depth at which the objects of the rows stand: 1 in a list
-  std::int64_t fObject = 0;
+  int fRowDepth = 0;
+  std::int64_t fObject = 0;  // number of the current row's object, from 1
   std::size_t fColumn = 0;
   std::size_t fNextColumn = 0;
   std::vector<std::string> fvNames;
-  std::vector<std::int64_t> fvSeenIn;  // the last object that had the column
+  std::vector<std::int64_t> fvSeenIn;  // by column: the last object that had it, to find repeated keys
   std::unordered_map<std::string, std::size_t> fColumns;
   std::size_t fErrorAt = 0;
   bool fbOverflow = false;
 };
 
-// The line of a byte of a file.
+// The line of a byte of a file, both from 1. Reads the file again: only for a message.
 std::int64_t LineOfByte(const std::string& path, std::size_t position) {
   std::ifstream file(path, std::ios::binary);
   std::int64_t line = 1;
@@ -140,11 +144,12 @@ std::int64_t LineOfByte(const std::string& path, std::size_t position) {
   return line;
 }
 
-// Hands the next value of a file to the parser. False where it refuses the text.
+// Parses the next value of a file. False where the parser refuses the text.
 bool ParseNext(const std::string& path, std::ifstream& file, RowBuilder* rows) {
   try {
     return Json::sax_parse(file, rows, Json::input_format_t::json, false);
-  } catch (const std::ios_base::failure&) {  // the parser reads past the stream's own care
+    // The parser reads from the stream's buffer directly, which throws where the stream would set a flag.
+  } catch (const std::ios_base::failure&) {
     throw DataError(fmt::format("{}: can't be read", path));
   }
 }
@@ -161,7 +166,7 @@ void LoadJson(const std::string& path, TextTable* table) {
       throw DataError(
           fmt::format("{}, line {}: {}", path, LineOfByte(path, start + rows.ErrorAt()), rows.Reason()));
     }
-    file >> std::ws;
+    file >> std::ws;  // blanks after the value, up to the next one
   }
   if (file.bad()) throw DataError(fmt::format("{}: can't be read", path));
 }

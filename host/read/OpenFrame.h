@@ -3,20 +3,24 @@
 #include <string>
 #include <vector>
 
-#include "host/engine/ActiveFile.h"
-#include "host/read/OpenFrame.h"
+#include "host/environment/HostErrors.h"
+
+class HostSession;
 
 // What the user says of the frame of a session.
 struct FrameOptions {
   std::string path{};                // the data file; empty with a query
   std::string sql{};                 // a query in place of a file
-  std::vector<std::string> sort{};   // variables to order the cases by; ties keep the order that was
+  std::vector<std::string> sort{};   // variables to order the cases by; ties keep the order of the file
   std::string schema{};              // a Table Schema file in place of the one beside the data
   std::string weight{};              // variable that weights the cases; empty for none
   std::vector<std::string> split{};  // variables whose changes split the cases into groups
 };
 
-// Opens the frame of the session: from then on ProcedureDataSource attaches to it, and the weight and split
-// words of the common global block say what was asked for.
-// Errors: DataError, when the session is left without a frame.
-void OpenFrame(const FrameOptions& options);
+// Opens the frame of a session; one that was open before is closed first. The session's ActiveFile is open
+// from then on, and the words for weight and split groups in the common global block are set, which the
+// procedure asks for.
+//
+// Errors: DataError that names the file, and the variable where one of these options asks for one that isn't
+//         there. The session is then left without a frame.
+void OpenFrame(HostSession& session, const FrameOptions& options);

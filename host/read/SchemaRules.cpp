@@ -15,7 +15,7 @@
 
 namespace {
 
-// A value as a schema writes it, for a numeric variable. Truth values count as 1 and 0.
+// Reads a value of a numeric variable from its text in a schema. Truth values are 1 and 0.
 bool ReadSchemaNumber(const std::string& text, double* number) {
   if (ReadNumber(text, number)) return true;
   *number = text == "true" ? 1.0 : 0.0;
@@ -28,12 +28,9 @@ bool IsOneOf(const std::string& text, std::initializer_list<const char*> words) 
 
 }  // namespace
 
+// Fields are looked up by upper-case names, as variables are.
 SchemaRules::SchemaRules(const std::string& json, const std::string& source) : fSource(source) {
-  try {
-    fSchema = ParseTableSchema(json, source);
-  } catch (const SchemaError& error) {
-    throw DataError(error.what());
-  }
+  fSchema = ParseTableSchema(json, source);
   for (std::size_t i = 0; i < fSchema.fields.size(); ++i) {
     fFields.emplace(GetUpperVarName(fSchema.fields[i].name), i);
   }
@@ -43,10 +40,11 @@ SchemaRules SchemaRules::FromFile(const std::string& path) {
   CheckReadableFile(path);
   std::string json;
   std::string why;
-  if (!ReadWholeFile(path, &json, &why)) throw DataError(fmt::format("{}: {}", path, why));
+  if (!ReadWholeFile(path, &json, &why)) throw DataError(path + ": " + why);
   return SchemaRules(json, path);
 }
 
+// Null where the schema doesn't mention the column.
 const SchemaField* SchemaRules::FieldOf(const std::string& name) const {
   const auto found = fFields.find(GetUpperVarName(name));
   return found == fFields.end() ? nullptr : &fSchema.fields[found->second];
@@ -59,6 +57,7 @@ SchemaRules::Wish SchemaRules::WishFor(const std::string& name) const {
   return *field->type == "boolean" ? Wish::kBoolean : Wish::kString;
 }
 
+// A field's own list replaces the table's, even where it is empty.
 const std::vector<std::string>& SchemaRules::MissingTexts(const std::string& name) const {
   static const std::vector<std::string> kNone;
   const SchemaField* field = FieldOf(name);
@@ -70,6 +69,7 @@ bool SchemaRules::SettlesAll(const std::string& name) const {
   const SchemaField* field = FieldOf(name);
   if (field == nullptr) return false;
   const Wish wish = WishFor(name);
+  // A number needs its formats, which depend on its widest value; a string its width.
   if (wish == Wish::kString) return field->width.has_value();
   return wish != Wish::kAsItIs && field->printFormat && field->writeFormat;
 }
@@ -84,6 +84,7 @@ void SchemaRules::CheckNames(const std::vector<std::string>& columns, const std:
   }
 }
 
+// Formats and level come last: making a variable sets the defaults of its type.
 KORV_Variable SchemaRules::VariableFor(const ColumnFacts& facts) const {
   const Wish wish = WishFor(facts.name);
   KORV_Variable variable = wish == Wish::kAsItIs   ? VariableOf(facts)
@@ -92,6 +93,7 @@ KORV_Variable SchemaRules::VariableFor(const ColumnFacts& facts) const {
   SetMissing(&variable);
   const SchemaField* field = FieldOf(facts.name);
   if (field == nullptr) return variable;
+  // A width can only make a string wider: a narrower one would cut texts.
   if (variable.GetType() > 0 && field->width && *field->width > variable.GetType()) {
     variable.SetType(*field->width);
     variable.SetFormat(kFormatA, *field->width, 0);
@@ -107,7 +109,8 @@ KORV_Variable SchemaRules::VariableFor(const ColumnFacts& facts) const {
   return variable;
 }
 
-// A missing value of a numeric column that is no number is system-missing there, and needs no entry.
+// The user-missing values. In a numeric column a missing text that isn't a number was read as system-missing,
+// and in a string column a blank one is missing anyway: neither needs an entry.
 void SchemaRules::SetMissing(KORV_Variable* variable) const {
   std::vector<DictionaryValue> values;
   for (const std::string& text : MissingTexts(variable->GetName())) {
@@ -122,13 +125,14 @@ void SchemaRules::SetMissing(KORV_Variable* variable) const {
   variable->SetMissingValues(std::move(values));
 }
 
+// Labels of missing values are among the categories: see ParseTableSchema().
 void SchemaRules::SetCategories(const SchemaField& field, KORV_Variable* variable) const {
   std::vector<ValueLabel> labels;
   for (const SchemaCategory& category : field.categories) {
     ValueLabel label;
     label.label = category.label;
     if (variable->GetType() > 0) {
-      label.value.text = category.value;
+      label.value.text = TrimRight(category.value);  // cases have no trailing blanks either
     } else if (!ReadSchemaNumber(category.value, &label.value.number)) {
       throw DataError(fmt::format("{}: field \"{}\": the category \"{}\" of a numeric column is no number",
                                   fSource, field.name, category.value));

@@ -9,33 +9,37 @@
 #include "host/model/TableSchema.h"
 #include "host/read/ColumnFacts.h"
 
-// SchemaRules is a Table Schema as it bears on the columns of one file: the type that the user gives a
-// column, its missing values, and what else stands in the dictionary.
+// SchemaRules is a Table Schema applied to the columns of one file. For each column it says what type the
+// user wants, which values are missing, and what else goes into the dictionary: label, formats, level, value
+// labels. Columns that the schema doesn't mention stay as the file has them. Names compare without regard to
+// case.
 //
-// A default-made one has no rules: every column keeps what the file says.
+// Use:        from a schema's text or file; a default-constructed object has no rules. First WishFor() and
+//             MissingTexts() while the facts of the columns are found out, then VariableFor().
+// Failures:   DataError that names the schema.
 class SchemaRules {
 public:
   SchemaRules() = default;
-  // `source` names the schema in errors.
-  // Errors: DataError when the text is no schema.
+  // `source` is the schema's name in messages.
   SchemaRules(const std::string& json, const std::string& source);
   static SchemaRules FromFile(const std::string& path);
 
-  // What the schema wants a column to be.
+  // What the schema wants a column to be. kString also stands for dates, times and all other types of a Table
+  // Schema that are strings here.
   enum class Wish { kAsItIs, kNumber, kBoolean, kString };
   Wish WishFor(const std::string& name) const;
 
-  // The texts that stand for a missing value in a column: its own, else the table's.
+  // The texts that are missing values in a column: its own if the field has any, else those of the table.
   const std::vector<std::string>& MissingTexts(const std::string& name) const;
 
-  // Whether the schema leaves nothing of the column to be found out from its cases.
+  // Whether the column's dictionary entry follows from the schema alone, without a look at its values.
   bool SettlesAll(const std::string& name) const;
 
-  // Errors: DataError when the schema names a column that `file` doesn't have.
+  // Refuses a schema with a field that `file` has no column for: more likely a slip than a wish.
   void CheckNames(const std::vector<std::string>& columns, const std::string& file) const;
 
-  // The variable of a column: what the facts say, overruled by the schema.
-  // Errors: DataError when a category of a numeric column is no number.
+  // The variable of a column by its facts, with everything that the schema says on top.
+  // Errors: DataError when a category of a numeric column isn't a number.
   KORV_Variable VariableFor(const ColumnFacts& facts) const;
 
   const std::vector<DocumentLines>& Documents() const { return fSchema.documents; }

@@ -11,6 +11,7 @@
 
 namespace {
 
+// Sets of kinds are bits of an unsigned.
 constexpr unsigned Bit(TextProfile::Kind kind) {
   return 1u << static_cast<unsigned>(kind);
 }
@@ -25,7 +26,7 @@ std::string_view WithoutSign(std::string_view text) {
   return text;
 }
 
-// Takes the digits at the front of the text; false when there is none.
+// Removes the digits at the front of the text; false when there are none.
 bool SkipDigits(std::string_view* text) {
   const auto end = std::find_if_not(text->begin(), text->end(), IsDigit);
   const bool any = end != text->begin();
@@ -33,6 +34,8 @@ bool SkipDigits(std::string_view* text) {
   return any;
 }
 
+// The notations are checked by hand, and not by trying to convert: library functions accept more than our
+// notation has, such as blanks, plus signs, hexadecimal digits and "nan".
 bool IsInteger(std::string_view text) {
   text = WithoutSign(text);
   return SkipDigits(&text) && text.empty();
@@ -54,12 +57,14 @@ bool IsNumber(std::string_view text) {
   return text.empty();
 }
 
+// 0 and 0.5 have none; 00, 007 and 01.5 have.
 bool HasLeadingZero(std::string_view text) {
   text = WithoutSign(text);
   return text.size() > 1 && text[0] == '0' && IsDigit(text[1]);
 }
 
-// Hands the significant digits on one by one: without sign, point, exponent and the zeros in front.
+// Calls `take` with each significant digit: sign, point, exponent and leading zeros are left out. Zeros at
+// the end count, since 1.50 has three significant digits.
 template <class Take>
 void ForEachSignificantDigit(std::string_view text, const Take& take) {
   bool hasBegun = false;
@@ -76,6 +81,7 @@ std::size_t CountSignificantDigits(std::string_view text) {
   return count;
 }
 
+// Compares digits only: both texts are of about the same number, so the exponents agree.
 bool HaveSameDigits(std::string_view text, std::string_view other) {
   std::string digits;
   std::string otherDigits;
@@ -84,7 +90,7 @@ bool HaveSameDigits(std::string_view text, std::string_view other) {
   return digits == otherDigits;
 }
 
-// A field of `digits` digits at `at` as a number; -1 when it isn't one.
+// The number made of exactly `digits` digits at `at`; -1 when the text has something else there.
 int FieldOf(std::string_view text, std::size_t at, std::size_t digits) {
   int value = -1;
   if (at + digits > text.size()) return -1;
@@ -96,6 +102,7 @@ int FieldOf(std::string_view text, std::size_t at, std::size_t digits) {
 constexpr std::size_t kDateLength = 10;  // 2024-02-29
 constexpr std::size_t kTimeLength = 8;   // 23:59:59, a fraction may follow
 
+// Year 0 is left out: DuckDB would print it as a year before Christ.
 bool IsDate(std::string_view text) {
   if (text.size() != kDateLength || text[4] != '-' || text[7] != '-') return false;
   const int year = FieldOf(text, 0, 4);
@@ -108,7 +115,7 @@ bool IsDate(std::string_view text) {
       .ok();
 }
 
-// Only what comes out of a time column as it went in: microseconds, without zeros at the end.
+// DuckDB keeps microseconds and prints no zeros at the end, so a fraction must be like that to come back.
 bool IsTime(std::string_view text) {
   if (text.size() < kTimeLength || text[2] != ':' || text[5] != ':') return false;
   const int hour = FieldOf(text, 0, 2);
@@ -123,16 +130,19 @@ bool IsTime(std::string_view text) {
   return SkipDigits(&fraction) && fraction.empty();
 }
 
+// With a blank, as DuckDB prints it; the T of ISO 8601 wouldn't come back.
 bool IsTimestamp(std::string_view text) {
   return text.size() > kDateLength && text[kDateLength] == ' ' && IsDate(text.substr(0, kDateLength)) &&
          IsTime(text.substr(kDateLength + 1));
 }
 
+// What a user who says that a column is boolean may have in it.
 bool IsUsualBoolean(std::string_view text) {
   constexpr std::string_view kSpellings[] = {"true", "True", "TRUE", "1", "false", "False", "FALSE", "0"};
   return std::find(std::begin(kSpellings), std::end(kSpellings), text) != std::end(kSpellings);
 }
 
+// Keeps the first culprit only.
 void Note(TextProfile::Culprit* culprit, std::string_view text, std::int64_t place) {
   if (culprit->place == 0) *culprit = {std::string(text), place};
 }
@@ -147,14 +157,19 @@ bool ReadNumber(std::string_view text, double* number) {
 
 bool ComesBack(std::string_view text, double number) {
   const std::size_t digits = CountSignificantDigits(text);
-  if (digits == 0) return true;
+  if (digits == 0) return true;  // it is 0, whatever the exponent
+  // A double keeps any 15 digits (digits10), unless it is subnormal and has fewer bits. Nearly every value
+  // ends here; printing is slow.
   const bool isNormal = std::fabs(number) >= std::numeric_limits<double>::min();
   if (isNormal && digits <= std::numeric_limits<double>::digits10) return true;
   return HaveSameDigits(text, fmt::format("{:.{}e}", number, digits - 1));
 }
 
+// A number that makes the column a text still counts for the bounds, since a schema may make the column
+// numeric.
 void TextProfile::AddNumber(std::string_view text, std::int64_t place) {
   double number = 0.0;
+  // IsNumber() was true: ReadNumber() fails for what is beyond the doubles.
   const bool isExact = ReadNumber(text, &number) && ComesBack(text, number);
   if (!isExact) Note(&fNotExact, text, place);
   if (!isExact || HasLeadingZero(text)) Refuse(kNumbers);
@@ -178,6 +193,7 @@ void TextProfile::Add(std::string_view text, std::int64_t place) {
   }
   Note(&fNotNumber, text, place);
   Refuse(kNumbers);
+  // A kind that is ruled out isn't tested again: in a column of texts a value costs next to nothing.
   if (fPossible & Bit(Kind::kBoolean) && text != "true" && text != "false") Refuse(Bit(Kind::kBoolean));
   if (fPossible & Bit(Kind::kDate) && !IsDate(text)) Refuse(Bit(Kind::kDate));
   if (fPossible & Bit(Kind::kTime) && !IsTime(text)) Refuse(Bit(Kind::kTime));
@@ -190,7 +206,7 @@ void TextProfile::AddString(std::string_view text, std::int64_t place) {
 }
 
 void TextProfile::AddMissing(std::string_view text, std::int64_t place) {
-  if (IsNumber(text)) {
+  if (IsNumber(text)) {  // it becomes a user-missing number, so the column must be able to hold it
     Add(text, place);
     return;
   }
@@ -198,6 +214,7 @@ void TextProfile::AddMissing(std::string_view text, std::int64_t place) {
   fLongest = std::max(fLongest, text.size());
 }
 
+// The first kind that no value has ruled out, in an order that puts integers before other numbers.
 TextProfile::Kind TextProfile::Settled() const {
   if (!fbAny) return Kind::kNothing;
   for (const Kind kind :

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "host/engine/DuckAppender.h"
 #include "host/engine/WorkDatabase.h"
 #include "host/environment/MCStopProcessor.h"
 #include "host/read/TypedColumns.h"
@@ -11,10 +12,10 @@
 
 namespace {
 
-// Whole numbers of so many digits fit a BIGINT.
+// Any whole number of this many characters fits a BIGINT (whose largest has 19 digits).
 constexpr std::size_t kBigintDigits = 18;
 
-// The SQL type of a column of texts as they settled.
+// The SQL type for what the profile settled.
 const char* TypeOf(const TextProfile& profile) {
   switch (profile.Settled()) {
     case TextProfile::Kind::kInteger:
@@ -29,7 +30,7 @@ const char* TypeOf(const TextProfile& profile) {
       return "TIME";
     case TextProfile::Kind::kTimestamp:
       return "TIMESTAMP";
-    case TextProfile::Kind::kNothing:
+    case TextProfile::Kind::kNothing:  // a column without a value is a text of width 1
     case TextProfile::Kind::kText:
       break;
   }
@@ -44,16 +45,15 @@ bool IsNumeric(const TextProfile& profile) {
 
 }  // namespace
 
-TextTable::TextTable(std::string name, std::string unit, const SchemaRules& rules)
+TextTable::TextTable(WorkDatabase& work, std::string name, std::string unit, const SchemaRules& rules)
     : fName(std::move(name)),
       fUnit(std::move(unit)),
       fRules(rules),
-      fConnection(WorkDatabase::Current().Connect()),
-      fTable(WorkDatabase::Current().UniqueName("texts")) {}
+      fWork(work),
+      fConnection(work.Connect()),
+      fTable(work.UniqueName("texts")) {}
 
-TextTable::~TextTable() {
-  duckdb_appender_destroy(&fpAppender);
-}
+TextTable::~TextTable() = default;
 
 std::size_t TextTable::AddColumn(const std::string& columnName, std::int64_t place) {
   const std::string upper = GetUpperVarName(columnName);
@@ -62,7 +62,7 @@ std::size_t TextTable::AddColumn(const std::string& columnName, std::int64_t pla
     throw DataError(fmt::format("{}, {} {}: two columns are named \"{}\" and \"{}\"", fName, fUnit, place,
                                 column.name, columnName));
   }
-  CloseAppender();
+  CloseAppender();  // an appender can't live through a change of its table
   Column column;
   column.name = columnName;
   column.upperName = upper;
@@ -73,13 +73,10 @@ std::size_t TextTable::AddColumn(const std::string& columnName, std::int64_t pla
 }
 
 void TextTable::Run(const std::string& sql) {
-  try {
-    fConnection.Run(sql);
-  } catch (const DataError& error) {
-    throw DataError(fmt::format("{}: {}", fName, error.what()));
-  }
+  Named(fName, [&] { fConnection.Run(sql); });
 }
 
+// Brings texts_N up to date with the columns that are known.
 void TextTable::MakeColumns() {
   if (fMade == 0) {
     std::string list;
@@ -93,6 +90,7 @@ void TextTable::MakeColumns() {
   fMade = fvColumns.size();
 }
 
+// Kept as a copy: a reader's text is gone with its record, and JSON's columns come in any order.
 void TextTable::Set(std::size_t column, std::string_view text, bool isString) {
   Column& target = fvColumns[column];
   target.text.assign(text);
@@ -100,17 +98,17 @@ void TextTable::Set(std::size_t column, std::string_view text, bool isString) {
   target.isString = isString;
 }
 
+// Each value goes to its column's profile and to the table.
 void TextTable::EndRow(std::int64_t place) {
   if (fvColumns.empty()) throw DataError(fmt::format("{}, {} {}: no value at all", fName, fUnit, place));
   if (fpAppender == nullptr) OpenAppender();
   for (std::size_t i = 0; i < fvColumns.size(); ++i) {
     Column& column = fvColumns[i];
-    const duckdb_vector vector = fChunk.Vector(i);
     if (!column.isSet) {
-      duckdb_vector_ensure_validity_writable(vector);
-      duckdb_validity_set_row_invalid(duckdb_vector_get_validity(vector), fChunkRows);
+      fpAppender->SetNull(i);
       continue;
     }
+    // Compared as written: a list of missing values says how they are spelt in the file.
     const auto& missing = column.missingTexts;
     if (std::find(missing.begin(), missing.end(), column.text) != missing.end()) {
       column.profile.AddMissing(column.text, place);
@@ -119,41 +117,34 @@ void TextTable::EndRow(std::int64_t place) {
     } else {
       column.profile.Add(column.text, place);
     }
-    duckdb_vector_assign_string_element_len(vector, fChunkRows, column.text.data(), column.text.size());
+    fpAppender->SetText(i, column.text);
     column.isSet = false;
   }
-  if (++fChunkRows == duckdb_vector_size()) FlushChunk();
+  const bool isBlockEnd = Named(fName, [&] { return fpAppender->EndRow(); });
+  if (isBlockEnd) CheckNotStopped();
 }
 
-void TextTable::Check(duckdb_state state) const {
-  if (state == DuckDBSuccess) return;
-  throw DataError(fmt::format("{}: {}", fName, CleanReason(duckdb_appender_error(fpAppender))));
+// Asked once a block of rows: loading a large file must end soon after a stop request.
+void TextTable::CheckNotStopped() const {
+  if (StopRequested()) throw DataError(fmt::format("{}: stopped", fName));
 }
 
+// Called for the first row after a change of the columns.
 void TextTable::OpenAppender() {
   MakeColumns();
-  Check(duckdb_appender_create(fConnection.Get(), nullptr, fTable.c_str(), &fpAppender));
-  duckdb_logical_type varchar = duckdb_create_logical_type(DUCKDB_TYPE_VARCHAR);
-  std::vector<duckdb_logical_type> types(fvColumns.size(), varchar);
-  fChunk = DuckChunk(duckdb_create_data_chunk(types.data(), types.size()));
-  duckdb_destroy_logical_type(&varchar);
+  const std::vector<duckdb_type> types(fvColumns.size(), DUCKDB_TYPE_VARCHAR);
+  fpAppender = Named(fName, [&] { return std::make_unique<DuckAppender>(fConnection, fTable, types); });
 }
 
-void TextTable::FlushChunk() {
-  if (StopRequested()) throw DataError(fmt::format("{}: stopped", fName));
-  duckdb_data_chunk_set_size(fChunk.Get(), fChunkRows);
-  Check(duckdb_append_data_chunk(fpAppender, fChunk.Get()));
-  duckdb_data_chunk_reset(fChunk.Get());
-  fChunkRows = 0;
-}
-
+// Brings all rows so far to texts_N. A stop request is also seen here, for files of less than a block.
 void TextTable::CloseAppender() {
   if (fpAppender == nullptr) return;
-  FlushChunk();
-  Check(duckdb_appender_close(fpAppender));
-  duckdb_appender_destroy(&fpAppender);
+  CheckNotStopped();
+  Named(fName, [&] { fpAppender->Close(); });
+  fpAppender.reset();
 }
 
+// Refuses the first value that can't be of the type that the schema asks for.
 void TextTable::CheckWish(const Column& column, SchemaRules::Wish wish) const {
   const auto refuse = [&](const TextProfile::Culprit* culprit, const char* what) {
     if (culprit == nullptr) return;
@@ -167,6 +158,7 @@ void TextTable::CheckWish(const Column& column, SchemaRules::Wish wish) const {
   if (wish == SchemaRules::Wish::kBoolean) refuse(column.profile.NotBoolean(), "is neither true nor false");
 }
 
+// Steps 1 and 2 of the header: what the values are, and what the schema makes of them.
 ColumnFacts TextTable::FactsOf(const Column& column) const {
   const TextProfile& profile = column.profile;
   ColumnFacts facts = FactsOfType(column.name, TypeOf(profile));
@@ -174,11 +166,13 @@ ColumnFacts TextTable::FactsOf(const Column& column) const {
   CheckWish(column, wish);
   if (wish == SchemaRules::Wish::kBoolean) facts = FactsOfType(column.name, "BOOLEAN");
   if (wish == SchemaRules::Wish::kNumber && !IsNumeric(profile)) {
-    // Leading zeros, or nothing but missing values.
+    // The values are numbers, as CheckWish() has seen, but have leading zeros; or all of them are missing.
     facts = FactsOfType(
         column.name, profile.AllIntegers() && profile.LongestText() <= kBigintDigits ? "BIGINT" : "DOUBLE");
   }
+  // Dates and times are strings already, and keep their types.
   if (wish == SchemaRules::Wish::kString && IsNumeric(profile)) facts = FactsOfType(column.name, "VARCHAR");
+  // Too long for a BIGINT, but still shown without decimals.
   if (facts.type == "DOUBLE" && profile.AllIntegers()) facts.kind = ColumnFacts::Kind::kInteger;
   facts.least = profile.Least();
   facts.greatest = profile.Greatest();
@@ -186,10 +180,11 @@ ColumnFacts TextTable::FactsOf(const Column& column) const {
   return facts;
 }
 
+// Steps 3 and 4: the cast.
 TextTable::Typed TextTable::Settle(const Column& column) const {
   const ColumnFacts facts = FactsOf(column);
   Typed typed{fRules.VariableFor(facts), column.sqlName};
-  // A text that doesn't fit the type is one that stands for a missing value; a string keeps it.
+  // Only values that the schema lists as missing can fail the cast. TRY_CAST makes null of them.
   if (typed.variable.GetType() == 0) {
     typed.sql = fmt::format("TRY_CAST({} AS {})", column.sqlName, facts.type);
   } else if (facts.type != "VARCHAR" && !column.profile.AnyMissing()) {
@@ -200,11 +195,13 @@ TextTable::Typed TextTable::Settle(const Column& column) const {
   return typed;
 }
 
-DataFrame TextTable::Finish() {
+// Schema and columns are compared before the table is made: a slip in the schema shouldn't cost the time for
+// that.
+CaseRelation TextTable::Finish() {
   CloseAppender();
-  DataFrame frame;
-  frame.relation.name = fName;
-  frame.dictionary.documents = fRules.Documents();
+  CaseRelation relation;
+  relation.name = fName;
+  relation.dictionary.documents = fRules.Documents();
   std::vector<std::string> names;
   std::vector<std::string> leftOut;
   std::string list;
@@ -216,20 +213,20 @@ DataFrame TextTable::Finish() {
     }
     Typed typed = Settle(column);
     list += fmt::format("{}{} AS {}", list.empty() ? "" : ", ", typed.sql, column.sqlName);
-    frame.relation.columns.push_back({column.sqlName, typed.variable.ColumnType()});
-    frame.dictionary.variables.push_back(std::move(typed.variable));
+    relation.columns.push_back({column.sqlName, typed.variable.ColumnType()});
+    relation.dictionary.variables.push_back(std::move(typed.variable));
   }
   fRules.CheckNames(names, fName);
   WarnOfLeftOutColumns(fName, leftOut);
-  frame.relation.from = WorkDatabase::Current().UniqueName("cases");
   if (fvColumns.empty()) {
-    frame.relation.from = "(SELECT 1 WHERE false)";
-    return frame;
+    relation.from = kNoCases;
+    return relation;
   }
-  MakeColumns();
+  MakeColumns();                          // for a file without rows
   if (list.empty()) list = "true AS c0";  // cases without a variable
-  Run(fmt::format("CREATE TABLE {} AS SELECT {} FROM {}", frame.relation.from, list, fTable));
+  relation.from = fWork.UniqueName("cases");
+  Run(fmt::format("CREATE TABLE {} AS SELECT {} FROM {}", relation.from, list, fTable));
   Run(fmt::format("DROP TABLE {}", fTable));
-  frame.relation.held = WorkDatabase::Current().Hold("DROP TABLE " + frame.relation.from);
-  return frame;
+  relation.held = fWork.Hold("DROP TABLE " + relation.from);
+  return relation;
 }

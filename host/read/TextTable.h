@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,45 +11,73 @@
 #include "host/read/SchemaRules.h"
 #include "host/read/TextProfile.h"
 
-// TextTable takes in the rows of a text file once: as text at first, then, its columns' types settled over
-// all rows, as a typed table of the session's work database.
+class DuckAppender;
+
+// TextTable loads the rows of a text file (CSV, TSV, JSON) into the work database.
 //
-// Use:      AddColumn() as columns become known; for each row Set() and EndRow(); Finish() once.
-// Errors:   DataError.
+// The type of a column is known only after its last row (see TextProfile), but the rows must not be kept in
+// memory, nor the file be read twice: it may be large, or change in between. So there are two tables:
+//
+//   texts_N    filled row by row as the file is read. All columns are VARCHAR and hold the values as written;
+//              an empty value is null. Meanwhile each column's TextProfile sees each value.
+//   cases_N    made by Finish() in one statement, with each column cast to the type that its profile and the
+//              schema decided. texts_N is dropped then. This is the relation that is returned.
+//
+// What a column becomes, in the order in which it is decided:
+//   1. The profile settles a type. Integers are a BIGINT up to 18 characters; longer ones that doubles hold
+//      are a DOUBLE without decimals.
+//   2. The schema may ask for something else. A type that a value doesn't fit is an error at that value's
+//      line, not a missing value.
+//   3. A number, boolean, date, time or timestamp is cast; a date or time is still a string variable, but
+//      remembers its type for files that are written.
+//   4. A value that the schema lists as missing may not fit the type ("NA" among numbers). A numeric column
+//      casts it to null: it is system-missing. A string column keeps it as user-missing text, so a column of
+//      dates with such a value must stay VARCHAR.
+//
+// JSON may bring a new column at any row. The appender is closed then, the column added to texts_N, and a new
+// appender opened with the next row; the rows before have a null there.
+//
+// Use:       AddColumn() as columns become known; for each row Set() for its values, then EndRow(); Finish()
+//            once, after which the object is spent.
+// Ownership: borrows the work database and the rules; the relation that it returns owns cases_N.
+// Failures:  DataError that names the file and, for a value, its place. A stop request is one too.
+// Cost:      a row is copied once; nothing is allocated for it once the longest values have been seen.
 class TextTable {
 public:
-  // `name` names the file in errors; `unit` is what their places count: "line" or "object".
-  TextTable(std::string name, std::string unit, const SchemaRules& rules);
+  // `name` is the file's in messages; `unit` is what places in it are called: "line" or "object".
+  TextTable(WorkDatabase& work, std::string name, std::string unit, const SchemaRules& rules);
   ~TextTable();
 
-  // A further column; the rows so far have no value in it.
-  // Errors: DataError at `place` when a column has that name already, without regard to case.
+  // Adds a column, and returns its index. The rows so far have no value in it.
+  // Errors: DataError at `place` when a column has the same name, without regard to case.
   std::size_t AddColumn(const std::string& columnName, std::int64_t place);
   std::size_t Columns() const { return fvColumns.size(); }
 
-  // The value of a column in the current row; without one, and for the empty text, there is none.
-  // `isString`: the file marks it as a text.
+  // Sets the value of a column in the current row. Columns that aren't set, or to an empty text, have none.
+  // `isString`: the file marks the value as a text.
   void Set(std::size_t column, std::string_view text, bool isString);
-  // The column holds a nested value somewhere, so that it is left out.
+  // The column holds a list or an object in some row; Finish() leaves it out.
   void SetNested(std::size_t column) { fvColumns[column].isNested = true; }
+  // Ends the current row, which is at `place` of the file, from 1.
   void EndRow(std::int64_t place);
 
-  // The typed table and its dictionary; a warning names the columns that are left out.
-  DataFrame Finish();
+  // Makes the typed table and its dictionary. A warning names the columns that are left out.
+  CaseRelation Finish();
 
 private:
   struct Column {
     std::string name;
     std::string upperName;
-    std::string sqlName;
-    std::vector<std::string> missingTexts;
+    std::string sqlName;                    // cN: names in the file may be odd or empty
+    std::vector<std::string> missingTexts;  // by the schema
     TextProfile profile;
     bool isNested = false;
-    std::string text;  // of the current row, kept until its place is known
+    // Of the current row. Kept until EndRow(), which knows the row's place.
+    std::string text;
     bool isSet = false;
     bool isString = false;
   };
-  // What becomes of a column of texts.
+  // What a column of texts becomes: a variable, and the SQL that makes its values of the texts.
   struct Typed {
     KORV_Variable variable;
     std::string sql;
@@ -57,10 +85,9 @@ private:
 
   void Run(const std::string& sql);
   void MakeColumns();
-  void Check(duckdb_state state) const;
+  void CheckNotStopped() const;
   void OpenAppender();
   void CloseAppender();
-  void FlushChunk();
   Typed Settle(const Column& column) const;
   ColumnFacts FactsOf(const Column& column) const;
   void CheckWish(const Column& column, SchemaRules::Wish wish) const;
@@ -68,11 +95,10 @@ private:
   std::string fName;
   std::string fUnit;
   const SchemaRules& fRules;  // borrowed
+  WorkDatabase& fWork;        // borrowed
   DuckConnection fConnection;
-  std::string fTable;  // the texts
+  std::string fTable;  // texts_N
   std::vector<Column> fvColumns;
-  std::size_t fMade = 0;                 // columns that the table of texts has already
-  duckdb_appender fpAppender = nullptr;  // owned; null until a row comes and while columns are added
-  DuckChunk fChunk;
-  std::size_t fChunkRows = 0;
+  std::size_t fMade = 0;                     // columns that texts_N has already
+  std::unique_ptr<DuckAppender> fpAppender;  // null until a row comes and while columns are added
 };

@@ -6,26 +6,48 @@
 #include "host/engine/DuckCaseEngine.h"
 #include "host/read/SchemaRules.h"
 
-// Warns once of the columns of a file that are no part of the active file: nested values and blobs.
+// Relations over columns that have SQL types already: Parquet files, the rows of a query, and native files
+// that a schema is put on. (Text files go through TextTable.)
+//
+// The types leave three questions open, which only the values can answer:
+//   - Does a double hold every value? It matters for 64-bit and larger integers and for long decimals. If
+//     not, the variable is a string of the digits.
+//   - How wide is a string? As wide as its longest text.
+//   - How wide is a number's format? As wide as its least or greatest value.
+// A schema answers some of them. The rest takes a query over all rows; ColumnFacts holds the answers.
+
+// Warns once of the columns of a file that don't become variables. `columns` may be empty: no warning.
 void WarnOfLeftOutColumns(const std::string& file, const std::vector<std::string>& columns);
 
-// The columns of a relation whose columns have SQL types: what DuckDB scans or keeps in a table.
+// A FROM clause for a relation without rows.
+inline constexpr const char* kNoCases = "(SELECT 1 WHERE false)";
+
 struct TypedColumn {
-  std::string name;  // as the file says
+  std::string name;  // as in the file
   std::string sql;   // the expression that gives it
-  std::string type;  // SQL type
+  std::string type;  // SQL type of that expression
 };
 
-// The columns of what stands behind FROM, in order.
-// Errors: DataError with DuckDB's reason alone.
-std::vector<TypedColumn> DescribeColumns(const std::string& from);
+// Where a relation comes from.
+struct TypedSource {
+  std::string name;  // of the file, in messages
+  std::string from;  // what comes after FROM
+  std::vector<TypedColumn> columns;
+};
 
-// Checks that no two columns go by the same name, without regard to case.
-// Errors: DataError with both names as they stand.
+// The columns of what comes after FROM, in order.
+// Errors: DataError with DuckDB's reason alone.
+std::vector<TypedColumn> DescribeColumns(WorkDatabase& work, const std::string& from);
+
+// Checks that no two names are equal without regard to case.
+// Errors: DataError with both names as they are spelt.
 void CheckNamesDiffer(const std::vector<std::string>& names);
 
-// Makes the dictionary of a relation and picks its columns. What the rules leave open is found out from all
-// cases in one scan. `trusted`: the rules were written with the file, so that what they settle needs no
-// looking at. Errors: DataError that names the relation.
-DataFrame MakeTypedFrame(const std::string& name, const std::string& from,
-                         const std::vector<TypedColumn>& columns, const SchemaRules& rules, bool trusted);
+// Makes the dictionary of a relation and picks its columns. What types and rules leave open (how wide a text
+// is, whether all numbers fit a double) is found out from all cases, in one or two scans. `trusted`: the
+// rules were written together with the file, so what they settle isn't looked at again. A value that
+// contradicts them is then found by the cursor.
+//
+// Errors: DataError that names the file.
+CaseRelation MakeTypedRelation(WorkDatabase& work, const TypedSource& source, const SchemaRules& rules,
+                               bool trusted);

@@ -1,55 +1,44 @@
 #pragma once
 
-#include <duckdb.h>
-
 #include <memory>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 #include "host/engine/DuckDb.h"
 
+class DuckAppender;
 class KORV_Case;
+class WorkDatabase;
 struct Dictionary;
 
-// CaseBlock appends cases to a table of the work database, a block of rows at a time. Column k of the table
-// is named ck; it is a DOUBLE or a VARCHAR, with a null where a case has no value.
+// CaseBlock collects the cases of an output in a table of the work database, from which a file is then
+// written in one statement. Column k of the table is named ck. It is a DOUBLE or a VARCHAR, and null where a
+// case has no value: a number that is system-missing or not finite, or a text of nothing but blanks.
 //
-// Ownership:  the table goes with the object.
-// Errors:     DataError.
+// Use:        Append() for each case, Finish(), then statements over Table() on Connection().
+// Ownership:  owns the table, which is dropped with the object. Borrows the database.
+// Failures:   DataError with the reason alone; also from the constructor where there is no variable, since a
+//             table must have a column.
+// Cost:       nothing is allocated for a case.
 class CaseBlock {
 public:
-  explicit CaseBlock(const Dictionary& dictionary);
+  CaseBlock(WorkDatabase& work, const Dictionary& dictionary);
   ~CaseBlock();
   CaseBlock(const CaseBlock&) = delete;
   CaseBlock& operator=(const CaseBlock&) = delete;
 
+  // REQUIRES: the case has the variables of the dictionary.
   void Append(const KORV_Case& values);
-  // Everything is in the table, and no more cases come.
+  // The last case has come; all of them are in the table now.
   void Finish();
 
-  // Work on the table, once it is finished.
+  // REQUIRES: Finish() was called.
   DuckConnection& Connection() { return fConnection; }
   const std::string& Table() const { return fTable; }
 
 private:
-  struct Column {
-    int width;  // 0 for a number
-    duckdb_vector vector;
-    double* numbers;  // of the vector; null for a string
-  };
-  struct DestroyAppender {
-    void operator()(duckdb_appender appender) const { duckdb_appender_destroy(&appender); }
-  };
-
-  void StartBlock();
-  void Flush();
-  void Check(duckdb_state state) const;
-
   DuckConnection fConnection;
   std::string fTable;
-  std::vector<Column> fvColumns;
-  DuckChunk fChunk;
-  std::unique_ptr<std::remove_pointer_t<duckdb_appender>, DestroyAppender> fpAppender;
-  std::size_t fRows = 0;  // of the block
+  std::vector<int> fvWidths;  // of the columns; 0 for a number
+  std::unique_ptr<DuckAppender> fpAppender;
 };

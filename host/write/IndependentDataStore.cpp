@@ -7,22 +7,28 @@
 
 #include "host/engine/ActiveFile.h"
 #include "host/environment/HostErrors.h"
+#include "host/environment/HostSession.h"
 #include "host/files/SessionFiles.h"
 #include "host/model/KORV_Case.h"
 
-IndependentDataStore::IndependentDataStore(OutputFile* file)
-    : KORV_DataSource(std::make_shared<Dictionary>()), fpFile(file), fPath(file->path) {}
+IndependentDataStore::IndependentDataStore(HostSession& session, OutputFile* file)
+    : KORV_DataSource(std::make_shared<Dictionary>()),
+      fFiles(session.Layer<SessionFiles>()),
+      fActiveFile(session.Layer<ActiveFile>()),
+      fpFile(file),
+      fPath(file->path) {}
 
+// A store without its file was closed, or has failed and given the file up.
 IndependentDataStore::~IndependentDataStore() {
   if (fpFile == nullptr) return;
-  SessionFiles& files = SessionFiles::Current();
+  // A store that is destroyed as it was made must not break the run.
   const bool isUntouched = fState == State::kDefining && GetDictionary().variables.empty();
-  isUntouched ? files.Withdraw(fpFile) : files.Abandon(fpFile);
+  isUntouched ? fFiles.Withdraw(fpFile) : fFiles.Abandon(fpFile);
 }
 
 KORV_Variable& IndependentDataStore::MakeVariable(const KORV_Variable& source, int& index) {
   assert(fState == State::kDefining || fState == State::kFailed);
-  ActiveFile::Current().NoteCopied(source.GetName());
+  fActiveFile.NoteCopied(source.GetName());
   return KORV_DataSource::MakeVariable(source, index);
 }
 
@@ -30,14 +36,14 @@ KORV_Variable& IndependentDataStore::MakeVariable(int, int& index) {
   return KORV_DataSource::MakeVariable(KORV_Variable(), index);
 }
 
-// Gives the output file up; the answer is the message.
+// Gives up the output file, and with it the run. Returns the message.
 std::string IndependentDataStore::Fail(const std::string& why) {
   fState = State::kFailed;
-  SessionFiles::Current().Abandon(fpFile);
-  fpFile = nullptr;
-  return fmt::format("{} can't be written: {}", fPath, why);
+  fFiles.Abandon(std::exchange(fpFile, nullptr));
+  return CannotWrite(fPath, why).what();
 }
 
+// The interface has no way to report here, so a failure waits in fUntold.
 void IndependentDataStore::FinishDictionary() {
   if (fState != State::kDefining) return;
   try {
@@ -48,6 +54,7 @@ void IndependentDataStore::FinishDictionary() {
   }
 }
 
+// The kind of file knows only the reason; Fail() puts the name in front.
 void IndependentDataStore::AddCase(const KORV_Case& values) {
   if (!fUntold.empty()) throw ErrorText{std::exchange(fUntold, {})};
   if (fState != State::kTaking) throw ErrorText{fmt::format("{} can't take more cases", fPath)};
@@ -59,8 +66,9 @@ void IndependentDataStore::AddCase(const KORV_Case& values) {
   }
 }
 
+// Here nothing is thrown: it is the last call of a procedure, and failures are messages.
 void IndependentDataStore::CloseStore() {
-  FinishDictionary();
+  FinishDictionary();  // for a caller without a case; otherwise it does nothing
   if (!fUntold.empty()) IssueHostMessage(std::exchange(fUntold, {}), kErrorLevel);
   if (fState != State::kTaking) return;
   try {
@@ -69,10 +77,14 @@ void IndependentDataStore::CloseStore() {
     IssueHostMessage(Fail(error.what()), kErrorLevel);
     return;
   }
-  OutputFile* file = fpFile;
-  fpFile = nullptr;
+  OutputFile* const file = std::exchange(fpFile, nullptr);
   file->cases = fCases;
-  const bool isWhole = SessionFiles::Current().Finish(*file);
-  if (!isWhole) SessionFiles::Current().Abandon(file);
-  fState = isWhole ? State::kClosed : State::kFailed;
+  try {
+    fFiles.Finish(file);
+    fState = State::kClosed;
+  } catch (const DataError& error) {
+    IssueHostMessage(error.what(), kErrorLevel);
+    fFiles.Abandon(file);
+    fState = State::kFailed;
+  }
 }

@@ -5,25 +5,28 @@
 
 #include "host/model/KORV_DataSource.h"
 
+class ActiveFile;
+class HostSession;
 class KORV_Case;
+class SessionFiles;
 struct OutputFile;
 
-// IndependentDataStore is a data file that is being written.
+// IndependentDataStore is a data file that is being written. The classes derived from it write each kind.
 //
 // Use:        MakeVariable() for each variable, FinishDictionary(), AddCase() for each case, CloseStore().
-//             The file takes its place when the session commits its files; a store that is destroyed before
-//             CloseStore() leaves nothing.
-// Ownership:  borrows its output file from the session.
-// Failures:   AddCase() throws ErrorText with a message that names the file and the reason; CloseStore()
-//             issues such a message as an error of the host. Each failure is told once, that of
-//             FinishDictionary() by whichever of them comes next. After a failure the store takes nothing
-//             more.
+//             The file takes its place when the session commits its files. A store that is destroyed before
+//             CloseStore() leaves no file; if anything was put in, the run is broken.
+// Ownership:  borrows the session's files, its active file and the output file, which the session owns.
+// Failures:   AddCase() throws ErrorText with a message that names file and reason; CloseStore() issues
+//             such a message as an error of the host. FinishDictionary() can't report: its failure is kept
+//             and reported by whichever of the two comes next. Each failure is reported once. A store that
+//             failed takes nothing more, and the run is broken.
 // Cost:       nothing is allocated for a case.
 class IndependentDataStore : public KORV_DataSource {
 public:
   ~IndependentDataStore() override;
 
-  // The copy of a column keeps the column's type in the file. The active file is told that it is copied.
+  // The copy of a column keeps the column's type in the file. The active file notes that it is copied.
   KORV_Variable& MakeVariable(const KORV_Variable& source, int& index) override;
   KORV_Variable& MakeVariable(int, int& index) override;
 
@@ -35,11 +38,12 @@ public:
   bool IsClosed() const { return fState == State::kClosed; }
 
 protected:
-  explicit IndependentDataStore(OutputFile* file);
+  IndependentDataStore(HostSession& session, OutputFile* file);
 
   const OutputFile& File() const { return *fpFile; }
 
-  // What a kind of file does. Each throws DataError with the reason.
+  // What the kinds of files do differently: Begin() once the dictionary is complete, Append() for each case,
+  // End() after the last. Errors: DataError with the reason alone.
   virtual void Begin() = 0;
   virtual void Append(const KORV_Case& values) = 0;
   virtual void End() = 0;
@@ -49,9 +53,11 @@ private:
 
   std::string Fail(const std::string& why);
 
-  OutputFile* fpFile;  // borrowed from SessionFiles; null once it is closed or has failed
+  SessionFiles& fFiles;
+  ActiveFile& fActiveFile;
+  OutputFile* fpFile;  // borrowed from fFiles; null once it is closed or has failed
   std::string fPath;   // as the user wrote it
   State fState = State::kDefining;
-  std::string fUntold;  // why the file couldn't be begun, until that is told
+  std::string fUntold;  // the message when the file couldn't be begun, until it is reported
   std::int64_t fCases = 0;
 };

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Rows of an INSERT, collected.
+// Collects the rows of one INSERT. One statement for all rows: a file may have thousands of labels.
 class Rows {
 public:
   template <class... Values>
@@ -18,7 +18,7 @@ public:
     fText += ')';
   }
 
-  // The statements that make the table and fill it.
+  // The statements that make the table and fill it. Without rows there is only the table.
   std::string Sql(const std::string& table, const char* columns) const {
     const std::string create = fmt::format("CREATE TABLE {} ({});\n", table, columns);
     return fText.empty() ? create : fmt::format("{}INSERT INTO {} VALUES {};\n", create, table, fText);
@@ -28,7 +28,8 @@ private:
   std::string fText;
 };
 
-// "number, text" of a value as SQL writes them.
+// The columns `number, text` of a value in SQL. A number is written as text and cast, which keeps every bit;
+// a literal such as 0.1 would be a decimal.
 std::string ValueSql(const KORV_Variable& variable, const DictionaryValue& value) {
   if (variable.GetType() > 0) return fmt::format("NULL, {}", QuoteLiteral(value.text));
   return fmt::format("{}::DOUBLE, NULL", QuoteLiteral(NumberText(value.number)));
@@ -40,7 +41,9 @@ std::string FormatSql(const KORV_Format& format) {
 
 }  // namespace
 
+// Numbers of rows are small, so the statements are put together as one text and run at once.
 std::string NativeDictionarySql(const Dictionary& dictionary, const std::string& database) {
+  // One walk over the dictionary fills the rows of three tables.
   Rows variables;
   Rows labels;
   Rows missing;

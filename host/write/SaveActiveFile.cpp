@@ -14,13 +14,15 @@
 
 namespace {
 
-// The cells of a column in the current case, and where they go.
+// The cells of a column in the current case, and where they go in the written case. Both addresses stay the
+// same for the whole pass.
 struct CopiedColumn {
   const OBS* from;
   OBS* to;
   std::size_t bytes;
 };
 
+// Gives the store the dictionary of the source.
 void DefineStore(const KORV_DataSource& source, IndependentDataStore* store) {
   for (unsigned i = 0; i < source.ColumnCount(); ++i) {
     int index = 0;
@@ -30,10 +32,10 @@ void DefineStore(const KORV_DataSource& source, IndependentDataStore* store) {
   store->FinishDictionary();
 }
 
-// Throws ErrorText.
+// Errors: ErrorText of the store. A failure to read ends the pass early; the source then says so.
 void CopyCases(ProcedureDataSource& source, IndependentDataStore* store) {
   const std::unique_ptr<KORV_InputCaseIterator> made(source.MakeInputCaseIterator(0));
-  auto& cases = static_cast<ProcDSIterator&>(*made);
+  auto& cases = static_cast<ProcDSIterator&>(*made);  // the only kind of iterator that this source makes
   std::vector<OBS> buffer(store->CaseCellCount());
   KORV_Case values(*store, buffer.data());
   std::vector<CopiedColumn> columns;
@@ -42,7 +44,7 @@ void CopyCases(ProcedureDataSource& source, IndependentDataStore* store) {
     columns.push_back({cases.BindColumn(i), values.GetObsPointer(i), bytes});
   }
   while (cases.NextCase() != 0) {
-    if (cases.SplitGroupEnd()) continue;  // no case of its own: the next group follows
+    if (cases.SplitGroupEnd()) continue;  // the stop between two groups isn't a case
     for (const CopiedColumn& column : columns) std::memcpy(column.to, column.from, column.bytes);
     store->AddCase(values);
   }
@@ -50,6 +52,7 @@ void CopyCases(ProcedureDataSource& source, IndependentDataStore* store) {
 
 }  // namespace
 
+// A pass that ended early must not leave a file that looks whole, so the store is closed only after a check.
 bool SaveActiveFile(const UserCaseFileSpec& spec) {
   const UserOutputCaseFile out(spec);
   IndependentDataStore* store = out.DataSource();

@@ -6,6 +6,7 @@
 
 #include "host/engine/WorkDatabase.h"
 #include "host/environment/HostErrors.h"
+#include "host/environment/HostSession.h"
 #include "host/files/SessionFiles.h"
 #include "host/model/TableSchema.h"
 #include "host/write/CaseBlock.h"
@@ -13,7 +14,8 @@
 
 namespace {
 
-// Decimals of so many digits come out of a double right by one multiplication; longer ones go by their text.
+// Up to this many digits DuckDB's cast of a double to a DECIMAL gives the decimal that was read. The cast of
+// longer ones can be off in the last digits, so they take the way through the double's shortest text.
 constexpr int kDecimalDigits = 15;
 
 bool IsLongDecimal(const std::string& type) {
@@ -24,13 +26,20 @@ bool IsLongDecimal(const std::string& type) {
   return digits > kDecimalDigits;
 }
 
-// Parquet has no whole numbers of 128 bits: they would be written as doubles.
+// DuckDB writes 128-bit integers to Parquet as doubles, which would change them. Those that are strings here,
+// since a double can't hold them, stay strings in the file.
 bool LosesDigits(const KORV_Variable& variable, FileKind kind) {
   const bool isHuge = variable.ColumnType() == "HUGEINT" || variable.ColumnType() == "UHUGEINT";
   return kind == FileKind::kParquet && variable.GetType() > 0 && isHuge;
 }
 
-// The column of the work table in the type that it has in the file.
+// --- the statement that reads the work table -------------------------------------------------------------
+//
+// The work table has doubles and texts only. Its columns are cast to the types that the variables remember
+// from the file that they came from, so that a copied column has the same type in the copy; new variables are
+// DOUBLE.
+
+// The SQL that casts a column of the work table to the type that it has in the file.
 std::string ColumnSql(const KORV_Variable& variable, std::size_t index, FileKind kind) {
   const std::string& type = variable.ColumnType();
   const std::string carrier = variable.GetType() > 0 ? "VARCHAR" : "DOUBLE";
@@ -42,6 +51,7 @@ std::string ColumnSql(const KORV_Variable& variable, std::size_t index, FileKind
   return fmt::format("{} AS {}", value, QuoteIdentifier(variable.GetName()));
 }
 
+// All columns by their names in the file. The work table is in the database "memory".
 std::string SelectSql(const Dictionary& dictionary, const std::string& table, FileKind kind) {
   std::string columns;
   for (std::size_t i = 0; i < dictionary.variables.size(); ++i) {
@@ -51,7 +61,8 @@ std::string SelectSql(const Dictionary& dictionary, const std::string& table, Fi
   return fmt::format("SELECT {} FROM memory.{}", columns, table);
 }
 
-// A column of a database must have a name; one that came without gets its place as its name.
+// A column of a table must have a name. One without gets its place: "column3", with as many underscores as it
+// takes to differ from the others.
 void NameTheNameless(Dictionary* dictionary) {
   for (std::size_t i = 0; i < dictionary->variables.size(); ++i) {
     if (!dictionary->variables[i].GetName().empty()) continue;
@@ -61,6 +72,8 @@ void NameTheNameless(Dictionary* dictionary) {
   }
 }
 
+// The dictionary goes into the file's metadata under the key "dictionary". DuckDB's own temporary file is
+// turned off: the path is one already.
 void WriteParquet(DuckConnection& connection, const Dictionary& dictionary, const std::string& select,
                   const std::string& path) {
   connection.Run(
@@ -68,17 +81,19 @@ void WriteParquet(DuckConnection& connection, const Dictionary& dictionary, cons
                   select, QuoteLiteral(path), QuoteLiteral(WriteTableSchema(dictionary))));
 }
 
-// Detaches a database when it goes, so that its file is closed whatever happens.
+// An attached database. It is detached with the object, so that its file is closed before it is renamed or
+// removed.
 class Attached {
 public:
-  Attached(DuckConnection& connection, const std::string& path)
-      : fConnection(connection), fName(WorkDatabase::Current().UniqueName("native")) {
+  Attached(WorkDatabase& work, DuckConnection& connection, const std::string& path)
+      : fConnection(connection), fName(work.UniqueName("native")) {
     fConnection.Run(fmt::format("ATTACH {} AS {}", QuoteLiteral(path), fName));
   }
   ~Attached() {
     try {
       fConnection.Run(fmt::format("DETACH {}", fName));
-    } catch (const DataError&) {  // the file is given up anyway
+    } catch (const DataError&) {
+      // The run has failed, and the file will be removed.
     }
   }
   Attached(const Attached&) = delete;
@@ -91,44 +106,53 @@ private:
   std::string fName;
 };
 
-void WriteNative(DuckConnection& connection, const Dictionary& dictionary, const std::string& select,
-                 const std::string& path) {
-  const Attached file(connection, path);
+// Cases and dictionary in one transaction: the file has both or neither.
+void WriteNative(WorkDatabase& work, DuckConnection& connection, const Dictionary& dictionary,
+                 const std::string& select, const std::string& path) {
+  const Attached file(work, connection, path);
   connection.Run("BEGIN");
   try {
     connection.Run(fmt::format("CREATE TABLE {}.cases AS {}", file.Name(), select));
     connection.Run(NativeDictionarySql(dictionary, file.Name()));
     connection.Run("COMMIT");
   } catch (const DataError&) {
-    // A commit that failed has ended the transaction, and only a rollback clears a failed statement.
+    // After a failed statement the connection takes nothing but a rollback. After a failed commit there is no
+    // transaction any more, and the rollback fails; that changes nothing.
     try {
       connection.Run("ROLLBACK");
     } catch (const DataError&) {
     }
     throw;
   }
-  connection.Run(fmt::format("CHECKPOINT {}", file.Name()));
+  connection.Run(fmt::format("CHECKPOINT {}", file.Name()));  // moves everything from the log into the file
 }
 
 }  // namespace
 
-TableFileStore::TableFileStore(OutputFile* file, FileKind kind) : IndependentDataStore(file), fKind(kind) {}
+TableFileStore::TableFileStore(HostSession& session, OutputFile* file, FileKind kind)
+    : IndependentDataStore(session, file), fWork(session.Layer<WorkDatabase>()), fKind(kind) {}
 
 TableFileStore::~TableFileStore() = default;
 
 void TableFileStore::Begin() {
-  NameTheNameless(&GetDictionary());
-  fpBlock = std::make_unique<CaseBlock>(GetDictionary());
+  NameTheNameless(&GetDictionary());  // before the names get into the table, the schema and the dictionary
+  fpBlock = std::make_unique<CaseBlock>(fWork, GetDictionary());
 }
 
 void TableFileStore::Append(const KORV_Case& values) {
   fpBlock->Append(values);
 }
 
+// The two ways to write a file are one statement each, over everything that the work table has.
 void TableFileStore::End() {
-  const std::unique_ptr<CaseBlock> block = std::move(fpBlock);  // the work table goes with this call
+  const std::unique_ptr<CaseBlock> block =
+      std::move(fpBlock);  // the work table is dropped at the end of this call
   block->Finish();
   const std::string select = SelectSql(GetDictionary(), block->Table(), fKind);
-  const auto write = fKind == FileKind::kParquet ? WriteParquet : WriteNative;
-  write(block->Connection(), GetDictionary(), select, File().parts.back()->TemporaryPath());
+  const std::string& path = File().parts.back()->TemporaryPath();
+  if (fKind == FileKind::kParquet) {
+    WriteParquet(block->Connection(), GetDictionary(), select, path);
+  } else {
+    WriteNative(fWork, block->Connection(), GetDictionary(), select, path);
+  }
 }

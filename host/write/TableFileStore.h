@@ -6,13 +6,19 @@
 #include "host/write/IndependentDataStore.h"
 
 class CaseBlock;
+class WorkDatabase;
 
-// TableFileStore writes a native or a Parquet file. The cases go block by block to a table of the work
-// database, which spills to disk, as the doubles and texts that they are; CloseStore() makes the file of that
-// table in one statement, each column in its own type.
+// TableFileStore writes a native or a Parquet file. While cases come they are collected in a table of the
+// work database, as doubles and texts, block by block; the database spills to disk when they get many.
+// CloseStore() then writes the file from that table in one statement, with each column cast to its own type.
+//
+// The detour costs a copy. It buys one writer for both kinds, columns whose types are only known to SQL, and
+// a Parquet file with row groups of full size.
+//
+// Failures:  as of any store. A value that doesn't fit its column's type fails in CloseStore().
 class TableFileStore : public IndependentDataStore {
 public:
-  TableFileStore(OutputFile* file, FileKind kind);
+  TableFileStore(HostSession& session, OutputFile* file, FileKind kind);
   ~TableFileStore() override;
 
 protected:
@@ -21,6 +27,7 @@ protected:
   void End() override;
 
 private:
+  WorkDatabase& fWork;
   FileKind fKind;
   std::unique_ptr<CaseBlock> fpBlock;  // null unless cases can be taken
 };

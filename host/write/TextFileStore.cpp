@@ -12,17 +12,18 @@
 
 namespace {
 
-// Any of these in a field puts it in quotes. A semicolon does, since a header with semicolons and no comma
-// would be split there.
+// A field with any of these is quoted. A semicolon is among them since a reader, ours too, takes it for the
+// delimiter if the header has semicolons and no comma.
 constexpr std::string_view kQuotedFor = "\",;\t\r\n";
 
-constexpr std::size_t kLongestWhole = 310;  // digits of the largest double, and a sign
+constexpr std::size_t kLongestWhole = 310;  // 309 digits of the largest double, and a sign
 
 }  // namespace
 
-TextFileStore::TextFileStore(OutputFile* file, char delimiter)
-    : IndependentDataStore(file), fDelimiter(delimiter) {}
+TextFileStore::TextFileStore(HostSession& session, OutputFile* file, char delimiter)
+    : IndependentDataStore(session, file), fDelimiter(delimiter) {}
 
+// Appends a field of text, quoted if it must be.
 void TextFileStore::AddText(std::string_view text) {
   if (text.find_first_of(kQuotedFor) == std::string_view::npos) {
     fLine += text;
@@ -36,6 +37,8 @@ void TextFileStore::AddText(std::string_view text) {
   fLine += '"';
 }
 
+// Appends a field of a number. A column of truth values may hold other numbers too, which are written as
+// such.
 void TextFileStore::AddNumber(double number, Form form) {
   if (number == MCMV::gMissingValue || !std::isfinite(number)) return;
   if (form == Form::kTruth && (number == 0.0 || number == 1.0)) {
@@ -43,13 +46,14 @@ void TextFileStore::AddNumber(double number, Form form) {
     return;
   }
   char digits[kLongestWhole];
-  // A column of whole numbers has no exponents: they would make it one of decimals.
+  // Fixed notation has no exponent, whatever the size.
   char* end = form == Form::kWholeNumber
                   ? std::to_chars(digits, digits + sizeof digits, number, std::chars_format::fixed).ptr
                   : WriteNumberText(number, digits);
   fLine.append(digits, end);
 }
 
+// Failures may show a few lines late, when the buffer is written.
 void TextFileStore::EndLine() {
   if (fLine.empty()) fLine = "\"\"";  // readers pass over an empty line
   fLine += '\n';
@@ -69,9 +73,10 @@ void TextFileStore::Begin() {
     fvColumns.push_back({form, variable.GetType()});
     AddText(variable.GetName());
   }
-  if (!fvColumns.empty()) EndLine();  // a file of no bytes is one without columns
+  if (!fvColumns.empty()) EndLine();  // without columns the file has no bytes, and is read back as such
 }
 
+// Collects the line as a whole, so that one call hands it to the writer.
 void TextFileStore::Append(const KORV_Case& values) {
   for (std::size_t i = 0; i < fvColumns.size(); ++i) {
     if (i > 0) fLine += fDelimiter;
@@ -86,9 +91,10 @@ void TextFileStore::Append(const KORV_Case& values) {
   if (!fvColumns.empty()) EndLine();
 }
 
+// Closing reports what the buffers hid, for the data first: it is the larger file.
 void TextFileStore::End() {
   if (!fWriter.Close()) throw DataError(fWriter.Reason());
-  FileWriter schema;
+  FileWriter schema;  // the first part of the output, see OutputFile
   const bool written =
       schema.Open(File().parts.front()->TemporaryPath()) && schema.Write(WriteTableSchema(GetDictionary()));
   if (!schema.Close() || !written) throw DataError(schema.Reason());

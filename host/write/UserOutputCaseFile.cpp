@@ -1,5 +1,7 @@
 #include "host/write/UserOutputCaseFile.h"
 
+#include "host/environment/HostErrors.h"
+#include "host/environment/HostSession.h"
 #include "host/files/FileKind.h"
 #include "host/files/SessionFiles.h"
 #include "host/files/UserCaseFileSpec.h"
@@ -8,13 +10,19 @@
 
 UserOutputCaseFile::UserOutputCaseFile(const UserCaseFileSpec& spec) {
   if (!spec.IsInit() || !spec.IsValid()) return;
-  OutputFile* file = SessionFiles::Current().Start(spec.Role(), spec.DocumentationString(), spec.Path());
-  if (file == nullptr) return;
-  const FileKind kind = KindOf(spec.Path());
-  if (kind == FileKind::kCsv || kind == FileKind::kTsv) {
-    fpStore = std::make_unique<TextFileStore>(file, kind == FileKind::kCsv ? ',' : '\t');
-  } else {
-    fpStore = std::make_unique<TableFileStore>(file, kind);
+  // The procedure constructs this without the session; from here on it is passed along.
+  HostSession& session = HostSession::Current();
+  try {
+    OutputFile* const file =
+        session.Layer<SessionFiles>().Start(spec.Role(), spec.DocumentationString(), spec.Path());
+    const FileKind kind = KindOf(spec.Path());
+    if (kind == FileKind::kCsv || kind == FileKind::kTsv) {
+      fpStore = std::make_unique<TextFileStore>(session, file, kind == FileKind::kCsv ? ',' : '\t');
+    } else {
+      fpStore = std::make_unique<TableFileStore>(session, file, kind);
+    }
+  } catch (const DataError& error) {
+    IssueHostMessage(error.what(), kErrorLevel);
   }
 }
 

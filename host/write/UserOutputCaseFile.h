@@ -5,15 +5,18 @@
 class IndependentDataStore;
 class UserCaseFileSpec;
 
-// UserOutputCaseFile opens the output file of a specification.
+// UserOutputCaseFile opens the data file of a specification for writing, in the living session. The kind of
+// file decides which IndependentDataStore it makes.
+//
+// Ownership:  owns the store. Destroyed before the store is closed, it leaves no file.
+// Failures:   DataSource() is null, after an error of the host that names file and reason. A specification
+//             that isn't valid opens nothing, in silence: whoever made it has reported that.
 class UserOutputCaseFile {
 public:
-  // A specification that isn't valid opens nothing; a file that can't be opened is told by an error of the
-  // host that names file and reason.
   explicit UserOutputCaseFile(const UserCaseFileSpec& spec);
   ~UserOutputCaseFile();
 
-  // Null when the file isn't open. Lives as long as this object.
+  // Null when no file is open. Valid as long as this object.
   IndependentDataStore* DataSource() const { return fpStore.get(); }
 
 private:

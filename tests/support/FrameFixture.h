@@ -34,14 +34,15 @@ protected:
     std::ofstream(Path(name), std::ios::binary) << bytes;
     return Path(name);
   }
+  void OpenFrame(const FrameOptions& options) { ::OpenFrame(fSession, options); }
   // Runs SQL in which $ stands for the folder.
-  void Sql(std::string sql) const {
+  void Sql(std::string sql) {
     for (std::size_t at = sql.find('$'); at != std::string::npos; at = sql.find('$'))
       sql.replace(at, 1, fFolder.Path());
-    WorkDatabase::Current().Connect().Run(sql);
+    fSession.Layer<WorkDatabase>().Connect().Run(sql);
   }
   // What opening says when it fails; the folder is left out.
-  std::string ErrorOf(const FrameOptions& options) const {
+  std::string ErrorOf(const FrameOptions& options) {
     try {
       OpenFrame(options);
     } catch (const DataError& error) {
@@ -56,13 +57,16 @@ protected:
     return text;
   }
 
-  // "id F8.0 BIGINT, name A3 VARCHAR".
+  // "id F8.0 BIGINT, name A3 VARCHAR"; a string whose format is of another width shows both: "name A3:5
+  // VARCHAR".
   static std::string ShowDictionary() {
     std::string shown;
     for (const KORV_Variable& v : ActiveFile::Current().SharedDictionary()->variables) {
-      const std::string format = v.GetType() > 0
-                                     ? fmt::format("A{}", v.GetType())
-                                     : fmt::format("F{}.{}", v.GetFormat().width, v.GetFormat().decimals);
+      std::string format = fmt::format("F{}.{}", v.GetFormat().width, v.GetFormat().decimals);
+      if (v.GetType() > 0) {
+        const bool isAsWide = v.GetFormat().width == v.GetType() || v.GetType() > 0xFFFF;
+        format = fmt::format("A{}{}", v.GetType(), isAsWide ? "" : fmt::format(":{}", v.GetFormat().width));
+      }
       shown += fmt::format("{}{} {} {}", shown.empty() ? "" : ", ", v.GetName(), format, v.ColumnType());
     }
     return shown;

@@ -55,7 +55,7 @@ private:
     FrameOptions options;
     options.path = path;
     options.split = split;
-    OpenFrame(options);
+    OpenFrame(fSession, options);
     fpSource = std::make_unique<ProcedureDataSource>();
   }
 

@@ -146,11 +146,11 @@ TEST_F(ProcDSIteratorTest, FailsOnceWhenTheFileChanges) {
 // Goal: a session starts with nothing of the one before.
 TEST(ActiveFile, BelongsToOneSession) {
   for (int k = 0; k < 2; ++k) {
-    const HostSession session({.threads = 1});
+    HostSession session({.threads = 1});
     EXPECT_FALSE(ActiveFile::Current().IsOpen());
     EXPECT_EQ(ProcedureDataSource().MakeInputCaseIterator(0), nullptr);
     EXPECT_EQ(ProcedureDataSource().ColumnCount(), 0U);
-    OpenFrame({.sql = "SELECT 1 AS a"});
+    OpenFrame(session, {.sql = "SELECT 1 AS a"});
     EXPECT_EQ(ProcedureDataSource().ColumnCount(), 1U);
   }
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "host/environment/HostErrors.h"
 #include "host/model/TableSchema.h"
 
 TEST(TableSchema, ReadsThePublishedMembersAndOurs) {
@@ -57,7 +58,7 @@ TEST(TableSchema, SaysWhatIsWrongAndWhere) {
     try {
       ParseTableSchema(c.json, "s.json");
       ADD_FAILURE() << c.json;
-    } catch (const SchemaError& error) {
+    } catch (const DataError& error) {
       EXPECT_STREQ(error.what(), c.message);
     }
   }

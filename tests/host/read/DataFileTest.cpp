@@ -15,7 +15,7 @@ TEST_F(DataFileTest, TypesTextFilesOverAllRows) {
     const char* name;
     std::string bytes;
     const char* dictionary;
-    const char* cases;
+    std::string cases;
     const char* schema = "";
   };
   const Case kCases[] = {
@@ -29,6 +29,11 @@ TEST_F(DataFileTest, TypesTextFilesOverAllRows) {
        "9007199254740993|9007199254740992|0.1|1e999"},
       {"digits beyond the last that comes back", "d.csv", "a\n0.1234567890123456789\n", "a A21 VARCHAR",
        "0.1234567890123456789"},
+      {"whole numbers too long for 64 bits", "d2.csv",
+       "a,b,c\n123456789012345678,-10000000000000000,1000000000000000000\n",
+       "a A18 VARCHAR, b F18.0 BIGINT, c F19.0 DOUBLE", "123456789012345678|-10000000000000000|1e+18"},
+      {"a line end between two reads", "d3.csv", "a\n" + std::string((1 << 18) - 3, 'x') + "\r\nab\r\n",
+       "a A262141 VARCHAR", std::string((1 << 18) - 3, 'x') + ";ab"},
       {"dates, times, truth", "e.csv",
        "d,t,s,b,x\n2024-02-29,23:59:59.5,2024-01-01 00:00:00,true,True\n0001-01-01,00:00:00,1999-12-31 "
        "12:30:00,false,no\n",
@@ -67,6 +72,8 @@ TEST_F(DataFileTest, TypesTextFilesOverAllRows) {
        "a F8.0 BIGINT, b A5 VARCHAR, c A2 VARCHAR, y F8.0 BOOLEAN", "7|1|01|1;8|2|02|0",
        R"({"fields":[{"name":"a","type":"integer"},{"name":"b","type":"string","width":5},)"
        R"({"name":"c"},{"name":"y","type":"boolean"}]})"},
+      {"a width that would cut texts", "s2b.csv", "s\nabc\n", "s A3 VARCHAR", "abc",
+       R"({"fields":[{"name":"s","width":2}]})"},
       {"our own members", "s3.csv", "a\n1\n", "a F12.3 BIGINT", "1",
        R"({"fields":[{"name":"a","title":"T","printFormat":"F12.3","level":"ordinal",)"
        R"("categories":[{"value":1,"label":"one"}]}],"documents":[["x"]]})"},
@@ -81,6 +88,18 @@ TEST_F(DataFileTest, TypesTextFilesOverAllRows) {
     EXPECT_EQ(ShowCases(), c.cases);
     EXPECT_EQ(fMessages, "");
   }
+}
+
+// Goal: values in a dictionary have no trailing blanks, as the cases have none: else a label never finds its
+// value.
+TEST_F(DataFileTest, TrimsTheValuesOfASchema) {
+  Write("l.schema.json",
+        R"({"fields":[{"name":"s","categories":[{"value":"a ","label":"A"},)"
+        R"({"value":" b","label":"B"}],"missingValues":[{"value":"x  ","label":"none"}]}]})");
+  OpenFrame({.path = Write("l.csv", "s\na \n b\nx\n")});
+  EXPECT_EQ(ShowCases(), "a; b;x~");
+  EXPECT_EQ(ActiveFile::Current().SharedDictionary()->variables[0].ValueLabels(),
+            (std::vector<ValueLabel>{{{0.0, "a"}, "A"}, {{0.0, " b"}, "B"}, {{0.0, "x"}, "none"}}));
 }
 
 TEST_F(DataFileTest, LeavesNestedValuesOutWithOneWarning) {
@@ -101,8 +120,10 @@ TEST_F(DataFileTest, MakesVariablesOfParquetColumns) {
   const Case kCases[] = {
       {"integers that doubles hold", "9007199254740992::BIGINT a, 7::TINYINT b, 2147483648::UINTEGER c",
        "a F16.0 BIGINT, b F8.0 TINYINT, c F10.0 UINTEGER", "9007199254740992|7|2147483648"},
-      {"integers that they don't", "9007199254740993::BIGINT a, 18446744073709551615::UBIGINT b",
-       "a A16 BIGINT, b A20 UBIGINT", "9007199254740993|18446744073709551615"},
+      {"integers that they don't",
+       "9007199254740993::BIGINT a, 18446744073709551615::UBIGINT b, -9007199254740993::BIGINT c",
+       "a A16 BIGINT, b A20 UBIGINT, c A17 BIGINT",
+       "9007199254740993|18446744073709551615|-9007199254740993"},
       {"decimals", "1.50::DECIMAL(4,2) a, 1234567890123456.78::DECIMAL(18,2) b, 12.5::DECIMAL(30,3) c",
        "a F8.2 DECIMAL(4,2), b A19 DECIMAL(18,2), c F8.3 DECIMAL(30,3)", "1.5|1234567890123456.78|12.5"},
       {"floating point", "-0.0::DOUBLE a, 'nan'::DOUBLE b, '-inf'::FLOAT c, 0.25::FLOAT d, 1e20::DOUBLE e",
@@ -139,9 +160,9 @@ TEST_F(DataFileTest, ReadsNativeFiles) {
       "unit'),(1,'s',4,1,4,0,1,4,0,2,'')) "
       "t(position,name,type,print_type,print_width,print_decimals,write_type,write_width,write_decimals,"
       "level,label);"
-      "CREATE TABLE n.value_labels AS SELECT 1 AS position, 0 AS ordinal, NULL::DOUBLE AS number, 'x' AS "
+      "CREATE TABLE n.value_labels AS SELECT 1 AS position, 0 AS ordinal, NULL::DOUBLE AS number, 'x ' AS "
       "text, 'cross' AS label;"
-      "CREATE TABLE n.missing_values AS SELECT * FROM (VALUES (0,0,-9.0::DOUBLE,NULL),(1,0,NULL,'NA')) "
+      "CREATE TABLE n.missing_values AS SELECT * FROM (VALUES (0,0,-9.0::DOUBLE,NULL),(1,0,NULL,'NA ')) "
       "t(position,ordinal,number,text);"
       "CREATE TABLE n.documents AS SELECT * FROM (VALUES (0,0,'one'),(0,1,''),(1,0,'two')) "
       "t(document,line,text);"
@@ -230,6 +251,13 @@ TEST_F(DataFileTest, TrustsTheDictionaryOfParquetUpToTheValues) {
   EXPECT_EQ(ShowCases(), "");
   EXPECT_EQ(WithoutFolder(fMessages),
             "d.parquet, case 2: a text of 4 bytes where the dictionary has 3, in column \"s\"\n");
+  Sql(R"(COPY (SELECT unnest([9007199254740992, 9007199254740993]) AS s) TO '$/e.parquet' (KV_METADATA )"
+      R"({dictionary: '{"fields":[{"name":"s","type":"integer","printFormat":"F8","writeFormat":"F8"}]}'}))");
+  OpenFrame({.path = Path("e.parquet")});
+  fMessages.clear();
+  EXPECT_EQ(ShowCases(), "");
+  EXPECT_EQ(WithoutFolder(fMessages),
+            "e.parquet, case 2: 9007199254740993 has more digits than a number keeps, in column \"s\"\n");
 }
 
 TEST_F(DataFileTest, NamesWhatIsWrongWithAFile) {
@@ -241,6 +269,7 @@ TEST_F(DataFileTest, NamesWhatIsWrongWithAFile) {
   const Case kCases[] = {
       {"a.csv", "a,b\n1,2\n\n1\n", "a.csv, line 4: 1 field, expected 2"},
       {"b.csv", "a,b\n1,\"x\ny\",3\n", "b.csv, line 2: 3 fields, expected 2"},
+      {"b2.csv", "a,b\n\"\"\n", "b2.csv, line 2: 1 field, expected 2"},
       {"c.csv", "a\n1\n\"x\ny", "c.csv, line 3: a quote isn't closed"},
       {"d.csv", "a\n\"x\"y\n", "d.csv, line 2: text behind a closing quote"},
       {"e.csv", "a\nb\nx\xFFy\n", "e.csv, line 3: invalid UTF-8"},
@@ -303,6 +332,10 @@ TEST_F(DataFileTest, KeepsTheOrderOfQueriesAndSorts) {
   EXPECT_EQ(ShowCases(), ".~|B|3;1|~|2;1|b|5;2|b|1;2|a|4");
   OpenFrame({.path = Path("a.csv"), .sort = {"s", "k"}});
   EXPECT_EQ(ShowCases(), "1|~|2;.~|B|3;2|a|4;1|b|5;2|b|1");
+  OpenFrame({.sql = "SELECT unnest([1::DOUBLE, 'nan'::DOUBLE, -2, 'inf'::DOUBLE, NULL]) AS x, "
+                    "generate_subscripts([1,2,3,4,5], 1) AS i",
+             .sort = {"x"}});
+  EXPECT_EQ(ShowCases(), ".~|2;.~|4;.~|5;-2|3;1|1");
   OpenFrame({.sql = "SELECT i, i / 2 AS h FROM range(3) t(i) ORDER BY i DESC; -- done"});
   EXPECT_EQ(ShowDictionary(), "i F8.0 BIGINT, h F8.2 DOUBLE");
   EXPECT_EQ(ShowCases(), "2|1;1|0.5;0|0");

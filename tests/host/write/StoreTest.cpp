@@ -68,6 +68,7 @@ void Embellish(Dictionary* dictionary) {
   pay.SetMeasurementLevel(kLevelOrdinal);
   pay.SetValueLabels({{{0.1, ""}, "a tenth"}, {{-5, ""}, ""}});
   pay.SetMissingValues({{0.1 + 0.2, ""}, {-9, ""}});
+  dictionary->variables[5].SetValueLabels({{{0, ""}, "no"}, {{1, ""}, "yes"}});
   KORV_Variable& text = dictionary->variables.back();
   text.SetFormat(kFormatA, 4, 0);
   text.SetValueLabels({{{0, "it's"}, "ÄÖ\n"}});
@@ -117,7 +118,8 @@ TEST_F(Store, RoundTripThroughEveryKind) {
       found += (i > 0 ? " " : "") + is.ColumnType();
     }
     if (kind == ".csv") {
-      EXPECT_NE(Read("out.schema.json").find("\"value\": -5,"), std::string::npos);
+      for (const char* value : {"\"value\": -5,", "\"value\": false,", "\"value\": true,"})
+        EXPECT_NE(Read("out.schema.json").find(value), std::string::npos) << value;
     }
     EXPECT_EQ(found, kind == ".csv" || kind == ".tsv" ? textTypes : types);
     ActiveFile::Current().SharedDictionary()->documents.clear();
@@ -136,6 +138,15 @@ TEST_F(Store, TextFileToTheByte) {
       "1e+300,-3,-1,-0.05,-12345678.12300000000000000000,false,1969-12-31,1999-12-31 23:59:59.5,01, it's\n");
   EXPECT_EQ(SessionFiles::Current().CommittedFiles().at(0).cases, 3);
   EXPECT_EQ(Names(), "out.csv out.schema.json");
+}
+
+// Parquet has no whole numbers of 128 bits; DuckDB would write doubles.
+TEST_F(Store, HugeNumbersInParquet) {
+  OpenFrame({.sql = "SELECT 170141183460469231731687303715884105727::HUGEINT AS h, 7::HUGEINT AS i"});
+  SaveAs("out.parquet");
+  OpenFrame({.path = Path("out.parquet")});
+  EXPECT_EQ(ShowDictionary(), "h A39 VARCHAR, i F8.0 DOUBLE");
+  EXPECT_EQ(ShowCases(), "170141183460469231731687303715884105727|7");
 }
 
 TEST_F(Store, OddNames) {
@@ -187,6 +198,22 @@ TEST_F(Store, FilesOfARunAppearTogetherOrNotAtAll) {
   EXPECT_EQ(Names(), "a.csv a.schema.json b.sav rule.txt");
   ASSERT_EQ(SessionFiles::Current().MissingFiles().size(), 1U);
   EXPECT_EQ(SessionFiles::Current().MissingFiles().front().path, Path("c.csv"));
+}
+
+// A store that was opened in vain doesn't count; one that was left unfinished takes the whole run with it.
+TEST_F(Store, DestroyedWithoutClosing) {
+  for (const bool isBegun : {false, true}) {
+    {
+      UserCaseFileSpec spec;
+      spec.Init(Path("a.csv"), true, true);
+      const UserOutputCaseFile out(spec);
+      int index = 0;
+      if (isBegun) out.DataSource()->MakeVariable(0, index);
+    }
+    EXPECT_EQ(SessionFiles::Current().IsBroken(), isBegun);
+    EXPECT_EQ(CommitFiles(), !isBegun);
+    EXPECT_EQ(Names() + fMessages, "");
+  }
 }
 
 // A file that can't be begun is told once, by whatever comes next.

@@ -130,7 +130,7 @@ TEST(SVProcDSMultiIter, TellsABrokenSourceFromAnEnd) {
       std::filesystem::temp_directory_path() / ("svselect-broken-" + std::to_string(getpid()) + ".parquet");
   {
     HostSession session;
-    WorkDatabase::Current().Connect().Run(
+    HostSession::Current().Layer<WorkDatabase>().Connect().Run(
         "COPY (SELECT (hash(i) % 1000)::DOUBLE AS n FROM range(3000000) t(i)) TO " +
         QuoteLiteral(path.string()) + " (FORMAT parquet, ROW_GROUP_SIZE 50000)");
   }
