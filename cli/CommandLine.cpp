@@ -1,5 +1,6 @@
 #include "cli/CommandLine.h"
 
+#include <CLI/App.hpp>
 #include <algorithm>
 #include <array>
 #include <set>
@@ -7,9 +8,9 @@
 #include <utility>
 
 #include "cli/HelpPage.h"
-#include "cli/ReportKind.h"
 #include "cli/UsageWords.h"
 #include "host/text/VariableNames.h"
+#include "session/RunReport.h"
 
 namespace {
 
@@ -182,7 +183,7 @@ void AddFrame(CLI::App& app, FrameOptions& frame) {
   group.AddList("--split", frame.split, "A,B", "Variables whose changes split the cases into groups");
 }
 
-void AddCommandParts(CLI::App& app, CommandOptions& parts) {
+void AddCommandParts(CLI::App& app, CommandParts& parts) {
   OptionGroup group(app, kPartsGroup);
   const CLI::Validator isWord = Allowed("a name", IsWord);
   group.Add("--plan", parts.plan, "PLAN", "Sampling plan, an XML file");

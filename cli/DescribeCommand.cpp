@@ -1,16 +1,17 @@
-#include "cli/DescribeCommand.h"
-
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <iostream>
 
-#include "cli/InputFiles.h"
+#include "cli/Subcommands.h"
 #include "cli/Terminal.h"
-#include "host/environment/MCStopProcessor.h"
+#include "host/model/Dictionary.h"
 #include "host/model/Values.h"
+#include "host/output/OutputDocument.h"
+#include "host/render/TextRenderer.h"
 #include "host/text/DisplayText.h"
+#include "session/Inspect.h"
 
 namespace {
 
@@ -121,31 +122,20 @@ void PrintDictionary(const std::string& path, std::int64_t cases, const Dictiona
 
 }  // namespace
 
-int DescribeFrame(const FrameOptions& options) {
+int DescribeFile(const FrameOptions& options) {
   HostSession session;
-  OpenDocument();
   CatchInterrupts();
-  if (!ClaimFrame(options)) {
-    TellMessages();
-    return kExitError;
-  }
-  std::int64_t cases = 0;
-  try {
-    OpenFrame(options);
-    cases = ActiveFile::Current().Engine().CountCases();
-  } catch (const DataError& error) {
-    if (!StopRequested()) {
-      TellMessages();
-      TellProblem(error.what());
-      return kExitError;
-    }
-  }
-  if (StopRequested()) {
-    TellInterrupted();
+  const FrameDescription described = DescribeFrame(session, options);
+  if (described.status == RunStatus::kCancelled) {
+    TellProblem("interrupted");
     return kExitInterrupted;
   }
-  PrintDictionary(options.path, cases, *ActiveFile::Current().SharedDictionary());
-  const bool isTold = FinishOutput();
-  TellMessages();
-  return ErrorRaised() || !isTold ? kExitError : kExitOk;
+  bool isTold = true;
+  if (described.dictionary != nullptr) {
+    PrintDictionary(options.path, described.cases, *described.dictionary);
+    isTold = FinishOutput();
+  }
+  RenderMessages(session.Layer<OutputDocument>(), std::cerr);
+  for (const std::string& problem : described.problems) TellProblem(problem);
+  return described.status == RunStatus::kOk && isTold ? kExitOk : kExitError;
 }

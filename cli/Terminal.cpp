@@ -9,10 +9,8 @@
 #include <csignal>
 #include <iostream>
 
-#include "host/environment/CommonBlocks.h"
 #include "host/environment/MCStopProcessor.h"
 #include "host/files/TemporaryFile.h"
-#include "host/output/OutputDocument.h"
 #include "host/render/TextRenderer.h"
 #include "host/text/DisplayText.h"
 
@@ -39,24 +37,8 @@ void CatchInterrupts() {
   sigaction(SIGHUP, &action, nullptr);
 }
 
-void OpenDocument() {
-  OutputDocument::Current().SetProcedure("SVSelect");
-}
-
-bool ErrorRaised() {
-  return pvGetCmnGlb()->errorFlag != 0;
-}
-
 void TellProblem(const std::string& text) {
   std::cerr << "svselect: " << PrintableText(text) << '\n';
-}
-
-void TellInterrupted() {
-  TellProblem("interrupted");
-}
-
-void TellMessages() {
-  RenderMessages(OutputDocument::Current(), std::cerr);
 }
 
 int TerminalWidth(int descriptor) {

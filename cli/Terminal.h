@@ -8,20 +8,8 @@
 // REQUIRES: a session, since a new one starts without a request.
 void CatchInterrupts();
 
-// Makes the output document of the session, so that all that follows is collected in it.
-void OpenDocument();
-
-// Whether an error has been raised in the session.
-bool ErrorRaised();
-
 // One line on standard error: "svselect: ...".
 void TellProblem(const std::string& text);
-
-// That the program was interrupted, on standard error.
-void TellInterrupted();
-
-// The messages of the session so far, on standard error.
-void TellMessages();
 
 // Columns of the terminal that a file descriptor is; a usual width when it is none.
 int TerminalWidth(int descriptor);

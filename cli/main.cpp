@@ -8,10 +8,7 @@
 #include <iostream>
 
 #include "cli/CommandLine.h"
-#include "cli/DescribeCommand.h"
-#include "cli/Options.h"
-#include "cli/PlanCommand.h"
-#include "cli/RunCommand.h"
+#include "cli/Subcommands.h"
 #include "cli/Terminal.h"
 #include "cli/UsageWords.h"
 
@@ -69,7 +66,7 @@ int Main(int argc, const char* const* argv) {
     return error.empty() ? subcommand(options) : TellUsageError(error, command(chosen()));
   };
   if (run->parsed()) return call(runOptions, Run);
-  return plan->parsed() ? call(planOptions, TellPlan) : call(describeOptions, DescribeFrame);
+  return plan->parsed() ? call(planOptions, TellPlan) : call(describeOptions, DescribeFile);
 }
 
 // A caller may close the standard files; then the next file opened would stand in their place, and take what

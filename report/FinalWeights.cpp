@@ -5,6 +5,7 @@
 
 #include "host/engine/ActiveFile.h"
 #include "host/engine/DuckCaseEngine.h"
+#include "host/environment/HostSession.h"
 #include "host/files/SessionFiles.h"
 #include "host/read/DataFile.h"
 
@@ -32,8 +33,7 @@ std::optional<FinalWeights> OfSampleFile(const OutputFile& file, const std::stri
   return FinalWeights{variable, file.path, SummarizeWeights(PassOverColumn(engine, column))};
 }
 
-std::optional<FinalWeights> OfActiveFile(const std::string& variable) {
-  ActiveFile& file = ActiveFile::Current();
+std::optional<FinalWeights> OfActiveFile(ActiveFile& file, const std::string& variable) {
   if (!file.IsOpen() || !file.IsLastPass()) return std::nullopt;
   const int column = file.SharedDictionary()->Find(variable);
   if (column < file.ServedColumns()) return std::nullopt;
@@ -47,9 +47,10 @@ std::optional<FinalWeights> OfActiveFile(const std::string& variable) {
 
 }  // namespace
 
-std::optional<FinalWeights> ReadFinalWeights(const std::string& variable) {
-  const std::vector<OutputFile>& files = SessionFiles::Current().CommittedFiles();
+std::optional<FinalWeights> ReadFinalWeights(HostSession& session, const std::string& variable) {
+  const std::vector<OutputFile>& files = session.Layer<SessionFiles>().CommittedFiles();
   const auto sample = std::find_if(files.begin(), files.end(),
                                    [](const OutputFile& file) { return file.role == FileRole::kSample; });
-  return sample == files.end() ? OfActiveFile(variable) : OfSampleFile(*sample, variable);
+  return sample == files.end() ? OfActiveFile(session.Layer<ActiveFile>(), variable)
+                               : OfSampleFile(*sample, variable);
 }

@@ -6,24 +6,43 @@
 
 class OutputDocument;
 
-// What the program knows of a run beyond its output.
-struct ReportFile {
-  std::string role;  // sample, joint, rule or saved
-  std::string path;  // as written in the command
-  std::int64_t cases = 0;
+enum class RunStatus {
+  kOk,         // everything that was asked for was made
+  kError,      // an error was raised, or something that was asked for is missing
+  kCancelled,  // a stop request ended the run; no file was written
 };
-// A part of what it takes to run it again.
+
+// "ok", "error" or "cancelled", as the reports write it.
+const char* StatusWord(RunStatus status);
+
+// A file that the run has written.
+struct ReportFile {
+  std::string role;        // sample, joint, rule or saved
+  std::string path;        // as the user wrote it
+  std::int64_t cases = 0;  // cases, or clauses of a selection rule
+};
+
+// One thing that is needed to repeat the run, such as the frame or the command. Shown line by line,
+// unwrapped.
 struct RunFact {
   std::string label;
   std::vector<std::string> lines;
 };
+
+// The result of a run, as the renderers read it.
+//
+// Ownership:  borrows the document, which belongs to the session of the run; null for a run without one.
 struct RunOutcome {
-  std::string status;  // ok, error or cancelled
-  std::vector<ReportFile> files;
-  // For people only:
-  std::vector<std::string> remarks{};  // the program's own, beside the messages
+  RunStatus status = RunStatus::kError;
+  const OutputDocument* document = nullptr;  // messages, notes and tables
+  std::vector<ReportFile> files{};
+
+  // Only in reports for people; the JSON report has neither.
+  std::vector<std::string> remarks{};  // the program's own messages
   std::vector<RunFact> facts{};
 };
 
-// How the run ended, such as "The run ended with an error.".
-std::string StatusInWords(const RunOutcome& outcome, const OutputDocument& document);
+// A sentence about how the run ended. Status kError has two: a run can fail without an error message, when
+// files that were asked for are missing.
+// REQUIRES: the outcome has a document.
+std::string StatusInWords(const RunOutcome& outcome);

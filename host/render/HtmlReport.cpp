@@ -18,9 +18,8 @@ namespace {
 // Writes one page; a value of this class lives for that.
 class PageWriter {
 public:
-  PageWriter(const OutputDocument& document, const RunOutcome& outcome, const HtmlAdditions& additions,
-             std::ostream& out)
-      : fDocument(document), fOutcome(outcome), fAdditions(additions), fOut(out) {}
+  PageWriter(const RunOutcome& outcome, const HtmlAdditions& additions, std::ostream& out)
+      : fDocument(*outcome.document), fOutcome(outcome), fAdditions(additions), fOut(out) {}
 
   void Write() {
     WriteHead();
@@ -44,14 +43,14 @@ private:
             "<meta http-equiv=\"Content-Security-Policy\" "
             "content=\"default-src 'none'; style-src 'unsafe-inline'\"/>\n"
             "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n<title>"
-         << HtmlText(fDocument.Procedure()) << ": " << StatusInWords(fOutcome, fDocument)
+         << HtmlText(fDocument.Procedure()) << ": " << StatusInWords(fOutcome)
          << "</title>\n<style>" << kHtmlStyle << "</style>\n</head>\n<body>\n<main>\n<h1>"
          << HtmlText(fDocument.Procedure()) << "</h1>\n";
   }
 
   void WriteStatus() {
-    fOut << "<p class=\"status " << HtmlText(fOutcome.status) << "\">Status: <strong>"
-         << HtmlText(fOutcome.status) << "</strong>. " << StatusInWords(fOutcome, fDocument) << "</p>\n";
+    fOut << "<p class=\"status " << StatusWord(fOutcome.status) << "\">Status: <strong>"
+         << StatusWord(fOutcome.status) << "</strong>. " << StatusInWords(fOutcome) << "</p>\n";
   }
 
   void WriteContents() {
@@ -164,7 +163,6 @@ private:
 
 }  // namespace
 
-void WriteHtmlReport(const OutputDocument& document, const RunOutcome& outcome,
-                     const HtmlAdditions& additions, std::ostream& out) {
-  PageWriter(document, outcome, additions, out).Write();
+void WriteHtmlReport(const RunOutcome& outcome, const HtmlAdditions& additions, std::ostream& out) {
+  PageWriter(outcome, additions, out).Write();
 }

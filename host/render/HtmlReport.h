@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-class OutputDocument;
 class OutputTable;
 struct RunOutcome;
 
@@ -28,5 +27,5 @@ struct HtmlAdditions {
 // Writes the report for people: one self-contained page, without scripts and without anything fetched from
 // elsewhere, light or dark by the reader's preference, fit for a phone, for print and for a screen reader. It
 // is HTML and well-formed XML at once.
-void WriteHtmlReport(const OutputDocument& document, const RunOutcome& outcome,
-                     const HtmlAdditions& additions, std::ostream& out);
+// REQUIRES: the outcome has a document.
+void WriteHtmlReport(const RunOutcome& outcome, const HtmlAdditions& additions, std::ostream& out);

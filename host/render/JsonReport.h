@@ -2,10 +2,10 @@
 
 #include <iosfwd>
 
-class OutputDocument;
 struct RunOutcome;
 
 // The report for programs: one JSON object with the members procedure, status, messages, notes, tables and
 // files. It goes to `out` element by element: no tree of the whole is built. Bytes that are no UTF-8 come out
 // as U+FFFD.
-void WriteJsonReport(const OutputDocument& document, const RunOutcome& outcome, std::ostream& out);
+// REQUIRES: the outcome has a document.
+void WriteJsonReport(const RunOutcome& outcome, std::ostream& out);

@@ -17,4 +17,5 @@ void RenderMessages(const OutputDocument& document, std::ostream& out);
 
 // The report as plain text: how the run ended, all of the above, the program's own remarks, and what it takes
 // to run it again, whose lines aren't wrapped.
-void WriteTextReport(const OutputDocument& document, const RunOutcome& outcome, std::ostream& out);
+// REQUIRES: the outcome has a document.
+void WriteTextReport(const RunOutcome& outcome, std::ostream& out);

@@ -94,7 +94,7 @@ void AddSummary(BpProcedure* procedure, const std::string& title, const std::vec
 
 Page Report(const FinalWeights* weights = nullptr, const std::vector<ReportFile>& files = {}) {
   std::ostringstream out;
-  WriteHtmlReport(OutputDocument::Current(), {"ok", files}, SurveyAdditions(weights), out);
+  WriteHtmlReport({RunStatus::kOk, &OutputDocument::Current(), files}, SurveyAdditions(weights), out);
   EXPECT_EQ(out.str().find("http", out.str().find("<style>")), out.str().find("http://www.w3.org/2000/svg"));
   return Page(out.str());
 }

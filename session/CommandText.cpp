@@ -1,4 +1,4 @@
-#include "cli/CommandText.h"
+#include "session/CommandText.h"
 
 #include <algorithm>
 
@@ -6,7 +6,7 @@
 
 namespace {
 
-// A file name as a string of the command: in quotes, a quote within doubled.
+// Quotes a file name; a quote inside is doubled.
 std::string Quoted(const std::string& text) {
   std::string quoted = "'";
   for (const char c : text) {
@@ -22,7 +22,8 @@ std::string Words(const std::vector<std::string>& words) {
   return text;
 }
 
-// A subcommand on a line of its own, its parameters added one by one.
+// One subcommand on a line of its own. Without any parameter it is left out of the command, since an empty
+// subcommand is an error there.
 class Subcommand {
 public:
   explicit Subcommand(const char* name) : fText(std::string("\n  /") + name) {}
@@ -42,34 +43,34 @@ private:
 
 }  // namespace
 
-std::string CommandText(const CommandOptions& options) {
+std::string CommandText(const CommandParts& parts) {
   Subcommand plan("PLAN");
-  plan.Add("FILE=" + Quoted(options.plan));
+  plan.Add("FILE=" + Quoted(parts.plan));
 
   Subcommand criteria("CRITERIA");
-  criteria.AddIf(!options.stages.empty(), "STAGES=" + Words(options.stages));
-  criteria.AddIf(!options.seed.empty(), "SEED=" + GetUpperString(options.seed));
+  criteria.AddIf(!parts.stages.empty(), "STAGES=" + Words(parts.stages));
+  criteria.AddIf(!parts.seed.empty(), "SEED=" + GetUpperString(parts.seed));
 
   Subcommand classMissing("CLASSMISSING");
-  classMissing.AddIf(options.includeUserMissing, "INCLUDE");
+  classMissing.AddIf(parts.includeUserMissing, "INCLUDE");
 
   Subcommand data("DATA");
-  data.AddIf(options.rename, "RENAMEVARS");
-  data.AddIf(options.presorted, "PRESORTED");
+  data.AddIf(parts.rename, "RENAMEVARS");
+  data.AddIf(parts.presorted, "PRESORTED");
 
   Subcommand sample("SAMPLEFILE");
-  sample.AddIf(!options.sample.empty(), "OUTFILE=" + Quoted(options.sample));
-  sample.AddIf(!options.keep.empty(), "KEEP=" + Words(options.keep));
-  sample.AddIf(!options.drop.empty(), "DROP=" + Words(options.drop));
+  sample.AddIf(!parts.sample.empty(), "OUTFILE=" + Quoted(parts.sample));
+  sample.AddIf(!parts.keep.empty(), "KEEP=" + Words(parts.keep));
+  sample.AddIf(!parts.drop.empty(), "DROP=" + Words(parts.drop));
 
   Subcommand joint("JOINTPROB");
-  joint.AddIf(!options.joint.empty(), "OUTFILE=" + Quoted(options.joint));
+  joint.AddIf(!parts.joint.empty(), "OUTFILE=" + Quoted(parts.joint));
 
   Subcommand rule("SELECTRULE");
-  rule.AddIf(!options.rule.empty(), "OUTFILE=" + Quoted(options.rule));
+  rule.AddIf(!parts.rule.empty(), "OUTFILE=" + Quoted(parts.rule));
 
   Subcommand print("PRINT");
-  for (const std::string& word : options.print) print.Add(GetUpperString(word));
+  for (const std::string& word : parts.print) print.Add(GetUpperString(word));
 
   return "SVSELECT" + plan.Text() + criteria.Text() + classMissing.Text() + data.Text() + sample.Text() +
          joint.Text() + rule.Text() + print.Text() + ".";

@@ -1,4 +1,4 @@
-#include "cli/CommandedPlan.h"
+#include "session/CommandedPlan.h"
 
 #include <fmt/format.h>
 
@@ -18,7 +18,7 @@
 
 namespace {
 
-// A parameter of a subcommand; null when the command hasn't got it.
+// Null if the command doesn't have that parameter.
 const ParamObj* FindParameter(const CommandSpec& command, const char* subcommand, const char* name) {
   for (std::size_t i = 0; i < command.getSubComListSize(); ++i) {
     const SubComObj& candidate = *command.getSubComObj(i);
@@ -54,14 +54,13 @@ bool HasFraction(double number) {
   return number > 0.0 && std::trunc(number) != number;
 }
 
-// The bounds of the measure of size can bring fractions in as well.
-bool MeasureHasFractions(const SVPlanSpecs& plan) {
-  if (plan.mosVariable.IsEmpty()) return false;  // it counts cases, and isn't bounded
+// Whether any unit can have a size that isn't whole. Bounds count too: they replace sizes beyond them.
+bool MeasureHasFractions(const SVPlanSpecs& plan, ActiveFile& frame) {
+  if (plan.mosVariable.IsEmpty()) return false;  // then the size is a number of cases, without bounds
   if (HasFraction(plan.mosMin) || HasFraction(plan.mosMax)) return true;
-  ActiveFile& file = ActiveFile::Current();
-  const int column = file.SharedDictionary()->Find(plan.mosVariable.Text());
-  if (column < 0 || column >= file.ServedColumns()) return false;
-  const std::unique_ptr<CaseCursor> cursor = file.Engine().Open({column}, 0);
+  const int column = frame.SharedDictionary()->Find(plan.mosVariable.Text());
+  if (column < 0 || column >= frame.ServedColumns()) return false;
+  const std::unique_ptr<CaseCursor> cursor = frame.Engine().Open({column}, 0);
   while (const std::size_t rows = cursor->NextBlock()) {
     const double* const sizes = cursor->Numbers(0);
     if (std::any_of(sizes, sizes + rows, HasFraction)) return true;
@@ -90,7 +89,7 @@ std::optional<CommandedPlan> ReadCommandedPlan() {
   return commanded;
 }
 
-std::string ExactDesignAdvice(const CommandedPlan& commanded) {
+std::string ExactDesignAdvice(const CommandedPlan& commanded, ActiveFile& frame) {
   if (!commanded.drawsFirstStage || commanded.plan.stages.empty()) return "";
   const std::int32_t type = commanded.plan.stages.front().type;
   const std::string remedy = "; --exact-design draws with exactly these";
@@ -100,7 +99,7 @@ std::string ExactDesignAdvice(const CommandedPlan& commanded) {
       return std::string(type == kSamplingPpsBrewer ? "PPS_BREWER" : "PPS_SAMPFORD") +
              " comes only near the probabilities that it states" + remedy;
     case kSamplingPpsWor:
-      if (!MeasureHasFractions(commanded.plan)) return "";
+      if (!MeasureHasFractions(commanded.plan, frame)) return "";
       return "PPS_WOR comes only near the probabilities that it states, since the measure of size has "
              "fractions" +
              remedy;
