@@ -11,6 +11,7 @@
 
 namespace {
 
+// Reads the column again at each pass, a block at a time.
 WeightPass PassOverColumn(CaseEngine& engine, int column) {
   return [&engine, column](const std::function<void(double)>& take) {
     const std::unique_ptr<CaseCursor> cursor = engine.Open({column}, 0);
@@ -25,6 +26,7 @@ bool IsNumber(const Dictionary& dictionary, int column) {
   return column >= 0 && dictionary.variables[static_cast<std::size_t>(column)].GetType() == 0;
 }
 
+// Opens the sample as any reader would: what is summed up is what was really written.
 std::optional<FinalWeights> OfSampleFile(const OutputFile& file, const std::string& variable) {
   const DataFrame frame = OpenDataFile(file.target, "");
   const int column = frame.dictionary.Find(variable);
@@ -33,6 +35,7 @@ std::optional<FinalWeights> OfSampleFile(const OutputFile& file, const std::stri
   return FinalWeights{variable, file.path, SummarizeWeights(PassOverColumn(engine, column))};
 }
 
+// Without a sample file the weights are only in memory, in a variable behind those that the frame has itself.
 std::optional<FinalWeights> OfActiveFile(ActiveFile& file, const std::string& variable) {
   if (!file.IsOpen() || !file.IsLastPass()) return std::nullopt;
   const int column = file.SharedDictionary()->Find(variable);

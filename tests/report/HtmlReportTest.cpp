@@ -13,8 +13,8 @@
 #include "host/output/OutputDocument.h"
 #include "host/output/RunOutcome.h"
 #include "host/render/HtmlReport.h"
+#include "report/Figures.h"
 #include "report/FinalWeights.h"
-#include "report/StageFigure.h"
 #include "report/SurveyPage.h"
 
 namespace {

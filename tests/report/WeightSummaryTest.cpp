@@ -1,7 +1,7 @@
 #include <sstream>
 
 #include "host/numeric/Obs.h"
-#include "report/WeightFigure.h"
+#include "report/Figures.h"
 #include "report/WeightSummary.h"
 
 namespace {
