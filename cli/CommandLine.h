@@ -13,14 +13,18 @@ class App;
 
 // The options of the subcommands: what they fill, how they are declared, and which combinations are wrong.
 
-// Options of `svselect run`. The command is given as a text, as a file or by its parts.
+// Options of `svselect run`.
 struct RunOptions {
   FrameOptions frame;
   HostSettings settings;
+
+  // The command in one of three ways; UsageError() sees to it that there is one and only one.
   std::string command;
   std::string commandFile;
   CommandParts parts;
   bool explain = false;  // print the command, do nothing else
+
+  // Files beside those of the command, and what is shown.
   std::vector<std::string> reports;
   std::string save;
   std::string progress = "auto";  // auto, always or never

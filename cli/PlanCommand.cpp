@@ -7,12 +7,16 @@
 #include "host/render/TextRenderer.h"
 #include "session/Inspect.h"
 
+// `svselect plan`: reading the plan and checking it against a frame are two steps. The plan in words appears
+// as soon as it is known, even if the frame turns out to be unreadable.
+
 namespace {
 
 void TellAll(const std::vector<std::string>& problems) {
   for (const std::string& problem : problems) TellProblem(problem);
 }
 
+// Interrupts are caught only here: reading a plan takes no time, and has nothing to clean up.
 int CheckAgainstFrame(HostSession& session, const SVPlanSpecs& plan, const FrameOptions& frame) {
   CatchInterrupts();
   const PlanCheck check = CheckPlan(session, plan, frame);
@@ -27,6 +31,7 @@ int CheckAgainstFrame(HostSession& session, const SVPlanSpecs& plan, const Frame
 
 }  // namespace
 
+// Misread numbers are reported with a plan that can be used, too: the run would draw by the numbers as read.
 int TellPlan(const PlanOptions& options) {
   HostSession session;
   const PlanReading reading = ReadPlan(session, options.plan);

@@ -10,8 +10,13 @@
 #include "host/render/TextRenderer.h"
 #include "session/RunSurvey.h"
 
+// `svselect run`: the request from the options, the run with a progress line, and then what is shown, in the
+// order of importance on the two streams: messages and remarks on standard error, notes and tables on
+// standard output, and last, on standard error again, what couldn't be written.
+
 namespace {
 
+// The command file, if there is one, is read by the run, after it has claimed its own files.
 RunRequest RequestOf(const RunOptions& options) {
   RunRequest request;
   request.frame = options.frame;
@@ -22,7 +27,8 @@ RunRequest RequestOf(const RunOptions& options) {
   return request;
 }
 
-// What the progress line says during a step; empty while passes over the cases are shown.
+// What the progress line says during a step of the library, which has no words for its steps itself. Empty
+// while the passes over the cases are shown.
 std::string TaskOf(RunStep step, const RunOptions& options) {
   switch (step) {
     case RunStep::kReadFrame:
@@ -38,6 +44,8 @@ std::string TaskOf(RunStep step, const RunOptions& options) {
   }
 }
 
+// The line is gone when this returns: nothing may be written to standard error before. Without a progress
+// line the sinks stay empty, which saves the run from counting the cases.
 SurveyOutcome RunWithProgress(HostSession& session, const RunOptions& options) {
   ProgressLine progress(options.progress, TaskOf(RunStep::kReadFrame, options),
                         session.Layer<CaseProgress>());
@@ -52,7 +60,8 @@ SurveyOutcome RunWithProgress(HostSession& session, const RunOptions& options) {
   return RunSurvey(session, RequestOf(options), sinks);
 }
 
-// On standard error.
+// Prints messages and remarks on standard error. Warnings of an interrupted run aren't printed: there is no
+// sample that they could be about.
 void TellOutcome(const RunOutcome& outcome, const OutputDocument& document) {
   if (outcome.status == RunStatus::kCancelled) {
     TellProblem("interrupted; no sample was written");
@@ -64,6 +73,7 @@ void TellOutcome(const RunOutcome& outcome, const OutputDocument& document) {
 
 }  // namespace
 
+// Claims and opens nothing but the command file, and needs no frame.
 int ExplainCommand(const RunOptions& options) {
   HostSession session;
   const OutputDocument& document = session.Layer<OutputDocument>();  // collects the messages from here on
@@ -81,7 +91,7 @@ int RunSample(const RunOptions& options) {
   const OutputDocument& document = session.Layer<OutputDocument>();
   TellOutcome(outcome, document);
   if (!options.quiet) RenderText(document, TerminalWidth(STDOUT_FILENO), std::cout);
-  bool isTold = FinishOutput();
+  bool isTold = FinishOutput();  // whether the user got everything that was asked for
   for (const std::string& problem : outcome.reportProblems) {
     TellProblem(problem);
     isTold = false;

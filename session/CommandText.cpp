@@ -4,6 +4,15 @@
 
 #include "host/text/VariableNames.h"
 
+// The command is text because the procedure takes nothing else, and because the user shall see it (--explain,
+// reports) and be able to keep it in a file:
+//
+//   SVSELECT
+//     /PLAN FILE='plan.xml'
+//     /CRITERIA STAGES=1 2 SEED=4711
+//     /SAMPLEFILE OUTFILE='sample.csv' KEEP=a b
+//     /PRINT SELECTION.
+
 namespace {
 
 // Quotes a file name; a quote inside is doubled.
@@ -16,6 +25,7 @@ std::string Quoted(const std::string& text) {
   return quoted + "'";
 }
 
+// A list, separated by blanks.
 std::string Words(const std::vector<std::string>& words) {
   std::string text;
   for (const std::string& word : words) text += (text.empty() ? "" : " ") + word;

@@ -16,6 +16,9 @@
 #include "host/engine/ActiveFile.h"
 #include "host/files/CheckFileRef.h"
 
+// The command is read with the generic parser and the plan with the plan reader, both without the checks of
+// the procedure: these have passed, or the run ended there.
+
 namespace {
 
 // Null if the command doesn't have that parameter.
@@ -30,11 +33,13 @@ const ParamObj* FindParameter(const CommandSpec& command, const char* subcommand
   return nullptr;
 }
 
+// False if the command has a syntax error.
 bool ReadCommand(CommandSpec* command) {
   const KORV_TokenSequence tokens(true);
   return UniversalParser(tokens, *command).getCommandSpecifications() == 0;
 }
 
+// The path of the plan file as the procedure resolves it; empty if the command names none.
 std::string PlanPath(const CommandSpec& command) {
   const ParamObj* const file = FindParameter(command, "PLAN", "FILE");
   std::string name;
@@ -44,12 +49,14 @@ std::string PlanPath(const CommandSpec& command) {
   return CheckFileRef(name, isGeneric, false).Name();
 }
 
+// Stages are listed in order, and all are drawn if there is no list.
 bool DrawsFirstStage(const CommandSpec& command) {
   const ParamObj* const stages = FindParameter(command, "CRITERIA", "STAGES");
   std::vector<double> numbers;
   return stages == nullptr || !stages->getNumberList(numbers) || numbers.front() == 1.0;
 }
 
+// Missing values are negative numbers, and so aren't fractions.
 bool HasFraction(double number) {
   return number > 0.0 && std::trunc(number) != number;
 }

@@ -13,6 +13,8 @@ bool Fail(const std::string& text) {
 
 namespace {
 
+// A missing or unreadable file isn't reported here but by the function that opens it, which knows more.
+
 bool ClaimInput(PathClaims& claims, FileRole role, const std::string& path) {
   const FileFlags flags = claims.ClaimForReading(role, path);
   return !flags.inUse || Fail(path + ": " + flags.why);

@@ -48,6 +48,8 @@ void AddFaultyPlace(const SV_XML::PlanXmlReader& reader, int code, const std::st
   }
 }
 
+// Fills `reading`. The messages about an invalid plan are the procedure's own; the place of the fault is
+// added. Errors: DataError if the file can't be read at all.
 void ReadPlanFile(const std::string& path, PlanReading* reading) {
   CheckReadableFile(path);
   SV_XML::PlanXmlReader reader(&reading->plan);
@@ -86,6 +88,7 @@ std::vector<KorvVarName> VariablesOf(const SVPlanSpecs& plan) {
 
 FrameDescription DescribeFrame(HostSession& session, const FrameOptions& frame) {
   FrameDescription described;
+  // The dictionary is set last: it says that everything was read.
   const auto describe = [&] {
     OpenDocument(session);
     if (!ClaimFrame(session, frame)) return;

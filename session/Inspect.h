@@ -16,8 +16,11 @@ class HostSession;
 // write to no terminal, and report through their results and the session's document. RequestStop() ends one
 // that reads a frame.
 //
-// Errors:  messages of the document, `problems`, or both. kOk means that there are neither.
+// Errors:  in error messages of the document, in `problems`, or in both; kOk means that there are none. Only
+//          std::bad_alloc comes out, if there is no memory to report with.
+// Cancel:  kCancelled means that the result is incomplete; there is nothing to report.
 
+// What a data file holds.
 struct FrameDescription {
   RunStatus status = RunStatus::kError;
   std::vector<std::string> problems;
@@ -29,6 +32,7 @@ struct FrameDescription {
 // Opens a frame and counts its cases. REQUIRES: the session has opened no frame.
 FrameDescription DescribeFrame(HostSession& session, const FrameOptions& frame);
 
+// A plan, or why it can't be used.
 struct PlanReading {
   RunStatus status = RunStatus::kError;
   std::vector<std::string> remarks;   // numbers that were misread
@@ -36,12 +40,16 @@ struct PlanReading {
   SVPlanSpecs plan;                   // complete if the status is kOk
 };
 
+// Reads a plan file and checks it against the plan format. Needs no frame.
 PlanReading ReadPlan(HostSession& session, const std::string& path);
 
+// How a plan fits a frame.
 struct PlanCheck {
   RunStatus status = RunStatus::kError;
   std::vector<std::string> problems;  // why the frame can't be read, or one for each missing variable
 };
 
-// Opens a frame and checks that it has the variables of the plan. REQUIRES: the session has opened no frame.
+// Opens a frame and checks that it has the variables of the plan, whatever their types. Variables that a run
+// adds itself aren't looked for.
+// REQUIRES: the plan was read with kOk; the session has opened no frame.
 PlanCheck CheckPlan(HostSession& session, const SVPlanSpecs& plan, const FrameOptions& frame);

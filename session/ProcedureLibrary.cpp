@@ -11,6 +11,9 @@
 
 #include "host/environment/PathFactory.h"
 
+// RTLD_LOCAL keeps the procedure's symbols to itself: a caller may have other versions of the same libraries
+// in its process. RTLD_NOW makes a missing symbol an error here, with a reason, and not a crash in the draw.
+
 namespace {
 
 std::string LoaderReason() {
@@ -40,6 +43,7 @@ std::string CaughtException() {
   } catch (const std::exception& error) {
     return error.what();
   } catch (...) {
+    // Not a standard exception. Its type is all that can be found out about it.
     const std::type_info* const type = abi::__cxa_current_exception_type();
     if (type == nullptr) return "an exception of another language";
     const std::unique_ptr<char, decltype(&std::free)> name(

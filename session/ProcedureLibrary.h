@@ -5,6 +5,7 @@
 // The selection procedure is a library of its own, loaded when a run needs it. It exports one function,
 // SVSELECT, which gets everything from the current session of the host and returns nothing.
 
+// The entry: no arguments, no result.
 using ProcedureEntry = void (*)();
 
 // Loads libsvselect.so from the folder of the host's library. Null on failure, with the loader's reason in

@@ -17,6 +17,7 @@
 
 namespace {
 
+// A fact is shown line by line, so that a command or query reads as it was written.
 std::vector<std::string> LinesOf(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream stream(text);
@@ -45,6 +46,7 @@ void WriteReport(ReportKind kind, const SurveyOutcome& outcome, std::ostream& ou
 
 std::vector<RunFact> FactsOf(HostSession& session, const RunRequest& request) {
   std::vector<RunFact> facts;
+  // Labels are those that a reader of the report understands, not names of options.
   const auto add = [&](const char* label, const std::string& text) {
     if (!text.empty()) facts.push_back({label, LinesOf(text)});
   };
@@ -57,6 +59,7 @@ std::vector<RunFact> FactsOf(HostSession& session, const RunRequest& request) {
   add("Split by", fmt::format("{}", fmt::join(frame.split, ", ")));
   add("Command", session.Layer<SessionCommand>().Text());
   add("Exact design", session.Settings().exactDesign ? "yes" : "");
+  // The same program draws the same sample for ever; another version may not know an option.
   add("Program", "svselect " SV_VERSION);
   const CalendarDay today = BCLOCK();
   add("Day", fmt::format("{:04}-{:02}-{:02}", today.year, today.month, today.day));

@@ -12,6 +12,18 @@
 #include "session/CommandedPlan.h"
 #include "session/RunSurvey.h"
 
+// How a run went, by what it left in the session:
+//
+//   passes over the cases   error raised   files committed   the run
+//   none                    yes            no                was refused: command, plan or frame is wrong
+//   none                    no             no                ended without a message: see WhyNothingDrawn()
+//   some, not the last      yes            no                failed in the draw
+//   some, not the last      no             no                likewise without a message
+//   the last                yes            no                failed while it wrote
+//   the last                no             yes               drew a sample
+//
+// A stop request can come at any time and counts more than all of this.
+
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -34,6 +46,7 @@ const char* WhyNothingDrawn(HostSession& session) {
                "without size, rate or clusters, or stages out of order)";
 }
 
+// After a draw without an error message some files may still be missing, or all if the run was broken off.
 void AddLostFiles(HostSession& session, Lines* remarks) {
   if (session.Layer<SessionFiles>().IsBroken()) {
     remarks->emplace_back("no file of the run was kept");
@@ -44,6 +57,7 @@ void AddLostFiles(HostSession& session, Lines* remarks) {
   }
 }
 
+// A saved frame keeps the sample as well, in the variables that the run added.
 bool KeepsSample(HostSession& session) {
   const std::vector<OutputFile>& files = session.Layer<SessionFiles>().CommittedFiles();
   return std::any_of(files.begin(), files.end(), [](const OutputFile& file) {
@@ -74,6 +88,8 @@ bool HasDrawn(HostSession& session) {
   return session.Layer<CaseProgress>().Get().isLast;
 }
 
+// The procedure claims the file for joint probabilities under its default name even when the design has none;
+// that file isn't missed.
 Lines MissingFiles(HostSession& session) {
   Lines missing;
   for (const PathClaims::Output& output : session.Layer<SessionFiles>().MissingFiles()) {

@@ -20,6 +20,20 @@
 #include "session/RunReport.h"
 #include "session/RunReview.h"
 
+// The road of a run:
+//
+//   ClaimFrame, ClaimOwnFiles   no output may go to a file that is read, or to one twice
+//   TakeCommand, OpenRunFrame   the session now has what the procedure fetches from it
+//   Draw                        the procedure; all of its files are temporary still
+//   SettleFiles                 all files take their places, or all are removed
+//   Review                      reads back what was written
+//   CompleteOutcome             remarks, files, facts
+//   WriteReportFile             the reports, whatever the status is
+//
+// The procedure returns nothing and knows nothing of this: it issues messages, raises the host's error flag
+// and leaves its results in the session. So a run counts as good if no error was raised, the last pass over
+// the cases was reached, and every file that was asked for is there.
+
 namespace {
 
 // One run from the claims to the reports. Single use: construct, Run(), discard. The outcome is filled as the
@@ -29,6 +43,8 @@ public:
   SurveyRun(HostSession& session, const RunRequest& request, const RunSinks& sinks, SurveyOutcome* outcome)
       : fSession(session), fRequest(request), fSinks(sinks), fpOutcome(outcome) {}
 
+  // An exception in the work is reported like any other error: remarks and reports still follow. One after
+  // it, or from the document itself, leaves through RunSurvey().
   void Run() {
     OutputDocument& document = fSession.Layer<OutputDocument>();
     document.SetProcedure("SVSelect");
@@ -47,10 +63,12 @@ public:
   }
 
 private:
+  // Sinks run on this thread, so that a caller needs no lock.
   void Begin(RunStep step) const {
     if (fSinks.stepBegins) fSinks.stepBegins(step);
   }
 
+  // From the frame to the review. The status is set as soon as it is decided; what follows can't change it.
   void Work() {
     Begin(RunStep::kReadFrame);
     if (Prepare() && !StopRequested()) {
@@ -68,7 +86,8 @@ private:
     return ClaimFrame(fSession, fRequest.frame) && ClaimOwnFiles() && TakeCommand() && OpenRunFrame();
   }
 
-  // Tries all files even after one was refused, so that each has its message.
+  // The reports and the saved frame. Tries all files even after one was refused, so that each has its
+  // message.
   bool ClaimOwnFiles() {
     bool isGood = true;
     fvReports = ClaimReports(fSession, fRequest.reports, &isGood);
@@ -78,6 +97,7 @@ private:
     return why.empty() ? isGood : Fail(fRequest.save + ": " + why);
   }
 
+  // Messages about the command name its file, or the source that the caller gave.
   bool TakeCommand() {
     std::string text;
     if (!ReadCommandText(fSession, fRequest, &text)) return false;
@@ -96,6 +116,7 @@ private:
     }
   }
 
+  // For a progress display. Some kinds of file know their number of cases, others must be read for it.
   void CountCases() {
     if (!fSinks.frameCounted) return;
     std::int64_t cases = -1;
@@ -107,6 +128,7 @@ private:
     fSinks.frameCounted(cases);
   }
 
+  // Errors of the procedure are in the session's messages; what is added here are failures to run it at all.
   void Draw() {
     std::string why;
     const ProcedureEntry entry = LoadProcedure(&why);
@@ -117,7 +139,8 @@ private:
     if (const std::string failure = CallProcedure(entry); !failure.empty()) Fail(failure);
   }
 
-  // Puts the files of the run in their places, or removes them all.
+  // Puts the files of the run in their places, or removes them all. The saved frame is one of them: it is
+  // written only after a draw that succeeded. A stop request counts up to the moment before the renames.
   RunStatus SettleFiles() {
     SessionFiles& files = fSession.Layer<SessionFiles>();
     if (!ErrorRaised() && fSave.IsValid() && HasDrawn(fSession)) SaveActiveFile(fSave);
@@ -132,6 +155,7 @@ private:
     return MissingFiles(fSession).empty() ? RunStatus::kOk : RunStatus::kError;
   }
 
+  // Final weights are summed only when somebody will see them: that reads the sample once more.
   void Review() {
     Begin(RunStep::kReview);
     const bool hasPage = std::any_of(fvReports.begin(), fvReports.end(), [](const std::string& report) {
@@ -151,6 +175,7 @@ private:
     fpOutcome->facts = FactsOf(fSession, fRequest);
   }
 
+  // Composed in memory first, and written under a temporary name: a report is whole or the old one stays.
   void WriteReportFile(const std::string& path) const {
     std::ostringstream text;
     WriteReport(KindOfReport(path), *fpOutcome, text);
@@ -186,6 +211,8 @@ SurveyOutcome RunSurvey(HostSession& session, const RunRequest& request, const R
   return outcome;
 }
 
+// Claims the file, so that no output can replace the command while it runs. UTF-16 is what some editors save
+// by default; without this test the message would be about its first odd character.
 bool ReadCommandText(HostSession& session, const RunRequest& request, std::string* text) {
   const std::string& file = request.commandFile;
   if (file.empty()) {
