@@ -173,6 +173,20 @@ TEST(HtmlReport, NestsHeadersBySpans) {
   for (const DOMElement* table : tables) EXPECT_EQ(Page::Below(table, u"caption").size(), 1U);
 }
 
+// Bars up to the limit that the header states, points from there on.
+TEST(StageFigure, ChangesItsFormAtTheLimit) {
+  for (const std::size_t strata : {kMostStageBars, kMostStageBars + 1}) {
+    HostSession session;
+    BpProcedure procedure("SVSelect", 4);
+    std::vector<Row> rows;
+    for (std::size_t i = 0; i < strata; ++i) rows.push_back({"North", std::to_string(i), {4, 4}});
+    AddSummary(&procedure, "stage", rows);
+    std::ostringstream out;
+    WriteStageFigure(*OutputDocument::Current().Tables().front(), "f", out);
+    EXPECT_EQ(Page(out.str()).All(u"circle").empty(), strata == kMostStageBars);
+  }
+}
+
 // The picture says in words what it shows, and its size is bounded however many strata there are.
 TEST(StageFigure, ShowsFewAndManyStrata) {
   HostSession session;

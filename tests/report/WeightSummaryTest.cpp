@@ -49,6 +49,18 @@ TEST(WeightSummary, AgreesWithHandWork) {
   }
 }
 
+// A single case among many is still to be seen.
+TEST(WeightFigure, ShowsEveryBinThatIsNotEmpty) {
+  const WeightSummary summary = SummarizeWeights([](const auto& take) {
+    for (int i = 0; i < 100'000; ++i) take(1.0);
+    take(2.0);
+  });
+  std::ostringstream out;
+  WriteWeightFigure(summary, "w", out);
+  EXPECT_NE(out.str().find("height=\"1\""), std::string::npos);
+  EXPECT_EQ(out.str().find("height=\"0\""), std::string::npos);
+}
+
 // Each weight is in one bin, the bins are few, and the picture stands, whatever the weights are: a frame can
 // bring any weight of an earlier draw along.
 TEST(WeightSummary, TakesAnyWeights) {

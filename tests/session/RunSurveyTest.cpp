@@ -15,6 +15,7 @@
 #include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
 #include "host/environment/MCStopProcessor.h"
+#include "host/files/SessionFiles.h"
 #include "host/output/OutputDocument.h"
 #include "session/ProcedureLibrary.h"
 #include "session/RunReport.h"
@@ -242,6 +243,76 @@ TEST(RunReview, AdvisesOnADrawThatMayNeverEnd) {
       EXPECT_THAT(remarks, Contains(HasSubstr("--exact-design draws them at once")));
     }
   }
+}
+
+// PPS_WOR states its probabilities exactly as long as all sizes are whole. Bounds replace sizes beyond them.
+TEST(CommandedPlan, AdvisesWhereSizesHaveFractions) {
+  struct Case {
+    const char* aim;
+    const char* variable;
+    std::string bounds;
+    bool isAdvised;
+  };
+  const Case kCases[] = {
+      {"whole", "size", "", false},
+      {"whole bounds", "size", Bounds("2", "5"), false},
+      {"least", "size", Bounds("1.5", "5"), true},
+      {"most", "size", Bounds("2", "5.5"), true},
+      {"a frame with fractions", "half", "", true},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.aim);
+    const SurveyFolder folder(Stage("pps_wor", ClustersOf(Var("unit")) + Size("3") +
+                                                   "<MOS fromData='no'><Variable name='" + c.variable +
+                                                   "'/>" + c.bounds + "</MOS>"));
+    HostSession session;
+    RunRequest request = folder.Request();
+    request.frame.sql = "SELECT *, size / 2 AS half FROM '" + request.frame.path + "'";
+    request.frame.path = "";
+    const SurveyOutcome outcome = RunSurvey(session, request);
+    EXPECT_EQ(outcome.status, RunStatus::kOk) << testing::PrintToString(Messages(*outcome.document));
+    EXPECT_EQ(testing::PrintToString(outcome.remarks).find("PPS_WOR comes only near") != std::string::npos,
+              c.isAdvised);
+  }
+}
+
+// A file that was begun and given up breaks the run: then none of its files is kept, and no name is singled
+// out.
+TEST(RunReview, SaysThatABrokenRunKeptNothing) {
+  const SurveyFolder folder;
+  HostSession session;
+  session.Layer<CaseProgress>().SetLastPass();
+  SessionFiles& files = session.Layer<SessionFiles>();
+  int claim = 0;
+  files.Claims().ClaimForWriting(FileRole::kSample, "s.csv", folder.Path("s.csv"), &claim);
+  files.Abandon(files.Start(FileRole::kSample, "s.csv", folder.Path("s.csv")));
+  EXPECT_FALSE(files.CommitFiles());
+  EXPECT_THAT(RemarksOnRun(session, RunRequest(), RunStatus::kError),
+              ElementsAre("no file of the run was kept"));
+}
+
+// All that a run can be asked for beyond its command is among the facts, once each and by its own words.
+TEST(RunReport, KnowsWhatItTakesToRunItAgain) {
+  HostSession session({.exactDesign = true});
+  session.Layer<SessionCommand>().SetCommand("SVSELECT\n  /PLAN FILE='p.xml'.");
+  RunRequest request;
+  request.frame = {.path = "f.csv",
+                   .sql = "SELECT 1",
+                   .sort = {"a", "b"},
+                   .schema = "f.json",
+                   .weight = "w",
+                   .split = {"c", "d"}};
+  std::vector<std::string> facts;
+  for (const RunFact& fact : FactsOf(session, request)) {
+    facts.push_back(fact.label + ":");
+    for (const std::string& line : fact.lines) facts.back() += " " + line;
+  }
+  EXPECT_THAT(facts,
+              ElementsAre("Frame: f.csv", "Query: SELECT 1", "Schema: f.json", "Sorted by: a, b",
+                          "Weighted by: w", "Split by: c, d", "Command: SVSELECT   /PLAN FILE='p.xml'.",
+                          "Exact design: yes", testing::StartsWith("Program: svselect "),
+                          testing::MatchesRegex("Day: [0-9]{4}-[0-9]{2}-[0-9]{2}")));
+  EXPECT_EQ(FactsOf(session, RunRequest()).size(), 4U);
 }
 
 // Stopped from another thread while it draws 50 of 100 units anew and anew until no unit comes up twice.
