@@ -43,9 +43,9 @@ private:
             "<meta http-equiv=\"Content-Security-Policy\" "
             "content=\"default-src 'none'; style-src 'unsafe-inline'\"/>\n"
             "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n<title>"
-         << HtmlText(fDocument.Procedure()) << ": " << StatusInWords(fOutcome)
-         << "</title>\n<style>" << kHtmlStyle << "</style>\n</head>\n<body>\n<main>\n<h1>"
-         << HtmlText(fDocument.Procedure()) << "</h1>\n";
+         << HtmlText(fDocument.Procedure()) << ": " << StatusInWords(fOutcome) << "</title>\n<style>"
+         << kHtmlStyle << "</style>\n</head>\n<body>\n<main>\n<h1>" << HtmlText(fDocument.Procedure())
+         << "</h1>\n";
   }
 
   void WriteStatus() {

@@ -86,8 +86,8 @@ void WriteTable(const OutputTable& table, std::ostream& out) {
 
 void WriteJsonReport(const RunOutcome& outcome, std::ostream& out) {
   const OutputDocument& document = *outcome.document;
-  out << "{\"procedure\": " << Dump(document.Procedure()) << ", \"status\": " << Dump(StatusWord(outcome.status))
-      << ",\n";
+  out << "{\"procedure\": " << Dump(document.Procedure())
+      << ", \"status\": " << Dump(StatusWord(outcome.status)) << ",\n";
   WriteArray("messages", document.AllMessages(), MessageJson, out);
   out << ",\n";
   WriteArray("notes", document.Notes(), NoteJson, out);
