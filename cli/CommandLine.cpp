@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "backend/svcommon/design/MethodTable.h"
 #include "cli/HelpPage.h"
 #include "cli/UsageWords.h"
 #include "host/text/VariableNames.h"
@@ -125,7 +126,7 @@ public:
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   }
   // A flag takes no value, not even "=true".
-  void AddFlag(const char* name, bool& value, const char* help) {
+  void AddFlag(const char* name, bool& value, const std::string& help) {
     fApp.add_flag(name, value, help)->group(fpName)->disable_flag_override();
   }
 
@@ -252,9 +253,10 @@ void AddWholeCommand(CLI::App& app, RunOptions& options) {
 // Everything about a run that isn't in a command: how to draw, what to write beside its files, what to show.
 void AddSession(CLI::App& app, RunOptions& options) {
   OptionGroup group(app, kSessionGroup);
+  const auto isInexact = [](const SVMethod& method) { return method.statedProbs != StatedProbs::kMet; };
   group.AddFlag(
       "--exact-design", options.settings.exactDesign,
-      "Draw by PPS_WOR, PPS_BREWER and PPS_SAMPFORD with exactly the probabilities that are stated");
+      "Draw by " + MethodNames(isInexact, ", ", " and ") + " with exactly the probabilities that are stated");
   group
       .Add("--threads", options.settings.threads, "N",
            "Number of threads; if not given, the number of processors. The sample is the same with any")

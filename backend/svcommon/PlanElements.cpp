@@ -1,5 +1,6 @@
 #include "backend/svcommon/PlanElements.h"
 
+#include <algorithm>
 #include <xercesc/dom/DOMElement.hpp>
 #include <xercesc/dom/DOMNodeList.hpp>
 #include <xercesc/util/XMLString.hpp>
@@ -37,6 +38,11 @@ std::vector<const xercesc::DOMElement*> FindAll(const xercesc::DOMElement* paren
 
 bool IsWord(const xercesc::DOMElement* element, const XMLCh* attribute, const XMLCh* word) {
   return xercesc::XMLString::equals(element->getAttribute(attribute), word);
+}
+
+bool IsWord(const xercesc::DOMElement* element, const XMLCh* attribute, std::string_view asciiWord) {
+  const std::u16string_view text = element->getAttribute(attribute);
+  return std::equal(text.begin(), text.end(), asciiWord.begin(), asciiWord.end());
 }
 
 }  // namespace SV_XML

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 #include <vector>
 #include <xercesc/util/XercesDefs.hpp>
 
@@ -25,6 +26,7 @@ std::vector<const xercesc::DOMElement*> FindAll(const xercesc::DOMElement* paren
 
 // Whether the attribute has exactly that text.
 bool IsWord(const xercesc::DOMElement* element, const XMLCh* attribute, const XMLCh* word);
+bool IsWord(const xercesc::DOMElement* element, const XMLCh* attribute, std::string_view asciiWord);
 
 // The running code of a plan keeps its first fault; a part of a plan tells its last.
 inline int FirstFault(int code, int next) {

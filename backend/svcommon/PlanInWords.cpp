@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
+#include "backend/svcommon/design/MethodTable.h"
 #include "host/text/DisplayText.h"
 
 namespace {
@@ -26,35 +27,6 @@ std::string NamesText(const std::vector<KorvVarName>& names) {
   std::string text;
   for (const KorvVarName& name : names) text += (text.empty() ? "" : ", ") + PrintableText(name.Text());
   return text.empty() ? "none" : text;
-}
-
-const char* MethodText(std::int32_t type) {
-  switch (type) {
-    case kSamplingSimpleWor:
-      return "at random without replacement, each unit with the same probability";
-    case kSamplingSimpleWr:
-      return "at random with replacement, each unit with the same probability";
-    case kSamplingSimpleSystematic:
-      return "systematic: at fixed intervals from a random start, each unit with the same probability";
-    case kSamplingSimpleChromy:
-      return "sequential, each unit with the same probability";
-    case kSamplingPpsWor:
-      return "at random without replacement, in proportion to size";
-    case kSamplingPpsWr:
-      return "at random with replacement, in proportion to size";
-    case kSamplingPpsSystematic:
-      return "systematic: at fixed intervals from a random start, in proportion to size";
-    case kSamplingPpsBrewer:
-      return "Brewer's, in proportion to size";
-    case kSamplingPpsMurthy:
-      return "Murthy's, in proportion to size";
-    case kSamplingPpsSampford:
-      return "Sampford's, in proportion to size";
-    case kSamplingPpsChromy:
-      return "sequential, in proportion to size";
-    default:
-      return "none";
-  }
 }
 
 std::string BoundsText(double least, double most) {
@@ -95,7 +67,7 @@ void AddSize(const SVPlanStageSpecs& stage, Lines* lines) {
     text = "variable " + PrintableText(stage.paramVariable.Text());
   } else if (stage.paramSource == kParamByVarCatList) {
     text = TableText(stage.paramMatrix);
-  } else if (stage.type != kSamplingPpsBrewer && stage.type != kSamplingPpsMurthy) {
+  } else if (!MethodOfType(stage.type).twoUnits) {
     text = "none";
   }
   const bool isRate = stage.paramKind == kParamRate;
@@ -139,9 +111,9 @@ void AddStage(const SVPlanSpecs& plan, int number, Lines* lines) {
   lines->push_back("Stage " + std::to_string(number) + label);
   lines->push_back("  Strata: " + NamesText(stage.strataVariables));
   lines->push_back("  Clusters: " + NamesText(stage.clusterVariables));
-  lines->push_back("  Method: " + std::string(MethodText(stage.type)));
+  lines->push_back("  Method: " + std::string(MethodOfType(stage.type).inWords));
   AddSize(stage, lines);
-  if (IsPpsType(stage.type)) AddMeasureOfSize(plan, lines);
+  if (MethodOfType(stage.type).IsPps()) AddMeasureOfSize(plan, lines);
   AddOutputs(stage, lines);
 }
 

@@ -1,10 +1,9 @@
-#include <algorithm>
-#include <iterator>
 #include <xercesc/dom/DOMElement.hpp>
 
 #include "backend/svcommon/PlanElements.h"
 #include "backend/svcommon/PlanReadErrors.h"
 #include "backend/svcommon/PlanXmlReader.h"
+#include "backend/svcommon/design/MethodTable.h"
 #include "host/numeric/Fuzzy.h"
 
 // The stages of a plan. A stage is read to its end whatever is found, and the running code keeps the first
@@ -13,38 +12,24 @@ namespace SV_XML {
 
 namespace {
 
-struct Word {
-  const XMLCh* text;
+// The rows of kMethods have these two members as well.
+struct EstimationMethod {
+  std::string_view word;
   SamplingType type;
 };
-
-constexpr Word kSelectionMethods[] = {
-    {u"simple_wor", kSamplingSimpleWor},
-    {u"simple_wr", kSamplingSimpleWr},
-    {u"simple_systematic", kSamplingSimpleSystematic},
-    {u"simple_chromy", kSamplingSimpleChromy},
-    {u"pps_wor", kSamplingPpsWor},
-    {u"pps_wr", kSamplingPpsWr},
-    {u"pps_systematic", kSamplingPpsSystematic},
-    {u"pps_brewer", kSamplingPpsBrewer},
-    {u"pps_murthy", kSamplingPpsMurthy},
-    {u"pps_sampford", kSamplingPpsSampford},
-    {u"pps_chromy", kSamplingPpsChromy},
+constexpr EstimationMethod kEstimationMethods[] = {
+    {"equal_wor", kSamplingEqualWor},
+    {"unequal_wor", kSamplingUnequalWor},
+    {"wr", kSamplingWr},
 };
 
-constexpr Word kEstimationMethods[] = {
-    {u"equal_wor", kSamplingEqualWor},
-    {u"unequal_wor", kSamplingUnequalWor},
-    {u"wr", kSamplingWr},
-};
-
-// The type of the attribute's word, kSamplingNoValue when it is none of the words.
-template <std::size_t kCount>
-SamplingType TypeOf(const xercesc::DOMElement* element, const XMLCh* attribute, const Word (&words)[kCount]) {
-  const Word* const word = std::find_if(std::begin(words), std::end(words), [&](const Word& candidate) {
-    return IsWord(element, attribute, candidate.text);
-  });
-  return word == std::end(words) ? kSamplingNoValue : word->type;
+// The type of the row that has the attribute's word, kSamplingNoValue when none has.
+template <class Rows>
+SamplingType TypeOf(const xercesc::DOMElement* element, const XMLCh* attribute, const Rows& rows) {
+  for (const auto& row : rows) {
+    if (IsWord(element, attribute, row.word)) return row.type;
+  }
+  return kSamplingNoValue;
 }
 
 }  // namespace
@@ -70,7 +55,7 @@ int PlanXmlReader::ReadSampleStage(const Element* element, int number, int runni
   code = FirstFault(code, ReadStrata(element, number));
   code = FirstFault(code, ReadClusters(element, number));
   code = ReadSizeOrRate(element, number, code);
-  if (IsPpsType(stage->type)) code = FirstFault(code, ReadMos(element));
+  if (MethodOfType(stage->type).IsPps()) code = FirstFault(code, ReadMos(element));
   return FirstFault(code, ReadOutputs(element, stage));
 }
 
@@ -80,10 +65,10 @@ void PlanXmlReader::ReadStageHead(const Element* element, SVPlanStageSpecs* stag
 }
 
 int PlanXmlReader::ReadSelectionMethod(const Element* element, int number, SVPlanStageSpecs* stage) const {
-  stage->type = TypeOf(element, u"selectionMethod", kSelectionMethods);
-  if (stage->type == kSamplingNoValue || (IsPpsType(stage->type) && number >= 2)) return kPlanIllegalMethod;
-  const bool isWithReplacement = stage->type == kSamplingSimpleWr || stage->type == kSamplingPpsWr;
-  return isWithReplacement && number != fpPlan->numStages() ? kPlanReplacementBeforeLast : 0;
+  stage->type = TypeOf(element, u"selectionMethod", kMethods);
+  const SVMethod& method = MethodOfType(stage->type);
+  if (method.code == kMethodNone || (method.IsPps() && number >= 2)) return kPlanIllegalMethod;
+  return method.withReplacement && number != fpPlan->numStages() ? kPlanReplacementBeforeLast : 0;
 }
 
 int PlanXmlReader::ReadSizeOrRate(const Element* element, int number, int runningCode) {
@@ -97,8 +82,7 @@ int PlanXmlReader::ReadSizeOrRate(const Element* element, int number, int runnin
     const int code = FirstFault(runningCode, ReadHolder(rate, number));
     return ReadRateBounds(rate, stage, code);
   }
-  const bool hasFixedSize = stage->type == kSamplingPpsBrewer || stage->type == kSamplingPpsMurthy;
-  return FirstFault(runningCode, hasFixedSize ? 0 : kPlanNoSizeOrRate);
+  return FirstFault(runningCode, MethodOfType(stage->type).twoUnits ? 0 : kPlanNoSizeOrRate);
 }
 
 int PlanXmlReader::ReadRateBounds(const Element* rate, SVPlanStageSpecs* stage, int runningCode) {
@@ -155,10 +139,11 @@ int PlanXmlReader::ReadOutputs(const Element* element, SVPlanStageSpecs* stage) 
   return code;
 }
 
-// A lone stage of these methods needs clusters: their units carry joint probabilities.
+// A lone stage that writes joint probabilities in any case needs clusters: the rows of their file are named
+// by them.
 int PlanXmlReader::CheckOnlyStage() const {
   const SVPlanStageSpecs& stage = fpPlan->stages.front();
-  const bool needsClusters = HasJointProbs(MethodOfSamplingType(stage.type));
+  const bool needsClusters = MethodOfType(stage.type).writesJointUnasked;
   return needsClusters && stage.designVariableNames.empty() ? kPlanClusterMissing : 0;
 }
 

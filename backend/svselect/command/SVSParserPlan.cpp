@@ -1,4 +1,5 @@
 #include "backend/svcommon/SVPlanSpecs.h"
+#include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/command/SVSParser.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "host/model/KORV_DataSource.h"
@@ -98,12 +99,14 @@ bool SVSParser::CheckSelectStages() {
 
 // The method of the first stage decides whether there is a joint probability file.
 bool SVSParser::CheckJointProbFile(const SVPlanStageSpecs& stage) {
-  const bool isGiven = seenJointProb > 0;
-  if (HasJointProbs(MethodOfSamplingType(stage.type))) return isGiven || MakeDefaultJointProbFile();
-  if (isGiven) {
+  const SVMethod& method = MethodOfType(stage.type);
+  if (seenJointProb == 0) return !method.writesJointUnasked || MakeDefaultJointProbFile();
+  if (!method.hasJointProbs) {
     jointProbFile.clear();
     specs->SetJointProbFile(jointProbFile, true);
-    messages.SubcommandIgnored("JOINTPROB", "TYPE", "PPS_WR/PPS_SYSTEMATIC/PPS_CHROMY/SIMPLE");
+    const auto isPpsWithout = [](const SVMethod& m) { return m.IsPps() && !m.hasJointProbs; };
+    messages.SubcommandIgnored("JOINTPROB", "TYPE",
+                               (MethodNames(isPpsWithout, "/", "/") + "/SIMPLE").c_str());
   }
   return true;
 }
@@ -165,17 +168,16 @@ bool SVSParser::TranslateStage(const SVPlanStageSpecs& stageSpecs, DesignStage& 
   if (stageSpecs.maxSize > 0) stage.setRateMaxSize(stageSpecs.maxSize);
   if (!StandInForPreviousWeight(stageSpecs)) return false;
 
+  const SVMethod& method = MethodOfType(stageSpecs.type);
   if (InSelectedRange()) {
     if (!RequestOutputs(stageSpecs, stage)) return false;
     // A unit that is drawn more than once needs a file that can hold its case more than once.
-    const bool isWithReplacement = IsWithReplacement(MethodOfSamplingType(stageSpecs.type));
-    if (isWithReplacement && seenSampleFile == 0) {
-      messages.SubcommandRequiredBy("SAMPLEFILE", "METHOD",
-                                    stageSpecs.type == kSamplingPpsWr ? "PPS_WR" : "SIMPLE_WR");
+    if (method.withReplacement && seenSampleFile == 0) {
+      messages.SubcommandRequiredBy("SAMPLEFILE", "METHOD", MethodName(method).c_str());
       return false;
     }
   }
-  stage.setMethodType(MethodOfSamplingType(stageSpecs.type));
+  stage.setMethodType(method.code);
   if (currentStage == 1 && plan->estimation == kSamplingWr) stage.setEstimatorType(kEstimatorWr);
   if (!TranslateParameter(stageSpecs, stage)) return false;
   return stageSpecs.paramSource != kParamByVarCatList || ReadMatrix(stageSpecs, table);

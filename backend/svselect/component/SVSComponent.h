@@ -19,8 +19,8 @@
 // Threads:    one thread; the joint probabilities use workers of their own within Run().
 class SVSComponent : public SVSCompSettings {
 public:
-  // The status is an error from here on when the settings don't pass Validate(), or when they need joint
-  // probabilities (92012) and `jointProbs` is null.
+  // The status is an error from here on when the settings don't pass Validate(), or when their method
+  // writes joint probabilities unasked (92012) and `jointProbs` is null.
   SVSComponent(const SVSCompSettings& settings, MCSV::SVSOutJointProbs* jointProbs);
   ~SVSComponent();
   SVSComponent(const SVSComponent&) = delete;

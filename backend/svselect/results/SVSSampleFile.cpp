@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "backend/svcommon/adapters/SVProcDSMultiIter.h"
+#include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "backend/svselect/component/SVSComponent.h"
 #include "backend/svselect/records/SVSInputAdapter.h"
@@ -258,7 +259,7 @@ int SVSSampleFile::FindRepeatPosition() const {
   if (fNewStages.empty()) return kNoRepeats;
   const std::int32_t maxStage = *std::max_element(fNewStages.begin(), fNewStages.end());
   for (std::size_t i = 0; i < fNewStages.size(); ++i) {
-    if (fNewStages[i] == maxStage && fNewKinds[i] == kOutIndex && IsWithReplacement(fNewMethods[i])) {
+    if (fNewStages[i] == maxStage && fNewKinds[i] == kOutIndex && MethodOf(fNewMethods[i]).withReplacement) {
       return static_cast<int>(i);
     }
   }

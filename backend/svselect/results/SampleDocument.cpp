@@ -6,6 +6,7 @@
 #include <sstream>
 #include <string>
 
+#include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "host/environment/Clocks.h"
 #include "host/model/KORV_DataSource.h"
@@ -33,35 +34,6 @@ constexpr std::size_t kStageSize = 3;         // the same of a stage number
 constexpr char kFirstPrefix[] = "document ";  // of the first line; the others are indented by as much
 constexpr char kOtherPrefix[] = "         ";
 static_assert(sizeof kFirstPrefix == sizeof kOtherPrefix);
-
-constexpr char kReplacement[] = "Sampling with replacement";
-constexpr char kUnequal[] =
-    "Unequal probability sampling without replacement(using joint inclusion probabilitites)";
-
-struct MethodTexts {
-  const char* method;
-  const char* estimator;
-};
-// By MethodType.
-constexpr MethodTexts kMethodTexts[] = {
-    {"", ""},
-    {"Simple random sampling without replacement", "Equal probability sampling without replacement"},
-    {"Simple random sampling with replacement", kReplacement},
-    {"Systematic sampling with equal probability", kReplacement},
-    {"Chromy (sequential) sampling with equal probability", kReplacement},
-    {"PPS sampling without replacement", kUnequal},
-    {"PPS sampling with replacement", kReplacement},
-    {"Systematic sampling with PPS", kReplacement},
-    {"Chromy (sequential) sampling with PPS", kReplacement},
-    {"Brewer sampling with PPS", kUnequal},
-    {"Murthy sampling with PPS", kUnequal},
-    {"Sampford sampling with PPS", kUnequal},
-};
-
-const MethodTexts& TextsOf(std::int32_t method) {
-  const auto index = static_cast<std::size_t>(method);
-  return index < std::size(kMethodTexts) ? kMethodTexts[index] : kMethodTexts[kMethodNone];
-}
 
 std::string NumberText(double value) {
   std::ostringstream out;
@@ -98,15 +70,15 @@ private:
   }
 
   void AddStage(const DesignStage& stage) {
-    const MethodTexts& texts = TextsOf(stage.methodType());
+    const SVMethod& method = MethodOf(stage.methodType());
     AddVariables("Stratification Variables: ", stage.strataVariables());
     AddVariables("Cluster Variables: ", stage.clusterVariables());
-    if (stage.methodType() != kMethodNone) fTexts.Add(std::string("Selection Method: ") + texts.method);
+    if (stage.methodType() != kMethodNone) fTexts.Add("Selection Method: " + std::string(method.title));
     AddMeasureOfSize();
     AddInclusion(stage);
     AddBound("Minimum Number of Units Sampled: ", stage.rateMinSize());
     AddBound("Maximum Number of Units Sampled: ", stage.rateMaxSize());
-    fTexts.Add(std::string("Estimator Assumption: ") + texts.estimator);
+    fTexts.Add("Estimator Assumption: " + std::string(method.estimator));
   }
 
   void AddVariables(const char* prefix, const std::vector<std::int32_t>& variables) {

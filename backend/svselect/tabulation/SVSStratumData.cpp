@@ -4,6 +4,7 @@
 #include <cassert>
 #include <cmath>
 
+#include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
 #include "backend/svselect/selection/SVSCallBackJointProb.h"
@@ -21,11 +22,6 @@ using MCMV::gMissingValue;
 // Two values count as equal within this many roundings of the one that was there first.
 constexpr double kConstTolerance = 2.0 * MCCommonMath::MCPower::gMachineEpsilon;
 
-// The methods whose number of units is theirs, whatever the stage asks for.
-bool DrawsTwoUnits(std::int32_t method) {
-  return method == kMethodPpsBrewer || method == kMethodPpsMurthy;
-}
-
 }  // namespace
 
 SVSStratumData::SVSStratumData(const SVSCompSettings* settings, std::int32_t stage, SVCancelInfo* cancelInfo,
@@ -40,7 +36,7 @@ SVSStratumData::SVSStratumData(const SVSCompSettings* settings, std::int32_t sta
   assert(design != nullptr);
   fSelectMethod = design->methodType();
   fInclProbType = design->inclusionType();
-  if (IsEqualProbability(fSelectMethod)) {
+  if (MethodOf(fSelectMethod).equalProbability) {
     fInitSizeMeasure = 1.0;
   } else if (settings->MOSFromData()) {
     fInitSizeMeasure = 0.0;
@@ -92,7 +88,7 @@ void SVSStratumData::AddRecord(const SVKey& unitKey, const double* record) {
 
 // It yields the same request whenever it runs, and raises the same warnings: those the collector drops.
 void SVSStratumData::ComputeRequest() {
-  if (DrawsTwoUnits(fSelectMethod)) {
+  if (MethodOf(fSelectMethod).twoUnits) {
     fRequestSampleSize = 2;
     fRequestSampleRate = 2.0 / NumUnits();
     return;
@@ -114,7 +110,8 @@ void SVSStratumData::RequestSize(double size) {
     return;
   }
   const std::int32_t n = TruncateToInt32(size);
-  if (!IsWithReplacement(fSelectMethod) && n > NumUnits()) fStatus = WarningStatus(kStatusSizeAboveUnits);
+  if (!MethodOf(fSelectMethod).withReplacement && n > NumUnits())
+    fStatus = WarningStatus(kStatusSizeAboveUnits);
   if (n < 0) return;
   fRequestSampleSize = n;
   if (NumUnits() > 0) fRequestSampleRate = static_cast<double>(n) / NumUnits();
@@ -125,7 +122,7 @@ void SVSStratumData::RequestRate(double rate) {
     fStatus = ErrorStatus(kStatusMissingSpec);
     return;
   }
-  if (!IsWithReplacement(fSelectMethod) && rate > 1.0) fStatus = WarningStatus(kStatusRateAboveOne);
+  if (!MethodOf(fSelectMethod).withReplacement && rate > 1.0) fStatus = WarningStatus(kStatusRateAboveOne);
   // Halves round up. The whole part is stepped up as a double: as an integer it could be the largest already.
   const double share = NumUnits() * rate;
   double whole = std::trunc(share);
@@ -158,7 +155,7 @@ double SVSStratumData::GetSelectRate() const {
 
 SVStatus SVSStratumData::Select() {
   if (fbUseMOSVar) BoundSizes(fClusterTablePairs, fpSettings->MOSMin(), fpSettings->MOSMax());
-  if (fSelectMethod == kMethodPpsWor) SortBySize(&fClusterTablePairs, fpSettings->ExactDesign());
+  if (MethodOf(fSelectMethod).ordersBySize) SortBySize(&fClusterTablePairs, fpSettings->ExactDesign());
   fClusterSelectPairs.clear();
   ComputeRequest();
   if (!fStatus.IsError()) {
