@@ -25,7 +25,8 @@ const xercesc::DOMElement* FindChild(const xercesc::DOMNode* parent, const XMLCh
 
 std::vector<const xercesc::DOMElement*> FindAll(const xercesc::DOMElement* parent, const XMLCh* name,
                                                 std::size_t most) {
-  // The list remembers the item asked for last and goes on from there, so that this walks the tree once.
+  // This is one walk over the tree, not one per item: the list remembers the item that was asked for last and
+  // searches on from there. Asking for its length first would undo that.
   const xercesc::DOMNodeList* const list = parent->getElementsByTagName(name);
   std::vector<const xercesc::DOMElement*> found;
   while (found.size() < most) {

@@ -8,8 +8,7 @@
 
 // The table of methods: whatever anybody asks about a method of selection, one row for each. Plan reader,
 // parser, computation, documents and messages all read it, and the tests loop over it. How a method draws is
-// in the second column, `backend/svselect/selection/MethodFunctions.h`, which has the same rows in the same
-// order.
+// in the second column, backend/svselect/selection/MethodFunctions.h, with the same rows in the same order.
 
 // The largest inclusion probability n p(i) that a method lets a unit have. A unit beyond it is refused.
 enum class SizeLimit { kNone, kAtMostOne, kBelowOne };

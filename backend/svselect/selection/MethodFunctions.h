@@ -37,8 +37,7 @@ DrawFunction DrawSimpleWor, DrawSimpleWr, DrawSimpleSystematic, DrawSequential, 
 JointFunction PpsWorJointWork, SampfordJointWork, MurthyJointWork;
 SharedItemsFunction PpsWorSharedSteps, SampfordSharedRows;
 
-// The lists of sizes that a method reads. Each list of a large stratum takes megabytes, so no other is
-// formed.
+// The lists of sizes that a method reads. A list of a large stratum takes megabytes, so no others are formed.
 enum class SizeLists {
   kNone,
   kLine,    // s, p, S: points on a line of length M fall to units

@@ -18,10 +18,9 @@
 // Results:  inclusion probability pi(i), weight 1 / pi(i).
 // Source:   [Murthy57] in docs/BIBLIOGRAPHY.md.
 // Domain:   any sizes; n isn't looked at.
-// Accuracy: relative error of pi(i) about N (1 + r(i)) 2^-53, beside what rounding 1 - p makes: Q has that of
-// a
-//           plain sum, of which 1 - r(i) can take away nearly all. The draws are within N 2^-53 of their
-//           probabilities.
+// Accuracy: relative error of pi(i) about N (1 + r(i)) 2^-53, beside what rounding 1 - p makes: Q has the
+//           error of a plain sum, and r(i) can be nearly all of it. The draws are within about N 2^-53 of
+//           their probabilities.
 
 #include "backend/svselect/selection/Murthy.h"
 

@@ -10,9 +10,8 @@
 // Results:  inclusion probability n p(i), weight 1 / (n p(i)), the points in the unit's interval as hits.
 // Source:   [Madow49] in docs/BIBLIOGRAPHY.md.
 // Domain:   s(i) <= M / n, else 92032. A negative size leads the line back; see AddHits().
-// Accuracy: each point is a product and a sum, not repeated addition, which would lose the last point. S(i)
-// is
-//           a plain sum, so unit i is taken with a probability within about n N 2^-52 of n p(i).
+// Accuracy: each point is a product and a sum, not repeated addition, which could lose the last point. S(i)
+//           is a plain sum, so unit i is taken with a probability within about n N 2^-52 of n p(i).
 
 #include "backend/svselect/selection/HitCounts.h"
 #include "backend/svselect/selection/MethodFunctions.h"

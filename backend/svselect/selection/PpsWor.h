@@ -6,9 +6,8 @@
 
 // The arithmetic of PPS_WOR, which PpsWor.cpp explains.
 //
-// Notation: j = 1..N; T = c(N-n), the share of all but the last n; z(j) = p(N-n+j) for j = 1..n, the shares
-// of
-//           these, and z(n+1) = 1/n. Lists are 0-based: list[j-1] is entry j.
+// Notation: j = 1..N; T = c(N-n), the share of all but the last n units; z(j) = p(N-n+j) for j = 1..n, the
+//           shares of these n, and z(n+1) = 1/n. Lists are 0-based: list[j-1] is entry j.
 // Domain:   1 <= n <= N; with z(1) = z(n) the first step has no meaning and the turns take i = n. All values
 //           are computed as written for any sizes; lists that don't ascend are the caller's to bear.
 

@@ -5,12 +5,12 @@
 // Each draw is a point u M on a line of length M, where the units follow one another, each as long as its
 // size: the point hits the unit whose interval S(i-1) < u M <= S(i) holds it.
 //
-// Results:  hits as drawn; inclusion probability 1 - (1 - p(i))^n, that of one hit or more; weight 1 / (n
-// p(i)). Source:   [HansenHurwitz43] in docs/BIBLIOGRAPHY.md. Domain:   any sizes. A negative one leads the
-// line back; see AddHits(). Accuracy: S(i) is a plain sum, so a draw hits unit i with a probability within
-// about N 2^-52 of p(i). The
-//           inclusion probability loses digits as 1 - p(i) does: a relative error of up to about 2^-53 /
-//           p(i).
+// Results:  hits as drawn; inclusion probability 1 - (1 - p(i))^n, that of one hit or more; weight
+//           1 / (n p(i)), whatever the hits.
+// Source:   [HansenHurwitz43] in docs/BIBLIOGRAPHY.md.
+// Domain:   any sizes. A negative one leads the line back; see AddHits().
+// Accuracy: S(i) is a plain sum, so a draw hits unit i with a probability within about N 2^-52 of p(i). The
+//           inclusion probability has a relative error of up to about 2^-53 / p(i), as 1 - p(i) is rounded.
 
 #include <algorithm>
 #include <cmath>

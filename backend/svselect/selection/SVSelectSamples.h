@@ -30,8 +30,7 @@ class MCRandomTwister;
 //             own life, the rest from SetRandom() and Prepare() on.
 // Threads:    the thread of the run; JointProbsRange() of different ranges may run in parallel.
 // Notation:   that of SVSStratumView.h, units 1..N being those of the list given to Prepare(). Unit numbers
-// kept
-//             here are 1-based.
+//             kept here are 1-based.
 // Errors:     the status stays in the engine, and once it is an error nothing changes it and nothing more is
 //             computed: 1 when cancelled, 92031 a size is missing, 92032 a size is too large for the method,
 //             92036 no memory for the joint probabilities.

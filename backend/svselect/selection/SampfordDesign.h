@@ -21,11 +21,14 @@ class MCRandomTwister;
 // taken before it. That is the weight of all samples that go on by taking the unit, over the weight of all
 // that go on at all; so we need the summed weight of the ways to complete a sample.
 //
-// A state. Let some units be taken already, a the sum of their 1 - w, and m units still to be taken from
-// those that follow. A completion t by m of them has the weight prod_{j in t} lambda(j) (a + sum_{i in t} (1
-// - w(i))), but for the product of the lambda already taken, which is the same for all. Multiply it by the
-// product of 1 - w over all units that follow, which is also the same for all: each lambda becomes w, and
-// each unit left out counts with 1 - w. Summed over the completions,
+// A state. Let some units be taken already, let a be the sum of their 1 - w, and let m units be still to take
+// from those that follow. A completion t by m of these has the weight
+//
+//   prod_{j in t} lambda(j)  *  (a + sum_{i in t} (1 - w(i)))
+//
+// but for the product of the lambda already taken, which is the same for all t. Multiply it by the product of
+// 1 - w over all units that follow, which is also the same for all t: each lambda becomes w, and each unit
+// left out counts with 1 - w. The sum over all completions is
 //
 //   a R(m) + H(m),
 //   R(m) = sum over the subsets t of m units of prod_{in t} w * prod_{not in t} (1 - w),
@@ -35,15 +38,15 @@ class MCRandomTwister;
 // probability of m successes in independent trials of chances w, so all R add up to 1 and all H to at most n,
 // and nothing overflows.
 //
-// A step. With R and H of the units after unit i, taking it leaves (a + 1 - w) R(m-1) + H(m-1), with the
-// factor w; leaving it out a R(m) + H(m), with the factor 1 - w. The rows themselves are formed from the last
-// unit to the first by the same two cases (PrependUnit), by addition of positive terms alone, so the
+// A step. Let R and H be those of the units after unit i. Taking it leaves w ((a + 1 - w) R(m-1) + H(m-1)),
+// leaving it out (1 - w) (a R(m) + H(m)); TakeProbability() is the first over both. The same two cases form
+// the rows, from the last unit to the first (PrependUnit), by addition of positive terms alone, so the
 // probabilities keep nearly all their digits.
 //
-// Memory. N rows of n entries are too many for a large stratum, and the draw needs them in the opposite order
-// to that in which they are formed. So the units are cut into blocks: only the row at each block's begin is
-// kept on the way down, and a block's own rows are formed again when the draw comes to it. That doubles the
-// work and leaves the draw the same to the last bit.
+// Memory. N rows of n entries are too many for a large stratum, and the draw needs the row first that was
+// formed last. So the units are cut into blocks: on the way from the last unit to the first only one row a
+// block is kept, and the rows of a block are formed again when the draw comes to it. That doubles the work,
+// and leaves the draw the same to the last bit.
 //
 // Source:   [Sampford67] in docs/BIBLIOGRAPHY.md; the sequential form is ours.
 // Domain:   0 <= w(i) < 1 for all units, their sum is n up to rounding, 0 < n <= N.

@@ -12,15 +12,15 @@
 // number at most, and then F(k) is no greater than F(k-1):
 //
 //   T(k-1) = I(k-1)      F(k) >  F(k-1)   one more with probability (F(k) - F(k-1)) / (1 - F(k-1))
-//                        F(k) <= F(k-1)   T(k) = I(k): a whole number was passed, and the hit is certain
-//   T(k-1) = I(k-1) + 1  F(k) >= F(k-1)   T(k) = I(k) + 1: the hit is there already, and is the only one
+//                        F(k) <= F(k-1)   T(k) = I(k): a certain hit, if a whole number was passed
+//   T(k-1) = I(k-1) + 1  F(k) >= F(k-1)   T(k) = I(k) + 1: the hit is there already
 //                        F(k) <  F(k-1)   one more than I(k) with probability F(k) / F(k-1)
 //
-// The two roads to I(k) + 1 add up to F(k): without a whole number passed, F(k-1) + (1 - F(k-1)) (F(k) -
-// F(k-1)) / (1 - F(k-1)), with one, F(k-1) F(k) / F(k-1).
+// The two roads to I(k) + 1 have F(k) together. Without a whole number passed they have
+// F(k-1) + (1 - F(k-1)) (F(k) - F(k-1)) / (1 - F(k-1)), and with one F(k-1) F(k) / F(k-1).
 //
-// Results:  inclusion probability n p(i), weight 1 / (n p(i)); T(k) - T(k-1) hits, which is 1 but for
-// rounding. Source:   [Chromy79] in docs/BIBLIOGRAPHY.md, there with n p(i) of any size; here 1 is the most.
+// Results:  inclusion probability n p(i), weight 1 / (n p(i)), as hits T(k) - T(k-1): 1 but for rounding.
+// Source:   [Chromy79] in docs/BIBLIOGRAPHY.md, there with n p(i) of any size; here 1 is the most.
 // Domain:   s(i) <= M / n, else 92032.
 // Accuracy: C(k) is a plain sum, so a unit's probability is within about n N 2^-53 of n p(i), and the sample
 //           has n units but for a probability of that order, with which it has one less or more.
