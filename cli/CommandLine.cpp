@@ -1,5 +1,6 @@
 #include "cli/CommandLine.h"
 
+#include <CLI/App.hpp>
 #include <algorithm>
 #include <array>
 #include <set>
@@ -8,14 +9,29 @@
 
 #include "backend/svcommon/design/MethodTable.h"
 #include "cli/HelpPage.h"
-#include "cli/ReportKind.h"
 #include "cli/UsageWords.h"
 #include "host/text/VariableNames.h"
+#include "session/RunReport.h"
+
+// How a command line is checked, from the single word to the whole:
+//
+//   1. Before parsing, OverlookedWords() finds words that the parser would accept in a sense not meant.
+//   2. While parsing, each value passes the validators of its option: WhyNoValue() for all, then one that
+//      knows what the option takes. They return the message, or an empty text. A value that is wrong
+//      whatever the other options are is refused here, so that no text can smuggle a further keyword into
+//      the command that is made of the parts.
+//   3. After parsing, UnexpectedWords() reports words that belong to no option; then UsageError() looks at
+//      the options together.
+//
+// Only the form is checked. Whether a file can be read or a variable exists is for the run to find out: it
+// knows more, and its messages are the same for a command that wasn't made of options.
 
 namespace {
 
-constexpr int kMaxThreads = 1024;
-constexpr std::string_view kMaxSeed = "2147483647";
+constexpr int kMaxThreads = 1024;  // far above any use; keeps a typo from asking for millions
+constexpr std::string_view kMaxSeed = "2147483647";  // 2^31 - 1, the largest that the command takes
+
+// Headings of the help page. FirstPart() recognises the parts of the command by their group.
 
 const char* const kFrameGroup = "THE FRAME";
 const char* const kPartsGroup = "WHAT TO DRAW AND WRITE: THE COMMAND BY ITS PARTS";
@@ -23,6 +39,8 @@ const char* const kWholeGroup = "THE COMMAND AS A WHOLE";
 const char* const kSessionGroup = "THE RUN";
 const char* const kHelpGroup = "HELP";
 
+// The sections after the options. tools/check-docs doesn't look at them: whoever changes an option checks
+// them and docs/svselect.1 by eye.
 const char* const kRunAfter = R"(EXIT STATUS
   0    the run ended without an error
   1    an error was raised, or a file that was named can't be used
@@ -36,7 +54,7 @@ EXAMPLES
   Draw from the rows of a query, in the order of two variables:
     svselect run --sql "SELECT * FROM 'schools.csv' WHERE type = 'H'" \
         --sort county,district --plan plan.xml --sample sample.parquet
-  See the command that the options stand for:
+  Show the command that the options make:
     svselect run --plan plan.xml --seed 4711 --sample sample.csv --explain
 )";
 
@@ -58,16 +76,16 @@ EXAMPLES
 )";
 
 const char* const kProgramAfter = R"(EXAMPLES
-  What a file holds, what a plan says, and a sample by it:
+  Describe a data file and a plan, and draw a sample by the plan:
     svselect describe schools.csv
     svselect plan plan.xml --data schools.csv
     svselect run --data schools.csv --plan plan.xml --sample sample.csv
 
-  svselect run --help tells all options of a run; so does svselect(1).
+  svselect run --help lists all options of a run; so does svselect(1).
 )";
 
-// A script's unset variable gives an empty text, and shall not read as an option that wasn't given; nor shall
-// the option behind one whose value was forgotten read as that value.
+// Refuses an empty value, which is usually an unset variable of a script and must not pass for an option that
+// wasn't given. Refuses a value that looks like an option: then the value before it was forgotten.
 std::string WhyNoValue(const std::string& text) {
   if (text.empty()) return "the value is empty";
   const bool isOption =
@@ -75,13 +93,15 @@ std::string WhyNoValue(const std::string& text) {
   return isOption ? "needs a value, and " + QuotedWord(text) + " follows" : "";
 }
 
-// Takes the blanks off an entry of a list, as of "a, b".
+// Removes the blanks around an entry of a list, as in "a, b". As a validator it may change the text, and
+// never finds an error.
 std::string Trim(std::string& text) {
   CLI::detail::trim(text);
   return "";
 }
 
-// Options of one group, each with its value's name in the help.
+// Declares options under one heading of the help page. `type` names the value there, as FILE or N. Every
+// option may be given once, except those of AddList() and AddRepeated().
 class OptionGroup {
 public:
   OptionGroup(CLI::App& app, const char* name) : fApp(app), fpName(name) {}
@@ -92,11 +112,12 @@ public:
   CLI::Option* Add(const char* name, int& value, const char* type, const char* help) {
     return Settle(fApp.add_option(name, value, help), type);
   }
-  // A list, in one value with commas or in several of the same option; never the words that follow.
+  // A list with commas, a repeated option, or both.
   CLI::Option* AddList(const char* name, std::vector<std::string>& values, const char* type,
                        const char* help) {
     return AddRepeated(name, values, type, help)->delimiter(',')->transform(CLI::Validator(Trim, ""));
   }
+  // Each use of the option takes exactly one word: the parser's default would take all words that follow.
   CLI::Option* AddRepeated(const char* name, std::vector<std::string>& values, const char* type,
                            const char* help) {
     return Settle(fApp.add_option(name, values, help), type)
@@ -104,6 +125,7 @@ public:
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   }
+  // A flag takes no value, not even "=true".
   void AddFlag(const char* name, bool& value, const std::string& help) {
     fApp.add_flag(name, value, help)->group(fpName)->disable_flag_override();
   }
@@ -117,6 +139,7 @@ private:
   const char* fpName;
 };
 
+// A validator from a test; the message is "'WORD' isn't WHAT".
 CLI::Validator Allowed(const char* what, bool (*isAllowed)(const std::string&)) {
   return CLI::Validator(
       [=](const std::string& text) -> std::string {
@@ -129,6 +152,7 @@ bool IsWholeNumber(const std::string& text) {
   return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
+// At most as many digits as fit an int, so that std::stoi() can't throw.
 bool IsThreads(const std::string& text) {
   constexpr std::size_t kMostDigits = 4;
   if (!IsWholeNumber(text) || text.size() > kMostDigits) return false;
@@ -140,6 +164,7 @@ bool IsStage(const std::string& text) {
   return text == "1" || text == "2" || text == "3";
 }
 
+// Compared as text: a number of any length must be refused without overflow. Leading zeros are fine.
 bool IsSeed(const std::string& text) {
   if (!IsWholeNumber(text)) return CLI::detail::to_lower(text) == "random";
   const std::string_view number =
@@ -148,6 +173,7 @@ bool IsSeed(const std::string& text) {
          (number.size() < kMaxSeed.size() || (number.size() == kMaxSeed.size() && number <= kMaxSeed));
 }
 
+// Keywords of the command may be in either case, and so may be their options.
 bool IsTable(const std::string& text) {
   const std::string word = CLI::detail::to_lower(text);
   return word == "selection" || word == "cps";
@@ -157,56 +183,63 @@ bool IsWhen(const std::string& text) {
   return text == "auto" || text == "always" || text == "never";
 }
 
-// One word of a command: what would end it or begin another thing can't stand in it.
+// Whether a text is one word of a command: none of the characters that end a word or start something else.
 bool IsWord(const std::string& text) {
   return text.find_first_of(" \t\r\n\f\v,=/()'\"") == std::string::npos;
 }
 
+// The options that every subcommand has, and its page.
 void AddHelp(CLI::App& app, const HelpPage& page) {
   app.set_help_flag("-h,--help", "Show this page")->group(kHelpGroup);
   app.set_version_flag("--version", "svselect " SV_VERSION, "Show the version")->group(kHelpGroup);
-  app.allow_extras();  // UnexpectedWords() tells them
+  app.allow_extras();  // UnexpectedWords() reports them, with a suggestion
   SetHelpPage(app, page);
 }
 
+// The frame of a run. `plan` and `describe` have options of their own for theirs: no query, no order.
 void AddFrame(CLI::App& app, FrameOptions& frame) {
   OptionGroup group(app, kFrameGroup);
   group.Add("--data", frame.path, "FRAME",
             "Data file to draw from: .sav, .parquet, .csv, .tsv, .json or .ndjson");
-  group.Add("--sql", frame.sql, "QUERY", "Query whose rows are drawn from, in place of --data");
+  group.Add("--sql", frame.sql, "QUERY", "Query whose rows are the cases, instead of --data");
   group.AddList(
       "--sort", frame.sort, "A,B",
       "Variables to order the cases by. Ties keep their order, missing values come first. The order "
       "matters to systematic and sequential selection");
-  group.Add("--schema", frame.schema, "FILE", "Table Schema of the frame, in place of the one beside it");
+  group.Add("--schema", frame.schema, "FILE", "Table Schema of the frame, instead of the one beside it");
   group.Add("--weight", frame.weight, "VAR", "Variable that weights the cases");
   group.AddList("--split", frame.split, "A,B", "Variables whose changes split the cases into groups");
 }
 
-void AddCommandParts(CLI::App& app, CommandOptions& parts) {
+// The options that CommandText() makes a command of. What each may hold is checked here as far as a wrong
+// value could change the meaning of the command; file names may hold anything, since they are quoted there.
+void AddCommandParts(CLI::App& app, CommandParts& parts) {
   OptionGroup group(app, kPartsGroup);
   const CLI::Validator isWord = Allowed("a name", IsWord);
   group.Add("--plan", parts.plan, "PLAN", "Sampling plan, an XML file");
-  group.AddList("--stages", parts.stages, "1,2", "Stages to draw. Without it, all")
+  group.AddList("--stages", parts.stages, "1,2", "Stages to draw; all if not given")
       ->check(Allowed("a stage: 1, 2 or 3", IsStage));
   group
       .Add("--seed", parts.seed, "N",
-           "Seed of the random numbers, 1 to 2147483647, or random. Without it, random")
+           "Seed of the random numbers, 1 to 2147483647, or random, which is the default")
       ->check(Allowed("a seed: a whole number from 1 to 2147483647, or random", IsSeed));
   group.AddFlag("--include-user-missing", parts.includeUserMissing,
-                "User-missing values of strata and cluster variables are categories of their own");
+                "Treat user-missing values of strata and cluster variables as categories of their own");
   group.AddFlag("--rename", parts.rename,
-                "Variables of the frame that have the name of a new one give way to it");
-  group.AddFlag("--presorted", parts.presorted, "The cases are sorted by the design variables");
+                "Rename variables of the frame that have the name of a new variable");
+  group.AddFlag("--presorted", parts.presorted,
+                "Says that the cases are sorted by the design variables. Accepted, but without effect: the "
+                "draw is the same without it");
   group.Add("--sample", parts.sample, "FILE", "Data file for the sample: .sav, .parquet, .csv or .tsv");
-  group.AddList("--keep", parts.keep, "A,B", "Variables to copy to the sample. Without it, all")
+  group.AddList("--keep", parts.keep, "A,B", "Variables to copy to the sample; all if not given")
       ->check(isWord);
   group.AddList("--drop", parts.drop, "A,B", "Variables not to copy to the sample, or ALL")->check(isWord);
   group.Add("--joint", parts.joint, "FILE", "Data file for the joint inclusion probabilities");
-  group.Add("--rule", parts.rule, "FILE", "Text file that states the sample as a rule");
+  group.Add("--rule", parts.rule, "FILE", "Text file for a rule that describes the sample");
   group
       .AddList("--print", parts.print, "WORDS",
-               "Tables to show: selection (what was asked for and drawn), cps (cases by stage)")
+               "Tables to show: selection (units requested and drawn by stratum), cps (numbers of valid, "
+               "invalid and all cases)")
       ->check(Allowed("a table: selection or cps", IsTable));
 }
 
@@ -217,6 +250,7 @@ void AddWholeCommand(CLI::App& app, RunOptions& options) {
   group.AddFlag("--explain", options.explain, "Show the command and do nothing else");
 }
 
+// Everything about a run that isn't in a command: how to draw, what to write beside its files, what to show.
 void AddSession(CLI::App& app, RunOptions& options) {
   OptionGroup group(app, kSessionGroup);
   const auto isInexact = [](const SVMethod& method) { return method.statedProbs != StatedProbs::kMet; };
@@ -225,27 +259,28 @@ void AddSession(CLI::App& app, RunOptions& options) {
       "Draw by " + MethodNames(isInexact, ", ", " and ") + " with exactly the probabilities that are stated");
   group
       .Add("--threads", options.settings.threads, "N",
-           "Threads. Without it, as many as the machine has processors. The sample is the same with any")
+           "Number of threads; if not given, the number of processors. The sample is the same with any")
       ->check(Allowed("a number of threads: 1 to 1024", IsThreads));
   group.AddRepeated("--report", options.reports, "FILE",
                     "File for the report, .html, .json or .txt. May be given several times");
   group.Add("--save", options.save, "FILE",
-            "Data file for the frame; without --sample with the new variables");
+            "Data file for the frame; if there is no --sample, with the new variables");
   group
       .Add("--progress", options.progress, "WHEN",
-           "Show on standard error how far the run is: auto (a long run on a terminal), always or never")
+           "Show progress on standard error: auto (for a long run on a terminal), always or never")
       ->check(Allowed("a time to show progress: auto, always or never", IsWhen));
-  group.AddFlag("--quiet", options.quiet, "No tables and notes on standard output");
+  group.AddFlag("--quiet", options.quiet, "Print no tables or notes on standard output");
 }
 
-// The first option given that is a part of the command; null when there is none.
+// The first option on the command line that is a part of the command; null if there is none. A whole command
+// excludes them: mixing both would make it unclear which of two values counts.
 const CLI::Option* FirstPart(const CLI::App& app) {
   const std::vector<const CLI::Option*> given = app.get_options(
       [](const CLI::Option* option) { return option->get_group() == kPartsGroup && option->count() > 0; });
   return given.empty() ? nullptr : given.front();
 }
 
-// What is wrong with the frame of a run. To explain a command takes none.
+// A run needs one frame; --explain needs none but must not be given two.
 std::string FrameError(const RunOptions& options) {
   const FrameOptions& frame = options.frame;
   if (!frame.path.empty() && !frame.sql.empty()) return "--data and --sql exclude each other";
@@ -255,14 +290,14 @@ std::string FrameError(const RunOptions& options) {
   return "";
 }
 
-// What is wrong with the lists: each entry is given once, in whatever case.
+// Each entry of a list may be given once; names that differ only in case are the same.
 std::string ListError(const RunOptions& options) {
   const std::pair<const char*, const std::vector<std::string>&> lists[] = {
       {"--sort", options.frame.sort}, {"--split", options.frame.split}, {"--stages", options.parts.stages},
       {"--keep", options.parts.keep}, {"--drop", options.parts.drop},   {"--print", options.parts.print},
   };
   for (const auto& [name, entries] : lists) {
-    std::set<std::string> before;
+    std::set<std::string> before;  // in upper case
     for (const std::string& entry : entries) {
       if (before.insert(GetUpperString(entry)).second) continue;
       return std::string(name) + ": " + QuotedWord(entry) + " is given twice";
@@ -271,6 +306,8 @@ std::string ListError(const RunOptions& options) {
   return "";
 }
 
+// For subcommands with one argument: without it `otherwise` is reported, unless an unexpected word explains
+// what happened to it.
 std::string UnexpectedOrNothing(const CLI::App& app, const std::string& path, const std::string& otherwise) {
   const std::string unexpected = UnexpectedWords(app);
   return unexpected.empty() && path.empty() ? otherwise : unexpected;
@@ -306,13 +343,13 @@ void DescribeRun(CLI::App& app, RunOptions& options) {
 void DescribePlan(CLI::App& app, PlanOptions& options) {
   app.add_option("PLAN", options.plan, "Sampling plan, an XML file")->group("ARGUMENTS");
   OptionGroup group(app, kFrameGroup);
-  group.Add("--data", options.frame.path, "FRAME", "Data file to hold the variables of the plan against");
+  group.Add("--data", options.frame.path, "FRAME", "Data file that must have the variables of the plan");
   group.Add("--schema", options.frame.schema, "FILE",
-            "Table Schema of the frame, in place of the one beside it");
+            "Table Schema of the frame, instead of the one beside it");
   AddHelp(app,
           {{"PLAN [--data FRAME [--schema FILE]]"},
-           "Tells what the plan draws, stage by stage, or what is wrong with it. With a frame, tells which "
-           "variables of the plan the frame hasn't got.",
+           "Describes what the plan draws, stage by stage, or reports what is wrong with it. With a frame, "
+           "also lists the variables of the plan that the frame doesn't have.",
            kPlanAfter});
 }
 
@@ -320,7 +357,7 @@ void DescribeDescribe(CLI::App& app, FrameOptions& options) {
   app.add_option("FRAME", options.path, "Data file: .sav, .parquet, .csv, .tsv, .json or .ndjson")
       ->group("ARGUMENTS");
   OptionGroup group(app, kFrameGroup);
-  group.Add("--schema", options.schema, "FILE", "Table Schema of the file, in place of the one beside it");
+  group.Add("--schema", options.schema, "FILE", "Table Schema of the file, instead of the one beside it");
   AddHelp(app,
           {{"FRAME [--schema FILE]"},
            "Shows the variables of a data file as svselect sees them, with types, formats, levels, labels, "
@@ -328,6 +365,7 @@ void DescribeDescribe(CLI::App& app, FrameOptions& options) {
            kDescribeAfter});
 }
 
+// The order is that of likely causes: an unknown word first, since options may be missing because of it.
 std::string UsageError(const CLI::App& app, const RunOptions& options) {
   if (std::string unexpected = UnexpectedWords(app); !unexpected.empty()) return unexpected;
   if (!options.command.empty() && !options.commandFile.empty()) {
@@ -355,6 +393,7 @@ std::string UsageError(const CLI::App& app, const RunOptions& options) {
 
 std::string UsageError(const CLI::App& app, const PlanOptions& options) {
   std::string error = UnexpectedOrNothing(app, options.plan, "a plan is needed: svselect plan PLAN");
+  // Without a frame the schema would be ignored without a word.
   const bool isLost = options.frame.path.empty() && !options.frame.schema.empty();
   return error.empty() && isLost ? "--schema needs --data FRAME" : error;
 }

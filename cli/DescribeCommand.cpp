@@ -1,22 +1,36 @@
-#include "cli/DescribeCommand.h"
-
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <iostream>
 
-#include "cli/InputFiles.h"
+#include "cli/Subcommands.h"
 #include "cli/Terminal.h"
-#include "host/environment/MCStopProcessor.h"
+#include "host/model/Dictionary.h"
 #include "host/model/Values.h"
+#include "host/output/OutputDocument.h"
+#include "host/render/TextRenderer.h"
 #include "host/text/DisplayText.h"
+#include "session/Inspect.h"
+
+// The dictionary of a data file, printed like this:
+//
+//   schools.sav: 6194 cases, 2 variables
+//
+//   #  Name   Type      Format  Level    Label
+//   1  type   string 1  A1      nominal  Type of school
+//           user-missing: 'X'
+//           'E' = elementary
+//   2  api00  numeric   F8.0    scale
+//
+// then the documents. Text from the file is arbitrary: it is made printable, and its width is measured in
+// columns of the terminal, not bytes.
 
 namespace {
 
-using Row = std::array<std::string, 6>;
+using Row = std::array<std::string, 6>;  // number, name, type, format, level, label
 constexpr const char* kIndent = "  ";
-constexpr const char* kBelow = "        ";  // of what stands below a variable
+constexpr const char* kBelow = "        ";  // indents the lines below a variable
 
 const char* LevelWord(int level) {
   switch (level) {
@@ -29,7 +43,7 @@ const char* LevelWord(int level) {
   }
 }
 
-// "F8.2", "A12".
+// The format as a command would write it: "F8.2", "A12".
 std::string FormatWord(const KORV_Format& format) {
   std::string word = format.type == kFormatF ? "F" : format.type == kFormatAHex ? "AHEX" : "A";
   word += std::to_string(format.width);
@@ -37,10 +51,12 @@ std::string FormatWord(const KORV_Format& format) {
   return word;
 }
 
+// A value as a plan or a command would write it.
 std::string ValueWord(const KORV_Variable& variable, const DictionaryValue& value) {
   return variable.GetType() == 0 ? NumberText(value.number) : "'" + value.text + "'";
 }
 
+// Texts from the file are made printable before their width is measured.
 Row RowOf(std::size_t index, const KORV_Variable& variable) {
   return {std::to_string(index + 1),
           PrintableText(variable.GetName()),
@@ -50,16 +66,16 @@ Row RowOf(std::size_t index, const KORV_Variable& variable) {
           PrintableText(variable.GetLabel())};
 }
 
-// The label takes what the terminal leaves to it, on as many lines as it needs; where that is too little it
-// stands below.
+// Prints the columns, with the label last: it is wrapped in the columns that the terminal has left, or
+// printed below if too few are left.
 void PrintRow(const Row& row, const std::array<int, 6>& widths) {
-  constexpr int kNarrowest = 20;
+  constexpr int kNarrowest = 20;  // columns that a wrapped label needs
   const std::string& label = row.back();
   std::string line;
   for (std::size_t i = 0; i + 1 < row.size(); ++i) {
     const std::string blanks(static_cast<std::size_t>(widths[i] - DisplayWidth(row[i])), ' ');
     line += kIndent;
-    line += i == 0 ? blanks + row[i] : row[i] + blanks;  // the number stands at the right
+    line += i == 0 ? blanks + row[i] : row[i] + blanks;  // numbers are aligned to the right
   }
   line += kIndent;
   const int before = DisplayWidth(line);
@@ -75,7 +91,7 @@ void PrintRow(const Row& row, const std::array<int, 6>& widths) {
   }
 }
 
-// What stands below a variable: its user-missing values and its value labels.
+// The lines below a variable: its user-missing values, then its value labels.
 void PrintValues(const KORV_Variable& variable) {
   if (!variable.MissingValues().empty()) {
     std::string line = std::string(kBelow) + "user-missing:";
@@ -87,6 +103,7 @@ void PrintValues(const KORV_Variable& variable) {
   }
 }
 
+// Column widths fit the widest entry, the heading included.
 void PrintVariables(const std::vector<KORV_Variable>& variables) {
   std::vector<Row> rows = {{"#", "Name", "Type", "Format", "Level", "Label"}};
   for (std::size_t i = 0; i < variables.size(); ++i) rows.push_back(RowOf(i, variables[i]));
@@ -105,6 +122,7 @@ std::string Counted(std::int64_t count, const char* one, const char* many) {
   return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
+// The first line alone answers the most frequent question, how many cases and variables there are.
 void PrintDictionary(const std::string& path, std::int64_t cases, const Dictionary& dictionary) {
   std::cout << PrintableText(path) << ": " << Counted(cases, "case", "cases") << ", "
             << Counted(static_cast<std::int64_t>(dictionary.variables.size()), "variable", "variables")
@@ -121,31 +139,20 @@ void PrintDictionary(const std::string& path, std::int64_t cases, const Dictiona
 
 }  // namespace
 
-int DescribeFrame(const FrameOptions& options) {
+int DescribeFile(const FrameOptions& options) {
   HostSession session;
-  OpenDocument();
   CatchInterrupts();
-  if (!ClaimFrame(options)) {
-    TellMessages();
-    return kExitError;
-  }
-  std::int64_t cases = 0;
-  try {
-    OpenFrame(HostSession::Current(), options);
-    cases = ActiveFile::Current().Engine().CountCases();
-  } catch (const DataError& error) {
-    if (!StopRequested()) {
-      TellMessages();
-      TellProblem(error.what());
-      return kExitError;
-    }
-  }
-  if (StopRequested()) {
-    TellInterrupted();
+  const FrameDescription described = DescribeFrame(session, options);
+  if (described.status == RunStatus::kCancelled) {
+    TellProblem("interrupted");
     return kExitInterrupted;
   }
-  PrintDictionary(options.path, cases, *ActiveFile::Current().SharedDictionary());
-  const bool isTold = FinishOutput();
-  TellMessages();
-  return ErrorRaised() || !isTold ? kExitError : kExitOk;
+  bool isTold = true;
+  if (described.dictionary != nullptr) {
+    PrintDictionary(options.path, described.cases, *described.dictionary);
+    isTold = FinishOutput();
+  }
+  RenderMessages(session.Layer<OutputDocument>(), std::cerr);
+  for (const std::string& problem : described.problems) TellProblem(problem);
+  return described.status == RunStatus::kOk && isTold ? kExitOk : kExitError;
 }

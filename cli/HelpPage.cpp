@@ -2,23 +2,40 @@
 
 #include "host/text/DisplayText.h"
 
+// A page looks like this, in 79 columns:
+//
+//   NAME
+//     svselect plan - describe a sampling plan in words
+//
+//   SYNOPSIS
+//     svselect plan PLAN [--data FRAME [--schema FILE]]
+//
+//   DESCRIPTION
+//     ...
+//
+//   THE FRAME
+//     --data FRAME            Data file that must have the variables of the plan
+//
+// tools/check-docs reads the options from these pages: an option starts a line after two blanks.
+
 namespace {
 
-constexpr int kPageWidth = 79;  // columns, as manual pages have them on a terminal
+constexpr int kPageWidth = 79;  // columns; fits a terminal of 80
 constexpr int kIndent = 2;
-constexpr int kTermColumns = 26;  // what an option is called; its description stands right of it
+constexpr int kTermColumns = 26;  // for the names of an option; its description starts after them
 
 std::string Blanks(int count) {
   return std::string(static_cast<std::size_t>(count), ' ');
 }
 
+// Folds a text to the page; each line is indented.
 std::string Paragraph(const std::string& text) {
   std::string lines;
   for (const std::string& line : WrapText(text, kPageWidth - kIndent)) lines += Blanks(kIndent) + line + "\n";
   return lines;
 }
 
-// A term, and its description beside it; below it when the term is too long.
+// A term with its description to the right, or from the next line on if the term is too long.
 std::string Entry(const std::string& term, const std::string& description) {
   std::string text = Blanks(kIndent) + term;
   int column = kIndent + DisplayWidth(term);
@@ -33,6 +50,7 @@ std::string Entry(const std::string& term, const std::string& description) {
   return text + "\n";
 }
 
+// "-h, --help", "--data FRAME", or the bare name of an argument.
 std::string Term(const CLI::Option& option) {
   std::string names;
   for (const std::string& name : option.get_snames()) names += (names.empty() ? "-" : ", -") + name;
@@ -41,6 +59,7 @@ std::string Term(const CLI::Option& option) {
   return option.get_expected_max() > 0 ? names + " " + option.get_type_name() : names;
 }
 
+// One section for each group, in the order in which the groups were first used.
 std::string Options(const CLI::App& app) {
   std::string text;
   for (const std::string& group : app.get_groups()) {
@@ -53,6 +72,7 @@ std::string Options(const CLI::App& app) {
   return text;
 }
 
+// Empty if there are none.
 std::string Subcommands(const CLI::App& app) {
   std::string text;
   for (const CLI::App* each : app.get_subcommands([](const CLI::App*) { return true; })) {
@@ -61,6 +81,7 @@ std::string Subcommands(const CLI::App& app) {
   return text.empty() ? "" : "\nSUBCOMMANDS\n" + text;
 }
 
+// The whole page. A subcommand is named after the program, as the user calls it.
 std::string PageText(const CLI::App& app, const HelpPage& page) {
   const CLI::App* parent = app.get_parent();
   const std::string name = (parent == nullptr ? "" : parent->get_name() + " ") + app.get_name();
@@ -75,6 +96,7 @@ std::string PageText(const CLI::App& app, const HelpPage& page) {
 }  // namespace
 
 void SetHelpPage(CLI::App& app, const HelpPage& page) {
+  // The parser would indent and fold by rules of its own; this replaces its formatter as a whole.
   app.formatter_fn([page](const CLI::App* shown, const std::string&, CLI::AppFormatMode) {
     return PageText(*shown, page);
   });

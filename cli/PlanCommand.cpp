@@ -1,95 +1,47 @@
-#include "cli/PlanCommand.h"
-
-#include <fmt/format.h>
-
 #include <iostream>
 
 #include "backend/svcommon/PlanInWords.h"
-#include "backend/svcommon/PlanReadErrors.h"
-#include "backend/svcommon/PlanXmlReader.h"
-#include "backend/svcommon/SVPlanSpecs.h"
+#include "cli/Subcommands.h"
 #include "cli/Terminal.h"
-#include "host/environment/MCStopProcessor.h"
-#include "host/files/ReadableFile.h"
+#include "host/output/OutputDocument.h"
+#include "host/render/TextRenderer.h"
+#include "session/Inspect.h"
+
+// `svselect plan`: reading the plan and checking it against a frame are two steps. The plan in words appears
+// as soon as it is known, even if the frame turns out to be unreadable.
 
 namespace {
 
-bool ReadPlan(const std::string& path, SVPlanSpecs* plan) {
-  SV_XML::PlanXmlReader reader(plan);
-  const int code = reader.readSamplePlan(path);
-  for (const std::string& misread : reader.MisreadNumbers())
-    TellProblem(fmt::format("{}: {}", path, misread));
-  if (code == 0) return true;
-  SV_XML::PlanReadErrors().report(code);
-  TellMessages();
-  if (const SV_XML::PlanPosition at = reader.FaultPosition(); at.line > 0) {
-    TellProblem(fmt::format(
-        "{}, line {}, column {}: not well-formed XML here, or not what the plan format has in the "
-        "element that stands or ends here",
-        path, at.line, at.column));
-  } else if (code == SV_XML::kPlanInvalidFile) {
-    TellProblem(path + ": an element lacks what the plan format has in it, or the plan is too large");
-  }
-  return false;
+void TellAll(const std::vector<std::string>& problems) {
+  for (const std::string& problem : problems) TellProblem(problem);
 }
 
-// The variables that the frame must hold, in the order of the plan: all but those that a run makes.
-std::vector<KorvVarName> VariablesOf(const SVPlanSpecs& plan) {
-  std::vector<KorvVarName> names;
-  const auto add = [&](const KorvVarName& name) {
-    if (!name.IsEmpty()) names.push_back(name);
-  };
-  add(plan.previousWeight);
-  add(plan.mosVariable);
-  for (const SVPlanStageSpecs& stage : plan.stages) {
-    for (const KorvVarName& name : stage.strataVariables) add(name);
-    for (const KorvVarName& name : stage.clusterVariables) add(name);
-    add(stage.paramVariable);
-    std::vector<KorvVarName> ofTable;
-    stage.paramMatrix.copyVarList(ofTable);
-    for (const KorvVarName& name : ofTable) add(name);
+// Interrupts are caught only here: reading a plan takes no time, and has nothing to clean up.
+int CheckAgainstFrame(HostSession& session, const SVPlanSpecs& plan, const FrameOptions& frame) {
+  CatchInterrupts();
+  const PlanCheck check = CheckPlan(session, plan, frame);
+  if (check.status == RunStatus::kCancelled) {
+    TellProblem("interrupted");
+    return kExitInterrupted;
   }
-  return names;
-}
-
-bool HasAllVariables(const SVPlanSpecs& plan, const std::string& frame) {
-  bool hasAll = true;
-  const Dictionary& dictionary = *ActiveFile::Current().SharedDictionary();
-  for (const KorvVarName& name : VariablesOf(plan)) {
-    if (dictionary.Find(name.Text()) >= 0) continue;
-    TellProblem(frame + " has no variable " + name.Text());
-    hasAll = false;
-  }
-  return hasAll;
+  RenderMessages(session.Layer<OutputDocument>(), std::cerr);
+  TellAll(check.problems);
+  return check.status == RunStatus::kOk ? kExitOk : kExitError;
 }
 
 }  // namespace
 
+// Misread numbers are reported with a plan that can be used, too: the run would draw by the numbers as read.
 int TellPlan(const PlanOptions& options) {
   HostSession session;
-  OpenDocument();
-  try {
-    CheckReadableFile(options.plan);
-  } catch (const DataError& error) {
-    TellProblem(error.what());
+  const PlanReading reading = ReadPlan(session, options.plan);
+  TellAll(reading.remarks);
+  if (reading.status != RunStatus::kOk) {
+    RenderMessages(session.Layer<OutputDocument>(), std::cerr);
+    TellAll(reading.problems);
     return kExitError;
   }
-  SVPlanSpecs plan;
-  if (!ReadPlan(options.plan, &plan)) return kExitError;
-  for (const std::string& line : PlanInWords(plan)) PrintFolded(line);
-  if (!FinishOutput()) return kExitError;
-  if (options.frame.path.empty()) return kExitOk;
-  CatchInterrupts();
-  try {
-    OpenFrame(HostSession::Current(), options.frame);
-  } catch (const DataError& error) {
-    if (StopRequested()) {
-      TellInterrupted();
-      return kExitInterrupted;
-    }
-    TellProblem(error.what());
-    return kExitError;
-  }
-  TellMessages();
-  return HasAllVariables(plan, options.frame.path) ? kExitOk : kExitError;
+  for (const std::string& line : PlanInWords(reading.plan)) PrintFolded(line);
+  if (!FinishOutput()) return kExitError;  // shown before the frame is read, which may take long
+  return options.frame.path.empty() ? kExitOk : CheckAgainstFrame(session, reading.plan, options.frame);
 }

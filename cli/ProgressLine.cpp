@@ -10,17 +10,23 @@
 #include "host/text/DisplayText.h"
 #include "host/text/ProgressText.h"
 
+// The thread sleeps on a condition variable with a timeout, so that Stop() ends it at once and a run never
+// waits for a display. It reads the passes from CaseProgress, which is atomic; the mutex guards only what the
+// caller sets. Text is written while the mutex is held: an update that started before Stop() is complete when
+// Stop() returns, and none follows.
+
 namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kPatience(1000);   // a run that takes no longer shows nothing unasked
-constexpr milliseconds kOnTerminal(250);  // between two looks
-// Elsewhere each look comes after twice the time: what is kept in a file shouldn't be flooded.
+constexpr milliseconds kPatience(1000);   // with "auto", a run that is shorter shows nothing
+constexpr milliseconds kOnTerminal(250);  // between two updates
+// Elsewhere the time between two lines doubles up to a limit, so that a log isn't flooded.
 constexpr milliseconds kElsewhere(500);
 constexpr milliseconds kLongestElsewhere(10000);
 constexpr std::string_view kPrefix = "svselect: ";
 
+// By a clock that nobody sets: times shown never jump.
 double SecondsSince(std::chrono::steady_clock::time_point begin) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
@@ -30,9 +36,10 @@ double SecondsSince(std::chrono::steady_clock::time_point begin) {
 ProgressLine::ProgressLine(const std::string& when, const std::string& task, const CaseProgress& progress)
     : fProgress(progress),
       fbTerminal(isatty(STDERR_FILENO) != 0),
-      // A full line would move the cursor on to the next one.
+      // One column less than the terminal has: some terminals wrap after a full line.
       fWidth(TerminalWidth(STDERR_FILENO) - 1 - static_cast<int>(kPrefix.size())),
       fTask(task) {
+  // With "always" the first text comes at once, even from a run that ends in a moment.
   const bool isAlways = when == "always";
   if (isAlways || (when == "auto" && fbTerminal)) fThread = std::thread([this, isAlways] { Run(isAlways); });
 }
@@ -66,19 +73,20 @@ void ProgressLine::Run(bool isAtOnce) {
     Write(Text());
     wait = fbTerminal ? kOnTerminal : std::clamp(2 * wait, kElsewhere, kLongestElsewhere);
   }
-  if (fWritten > 0) {
+  if (fWritten > 0) {  // overwrites the line with blanks and returns to its start
     Write("");
     std::cerr << '\r' << std::flush;
   }
 }
 
-// What there is to show, without the prefix; REQUIRES: fMutex is held.
+// The text to show, without the prefix; empty before the first pass. REQUIRES: fMutex is held.
 std::string ProgressLine::Text() const {
   if (!fTask.empty()) {
     const std::string since = ", " + DurationText(SecondsSince(fTaskBegin));
     const int room = std::max(fWidth - DisplayWidth(since), 1);
     return WrapText(PrintableText(fTask), room).front() + since;
   }
+  // May be a moment old when a pass has just begun, which is good enough for a display.
   const CaseProgress::State state = fProgress.Get();
   if (state.pass == 0) return "";
   return ProgressText({.pass = state.pass,
@@ -89,6 +97,8 @@ std::string ProgressLine::Text() const {
                       fWidth);
 }
 
+// On a terminal, blanks cover what is left of a longer line before. Each text goes out in one write, so that
+// lines of two processes in one log don't mix.
 void ProgressLine::Write(const std::string& text) {
   const std::string line = text.empty() ? text : std::string(kPrefix) + text;
   if (!fbTerminal) {

@@ -9,20 +9,29 @@
 #include <csignal>
 #include <iostream>
 
-#include "host/environment/CommonBlocks.h"
 #include "host/environment/MCStopProcessor.h"
 #include "host/files/TemporaryFile.h"
-#include "host/output/OutputDocument.h"
 #include "host/render/TextRenderer.h"
 #include "host/text/DisplayText.h"
 
+// Three things here are easy to get wrong:
+//
+//   - A signal must not end the process between two renames of finished files; so it only sets the stop
+//     request, which the run looks at where it can clean up.
+//   - SIGPIPE is ignored by main(), so writing to a pipe without a reader fails with EPIPE. That is how
+//   `head`
+//     ends every program, and no error. Any other failure of standard output is one, such as a full disk.
+//   - What is printed comes partly from data and from file names. Escape sequences in it must not reach the
+//     terminal.
+
 namespace {
 
+// Runs in signal context, where RequestStop() is safe: it stores one lock-free atomic.
 void OnInterrupt(int) {
   RequestStop();
 }
 
-// Standard output is a pipe whose reader has seen enough.
+// Whether standard output is a pipe that its reader has closed: poll() reports an error on its writing end.
 bool ReaderHasLeft() {
   pollfd out{.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
   return poll(&out, 1, 0) == 1 && (out.revents & POLLERR) != 0;
@@ -33,32 +42,17 @@ bool ReaderHasLeft() {
 void CatchInterrupts() {
   struct sigaction action {};
   action.sa_handler = OnInterrupt;
-  action.sa_flags = static_cast<int>(SA_RESETHAND);
+  action.sa_flags = static_cast<int>(SA_RESETHAND);  // the second signal has its usual effect
   sigaction(SIGINT, &action, nullptr);
   sigaction(SIGTERM, &action, nullptr);
   sigaction(SIGHUP, &action, nullptr);
-}
-
-void OpenDocument() {
-  OutputDocument::Current().SetProcedure("SVSelect");
-}
-
-bool ErrorRaised() {
-  return pvGetCmnGlb()->errorFlag != 0;
 }
 
 void TellProblem(const std::string& text) {
   std::cerr << "svselect: " << PrintableText(text) << '\n';
 }
 
-void TellInterrupted() {
-  TellProblem("interrupted");
-}
-
-void TellMessages() {
-  RenderMessages(OutputDocument::Current(), std::cerr);
-}
-
+// Asked each time: the user may change the size of the window while the program runs.
 int TerminalWidth(int descriptor) {
   winsize size{};
   const bool isTerminal = ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
@@ -67,7 +61,7 @@ int TerminalWidth(int descriptor) {
 
 void PrintFolded(const std::string& line) {
   constexpr std::size_t kFurtherIn = 4;
-  constexpr int kNarrowest = 20;
+  constexpr int kNarrowest = 20;  // a text column isn't folded to less, even on a narrower terminal
   const std::string text = PrintableText(line);
   const int width = TerminalWidth(STDOUT_FILENO);
   if (DisplayWidth(text) <= width) {
@@ -75,7 +69,7 @@ void PrintFolded(const std::string& line) {
     return;
   }
   const std::size_t indent = std::min(text.find_first_not_of(' '), text.size());
-  // The first line has more room than the others, which is left: the text is wrapped once.
+  // The first line could take kFurtherIn columns more; leaving them unused, the text is wrapped in one go.
   const int room = std::max(width - static_cast<int>(indent + kFurtherIn), kNarrowest);
   std::string blanks(indent, ' ');
   for (const std::string& part : WrapText(text.substr(indent), room)) {
@@ -85,7 +79,7 @@ void PrintFolded(const std::string& line) {
 }
 
 bool FinishOutput() {
-  errno = 0;
+  errno = 0;  // a stream that failed earlier has no reason left to report
   std::cout.flush();
   if (std::cout || ReaderHasLeft()) return true;
   TellProblem("standard output can't be written" + (errno == 0 ? "" : ": " + SystemReason()));

@@ -2,34 +2,23 @@
 
 #include <string>
 
-// What the program says to the person at the terminal, beyond the output of the procedure.
+// Standard output, standard error and signals: what only the program deals with, never the library.
 
-// Ctrl-C, and the end of the terminal, ask for an end in good order; a second one ends the program at once.
-// REQUIRES: a session, since a new one starts without a request.
+// From now on SIGINT, SIGTERM and SIGHUP ask the run to stop and clean up. A second signal of the same kind
+// ends the program at once: each handler is removed when it is called.
+// REQUIRES: there is a session, since a new one clears the request.
 void CatchInterrupts();
 
-// Makes the output document of the session, so that all that follows is collected in it.
-void OpenDocument();
-
-// Whether an error has been raised in the session.
-bool ErrorRaised();
-
-// One line on standard error: "svselect: ...".
+// Prints "svselect: TEXT" on standard error, made printable.
 void TellProblem(const std::string& text);
 
-// That the program was interrupted, on standard error.
-void TellInterrupted();
-
-// The messages of the session so far, on standard error.
-void TellMessages();
-
-// Columns of the terminal that a file descriptor is; a usual width when it is none.
+// Number of columns of the terminal behind a file descriptor; kDefaultTextWidth if it isn't a terminal.
 int TerminalWidth(int descriptor);
 
-// A line of text on standard output, folded to the terminal's width: what goes over stands further in on
-// lines of its own.
+// Prints a line on standard output, folded to the width of the terminal. The lines that follow the first are
+// indented four columns more than it is.
 void PrintFolded(const std::string& line);
 
-// Brings standard output to its end. False, after a line on standard error, when it couldn't be written; a
-// reader that has seen enough is no failure.
+// Flushes standard output; to be called once, after the last output. False, after a problem on standard
+// error, if something couldn't be written. A reader that has closed the pipe, such as `head`, is no failure.
 bool FinishOutput();

@@ -6,15 +6,27 @@
 
 #include "host/text/DisplayText.h"
 
+// Examples of what a user gets:
+//
+//   svselect rnu              'rnu' is no subcommand; did you mean run?
+//   svselect run --smaple s   run has no option '--smaple'; did you mean --sample?
+//   svselect run --plan=      --plan: the value is empty
+//   svselect run --quiet=no   --quiet takes no value
+//
+// Words of the user can hold anything, line ends and control characters included, so none is printed without
+// QuotedWord().
+
 namespace {
 
-constexpr std::size_t kLongestQuote = 60;  // bytes; what is longer is cut
-constexpr std::size_t kLettersASlip = 3;   // one slip is forgiven for each so many letters
-constexpr std::size_t kShortestBegin = 2;  // letters that can stand for a longer word
+constexpr std::size_t kLongestQuote = 60;  // bytes; longer words are cut
+constexpr std::size_t kLettersASlip = 3;   // one typo is allowed for every so many letters
+constexpr std::size_t kShortestBegin = 2;  // fewer letters don't count as an abbreviation
 
-constexpr std::string_view kEndOfOptions = "--";  // what stands behind it is an argument
+constexpr std::string_view kEndOfOptions = "--";  // words after it are arguments
 
-// Letters to put in, take out, replace or swap with their neighbour to come from one word to the other.
+// Edit distance with swaps of neighbouring letters (optimal string alignment): the least number of letters to
+// insert, delete, replace or swap. Three rows of the table are kept: the current one, `above` it, and
+// `before` that.
 std::size_t EditDistance(const std::string& from, const std::string& to) {
   std::vector<std::size_t> before;
   std::vector<std::size_t> above(to.size() + 1);
@@ -32,6 +44,7 @@ std::size_t EditDistance(const std::string& from, const std::string& to) {
   return above.back();
 }
 
+// Long names only; -h is too short to be mistyped for anything.
 std::vector<std::string> OptionNames(const CLI::App& app) {
   std::vector<std::string> names;
   for (const CLI::Option* option : app.get_options()) {
@@ -40,6 +53,7 @@ std::vector<std::string> OptionNames(const CLI::App& app) {
   return names;
 }
 
+// The filter makes the parser return all subcommands, also those that weren't used.
 std::vector<std::string> SubcommandNames(const CLI::App& app) {
   std::vector<std::string> names;
   for (const CLI::App* each : app.get_subcommands([](const CLI::App*) { return true; })) {
@@ -48,19 +62,23 @@ std::vector<std::string> SubcommandNames(const CLI::App& app) {
   return names;
 }
 
+// A suggestion to end a message with.
 std::string Meant(const std::string& word, const std::vector<std::string>& candidates) {
   const std::string nearest = NearestWord(word, candidates);
   return nearest.empty() ? "" : "; did you mean " + nearest + "?";
 }
 
+// A single dash isn't: by custom it means standard input.
 bool IsOption(const std::string& word) {
   return word.size() > 1 && word.front() == '-';
 }
 
+// "--name=" with nothing after the equals sign; "--=" is no option at all.
 bool IsEmptyValue(std::string_view word) {
   return word.starts_with("--") && word.size() > 3 && word.find('=') == word.size() - 1;
 }
 
+// Whether there are words that aren't options, as in `describe FRAME`.
 bool TakesArguments(const CLI::App& app) {
   return !app.get_options([](const CLI::Option* option) { return option->get_positional(); }).empty();
 }
@@ -73,11 +91,12 @@ std::string QuotedWord(std::string_view word) {
 }
 
 std::string NearestWord(const std::string& word, const std::vector<std::string>& candidates) {
+  // Dashes in front don't count: "--a" is too short to guess what it abbreviates.
   const std::size_t letters = word.size() - std::min(word.size(), word.find_first_not_of('-'));
   std::string nearest;
-  std::size_t least = letters / kLettersASlip + 1;  // the slips that are too many
+  std::size_t least = letters / kLettersASlip + 1;  // typos of the best candidate; now, one more than allowed
   for (const std::string& candidate : candidates) {
-    // A word much longer than all that it could be a slip of isn't measured: the work grows with its length.
+    // Skips words too long to be a typo: edit distance is quadratic.
     if (word.size() > 2 * candidate.size()) continue;
     const bool isBegin = letters >= kShortestBegin && candidate.starts_with(word);
     const std::size_t slips = isBegin ? 0 : EditDistance(word, candidate);
@@ -92,26 +111,31 @@ std::string UnexpectedWords(const CLI::App& app) {
   std::vector<std::string> words = app.remaining();
   const std::vector<std::string> subcommands = SubcommandNames(app);
   const auto end = std::find(words.begin(), words.end(), kEndOfOptions);
-  // An option that isn't known comes first: the words behind it may be its values.
+  // An unknown option is reported before other words, even earlier ones: those after it may be its values.
   const auto option = std::find_if(words.begin(), end, IsOption);
   if (option != end) {
     const std::string name = option->substr(0, option->find('='));
     const std::string who = subcommands.empty() ? app.get_name() + " has no option " : "there is no option ";
     return who + QuotedWord(name) + Meant(name, OptionNames(app));
   }
+  // The parser leaves "--" among the words; where arguments can follow, it is in its place.
   if (end != words.end() && TakesArguments(app)) words.erase(end);
   if (words.empty()) return "";
   const std::string& word = words.front();
+  // Before a subcommand the word was meant to be one; after it, it is one argument too many.
   const bool lacksSubcommand = !subcommands.empty() && app.get_subcommands().empty();
   if (!lacksSubcommand || word == kEndOfOptions) return QuotedWord(word) + " isn't expected";
   return QuotedWord(word) + " is no subcommand" + Meant(word, subcommands);
 }
 
 std::string ParseErrorWords(const CLI::App& app, const CLI::ParseError& error) {
+  // Other errors come from our own validators, with our own texts. This one is the wrong number of values;
+  // its text starts with the name of the option.
   std::string what = error.what();
   if (error.get_name() != "ArgumentMismatch") return what;
   std::string name = what.substr(0, what.find_first_of(": "));
-  if (!IsOption(name)) name = "--" + name;  // a flag with a value is told without its dashes
+  if (!IsOption(name))
+    name = "--" + name;  // the parser leaves out the dashes of a flag that was given a value
   const CLI::Option* option = app.get_option_no_throw(name);
   if (option == nullptr) return what;
   if (option->get_expected_max() == 0) return name + " takes no value";
@@ -130,6 +154,7 @@ std::string OverlookedWords(const CLI::App& app, int argc, const char* const* ar
   for (int i = 1; i < argc; ++i) {
     const std::string_view word = argv[i];
     if (IsEmptyValue(word)) return std::string(word.substr(0, word.size() - 1)) + ": the value is empty";
+    // Whatever follows "--" is an argument and can't be overlooked.
     if (word != kEndOfOptions) continue;
     return isOptionsOnly ? QuotedWord(word) + " isn't expected: " + app.get_name() + " takes options only"
                          : "";

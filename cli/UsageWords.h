@@ -5,26 +5,32 @@
 #include <string_view>
 #include <vector>
 
-// What the program says to whom calls it wrongly: a line that names what was found and, where there is one,
-// what may have been meant.
+// Usage errors: what the user typed that can't be, in one line, and what may have been meant instead. The
+// parser of the options has messages of its own, but they don't quote, don't suggest, and name things that a
+// user of this program doesn't know.
+//
+// A call is checked in three stages: OverlookedWords() before parsing, since the parser would accept those
+// words in a sense that wasn't meant; ParseErrorWords() when it throws; UnexpectedWords() after it, for words
+// that belong to nothing. Each returns one line, or an empty text if all is well.
 
-// A word of the user within a line: in quotes, printable, cut when it is long.
+// A word of the user for use in a message: in quotes, printable, cut after 60 bytes.
 std::string QuotedWord(std::string_view word);
 
-// The candidate that `word` is likely a slip of: one that it begins, or that few letters part from it; empty
-// when none is near.
+// The candidate that `word` is most likely a typo or an abbreviation of; empty if none is close. One typo is
+// allowed for every three letters. On equal terms the first candidate wins.
 std::string NearestWord(const std::string& word, const std::vector<std::string>& candidates);
 
-// What stood on the command line and is neither an option nor an argument of `app`; empty when nothing did.
+// The first word on the command line that is neither an option nor an argument of `app` or its subcommand.
+// REQUIRES: `app` has parsed the command line and allows extras.
 std::string UnexpectedWords(const CLI::App& app);
 
-// What is wrong with the value of an option, as the parser of the options has thrown it.
+// Describes a wrong value or number of values of an option, from the exception that the parser threw.
 std::string ParseErrorWords(const CLI::App& app, const CLI::ParseError& error);
 
-// The subcommand that the first word of the command line names; `app` itself when it names none.
+// The subcommand that the first word of the command line names; `app` itself if it names none. Needed before
+// the command line is parsed.
 const CLI::App& NamedSubcommand(const CLI::App& app, int argc, const char* const* argv);
 
-// What the parser would overlook in a call of `app`: an option that is given as `--name=` with nothing
-// behind, which it would take the next word for, and a `--` where no argument can follow; empty when there is
-// none.
+// Words that the parser would accept without the user meaning it: `--name=`, for which it would take the next
+// word as the value, and `--` in a subcommand that has no arguments to follow it.
 std::string OverlookedWords(const CLI::App& app, int argc, const char* const* argv);

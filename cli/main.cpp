@@ -8,30 +8,37 @@
 #include <iostream>
 
 #include "cli/CommandLine.h"
-#include "cli/DescribeCommand.h"
-#include "cli/Options.h"
-#include "cli/PlanCommand.h"
-#include "cli/RunCommand.h"
+#include "cli/Subcommands.h"
 #include "cli/Terminal.h"
 #include "cli/UsageWords.h"
 
+// The program: standard files and signals first, then the command line, then one subcommand.
+//
+// Exceptions end here. The library reports its failures by outcomes and messages; what arrives here comes
+// from parsing or printing, or there was no memory to report with.
+
 namespace {
 
+// Ends a message with the call that shows the help of the subcommand in question.
 int TellUsageError(const std::string& error, const std::string& command) {
   TellProblem(error + " (" + command + " --help tells more)");
   return kExitUsage;
 }
 
+// --explain makes no run; it only shows the command.
 int Run(const RunOptions& options) {
   return options.explain ? ExplainCommand(options) : RunSample(options);
 }
 
-// What `--help` and `--version` ask for.
+// Prints what `--help` or `--version` asked for; as with any output, not being able to write it is an error.
 int Show(const std::string& text) {
   std::cout << text;
   return FinishOutput() ? kExitOk : kExitError;
 }
 
+// From the command line to the exit status. The parser knows all subcommands from the start, so that a wrong
+// word can be compared with all of their names. A subcommand isn't required of the parser: the message about
+// a missing one would be its own, not ours.
 int Main(int argc, const char* const* argv) {
   CLI::App app("draws probability samples by a sampling plan", "svselect");
   app.require_subcommand(0, 1);
@@ -39,12 +46,13 @@ int Main(int argc, const char* const* argv) {
   PlanOptions planOptions;
   FrameOptions describeOptions;
   CLI::App* run = app.add_subcommand("run", "draw a sample");
-  CLI::App* plan = app.add_subcommand("plan", "tell in words what a sampling plan says");
+  CLI::App* plan = app.add_subcommand("plan", "describe a sampling plan in words");
   CLI::App* describe = app.add_subcommand("describe", "show a data file's dictionary and number of cases");
   DescribeProgram(app);
   DescribeRun(*run, runOptions);
   DescribePlan(*plan, planOptions);
   DescribeDescribe(*describe, describeOptions);
+  // The subcommand that was parsed; while there is none, the program itself.
   const auto chosen = [&]() -> const CLI::App& {
     return app.get_subcommands().empty() ? app : *app.get_subcommands().front();
   };
@@ -52,6 +60,7 @@ int Main(int argc, const char* const* argv) {
   const CLI::App& named = NamedSubcommand(app, argc, argv);
   std::string error = OverlookedWords(named, argc, argv);
   if (!error.empty()) return TellUsageError(error, command(named));
+  // The parser asks for help and version by exceptions too. It stops at the first fault.
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
@@ -61,19 +70,22 @@ int Main(int argc, const char* const* argv) {
   } catch (const CLI::ParseError& wrong) {
     return TellUsageError(ParseErrorWords(chosen(), wrong), command(chosen()));
   }
+  // An unknown word is reported before the missing subcommand, which it may have been meant for.
   error = UnexpectedWords(app);
   if (error.empty() && &chosen() == &app) error = "a subcommand is needed: run, plan or describe";
   if (!error.empty()) return TellUsageError(error, "svselect");
+  // Options can be right one by one and wrong together.
   const auto call = [&](const auto& options, auto subcommand) {
     error = UsageError(chosen(), options);
     return error.empty() ? subcommand(options) : TellUsageError(error, command(chosen()));
   };
   if (run->parsed()) return call(runOptions, Run);
-  return plan->parsed() ? call(planOptions, TellPlan) : call(describeOptions, DescribeFrame);
+  return plan->parsed() ? call(planOptions, TellPlan) : call(describeOptions, DescribeFile);
 }
 
-// A caller may close the standard files; then the next file opened would stand in their place, and take what
-// is said to them. Read-only, so that writing there still fails.
+// Opens /dev/null for standard files that the caller has closed. Otherwise the next file opened, perhaps the
+// sample, would get the number of standard error, and messages would be written into it. Read-only, so that
+// writing to a closed file is still an error.
 void HoldStandardFiles() {
   int file = 0;
   do {
@@ -86,8 +98,8 @@ void HoldStandardFiles() {
 
 int main(int argc, char** argv) {
   HoldStandardFiles();
-  std::signal(SIGPIPE, SIG_IGN);  // a reader that has seen enough, such as head, doesn't end a run
-  std::signal(SIGXFSZ, SIG_IGN);  // a file that gets too large is a write that fails
+  std::signal(SIGPIPE, SIG_IGN);  // a reader that closes the pipe, such as head, must not end a run
+  std::signal(SIGXFSZ, SIG_IGN);  // a file over the size limit is a failed write, with a message
   try {
     return Main(argc, argv);
   } catch (const std::bad_alloc&) {

@@ -10,6 +10,7 @@
 
 namespace {
 
+// Reads the column again at each pass, a block at a time.
 WeightPass PassOverColumn(CaseEngine& engine, int column) {
   return [&engine, column](const std::function<void(double)>& take) {
     const std::unique_ptr<CaseCursor> cursor = engine.Open({column}, 0);
@@ -24,15 +25,16 @@ bool IsNumber(const Dictionary& dictionary, int column) {
   return column >= 0 && dictionary.variables[static_cast<std::size_t>(column)].GetType() == 0;
 }
 
-std::optional<FinalWeights> OfSampleFile(const OutputFile& file, const std::string& variable) {
-  const DataFrame frame = OpenDataFile(HostSession::Current(), file.target);
+// Opens the sample as any reader would: what is summed up is what was really written.
+std::optional<FinalWeights> OfSampleFile(HostSession& session, const OutputFile& file, const std::string& variable) {
+  const DataFrame frame = OpenDataFile(session, file.target);
   const int column = frame.dictionary.Find(variable);
   if (!IsNumber(frame.dictionary, column)) return std::nullopt;
   return FinalWeights{variable, file.path, SummarizeWeights(PassOverColumn(*frame.engine, column))};
 }
 
-std::optional<FinalWeights> OfActiveFile(const std::string& variable) {
-  ActiveFile& file = ActiveFile::Current();
+// Without a sample file the weights are only in memory, in a variable behind those that the frame has itself.
+std::optional<FinalWeights> OfActiveFile(ActiveFile& file, const std::string& variable) {
   if (!file.IsOpen() || !file.IsLastPass()) return std::nullopt;
   const int column = file.SharedDictionary()->Find(variable);
   if (column < file.ServedColumns()) return std::nullopt;
@@ -46,9 +48,10 @@ std::optional<FinalWeights> OfActiveFile(const std::string& variable) {
 
 }  // namespace
 
-std::optional<FinalWeights> ReadFinalWeights(const std::string& variable) {
-  const std::vector<OutputFile>& files = SessionFiles::Current().CommittedFiles();
+std::optional<FinalWeights> ReadFinalWeights(HostSession& session, const std::string& variable) {
+  const std::vector<OutputFile>& files = session.Layer<SessionFiles>().CommittedFiles();
   const auto sample = std::find_if(files.begin(), files.end(),
                                    [](const OutputFile& file) { return file.role == FileRole::kSample; });
-  return sample == files.end() ? OfActiveFile(variable) : OfSampleFile(*sample, variable);
+  return sample == files.end() ? OfActiveFile(session.Layer<ActiveFile>(), variable)
+                               : OfSampleFile(session, *sample, variable);
 }

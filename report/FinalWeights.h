@@ -5,16 +5,20 @@
 
 #include "report/WeightSummary.h"
 
-// The final sampling weights that a run has left.
+class HostSession;
+
+// Final sampling weights of the sample that a run has drawn.
 struct FinalWeights {
-  std::string variable;
-  std::string file;  // the sample file, as written in the command; empty for the active file
+  std::string variable;  // that holds them
+  std::string file;      // the sample file, as written in the command; empty for the active file
   WeightSummary summary;
 };
 
-// Reads the weights back from where the run put them: from the sample file once it is in its place, else from
-// the active file's new variable. In the sample file every case counts, so one drawn with replacement as
-// often as it was written; in the active file the cases that have a weight, each once. Empty when the run
-// left no such variable.
-// Errors: DataError when the sample file can't be read back.
-std::optional<FinalWeights> ReadFinalWeights(const std::string& variable);
+// Reads the weights back from where the run put them: from the sample file if there is one, otherwise from
+// the variable that was added to the active file. A case that was drawn several times counts as often as it
+// is in the sample file, but only once in the active file. Cases without a weight don't count. Empty if there
+// is no such variable, or it isn't numeric.
+//
+// REQUIRES: the session has committed its files.
+// Errors:   DataError if the sample file can't be read back.
+std::optional<FinalWeights> ReadFinalWeights(HostSession& session, const std::string& variable);

@@ -1,5 +1,3 @@
-#include "report/StageFigure.h"
-
 #include <algorithm>
 #include <cmath>
 #include <map>
@@ -8,46 +6,67 @@
 #include <utility>
 #include <vector>
 
+#include "backend/svselect/results/SummaryTableKind.h"
 #include "host/output/OutputTable.h"
 #include "host/render/HtmlText.h"
 #include "host/render/PivotLayout.h"
 #include "host/text/DisplayText.h"
 #include "host/text/ReadableNumber.h"
+#include "report/Figures.h"
 #include "report/SvgText.h"
 #include "report/WeightSummary.h"
 
+// The figure of a stage: requested against drawn. A survey has few strata or thousands, so there are two
+// forms:
+//
+//   up to kMostStageBars strata      a bar for each, the picture growing with their number; labels nested
+//   like
+//                                    the row headers of the table
+//   more                             a plot of fixed size, units drawn against units requested; a stratum
+//   below
+//                                    the diagonal got fewer units than requested
+//
+// Both are found in the summary table that the procedure has put into the document, by its kind and the
+// labels of its columns (SummaryTableKind.h). The words of the description come from the numbers too, since a
+// picture alone says nothing to a screen reader.
+
 namespace {
 
+// Bars. Heights and indents are pixels.
 constexpr int kLegendHeight = 28;
-constexpr int kGroupHeight = 22;  // a line that names a group of strata
-constexpr int kBarHeight = 38;    // a stratum: its label with the numbers, and below it the bar
-constexpr int kIndent = 12;
-constexpr std::size_t kDeepestIndent = 6;  // levels
-constexpr int kLabelColumns = 34;          // what a phone shows beside the numbers
-constexpr int kIndentColumns = 2;          // that an indent takes of them
+constexpr int kGroupHeight = 22;           // a line that names a group of strata
+constexpr int kBarHeight = 38;             // one stratum: a line with its label and numbers, the bar below
+constexpr int kIndent = 12;                // for each level of groups
+constexpr std::size_t kDeepestIndent = 6;  // levels; deeper ones aren't indented further
+constexpr int kLabelColumns = 34;          // characters of a label that fit beside the numbers on a phone
+constexpr int kIndentColumns = 2;          // characters lost to each indent
 
+// Points. Positions across are percent of the width, positions down are pixels; see SvgText.h.
 constexpr int kPlotTop = 24;
 constexpr int kPlotBottom = 300;
 constexpr int kPlotHeight = 340;
 constexpr double kPlotLeft = 13.0;
 constexpr double kPlotRight = 98.0;
 constexpr int kMostTicks = 5;
-constexpr double kMostPoints = 40.0;  // along each axis
-constexpr double kLargestRadius = 9.0;
+constexpr double kMostPoints = 40.0;    // places along each axis; strata within one place share a point
+constexpr double kLargestRadius = 9.0;  // pixels
 constexpr double kSmallestRadius = 2.5;
 
 struct Stratum {
-  PivotLayout::Header header;
-  double requested = 0.0;
+  PivotLayout::Header header;  // nodes of the table from the outermost group to the stratum itself
+  double requested = 0.0;      // units
   double actual = 0.0;
 };
 
-// What the column of a summary shows of the strata's sizes; null for another column.
+// The member that a column of the table fills; null for the proportions, which the picture leaves out.
 double Stratum::*SizeOfColumn(const OutputTable& table, const PivotLayout::Header& header) {
-  if (header.size() != 2 || table.NodeAt(header[0]).text != "Number of Units Sampled") return nullptr;
-  return table.NodeAt(header[1]).text == "Requested" ? &Stratum::requested : &Stratum::actual;
+  if (header.size() != 2 || table.NodeAt(header[0]).text != SummaryTableKind::kUnitsSampled) return nullptr;
+  const std::string& value = table.NodeAt(header[1]).text;
+  if (value == SummaryTableKind::kRequested) return &Stratum::requested;
+  return value == SummaryTableKind::kActual ? &Stratum::actual : nullptr;
 }
 
+// The strata in the order of the table's rows; empty if it has no numbers, as with too many strata variables.
 std::vector<Stratum> StrataOf(const OutputTable& table) {
   const PivotLayout layout(table);
   std::vector<Stratum> strata(layout.Rows().size());
@@ -64,7 +83,7 @@ std::vector<Stratum> StrataOf(const OutputTable& table) {
   return strata;
 }
 
-// What the picture says, in a sentence or two.
+// The caption and description: totals, and in how many strata the draw missed its target.
 std::string InWords(const std::vector<Stratum>& strata) {
   double requested = 0.0;
   double actual = 0.0;
@@ -81,6 +100,7 @@ std::string InWords(const std::vector<Stratum>& strata) {
       ReadableNumber(requested) + " units were requested and " + ReadableNumber(actual) + " were drawn";
   if (strata.size() > 1) words += " in " + count(strata.size()) + " strata";
   words += less + more == 0 ? ", each as requested." : ".";
+  // Without strata "each" would have nothing to refer to.
   if (strata.size() == 1 && less + more == 0)
     words = ReadableNumber(actual) + " units were drawn, as requested.";
   if (less > 0) words += " Fewer than requested: " + count(less) + (less == 1 ? " stratum." : " strata.");
@@ -88,13 +108,14 @@ std::string InWords(const std::vector<Stratum>& strata) {
   return words;
 }
 
+// At least 1, so that it can divide.
 double LargestOf(const std::vector<Stratum>& strata) {
   double largest = 1.0;
   for (const Stratum& stratum : strata) largest = std::max({largest, stratum.requested, stratum.actual});
   return largest;
 }
 
-// The start of a text that fits the columns, with an ellipsis where something is left out.
+// Cuts a text that is wider than `columns`; an ellipsis replaces the rest.
 std::string Shortened(const std::string& text, int columns) {
   std::string printable = PrintableText(text);
   if (DisplayWidth(printable) <= columns) return printable;
@@ -103,7 +124,9 @@ std::string Shortened(const std::string& text, int columns) {
 
 // --- few strata: a bar for each --------------------------------------------------------------------------
 
-// Draws one picture; a value of this class lives for that.
+// Draws one picture of bars. Single use: construct, Height() for the frame of the picture, Write(), discard.
+// The strata are in a tree of groups, one level for each strata variable and its category: a group gets a
+// line of its own above its first stratum, as in a table with nested row headers.
 class BarWriter {
 public:
   BarWriter(const OutputTable& table, const std::vector<Stratum>& strata, std::ostream& out)
@@ -125,13 +148,14 @@ public:
   }
 
 private:
-  // Groups with a line of their own: the innermost, which names a variable, shares the line of its category.
+  // Number of levels that have lines of their own. The last two nodes of a header share the stratum's line:
+  // "type =" and its category.
   std::size_t GroupsOf(std::size_t i) const {
     const std::size_t nodes = fStrata[i].header.size();
     return nodes > 2 ? nodes - 2 : 0;
   }
 
-  // The outermost group that begins with the stratum.
+  // The outermost level at which a group begins with this stratum; GroupsOf(i) if none does.
   std::size_t FirstGroup(std::size_t i) const {
     if (i == 0) return 0;
     const PivotLayout::Header& before = fStrata[i - 1].header;
@@ -140,10 +164,12 @@ private:
     return std::min(static_cast<std::size_t>(differ - header.begin()), GroupsOf(i));
   }
 
+  // Blank categories get a visible label.
   std::string Text(std::size_t i, std::size_t level) const {
     return LabelText(fTable.NodeAt(fStrata[i].header[level]).text);
   }
 
+  // One bar of each kind. The bar of the units drawn lies inside that of the units requested.
   void WriteLegend() {
     fOut << "<rect class=\"requested\" x=\"0\" y=\"3\" width=\"18\" height=\"14\"/>\n";
     WriteSvgText("24", 15, "start", "requested", fOut);
@@ -163,6 +189,7 @@ private:
     fY += kGroupHeight;
   }
 
+  // A frame without strata variables is one stratum, without a header.
   void WriteStratum(std::size_t i) {
     const Stratum& stratum = fStrata[i];
     const std::size_t nodes = stratum.header.size();
@@ -177,7 +204,7 @@ private:
   }
 
   void WriteBar(const char* kind, double size, int y, int height) {
-    // A hair less than the box, so that the outline is whole.
+    // 99.6 % and not 100: the outline is drawn half outside the bar and would be cut off.
     const double width = 99.6 * std::max(size, 0.0) / fLargest;
     fOut << "<rect class=\"" << kind << "\" x=\"1\" y=\"" << y << "\" width=\"" << Across(width)
          << "\" height=\"" << height << "\"/>\n";
@@ -187,12 +214,13 @@ private:
   const std::vector<Stratum>& fStrata;
   std::ostream& fOut;
   double fLargest;  // units, the full width
-  int fY = 0;
+  int fY = 0;       // pixels, top of the next line
 };
 
 // --- many strata: points ---------------------------------------------------------------------------------
 
-// The axes of requested against drawn, both from 0 to the same end.
+// Scales of the plot of units drawn (up) against units requested (across). Both run from 0 to the same end,
+// so that strata drawn as requested are on the diagonal. Steps are whole units.
 struct Axes {
   explicit Axes(double largest)
       : tick(std::max(RoundStep(largest, kMostTicks), 1.0)), end(std::ceil(largest / tick) * tick) {}
@@ -200,10 +228,11 @@ struct Axes {
   double X(double size) const { return kPlotLeft + (kPlotRight - kPlotLeft) * size / end; }
   double Y(double size) const { return kPlotBottom - (kPlotBottom - kPlotTop) * size / end; }
 
-  double tick;
-  double end;
+  double tick;  // units between two labels
+  double end;   // units
 };
 
+// Grid, labels and the diagonal. The last label across ends at the edge, where half of it would be cut off.
 void WriteAxes(const Axes& axes, std::ostream& out) {
   for (double at = 0.0; at <= axes.end + axes.tick / 2; at += axes.tick) {
     const int y = static_cast<int>(std::lround(axes.Y(at)));
@@ -218,7 +247,9 @@ void WriteAxes(const Axes& axes, std::ostream& out) {
       << Across(axes.X(axes.end)) << "\" y2=\"" << kPlotTop << "\"/>\n";
 }
 
-// Strata whose sizes fall into the same small square make one point; its area is their number.
+// Strata in the same square of a grid of kMostPoints by kMostPoints make one point: with thousands of strata
+// most would be drawn over each other. The area of a point is in proportion to the number of its strata, but
+// never so small that it can't be seen.
 void WritePoints(const std::vector<Stratum>& strata, const Axes& axes, std::ostream& out) {
   const double side = std::max(std::ceil(axes.end / kMostPoints), 1.0);
   const auto square = [&](double size) { return static_cast<int>(std::max(size, 0.0) / side); };
@@ -227,6 +258,7 @@ void WritePoints(const std::vector<Stratum>& strata, const Axes& axes, std::ostr
   for (const Stratum& stratum : strata)
     most = std::max(most, ++points[{square(stratum.requested), square(stratum.actual)}]);
   for (const auto& [at, count] : points) {
+    // The middle of a square over whole numbers: a square of side 1 holds one number, and is drawn there.
     const auto middle = [&](int place) { return side * place + (side - 1.0) / 2.0; };
     const double radius =
         std::max(kLargestRadius * std::sqrt(static_cast<double>(count) / most), kSmallestRadius);
@@ -239,7 +271,7 @@ void WritePoints(const std::vector<Stratum>& strata, const Axes& axes, std::ostr
 }  // namespace
 
 void WriteStageFigure(const OutputTable& table, const std::string& id, std::ostream& out) {
-  if (table.Kind() != "Summary") return;
+  if (table.Kind() != SummaryTableKind::kKind) return;
   const std::vector<Stratum> strata = StrataOf(table);
   if (strata.empty()) return;
   const std::string words = InWords(strata);

@@ -5,12 +5,13 @@
 
 #include "host/render/HtmlText.h"
 #include "host/text/ReadableNumber.h"
+#include "report/Figures.h"
 #include "report/FinalWeights.h"
-#include "report/StageFigure.h"
-#include "report/WeightFigure.h"
 
 namespace {
 
+// Says which cases were summed: the count of a case that was drawn several times depends on where the weights
+// were read.
 std::string WhichCases(const FinalWeights& weights) {
   const std::string variable = "The variable <strong>" + HtmlText(weights.variable) + "</strong> ";
   if (weights.file.empty())
@@ -19,6 +20,7 @@ std::string WhichCases(const FinalWeights& weights) {
          ". Every case there counts, so a case that was written more than once counts as often.";
 }
 
+// The body of the section: the picture, and the same facts as a table of numbers.
 void WriteWeights(const FinalWeights& final, std::ostream& out) {
   const WeightSummary& weights = final.summary;
   out << "<p>" << WhichCases(final) << "</p>\n<figure>\n";
@@ -43,6 +45,7 @@ void WriteWeights(const FinalWeights& final, std::ostream& out) {
 
 }  // namespace
 
+// The pictures are made when the page asks for them, table by table: none is kept in memory.
 HtmlAdditions SurveyAdditions(const FinalWeights* weights) {
   HtmlAdditions additions;
   if (weights != nullptr && weights->summary.count > 0) {

@@ -10,11 +10,13 @@ namespace {
 constexpr int kMostSteps = 24;
 // Weights that differ by less than this, relative to the largest, differ by rounding.
 constexpr double kSameWeight = 1e-9;
-constexpr double kSmallestRange = 1e-300;  // steps of a smaller one are no longer exact
-// From this ratio of the largest to the smallest on, even steps would leave most weights in one of them.
+constexpr double kSmallestRange = 1e-300;  // below it, steps come near denormal numbers and lose precision
+// Ratio of the largest to the smallest weight from which on equal steps would put most weights into one bin.
 constexpr double kSkewed = 100.0;
-constexpr double kMostDecades = 8.0;
+constexpr double kMostDecades = 8.0;  // for a logarithmic axis: three bins each, so 24 as kMostSteps
 
+// Multiples of a round step. Each is computed from its index: adding up steps would add up rounding errors.
+// The last edge is above the largest weight, since a bin doesn't contain its upper edge.
 std::vector<double> EvenEdges(double smallest, double largest) {
   const double step = RoundStep(largest - smallest, kMostSteps);
   std::vector<double> edges;
@@ -24,7 +26,8 @@ std::vector<double> EvenEdges(double smallest, double largest) {
   return edges;
 }
 
-// From the last edge that isn't above the smallest to the first above the largest.
+// 1, 2 and 5 times powers of ten, from the last one not above the smallest weight to the first above the
+// largest. Starts a power early and drops what turns out too small.
 std::vector<double> LogarithmicEdges(double smallest, double largest) {
   std::vector<double> edges;
   for (double exponent = std::floor(std::log10(smallest));; exponent += 1.0) {
@@ -37,10 +40,12 @@ std::vector<double> LogarithmicEdges(double smallest, double largest) {
   }
 }
 
+// Weights that are the same in theory differ in their last digits, since they are products of probabilities.
 bool AreSame(const WeightSummary& summary) {
   return summary.largest - summary.smallest <= kSameWeight * std::abs(summary.largest);
 }
 
+// Leaves the bins empty if the weights are the same, or too close for a step between them.
 void LayOutBins(WeightSummary* summary) {
   const double smallest = summary->smallest;
   const double largest = summary->largest;
@@ -52,7 +57,8 @@ void LayOutBins(WeightSummary* summary) {
   summary->bins.assign(summary->edges.size() - 1, 0);
 }
 
-// The bin of a weight; the edges are rounded, so that one at an end can come to lie outside.
+// Looks only at the inner edges, so that a weight that rounding puts outside the outer ones gets the outer
+// bin.
 std::size_t BinOf(const WeightSummary& summary, double weight) {
   const auto inner = summary.edges.begin() + 1;
   return static_cast<std::size_t>(std::upper_bound(inner, summary.edges.end() - 1, weight) - inner);
@@ -69,6 +75,8 @@ double RoundStep(double range, int most) {
   return 10.0 * power;
 }
 
+// The first pass finds what the second needs: the mean, and the range for the bins. Weights that are the same
+// get cv 0 exactly, and not what rounding leaves of it.
 WeightSummary SummarizeWeights(const WeightPass& pass) {
   WeightSummary summary;
   pass([&](double weight) {

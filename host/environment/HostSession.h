@@ -58,8 +58,8 @@ public:
 
   // This session's object of type `State`, made by the first call: from the session if State has such a
   // constructor. Layers that it asks for in its constructor are made before it, and so outlive it. The
-  // reference is valid until the session ends. Cost: linear in the number of layers, which is below ten; don't
-  // call it once per case.
+  // reference is valid until the session ends. Cost: linear in the number of layers, which is below ten;
+  // don't call it once per case.
   template <class State>
   State& Layer() {
     for (const auto& [type, state] : fLayers) {

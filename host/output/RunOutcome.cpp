@@ -5,10 +5,21 @@
 #include "host/environment/HostErrors.h"
 #include "host/output/OutputDocument.h"
 
-std::string StatusInWords(const RunOutcome& outcome, const OutputDocument& document) {
-  if (outcome.status == "ok") return "The run ended without an error.";
-  if (outcome.status == "cancelled") return "The run was interrupted; no sample was written.";
-  const std::vector<OutputMessage> messages = document.AllMessages();
+const char* StatusWord(RunStatus status) {
+  switch (status) {
+    case RunStatus::kOk:
+      return "ok";
+    case RunStatus::kCancelled:
+      return "cancelled";
+    default:
+      return "error";
+  }
+}
+
+std::string StatusInWords(const RunOutcome& outcome) {
+  if (outcome.status == RunStatus::kOk) return "The run ended without an error.";
+  if (outcome.status == RunStatus::kCancelled) return "The run was interrupted; no sample was written.";
+  const std::vector<OutputMessage> messages = outcome.document->AllMessages();
   const bool hasError = std::any_of(messages.begin(), messages.end(), [](const OutputMessage& message) {
     return message.level >= kErrorLevel;
   });

@@ -6,7 +6,14 @@
 
 class OutputDocument;
 
-// The outcome of a run, for reports: what the program knows about the run that isn't output of the procedure.
+enum class RunStatus {
+  kOk,         // everything that was asked for was made
+  kError,      // an error was raised, or something that was asked for is missing
+  kCancelled,  // a stop request ended the run; no file was written
+};
+
+// "ok", "error" or "cancelled", as the reports write it.
+const char* StatusWord(RunStatus status);
 
 // A file that the run has written.
 struct ReportFile {
@@ -22,14 +29,20 @@ struct RunFact {
   std::vector<std::string> lines;
 };
 
+// The result of a run, as the renderers read it.
+//
+// Ownership:  borrows the document, which belongs to the session of the run; null for a run without one.
 struct RunOutcome {
-  std::string status;  // ok, error or cancelled
-  std::vector<ReportFile> files;
+  RunStatus status = RunStatus::kError;
+  const OutputDocument* document = nullptr;  // messages, notes and tables
+  std::vector<ReportFile> files{};
+
   // Only in reports for people; the JSON report has neither.
   std::vector<std::string> remarks{};  // the program's own messages
   std::vector<RunFact> facts{};
 };
 
-// A sentence about how the run ended. Status "error" has two: a run can fail without an error message, when
+// A sentence about how the run ended. Status kError has two: a run can fail without an error message, when
 // files that were asked for are missing.
-std::string StatusInWords(const RunOutcome& outcome, const OutputDocument& document);
+// REQUIRES: the outcome has a document.
+std::string StatusInWords(const RunOutcome& outcome);

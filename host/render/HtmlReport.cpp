@@ -19,9 +19,8 @@ namespace {
 // part would be empty; the conditions in WriteContents() must be the same ones.
 class PageWriter {
 public:
-  PageWriter(const OutputDocument& document, const RunOutcome& outcome, const HtmlAdditions& additions,
-             std::ostream& out)
-      : fDocument(document), fOutcome(outcome), fAdditions(additions), fOut(out) {}
+  PageWriter(const RunOutcome& outcome, const HtmlAdditions& additions, std::ostream& out)
+      : fDocument(*outcome.document), fOutcome(outcome), fAdditions(additions), fOut(out) {}
 
   void Write() {
     WriteHead();
@@ -46,15 +45,15 @@ private:
             "<meta http-equiv=\"Content-Security-Policy\" "
             "content=\"default-src 'none'; style-src 'unsafe-inline'\"/>\n"
             "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n<title>"
-         << HtmlText(fDocument.Procedure()) << ": " << StatusInWords(fOutcome, fDocument)
-         << "</title>\n<style>" << kHtmlStyle << "</style>\n</head>\n<body>\n<main>\n<h1>"
-         << HtmlText(fDocument.Procedure()) << "</h1>\n";
+         << HtmlText(fDocument.Procedure()) << ": " << StatusInWords(fOutcome) << "</title>\n<style>"
+         << kHtmlStyle << "</style>\n</head>\n<body>\n<main>\n<h1>" << HtmlText(fDocument.Procedure())
+         << "</h1>\n";
   }
 
   // The status is also the class by which the style sheet colours the line.
   void WriteStatus() {
-    fOut << "<p class=\"status " << HtmlText(fOutcome.status) << "\">Status: <strong>"
-         << HtmlText(fOutcome.status) << "</strong>. " << StatusInWords(fOutcome, fDocument) << "</p>\n";
+    fOut << "<p class=\"status " << StatusWord(fOutcome.status) << "\">Status: <strong>"
+         << StatusWord(fOutcome.status) << "</strong>. " << StatusInWords(fOutcome) << "</p>\n";
   }
 
   void WriteContents() {
@@ -171,7 +170,6 @@ private:
 
 }  // namespace
 
-void WriteHtmlReport(const OutputDocument& document, const RunOutcome& outcome,
-                     const HtmlAdditions& additions, std::ostream& out) {
-  PageWriter(document, outcome, additions, out).Write();
+void WriteHtmlReport(const RunOutcome& outcome, const HtmlAdditions& additions, std::ostream& out) {
+  PageWriter(outcome, additions, out).Write();
 }

@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-class OutputDocument;
 class OutputTable;
 struct RunOutcome;
 
@@ -46,5 +45,5 @@ struct HtmlAdditions {
 
 // Order of the page: status, contents, messages, notes, additional sections, tables, files, facts. Parts
 // that would be empty are omitted, along with their entry in the contents.
-void WriteHtmlReport(const OutputDocument& document, const RunOutcome& outcome,
-                     const HtmlAdditions& additions, std::ostream& out);
+// REQUIRES: the outcome has a document.
+void WriteHtmlReport(const RunOutcome& outcome, const HtmlAdditions& additions, std::ostream& out);

@@ -86,9 +86,10 @@ void WriteTable(const OutputTable& table, std::ostream& out) {
 
 }  // namespace
 
-void WriteJsonReport(const OutputDocument& document, const RunOutcome& outcome, std::ostream& out) {
-  out << "{\"procedure\": " << Dump(document.Procedure()) << ", \"status\": " << Dump(outcome.status)
-      << ",\n";
+void WriteJsonReport(const RunOutcome& outcome, std::ostream& out) {
+  const OutputDocument& document = *outcome.document;
+  out << "{\"procedure\": " << Dump(document.Procedure())
+      << ", \"status\": " << Dump(StatusWord(outcome.status)) << ",\n";
   WriteArray("messages", document.AllMessages(), MessageJson, out);
   out << ",\n";
   WriteArray("notes", document.Notes(), NoteJson, out);

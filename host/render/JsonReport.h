@@ -2,7 +2,6 @@
 
 #include <iosfwd>
 
-class OutputDocument;
 struct RunOutcome;
 
 // Writes the report for programs: one JSON object. Users' scripts depend on its form:
@@ -23,4 +22,5 @@ struct RunOutcome;
 // Written element by element, one array element per line, in document order: a table of a million cells
 // needs no tree in memory, and two reports can be compared with a line-based diff. Invalid UTF-8 becomes
 // U+FFFD.
-void WriteJsonReport(const OutputDocument& document, const RunOutcome& outcome, std::ostream& out);
+// REQUIRES: the outcome has a document.
+void WriteJsonReport(const RunOutcome& outcome, std::ostream& out);

@@ -101,8 +101,9 @@ void RenderMessages(const OutputDocument& document, std::ostream& out) {
   if (document.FurtherMessages() > 0) out << document.FurtherText() << '\n';
 }
 
-void WriteTextReport(const OutputDocument& document, const RunOutcome& outcome, std::ostream& out) {
-  out << "Status: " << outcome.status << ". " << StatusInWords(outcome, document) << '\n';
+void WriteTextReport(const RunOutcome& outcome, std::ostream& out) {
+  const OutputDocument& document = *outcome.document;
+  out << "Status: " << StatusWord(outcome.status) << ". " << StatusInWords(outcome) << '\n';
   if (!document.Messages().empty() || !outcome.remarks.empty()) out << '\n';
   RenderMessages(document, out);
   for (const std::string& remark : outcome.remarks) out << PrintableText(remark) << '\n';

@@ -25,4 +25,5 @@ void RenderMessages(const OutputDocument& document, std::ostream& out);
 // A complete report of a run: how it ended, messages, remarks, notes, tables, and what is needed to repeat
 // it. The latter are commands and paths, so they aren't wrapped either. The width is kDefaultTextWidth
 // wherever it is written, so that the same run gives the same file.
-void WriteTextReport(const OutputDocument& document, const RunOutcome& outcome, std::ostream& out);
+// REQUIRES: the outcome has a document.
+void WriteTextReport(const RunOutcome& outcome, std::ostream& out);

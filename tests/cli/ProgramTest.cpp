@@ -30,6 +30,8 @@ TEST(Program, TellsWrongUseInOneLine) {
       {"$S", "a subcommand is needed: run, plan or describe", "(svselect --help"},
       {"$S rnu", "'rnu' is no subcommand; did you mean run?", "(svselect --help"},
       {"$S desc x", "'desc' is no subcommand; did you mean describe?", "(svselect --help"},
+      {"$S pl", "'pl' is no subcommand; did you mean plan?", "(svselect --help"},
+      {"$S p", "'p' is no subcommand (", "(svselect --help"},
       {"$S ''", "'' is no subcommand (", "(svselect --help"},
       {"$S --plan x", "there is no option '--plan'", "(svselect --help"},
       {"$S run --smaple s.csv", "run has no option '--smaple'; did you mean --sample?"},
@@ -208,6 +210,23 @@ TEST(Program, DrawsTheSameWhateverSurroundsIt) {
   // With standard error closed, nothing that is said there lands in a file of the run.
   EXPECT_EQ(folder.Run(kRun + "--sample s.csv --quiet 2>&-").status, 0);
   EXPECT_EQ(folder.Text("s.csv"), sample);
+}
+
+// What a dictionary holds, in full.
+TEST(Program, DescribesADictionary) {
+  const ProgramFolder folder;
+  folder.Run(R"(printf 'type,size\nE,1\nM,-9\n' > f.csv; cat > f.schema.json <<'END'
+{"fields": [{"name": "type", "type": "string", "title": "Type of school",
+             "categories": [{"value": "E", "label": "elementary"}]},
+            {"name": "size", "type": "integer", "missingValues": ["-9"]}]}
+END)");
+  EXPECT_EQ(folder.Run("$S describe f.csv").out,
+            "f.csv: 2 cases, 2 variables\n\n"
+            "  #  Name  Type      Format  Level    Label\n"
+            "  1  type  string 1  A1      nominal  Type of school\n"
+            "        'E' = elementary\n"
+            "  2  size  numeric   F8.0    scale\n"
+            "        user-missing: -9\n");
 }
 
 // The stages of a plan drawn run by run. The joint probabilities are those of the first stage: the run of the

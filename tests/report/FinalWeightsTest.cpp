@@ -32,7 +32,7 @@ TEST(FinalWeights, AreReadBackFromWhereTheyWere) {
         (path.empty() ? "" : " /SAMPLEFILE OUTFILE='" + path + "'"));
     SVSELECT();
     ASSERT_TRUE(CommitFiles());
-    const std::optional<FinalWeights> weights = ReadFinalWeights("W");
+    const std::optional<FinalWeights> weights = ReadFinalWeights(HostSession::Current(), "W");
     ASSERT_TRUE(weights.has_value());
     EXPECT_EQ(weights->file, path);
     EXPECT_EQ(weights->summary.count, c.count);
@@ -40,6 +40,6 @@ TEST(FinalWeights, AreReadBackFromWhereTheyWere) {
     EXPECT_EQ(weights->summary.smallest, c.smallest);
     EXPECT_EQ(weights->summary.largest, c.largest);
     EXPECT_NEAR(weights->summary.cv, c.cv, 1e-12);
-    EXPECT_FALSE(ReadFinalWeights("nothing").has_value());
+    EXPECT_FALSE(ReadFinalWeights(HostSession::Current(), "nothing").has_value());
   }
 }

@@ -13,8 +13,8 @@
 #include "host/output/OutputDocument.h"
 #include "host/output/RunOutcome.h"
 #include "host/render/HtmlReport.h"
+#include "report/Figures.h"
 #include "report/FinalWeights.h"
-#include "report/StageFigure.h"
 #include "report/SurveyPage.h"
 
 namespace {
@@ -94,7 +94,7 @@ void AddSummary(BpProcedure* procedure, const std::string& title, const std::vec
 
 Page Report(const FinalWeights* weights = nullptr, const std::vector<ReportFile>& files = {}) {
   std::ostringstream out;
-  WriteHtmlReport(OutputDocument::Current(), {"ok", files}, SurveyAdditions(weights), out);
+  WriteHtmlReport({RunStatus::kOk, &OutputDocument::Current(), files}, SurveyAdditions(weights), out);
   EXPECT_EQ(out.str().find("http", out.str().find("<style>")), out.str().find("http://www.w3.org/2000/svg"));
   return Page(out.str());
 }
@@ -171,6 +171,20 @@ TEST(HtmlReport, NestsHeadersBySpans) {
   EXPECT_EQ(scopes(tables[0]), "colgroup colgroup col col col col rowgroup row row row rowgroup row row ");
   EXPECT_EQ(Page::Below(tables[0], u"tbody").size(), 2U);
   for (const DOMElement* table : tables) EXPECT_EQ(Page::Below(table, u"caption").size(), 1U);
+}
+
+// Bars up to the limit that the header states, points from there on.
+TEST(StageFigure, ChangesItsFormAtTheLimit) {
+  for (const std::size_t strata : {kMostStageBars, kMostStageBars + 1}) {
+    HostSession session;
+    BpProcedure procedure("SVSelect", 4);
+    std::vector<Row> rows;
+    for (std::size_t i = 0; i < strata; ++i) rows.push_back({"North", std::to_string(i), {4, 4}});
+    AddSummary(&procedure, "stage", rows);
+    std::ostringstream out;
+    WriteStageFigure(*OutputDocument::Current().Tables().front(), "f", out);
+    EXPECT_EQ(Page(out.str()).All(u"circle").empty(), strata == kMostStageBars);
+  }
 }
 
 // Messages say what they are and how many more of a kind came; notes are by group, a list for each; a table

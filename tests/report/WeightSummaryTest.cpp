@@ -1,7 +1,7 @@
 #include <sstream>
 
 #include "host/numeric/Obs.h"
-#include "report/WeightFigure.h"
+#include "report/Figures.h"
 #include "report/WeightSummary.h"
 
 namespace {
@@ -47,6 +47,18 @@ TEST(WeightSummary, AgreesWithHandWork) {
     for (std::size_t i = 0; i < c.edges.size(); ++i) EXPECT_NEAR(summary.edges[i], c.edges[i], 1e-12);
     EXPECT_EQ(summary.bins, c.bins);
   }
+}
+
+// A single case among many is still to be seen.
+TEST(WeightFigure, ShowsEveryBinThatIsNotEmpty) {
+  const WeightSummary summary = SummarizeWeights([](const auto& take) {
+    for (int i = 0; i < 100'000; ++i) take(1.0);
+    take(2.0);
+  });
+  std::ostringstream out;
+  WriteWeightFigure(summary, "w", out);
+  EXPECT_NE(out.str().find("height=\"1\""), std::string::npos);
+  EXPECT_EQ(out.str().find("height=\"0\""), std::string::npos);
 }
 
 // Each weight is in one bin, the bins are few, and the picture stands, whatever the weights are: a frame can

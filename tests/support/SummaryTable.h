@@ -3,6 +3,7 @@
 #include <string>
 #include <utility>
 
+#include "backend/svselect/results/SummaryTableKind.h"
 #include "host/output/BpProcedure.h"
 #include "host/output/BpTable.h"
 #include "host/output/BpText.h"
@@ -15,7 +16,7 @@ inline BpString Fixed(const std::string& text) {
 // once this is gone.
 struct SummaryTable {
   SummaryTable(BpProcedure* procedure, const std::string& title)
-      : table(procedure->PivotTable(Fixed(title), BpString("Summary", false), true)) {
+      : table(procedure->PivotTable(Fixed(title), BpString(SummaryTableKind::kKind, false), true)) {
     value.Position(kPlaceColumn, 1, true, false);
     statistics.Position(kPlaceColumn, 2, true, false);
     variables.Position(kPlaceRow, 1, true, false);
@@ -27,13 +28,13 @@ struct SummaryTable {
   void Row(const BpCellText& outer, const BpCellText& inner, const BpCellText& leaf, const Pair& numbers,
            const Pair& percentages) const {
     variables.Group(outer, true, 2).Group(inner, true, 2).Category(leaf);
-    Cells("Number of Units Sampled", numbers, BpProcedure::Count());
-    Cells("Proportion of Units Sampled", percentages, BpProcedure::Percent());
+    Cells(SummaryTableKind::kUnitsSampled, numbers, BpProcedure::Count());
+    Cells(SummaryTableKind::kProportionSampled, percentages, BpProcedure::Percent());
   }
   void Cells(const char* statistic, const Pair& cells, BpFormatSpec format) const {
     statistics.Category(Fixed(statistic));
-    value.Category(Fixed("Requested")).Cell(BpNumber(cells.first, format));
-    value.Category(Fixed("Actual")).Cell(BpNumber(cells.second, format));
+    value.Category(Fixed(SummaryTableKind::kRequested)).Cell(BpNumber(cells.first, format));
+    value.Category(Fixed(SummaryTableKind::kActual)).Cell(BpNumber(cells.second, format));
   }
 
   BpPivotTable table;

@@ -6,6 +6,7 @@
 
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "backend/svselect/records/SVSInputAdapter.h"
+#include "backend/svselect/results/SummaryTableKind.h"
 #include "host/engine/ProcedureDataSource.h"
 #include "host/numeric/Fuzzy.h"
 #include "host/output/BpComposite.h"
@@ -65,7 +66,7 @@ void SVSSummaryTable::OpenTable(int stage) {
   title.Add(BpNumber(stage, BpProcedure::Count()));
   if (!label.empty()) title.Add(BpString(label, false));
   title.Finish();
-  fTable.emplace(fpHeading->PivotTable(title, BpString("Summary", false), true));
+  fTable.emplace(fpHeading->PivotTable(title, BpString(SummaryTableKind::kKind, false), true));
 
   BpComposite caption("Plan File ^1", true);
   caption.Add(BpString(fpValidSpecs->PlanFile(), false));
@@ -153,13 +154,13 @@ void SVSSummaryTable::WriteRow(const OBS* keyCells, const Row& row) const {
   if (keyCells != nullptr) WriteKey(keyCells);
   const auto write = [this](const char* statistic, const BpNumber& requested, const BpNumber& actual) {
     fStatsDim->Category(Fixed(statistic));
-    fValueDim->Category(Fixed("Requested")).Cell(requested);
-    fValueDim->Category(Fixed("Actual")).Cell(actual);
+    fValueDim->Category(Fixed(SummaryTableKind::kRequested)).Cell(requested);
+    fValueDim->Category(Fixed(SummaryTableKind::kActual)).Cell(actual);
   };
   const BpFormatSpec count = BpProcedure::Count();
   const BpFormatSpec percent = BpProcedure::Percent();
-  write("Number of Units Sampled", BpNumber(row.requestedSize, count), BpNumber(row.actualSize, count));
-  write("Proportion of Units Sampled", BpNumber(row.requestedRate * kPercent, percent),
+  write(SummaryTableKind::kUnitsSampled, BpNumber(row.requestedSize, count), BpNumber(row.actualSize, count));
+  write(SummaryTableKind::kProportionSampled, BpNumber(row.requestedRate * kPercent, percent),
         BpNumber(row.actualRate * kPercent, percent));
 }
 

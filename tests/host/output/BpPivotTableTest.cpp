@@ -192,7 +192,7 @@ TEST(JsonReport, HasItsFixedForm) {
     const BpPivotTable empty = procedure.PivotTable(Fixed("Renamed"), Fixed("Renamed"), true);
   }
   std::ostringstream out;
-  WriteJsonReport(OutputDocument::Current(), {"ok", {{"sample", "s.csv", 120}}}, out);
+  WriteJsonReport({RunStatus::kOk, &OutputDocument::Current(), {{"sample", "s.csv", 120}}}, out);
   const std::string kAt = R"("Variables":["Region = North","district =","7"]})";
   EXPECT_EQ(out.str(), R"({"procedure": "SVSelect", "status": "ok",
 "messages": [

@@ -68,7 +68,7 @@ TEST(OutputDocument, BoundsTheMessages) {
   EXPECT_EQ(pvGetCmnGlb()->errorFlag, 1);
   EXPECT_TRUE(MessagesAsText().ends_with("Warning: 9899\n... and 2 more messages\n"));
   std::ostringstream out;
-  WriteJsonReport(document, {"error", {}}, out);
+  WriteJsonReport({RunStatus::kError, &document}, out);
   EXPECT_NE(out.str().find(R"({"level":"error","text":"... and 2 more messages","group":"","repeats":0}],)"),
             std::string::npos);
   document.DropErrors();

@@ -1,4 +1,4 @@
-#include "cli/CommandedPlan.h"
+#include "session/CommandedPlan.h"
 
 #include <fmt/format.h>
 
@@ -16,9 +16,12 @@
 #include "host/engine/ActiveFile.h"
 #include "host/files/CheckFileRef.h"
 
+// The command is read with the generic parser and the plan with the plan reader, both without the checks of
+// the procedure: these have passed, or the run ended there.
+
 namespace {
 
-// A parameter of a subcommand; null when the command hasn't got it.
+// Null if the command doesn't have that parameter.
 const ParamObj* FindParameter(const CommandSpec& command, const char* subcommand, const char* name) {
   for (std::size_t i = 0; i < command.getSubComListSize(); ++i) {
     const SubComObj& candidate = *command.getSubComObj(i);
@@ -30,11 +33,13 @@ const ParamObj* FindParameter(const CommandSpec& command, const char* subcommand
   return nullptr;
 }
 
+// False if the command has a syntax error.
 bool ReadCommand(CommandSpec* command) {
   const KORV_TokenSequence tokens(true);
   return UniversalParser(tokens, *command).getCommandSpecifications() == 0;
 }
 
+// The path of the plan file as the procedure resolves it; empty if the command names none.
 std::string PlanPath(const CommandSpec& command) {
   const ParamObj* const file = FindParameter(command, "PLAN", "FILE");
   std::string name;
@@ -44,24 +49,25 @@ std::string PlanPath(const CommandSpec& command) {
   return CheckFileRef(name, isGeneric, false).Name();
 }
 
+// Stages are listed in order, and all are drawn if there is no list.
 bool DrawsFirstStage(const CommandSpec& command) {
   const ParamObj* const stages = FindParameter(command, "CRITERIA", "STAGES");
   std::vector<double> numbers;
   return stages == nullptr || !stages->getNumberList(numbers) || numbers.front() == 1.0;
 }
 
+// Missing values are negative numbers, and so aren't fractions.
 bool HasFraction(double number) {
   return number > 0.0 && std::trunc(number) != number;
 }
 
-// The bounds of the measure of size can bring fractions in as well.
-bool MeasureHasFractions(const SVPlanSpecs& plan) {
-  if (plan.mosVariable.IsEmpty()) return false;  // it counts cases, and isn't bounded
+// Whether any unit can have a size that isn't whole. Bounds count too: they replace sizes beyond them.
+bool MeasureHasFractions(const SVPlanSpecs& plan, ActiveFile& frame) {
+  if (plan.mosVariable.IsEmpty()) return false;  // then the size is a number of cases, without bounds
   if (HasFraction(plan.mosMin) || HasFraction(plan.mosMax)) return true;
-  ActiveFile& file = ActiveFile::Current();
-  const int column = file.SharedDictionary()->Find(plan.mosVariable.Text());
-  if (column < 0 || column >= file.ServedColumns()) return false;
-  const std::unique_ptr<CaseCursor> cursor = file.Engine().Open({column}, 0);
+  const int column = frame.SharedDictionary()->Find(plan.mosVariable.Text());
+  if (column < 0 || column >= frame.ServedColumns()) return false;
+  const std::unique_ptr<CaseCursor> cursor = frame.Engine().Open({column}, 0);
   while (const std::size_t rows = cursor->NextBlock()) {
     const double* const sizes = cursor->Numbers(0);
     if (std::any_of(sizes, sizes + rows, HasFraction)) return true;
@@ -96,11 +102,11 @@ std::optional<CommandedPlan> ReadCommandedPlan() {
   return commanded;
 }
 
-std::string ExactDesignAdvice(const CommandedPlan& commanded) {
+std::string ExactDesignAdvice(const CommandedPlan& commanded, ActiveFile& frame) {
   const SVMethod& method = FirstMethod(commanded);
   if (method.statedProbs == StatedProbs::kMet) return "";
   const bool onlyByFractions = method.statedProbs == StatedProbs::kMetByWholeSizes;
-  if (onlyByFractions && !MeasureHasFractions(commanded.plan)) return "";
+  if (onlyByFractions && !MeasureHasFractions(commanded.plan, frame)) return "";
   return MethodName(method) + " comes only near the probabilities that it states" +
          (onlyByFractions ? ", since the measure of size has fractions" : "") +
          "; --exact-design draws with exactly these";

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "cli/CommandLine.h"
+
+// The subcommands. Each makes a session of the host, calls the library in session/, shows the result and
+// returns the exit status. The options have passed UsageError().
+
+// Exit statuses; the help pages and the manual list them.
+inline constexpr int kExitOk = 0;
+inline constexpr int kExitError = 1;  // an error was raised, or a file that was named can't be used
+inline constexpr int kExitUsage = 2;  // the program was called wrongly
+inline constexpr int kExitInterrupted = 130;
+
+// `svselect run`: draws a sample. Tables and notes go to standard output, messages and remarks to standard
+// error; reports and data files are the library's work. A report that can't be written, or standard output,
+// is an error even if the sample was drawn.
+int RunSample(const RunOptions& options);
+
+// `svselect run --explain`: prints the command that the options make.
+int ExplainCommand(const RunOptions& options);
+
+// `svselect plan`: prints the plan in words. With a frame, reports the variables of the plan that the frame
+// doesn't have.
+int TellPlan(const PlanOptions& options);
+
+// `svselect describe`: prints the dictionary, the documents and the number of cases of a data file. Messages
+// come last, so that they aren't lost above a long dictionary.
+int DescribeFile(const FrameOptions& options);

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/files/PathClaims.h"
+#include "host/output/RunOutcome.h"
+#include "report/FinalWeights.h"
+
+class HostSession;
+struct RunRequest;
+
+// What a session looks like once the procedure has returned, and what there is to say about the run beyond
+// the procedure's own messages. The procedure returns nothing, so all of it is concluded from the state that
+// it has left in the session.
+
+// Whether an error message was issued in the current session.
+bool ErrorRaised();
+
+// Whether the run read cases at all.
+bool HasReadCases(HostSession& session);
+
+// Whether the draw was finished: the run came to its last pass over the cases, the one that writes the
+// sample.
+bool HasDrawn(HostSession& session);
+
+// Names of the files that were asked for and weren't made. REQUIRES: CommitFiles() has succeeded.
+std::vector<std::string> MissingFiles(HostSession& session);
+
+// Remarks on how a run ended: why files can't be used, why nothing was drawn although no message says so,
+// that the sample is lost because no file was named for it, what to do about a draw that might never end.
+std::vector<std::string> RemarksOnRun(HostSession& session, const RunRequest& request, RunStatus status);
+
+// What a second look at plan and sample finds.
+struct SampleReview {
+  std::vector<std::string> remarks;  // numbers of the plan that were misread, advice on the design
+  std::optional<FinalWeights> weights;
+};
+
+// Looks at the sample of a run. A fault of the files that are read back becomes a remark. `wantsWeights` asks
+// for the weights, for which the sample is read.
+// REQUIRES: HasDrawn().
+SampleReview ReviewSample(HostSession& session, bool wantsWeights);

@@ -1,0 +1,228 @@
+#include "session/RunSurvey.h"
+
+#include <algorithm>
+#include <sstream>
+#include <utility>
+
+#include "host/command/KORV_TokenSequence.h"
+#include "host/engine/ActiveFile.h"
+#include "host/environment/HostErrors.h"
+#include "host/environment/HostSession.h"
+#include "host/environment/MCStopProcessor.h"
+#include "host/files/ReadableFile.h"
+#include "host/files/SessionFiles.h"
+#include "host/files/TemporaryFile.h"
+#include "host/files/UserCaseFileSpec.h"
+#include "host/output/OutputDocument.h"
+#include "host/write/SaveActiveFile.h"
+#include "session/FileClaims.h"
+#include "session/ProcedureLibrary.h"
+#include "session/RunReport.h"
+#include "session/RunReview.h"
+
+// The road of a run:
+//
+//   ClaimFrame, ClaimOwnFiles   no output may go to a file that is read, or to one twice
+//   TakeCommand, OpenRunFrame   the session now has what the procedure fetches from it
+//   Draw                        the procedure; all of its files are temporary still
+//   SettleFiles                 all files take their places, or all are removed
+//   Review                      reads back what was written
+//   CompleteOutcome             remarks, files, facts
+//   WriteReportFile             the reports, whatever the status is
+//
+// The procedure returns nothing and knows nothing of this: it issues messages, raises the host's error flag
+// and leaves its results in the session. So a run counts as good if no error was raised, the last pass over
+// the cases was reached, and every file that was asked for is there.
+
+namespace {
+
+// One run from the claims to the reports. Single use: construct, Run(), discard. The outcome is filled as the
+// run goes on, so that it describes what is known even if an exception ends the run.
+class SurveyRun {
+public:
+  SurveyRun(HostSession& session, const RunRequest& request, const RunSinks& sinks, SurveyOutcome* outcome)
+      : fSession(session), fRequest(request), fSinks(sinks), fpOutcome(outcome) {}
+
+  // An exception in the work is reported like any other error: remarks and reports still follow. One after
+  // it, or from the document itself, leaves through RunSurvey().
+  void Run() {
+    OutputDocument& document = fSession.Layer<OutputDocument>();
+    document.SetProcedure("SVSelect");
+    fpOutcome->document = &document;
+    try {
+      Work();
+    } catch (...) {
+      Fail(CaughtException());
+      fSession.Layer<SessionFiles>().DiscardFiles();  // those that aren't in their places yet
+      fpOutcome->status = RunStatus::kError;
+    }
+    if (fpOutcome->status == RunStatus::kCancelled) document.DropErrors();
+    CompleteOutcome();
+    if (!fvReports.empty()) Begin(RunStep::kReport);
+    for (const std::string& report : fvReports) WriteReportFile(report);
+  }
+
+private:
+  // Sinks run on this thread, so that a caller needs no lock.
+  void Begin(RunStep step) const {
+    if (fSinks.stepBegins) fSinks.stepBegins(step);
+  }
+
+  // From the frame to the review. The status is set as soon as it is decided; what follows can't change it.
+  void Work() {
+    Begin(RunStep::kReadFrame);
+    if (Prepare() && !StopRequested()) {
+      Begin(RunStep::kDraw);
+      CountCases();
+      Draw();
+    }
+    Begin(RunStep::kWriteFiles);
+    fpOutcome->status = SettleFiles();
+    if (fpOutcome->status != RunStatus::kCancelled && HasDrawn(fSession) && !ErrorRaised()) Review();
+  }
+
+  // The order matters: of two uses of one file the later is refused, and that is what the message names.
+  bool Prepare() {
+    return ClaimFrame(fSession, fRequest.frame) && ClaimOwnFiles() && TakeCommand() && OpenRunFrame();
+  }
+
+  // The reports and the saved frame. Tries all files even after one was refused, so that each has its
+  // message.
+  bool ClaimOwnFiles() {
+    bool isGood = true;
+    fvReports = ClaimReports(fSession, fRequest.reports, &isGood);
+    if (fRequest.save.empty()) return isGood;
+    fSave.Init(fRequest.save, true, true);
+    const std::string& why = fSave.WhyNotWritten();
+    return why.empty() ? isGood : Fail(fRequest.save + ": " + why);
+  }
+
+  // Messages about the command name its file, or the source that the caller gave.
+  bool TakeCommand() {
+    std::string text;
+    if (!ReadCommandText(fSession, fRequest, &text)) return false;
+    const std::string& file = fRequest.commandFile;
+    fSession.Layer<SessionCommand>().SetCommand(std::move(text),
+                                                file.empty() ? fRequest.commandSource : file);
+    return true;
+  }
+
+  bool OpenRunFrame() {
+    try {
+      OpenFrame(fSession, fRequest.frame);
+      return true;
+    } catch (const DataError& error) {
+      return !StopRequested() && Fail(error.what());  // a stop request makes reading fail too
+    }
+  }
+
+  // For a progress display. Some kinds of file know their number of cases, others must be read for it.
+  void CountCases() {
+    if (!fSinks.frameCounted) return;
+    std::int64_t cases = -1;
+    try {
+      cases = fSession.Layer<ActiveFile>().Engine().CountCases();
+    } catch (const DataError&) {
+      // Still unknown; the procedure meets the same fault and reports it.
+    }
+    fSinks.frameCounted(cases);
+  }
+
+  // Errors of the procedure are in the session's messages; what is added here are failures to run it at all.
+  void Draw() {
+    std::string why;
+    const ProcedureEntry entry = LoadProcedure(&why);
+    if (entry == nullptr) {
+      Fail("the procedure can't be loaded: " + why);
+      return;
+    }
+    if (const std::string failure = CallProcedure(entry); !failure.empty()) Fail(failure);
+  }
+
+  // Puts the files of the run in their places, or removes them all. The saved frame is one of them: it is
+  // written only after a draw that succeeded. A stop request counts up to the moment before the renames.
+  RunStatus SettleFiles() {
+    SessionFiles& files = fSession.Layer<SessionFiles>();
+    if (!ErrorRaised() && fSave.IsValid() && HasDrawn(fSession)) SaveActiveFile(fSave);
+    if (StopRequested()) {
+      files.DiscardFiles();
+      return RunStatus::kCancelled;
+    }
+    if (ErrorRaised() || !HasDrawn(fSession) || !files.CommitFiles()) {
+      files.DiscardFiles();
+      return RunStatus::kError;
+    }
+    return MissingFiles(fSession).empty() ? RunStatus::kOk : RunStatus::kError;
+  }
+
+  // Final weights are summed only when somebody will see them: that reads the sample once more.
+  void Review() {
+    Begin(RunStep::kReview);
+    const bool hasPage = std::any_of(fvReports.begin(), fvReports.end(), [](const std::string& report) {
+      return KindOfReport(report) == ReportKind::kHtml;
+    });
+    fReview = ReviewSample(fSession, hasPage || fRequest.summarizeWeights);
+  }
+
+  void CompleteOutcome() {
+    for (const OutputFile& file : fSession.Layer<SessionFiles>().CommittedFiles()) {
+      fpOutcome->files.push_back({RoleName(file.role), file.path, file.cases});
+    }
+    std::vector<std::string>& remarks = fpOutcome->remarks;
+    remarks = RemarksOnRun(fSession, fRequest, fpOutcome->status);
+    remarks.insert(remarks.end(), fReview.remarks.begin(), fReview.remarks.end());
+    fpOutcome->weights = std::move(fReview.weights);
+    fpOutcome->facts = FactsOf(fSession, fRequest);
+  }
+
+  // Composed in memory first, and written under a temporary name: a report is whole or the old one stays.
+  void WriteReportFile(const std::string& path) const {
+    std::ostringstream text;
+    WriteReport(KindOfReport(path), *fpOutcome, text);
+    std::string why;
+    if (WriteWholeFile(path, text.view(), &why)) return;
+    fpOutcome->reportProblems.push_back("the report " + path + " can't be written: " + why);
+  }
+
+  HostSession& fSession;
+  const RunRequest& fRequest;
+  const RunSinks& fSinks;
+  SurveyOutcome* fpOutcome;  // borrowed
+
+  std::vector<std::string> fvReports;  // those of the request that can be written
+  UserCaseFileSpec fSave{FileRole::kSaved};
+  SampleReview fReview;
+};
+
+}  // namespace
+
+SurveyOutcome RunSurvey(HostSession& session, const RunRequest& request, const RunSinks& sinks) noexcept {
+  SurveyOutcome outcome;
+  try {
+    SurveyRun(session, request, sinks, &outcome).Run();
+  } catch (...) {
+    outcome.status = RunStatus::kError;
+    try {
+      Fail(CaughtException());
+    } catch (...) {
+      // No memory for the message either: the status has to do.
+    }
+  }
+  return outcome;
+}
+
+// Claims the file, so that no output can replace the command while it runs. UTF-16 is what some editors save
+// by default; without this test the message would be about its first odd character.
+bool ReadCommandText(HostSession& session, const RunRequest& request, std::string* text) {
+  const std::string& file = request.commandFile;
+  if (file.empty()) {
+    *text = request.command;
+    return true;
+  }
+  const FileFlags flags = session.Layer<SessionFiles>().Claims().ClaimForReading(FileRole::kCommand, file);
+  if (!flags.CanBeRead()) return Fail(file + ": " + flags.why);
+  std::string why;
+  if (!ReadWholeFile(file, text, &why)) return Fail(file + ": " + why);
+  const bool isUtf16 = text->starts_with("\xFF\xFE") || text->starts_with("\xFE\xFF");
+  return !isUtf16 || Fail(file + ": the command file is in UTF-16, expected UTF-8");
+}
