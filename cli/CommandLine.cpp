@@ -160,6 +160,7 @@ bool IsThreads(const std::string& text) {
   return threads >= 1 && threads <= kMaxThreads;
 }
 
+// A design has at most three stages.
 bool IsStage(const std::string& text) {
   return text == "1" || text == "2" || text == "3";
 }

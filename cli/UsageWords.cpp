@@ -150,6 +150,8 @@ const CLI::App& NamedSubcommand(const CLI::App& app, int argc, const char* const
 }
 
 std::string OverlookedWords(const CLI::App& app, int argc, const char* const* argv) {
+  // The program itself has no arguments either, but there "--" precedes a subcommand: UnexpectedWords()
+  // reports it.
   const bool isOptionsOnly = SubcommandNames(app).empty() && !TakesArguments(app);
   for (int i = 1; i < argc; ++i) {
     const std::string_view word = argv[i];
