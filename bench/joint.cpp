@@ -8,13 +8,12 @@
 #include <thread>
 
 #include "backend/svselect/selection/PpsWorJoint.h"
-#include "backend/svselect/selection/PpsWorSteps.h"
 #include "backend/svselect/selection/SampfordJoint.h"
 
 namespace {
 
 struct Stratum {
-  std::vector<double> sizes, p, cumulative, firstStep, matrix;
+  std::vector<double> sizes, p, cumulative, matrix;
   std::vector<std::int32_t> selected;
 
   // Sizes 1 to 4, ascending.
@@ -27,7 +26,6 @@ struct Stratum {
     cumulative.resize(units);
     std::partial_sum(p.begin(), p.end(), cumulative.begin());
     for (std::size_t a = 0; a < n; ++a) selected[a] = static_cast<std::int32_t>(a * units / n + 1);
-    firstStep = FirstStepProbs(p, cumulative, static_cast<std::int32_t>(n));
   }
 };
 
@@ -51,8 +49,11 @@ void PpsWor(benchmark::State& state) {
   Stratum s(static_cast<std::size_t>(state.range(0)), n);
   const auto threads = static_cast<std::size_t>(state.range(2));
   for (auto _ : state) {
-    PpsWorJoint work({s.sizes, s.p, s.cumulative, s.firstStep, static_cast<int>(n)}, {s.matrix, s.selected},
-                     Ranges(n, threads));
+    PpsWorJoint work({.requested = static_cast<std::int32_t>(n),
+                      .sizes = s.sizes,
+                      .shares = s.p,
+                      .cumulativeShares = s.cumulative},
+                     {s.matrix, s.selected}, Ranges(n, threads));
     RunAll(work, threads);
     benchmark::DoNotOptimize(s.matrix.data());
   }

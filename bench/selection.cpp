@@ -1,6 +1,7 @@
 // Drawing the sample of one stratum, the units being tabulated already.
 #include <benchmark/benchmark.h>
 
+#include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
@@ -38,7 +39,7 @@ void Draw(benchmark::State& state, MethodType method, std::int32_t units, std::i
   }
   ClusterPairs selected;
   for (auto _ : state) {
-    if (method == kMethodPpsWor) SortBySize(&pairs, exact);
+    if (MethodOf(method).ordersBySize) SortBySize(&pairs, exact);
     SVSelectSamples engine(&settings, 1, &cancelInfo);
     engine.SetRandom(&random);
     engine.Prepare(&pairs, &selected, &outSamples, n, 0.0);

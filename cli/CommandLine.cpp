@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "backend/svcommon/design/MethodTable.h"
 #include "cli/HelpPage.h"
 #include "cli/ReportKind.h"
 #include "cli/UsageWords.h"
@@ -103,7 +104,7 @@ public:
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   }
-  void AddFlag(const char* name, bool& value, const char* help) {
+  void AddFlag(const char* name, bool& value, const std::string& help) {
     fApp.add_flag(name, value, help)->group(fpName)->disable_flag_override();
   }
 
@@ -218,9 +219,10 @@ void AddWholeCommand(CLI::App& app, RunOptions& options) {
 
 void AddSession(CLI::App& app, RunOptions& options) {
   OptionGroup group(app, kSessionGroup);
+  const auto isInexact = [](const SVMethod& method) { return method.statedProbs != StatedProbs::kMet; };
   group.AddFlag(
       "--exact-design", options.settings.exactDesign,
-      "Draw by PPS_WOR, PPS_BREWER and PPS_SAMPFORD with exactly the probabilities that are stated");
+      "Draw by " + MethodNames(isInexact, ", ", " and ") + " with exactly the probabilities that are stated");
   group
       .Add("--threads", options.settings.threads, "N",
            "Threads. Without it, as many as the machine has processors. The sample is the same with any")

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "backend/svcommon/PlanXmlReader.h"
-#include "backend/svcommon/design/Enumerations.h"
+#include "backend/svcommon/design/MethodTable.h"
 #include "host/command/CommandSpec.h"
 #include "host/command/KORV_TokenSequence.h"
 #include "host/command/UniversalParser.h"
@@ -69,6 +69,12 @@ bool MeasureHasFractions(const SVPlanSpecs& plan) {
   return false;
 }
 
+// The method of the first stage; kNoMethod when the command doesn't draw that.
+const SVMethod& FirstMethod(const CommandedPlan& commanded) {
+  if (!commanded.drawsFirstStage || commanded.plan.stages.empty()) return kNoMethod;
+  return MethodOfType(commanded.plan.stages.front().type);
+}
+
 }  // namespace
 
 bool NamesJointFile() {
@@ -91,29 +97,19 @@ std::optional<CommandedPlan> ReadCommandedPlan() {
 }
 
 std::string ExactDesignAdvice(const CommandedPlan& commanded) {
-  if (!commanded.drawsFirstStage || commanded.plan.stages.empty()) return "";
-  const std::int32_t type = commanded.plan.stages.front().type;
-  const std::string remedy = "; --exact-design draws with exactly these";
-  switch (type) {
-    case kSamplingPpsBrewer:
-    case kSamplingPpsSampford:
-      return std::string(type == kSamplingPpsBrewer ? "PPS_BREWER" : "PPS_SAMPFORD") +
-             " comes only near the probabilities that it states" + remedy;
-    case kSamplingPpsWor:
-      if (!MeasureHasFractions(commanded.plan)) return "";
-      return "PPS_WOR comes only near the probabilities that it states, since the measure of size has "
-             "fractions" +
-             remedy;
-    default:
-      return "";
-  }
+  const SVMethod& method = FirstMethod(commanded);
+  if (method.statedProbs == StatedProbs::kMet) return "";
+  const bool onlyByFractions = method.statedProbs == StatedProbs::kMetByWholeSizes;
+  if (onlyByFractions && !MeasureHasFractions(commanded.plan)) return "";
+  return MethodName(method) + " comes only near the probabilities that it states" +
+         (onlyByFractions ? ", since the measure of size has fractions" : "") +
+         "; --exact-design draws with exactly these";
 }
 
 std::string EndlessDrawAdvice(const CommandedPlan& commanded) {
-  const bool isSampford = commanded.drawsFirstStage && !commanded.plan.stages.empty() &&
-                          commanded.plan.stages.front().type == kSamplingPpsSampford;
-  if (!isSampford) return "";
-  return "PPS_SAMPFORD draws anew until no unit comes up twice, which with many units a stratum may never "
-         "be; "
+  const SVMethod& method = FirstMethod(commanded);
+  if (!method.mayDrawForever) return "";
+  return MethodName(method) +
+         " draws anew until no unit comes up twice, which with many units a stratum may never be; "
          "--exact-design draws them at once";
 }

@@ -16,6 +16,17 @@
 
 namespace SV_XML {
 
+namespace {
+
+// The one way to end a parse at a bound. The text is never shown: the plan reader reports an invalid file.
+void RefuseIf(bool isBeyondBound) {
+  if (isBeyondBound) throw xercesc::SAXException("the plan is beyond a bound of its reader");
+}
+
+}  // namespace
+
+// --- XmlErrorHandler --------------------------------------------------------------------------------------
+
 xercesc::InputSource* XmlErrorHandler::resolveEntity(const XMLCh*, const XMLCh*) {
   PathFinder* const finder = PathFactory::getPathInstance(PathFactory::kApplicationData);
   const std::string path = finder->DataFolder() + "korv-survey-plans-1.0.dtd";
@@ -37,18 +48,9 @@ void XmlErrorHandler::fatalError(const xercesc::SAXParseException& exception) {
   throw xercesc::SAXParseException(exception);
 }
 
-}  // namespace SV_XML
+// --- PlanDomParser ----------------------------------------------------------------------------------------
 
-namespace SV_XML {
-
-namespace {
-
-void RefuseIf(bool isBeyondBound) {
-  if (isBeyondBound) throw xercesc::SAXException("the plan is beyond a bound of its reader");
-}
-
-}  // namespace
-
+// The library counts expansions of general entities itself; all other counts are kept here.
 PlanDomParser::PlanDomParser() {
   fSecurity.setEntityExpansionLimit(kMaxExpansions);
   setSecurityManager(&fSecurity);
@@ -62,6 +64,7 @@ void PlanDomParser::startDocument() {
   XercesDOMParser::startDocument();
 }
 
+// The bounds are tested before the base class builds anything of the element.
 void PlanDomParser::startElement(const xercesc::XMLElementDecl& declaration, unsigned int uri,
                                  const XMLCh* prefix,
                                  const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
@@ -77,6 +80,8 @@ void PlanDomParser::startElement(const xercesc::XMLElementDecl& declaration, uns
   XercesDOMParser::startElement(declaration, uri, prefix, attributes, attributeCount, isEmpty, isRoot);
 }
 
+// The library hands over a text in pieces, each of which becomes a node or part of one; counting pieces is on
+// the safe side.
 void PlanDomParser::docCharacters(const XMLCh* text, XMLSize_t length, bool isCdata) {
   CountNodes(1);
   XercesDOMParser::docCharacters(text, length, isCdata);
@@ -113,6 +118,8 @@ void PlanDomParser::startAttList(const xercesc::DTDElementDecl& declaration) {
   XercesDOMParser::startAttList(declaration);
 }
 
+// An internal parameter entity is replacement text for declarations: the classic way to blow a document up.
+// An external one can only resolve to the product's DTD, so it does no harm.
 void PlanDomParser::entityDecl(const xercesc::DTDEntityDecl& declaration, bool isParameter, bool isIgnored) {
   RefuseIf(isParameter && !declaration.isExternal());
   RefuseIf(declaration.getValueLen() > kMaxEntityLength);
@@ -130,6 +137,8 @@ void PlanDomParser::CountName(std::u16string_view name) {
   fNames.emplace(name);
 }
 
+// Compares system identifiers, since the parser gives no other way to tell one input from another. Without an
+// identifier the text counts as the document's, which refuses more, not less.
 bool PlanDomParser::IsInDocument() const {
   const XMLCh* const id = getScanner()->getLocator()->getSystemId();
   return id == nullptr || fDocumentId == id;

@@ -1,5 +1,6 @@
 #include "backend/svcommon/PlanElements.h"
 
+#include <algorithm>
 #include <xercesc/dom/DOMElement.hpp>
 #include <xercesc/dom/DOMNodeList.hpp>
 #include <xercesc/util/XMLString.hpp>
@@ -24,7 +25,8 @@ const xercesc::DOMElement* FindChild(const xercesc::DOMNode* parent, const XMLCh
 
 std::vector<const xercesc::DOMElement*> FindAll(const xercesc::DOMElement* parent, const XMLCh* name,
                                                 std::size_t most) {
-  // The list remembers the item asked for last and goes on from there, so that this walks the tree once.
+  // This is one walk over the tree, not one per item: the list remembers the item that was asked for last and
+  // searches on from there. Asking for its length first would undo that.
   const xercesc::DOMNodeList* const list = parent->getElementsByTagName(name);
   std::vector<const xercesc::DOMElement*> found;
   while (found.size() < most) {
@@ -37,6 +39,11 @@ std::vector<const xercesc::DOMElement*> FindAll(const xercesc::DOMElement* paren
 
 bool IsWord(const xercesc::DOMElement* element, const XMLCh* attribute, const XMLCh* word) {
   return xercesc::XMLString::equals(element->getAttribute(attribute), word);
+}
+
+bool IsWord(const xercesc::DOMElement* element, const XMLCh* attribute, std::string_view asciiWord) {
+  const std::u16string_view text = element->getAttribute(attribute);
+  return std::equal(text.begin(), text.end(), asciiWord.begin(), asciiWord.end());
 }
 
 }  // namespace SV_XML

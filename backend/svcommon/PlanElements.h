@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 #include <vector>
 #include <xercesc/util/XercesDefs.hpp>
 
@@ -9,24 +10,31 @@ class DOMElement;
 class DOMNode;
 XERCES_CPP_NAMESPACE_END
 
-// How the plan reader finds its way in a document, and joins the codes of what it finds.
+// Small helpers of the plan reader: finding elements in a document, and combining fault codes.
+//
+// All of them accept a document that lacks what is looked for: the grammar of plans checks most of what may
+// be missing, but a plan without a reference to the grammar is read as well.
 namespace SV_XML {
 
-// The first direct child element of that name, null when there is none or no parent.
+// The first direct child element of that name. Null if it is missing or `parent` is null, so that calls can
+// be chained: FindChild(FindChild(design, u"Weight"), u"Variable").
 const xercesc::DOMElement* FindChild(const xercesc::DOMNode* parent, const XMLCh* name);
 
-// The next element after `node` among its siblings, itself included; null at the end. For walks over the
-// child elements of whatever name.
+// `node` itself if it is an element, else the next sibling that is one; null at the end. For loops over child
+// elements whatever their names.
 const xercesc::DOMElement* ElementFrom(const xercesc::DOMNode* node);
 
-// The elements of that name at any depth below the parent, in document order, the first `most` of them.
+// The first `most` elements of that name at any depth below the parent, in document order.
 std::vector<const xercesc::DOMElement*> FindAll(const xercesc::DOMElement* parent, const XMLCh* name,
                                                 std::size_t most);
 
-// Whether the attribute has exactly that text.
+// Whether the attribute's value is exactly that word. Words of a plan are case-sensitive, unlike its names.
 bool IsWord(const xercesc::DOMElement* element, const XMLCh* attribute, const XMLCh* word);
+bool IsWord(const xercesc::DOMElement* element, const XMLCh* attribute, std::string_view asciiWord);
 
-// The running code of a plan keeps its first fault; a part of a plan tells its last.
+// How fault codes are combined. A plan as a whole reports its first fault, a part of it (a list of variables,
+// a table, the measure of size) its last. There is no deeper reason; which message a faulty plan gets depends
+// on it, so it stays.
 inline int FirstFault(int code, int next) {
   return code != 0 ? code : next;
 }

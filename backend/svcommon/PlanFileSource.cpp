@@ -14,11 +14,13 @@ namespace SV_XML {
 
 namespace {
 
+// Reads the file in the library's way, and pretends that it ends where the declarations get too long.
 class PlanFileStream : public xercesc::BinFileInputStream {
 public:
   PlanFileStream(std::FILE* file, const PlanDomParser* parser)
       : BinFileInputStream(file, xercesc::XMLPlatformUtils::fgMemoryManager), fpParser(parser) {}
 
+  // The parser reads ahead in blocks, so the limit holds to within a block.
   XMLSize_t readBytes(XMLByte* to, XMLSize_t most) override {
     const XMLSize_t count = BinFileInputStream::readBytes(to, most);
     if (fpParser != nullptr && fpParser->IsInSubset()) fSubsetBytes += count;
@@ -26,8 +28,8 @@ public:
   }
 
 private:
-  const PlanDomParser* fpParser;
-  std::size_t fSubsetBytes = 0;
+  const PlanDomParser* fpParser;  // borrowed, may be null
+  std::size_t fSubsetBytes = 0;   // read while the parser was inside the declarations
 };
 
 }  // namespace
@@ -36,7 +38,8 @@ PlanFileSource::PlanFileSource(std::string path, const std::u16string& wide, con
     : LocalFileInputSource(wide.c_str()), fPath(std::move(path)), fpParser(parser) {}
 
 xercesc::BinInputStream* PlanFileSource::makeStream() const {
-  // Not blocking: else the open would wait for a pipe's writer.
+  // O_NONBLOCK: opening a pipe would wait for its writer. O_NOCTTY: a terminal mustn't become ours. What was
+  // opened is tested afterwards, on the descriptor, so that it can't be exchanged in between.
   const int file = open(fPath.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (file < 0) return nullptr;
   struct stat status {};

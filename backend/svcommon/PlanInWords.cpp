@@ -3,15 +3,16 @@
 #include <algorithm>
 #include <charconv>
 
+#include "backend/svcommon/design/MethodTable.h"
 #include "host/text/DisplayText.h"
 
 namespace {
 
-constexpr std::size_t kMostRows = 20;  // of a table
+constexpr std::size_t kMostRows = 20;  // of a table; enough to recognise it, few enough for a screen
 
 using Lines = std::vector<std::string>;
 
-// The shortest text that reads back the same.
+// The shortest decimal text that reads back as the same double: 0.1, not 0.10000000000000001.
 std::string NumberText(double number) {
   char text[32];
   const auto end = std::to_chars(std::begin(text), std::end(text), number).ptr;
@@ -28,35 +29,7 @@ std::string NamesText(const std::vector<KorvVarName>& names) {
   return text.empty() ? "none" : text;
 }
 
-const char* MethodText(std::int32_t type) {
-  switch (type) {
-    case kSamplingSimpleWor:
-      return "at random without replacement, each unit with the same probability";
-    case kSamplingSimpleWr:
-      return "at random with replacement, each unit with the same probability";
-    case kSamplingSimpleSystematic:
-      return "systematic: at fixed intervals from a random start, each unit with the same probability";
-    case kSamplingSimpleChromy:
-      return "sequential, each unit with the same probability";
-    case kSamplingPpsWor:
-      return "at random without replacement, in proportion to size";
-    case kSamplingPpsWr:
-      return "at random with replacement, in proportion to size";
-    case kSamplingPpsSystematic:
-      return "systematic: at fixed intervals from a random start, in proportion to size";
-    case kSamplingPpsBrewer:
-      return "Brewer's, in proportion to size";
-    case kSamplingPpsMurthy:
-      return "Murthy's, in proportion to size";
-    case kSamplingPpsSampford:
-      return "Sampford's, in proportion to size";
-    case kSamplingPpsChromy:
-      return "sequential, in proportion to size";
-    default:
-      return "none";
-  }
-}
-
+// ", at least 5, at most 20". A bound that isn't positive isn't a bound.
 std::string BoundsText(double least, double most) {
   std::string text;
   if (least > 0.0) text += ", at least " + NumberText(least);
@@ -64,6 +37,7 @@ std::string BoundsText(double least, double most) {
   return text;
 }
 
+// The rows in the plan's order: categories, then the number.
 void AddTable(const VarCatList& table, Lines* lines) {
   std::vector<VarCatList::CatList> keys;
   std::vector<double> values;
@@ -80,13 +54,16 @@ void AddTable(const VarCatList& table, Lines* lines) {
   }
 }
 
+// Only what the table is made of; AddTable() lists its rows.
 std::string TableText(const VarCatList& table) {
   std::vector<KorvVarName> names;
   table.copyVarList(names);
   return "a table of " + NamesText(names) + " with " + CountText(table.getMapSize(), "row");
 }
 
-// How many units of each stratum.
+// How many units each stratum gives: a number, a variable, a table, or, for the methods that always draw two,
+// nothing that the plan says. The bounds belong to a rate only; its text starts with a comma, which is cut
+// off.
 void AddSize(const SVPlanStageSpecs& stage, Lines* lines) {
   std::string text = "two units of each stratum";
   if (stage.paramSource == kParamByValue) {
@@ -95,7 +72,7 @@ void AddSize(const SVPlanStageSpecs& stage, Lines* lines) {
     text = "variable " + PrintableText(stage.paramVariable.Text());
   } else if (stage.paramSource == kParamByVarCatList) {
     text = TableText(stage.paramMatrix);
-  } else if (stage.type != kSamplingPpsBrewer && stage.type != kSamplingPpsMurthy) {
+  } else if (!MethodOfType(stage.type).twoUnits) {
     text = "none";
   }
   const bool isRate = stage.paramKind == kParamRate;
@@ -106,6 +83,7 @@ void AddSize(const SVPlanStageSpecs& stage, Lines* lines) {
   if (stage.paramSource == kParamByVarCatList) AddTable(stage.paramMatrix, lines);
 }
 
+// The measure of size belongs to the plan, but is shown with the stage that draws by it.
 void AddMeasureOfSize(const SVPlanSpecs& plan, Lines* lines) {
   const std::string source = plan.mosFromData ? "number of cases"
                              : plan.mosVariable.IsEmpty()
@@ -114,6 +92,7 @@ void AddMeasureOfSize(const SVPlanSpecs& plan, Lines* lines) {
   lines->push_back("  Measure of size: " + source + BoundsText(plan.mosMin, plan.mosMax));
 }
 
+// In the order of OutputKind, which is also the order of the variables in the sample.
 void AddOutputs(const SVPlanStageSpecs& stage, Lines* lines) {
   const struct {
     const char* text;
@@ -139,14 +118,15 @@ void AddStage(const SVPlanSpecs& plan, int number, Lines* lines) {
   lines->push_back("Stage " + std::to_string(number) + label);
   lines->push_back("  Strata: " + NamesText(stage.strataVariables));
   lines->push_back("  Clusters: " + NamesText(stage.clusterVariables));
-  lines->push_back("  Method: " + std::string(MethodText(stage.type)));
+  lines->push_back("  Method: " + std::string(MethodOfType(stage.type).inWords));
   AddSize(stage, lines);
-  if (IsPpsType(stage.type)) AddMeasureOfSize(plan, lines);
+  if (MethodOfType(stage.type).IsPps()) AddMeasureOfSize(plan, lines);
   AddOutputs(stage, lines);
 }
 
 }  // namespace
 
+// The default kind of estimation isn't mentioned: it follows from the methods.
 std::vector<std::string> PlanInWords(const SVPlanSpecs& plan) {
   Lines lines = {"Sample design of " + CountText(plan.stages.size(), "stage")};
   lines.push_back("Final weight: " + (plan.weight.IsEmpty() ? "none, so nothing can be drawn"

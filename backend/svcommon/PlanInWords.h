@@ -5,7 +5,10 @@
 
 #include "backend/svcommon/SVPlanSpecs.h"
 
-// What a sample plan says, in lines of plain English: the design, then each stage with what it is drawn by,
-// how and how many, and the variables that it leaves. Texts of the plan are made fit for a line; long tables
-// are cut short, and the last line of one says how much is left out.
+// A sample plan in lines of plain English, for someone who wants to know what a plan does before drawing with
+// it: the design, then for each stage its strata and clusters, the method, the number of units, and the
+// output variables. The plan need not be complete or correct.
+//
+// Texts from the plan (names, labels, categories) are made printable, since a plan may hold any characters. A
+// long table is cut short; its last line says how many rows were left out.
 std::vector<std::string> PlanInWords(const SVPlanSpecs& plan);

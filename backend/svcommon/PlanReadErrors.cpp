@@ -13,7 +13,8 @@ namespace SV_XML {
 
 namespace {
 
-// The text of code k is entry k - 1.
+// The text of code k is entry k - 1. The wordings are fixed, dots included; the one of code 23 is of no help
+// to the user, and the guide explains it.
 constexpr const char* kTexts[] = {
     "Invalid plan file...",
     "Variable is not a valid KORV variable...",

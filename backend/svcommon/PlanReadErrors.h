@@ -2,7 +2,13 @@
 
 namespace SV_XML {
 
-// Codes of the plan reader. 0 is success; the text of each stands in PlanReadErrors.cpp.
+// What can be wrong with a plan file.
+//
+// The reader returns one code per plan, the first fault that it found, and the user gets one message without
+// a place in the file. Codes rather than texts, so that a caller can decide whether and where to show them:
+// the command shows the message and stops, while the program's view of a plan adds where the parser stopped.
+
+// Codes of the plan reader; 0 is success. The texts are in PlanReadErrors.cpp.
 inline constexpr int kPlanInvalidFile = 1;
 inline constexpr int kPlanInvalidVariable = 2;
 inline constexpr int kPlanRepeatedVariable = 3;
@@ -21,20 +27,20 @@ inline constexpr int kPlanIllegalMethod = 15;
 inline constexpr int kPlanNoSizeOrRate = 16;
 inline constexpr int kPlanNoMos = 17;
 inline constexpr int kPlanNoMosSource = 18;
-inline constexpr int kPlanMinAboveMax = 19;  // of the measure of size, and of the size that a rate gives
-inline constexpr int kPlanBadBound = 20;     // likewise
+inline constexpr int kPlanMinAboveMax = 19;  // bounds of the measure of size, or of the size a rate gives;
+inline constexpr int kPlanBadBound = 20;     // the text of both speaks of the measure of size either way
 inline constexpr int kPlanClusterMissing = 21;
 inline constexpr int kPlanRepeatedInSampleDesign = 22;
-inline constexpr int kPlanReplacementBeforeLast = 23;  // a method with replacement, and stages behind it
+inline constexpr int kPlanReplacementBeforeLast = 23;  // a method with replacement before the last stage
 inline constexpr int kPlanIllegalSrsEstimator = 24;
 
-// Most stages of a plan.
+// The largest number of stages in a plan.
 inline constexpr int kMaxPlanStages = 3;
 
-// PlanReadErrors tells the user what the plan reader found.
+// PlanReadErrors shows the user what the plan reader found.
 class PlanReadErrors {
 public:
-  // Issues the error message of a code. A code outside 1 to 24 does nothing.
+  // Issues the error message of a code; it raises the host's error flag. Codes outside 1 to 24 are ignored.
   void report(int code) const;
 };
 

@@ -12,6 +12,9 @@
 #include "host/environment/PathFactory.h"
 #include "host/text/TextConversion.h"
 
+// The parse, and the parts of a plan that belong to the design as a whole. The order of reading is explained
+// in the header; stages are in PlanXmlReaderStages.cpp.
+
 namespace SV_XML {
 
 PlanXmlReader::PlanXmlReader(SVPlanSpecs* plan)
@@ -19,11 +22,13 @@ PlanXmlReader::PlanXmlReader(SVPlanSpecs* plan)
 
 PlanXmlReader::~PlanXmlReader() {
   fpDocument = nullptr;
-  fpParser.reset();  // and with it the document
+  fpParser.reset();  // destroys the document too
   BEDepotRepos::BEDepotRemoveInputEntry(fRepositoryPath);
   KORVMBConverterDelete_A(fpConverter);
 }
 
+// A document is validated if it has a DOCTYPE, whatever the DOCTYPE says: XmlErrorHandler answers with our
+// DTD. Without one it is read as it is, and missing elements show up as codes.
 bool PlanXmlReader::parseFile(const std::string& path) {
   fpParser->setValidationScheme(xercesc::XercesDOMParser::Val_Auto);
   fpParser->setIncludeIgnorableWhitespace(false);
@@ -41,7 +46,9 @@ bool PlanXmlReader::parseFile(const std::string& path) {
     isParsed = fpDocument != nullptr;
   } catch (const xercesc::SAXParseException& fault) {
     fFaultPosition = {.line = fault.getLineNumber(), .column = fault.getColumnNumber()};
-  } catch (...) {  // of whatever type: the library throws several, its own want of memory among them
+  } catch (...) {
+    // The library throws several unrelated types: its I/O and its memory exceptions, the SAXException of our
+    // own bounds. None has a position, and the user gets the same message for all.
     fFaultPosition = {};
   }
   fpParser->setErrorHandler(nullptr);
@@ -49,6 +56,7 @@ bool PlanXmlReader::parseFile(const std::string& path) {
   return isParsed;
 }
 
+// Inside a sample design, a repeated variable has a message of its own.
 int PlanXmlReader::readSamplePlan(std::string path) {
   const int code = ReadPlan(std::move(path), kSampleMode, u"SampleDesign", kPlanNoSampleDesign,
                             &PlanXmlReader::ReadSampleDesign);
@@ -68,11 +76,15 @@ int PlanXmlReader::ReadPlan(std::string path, int mode, const XMLCh* designName,
     fpPlan->file = std::move(path);
     const Element* const design = FindChild(fpDocument->getDocumentElement(), designName);
     return design == nullptr ? absent : (this->*readDesign)(design);
-  } catch (...) {  // a document that can't be walked for want of memory
+  } catch (...) {
+    // Nothing in the walk throws on purpose. What arrives here comes from the XML library or from allocation,
+    // and its type says nothing that the user could act on; the records may be half filled.
     return kPlanInvalidFile;
   }
 }
 
+// The weights are read last, though PreviousWeight comes first in a run: a fault in a stage is reported
+// before a fault in a weight.
 int PlanXmlReader::ReadSampleDesign(const Element* design) {
   if (IsWord(design, u"wrEstimation", u"yes")) fpPlan->estimation = kSamplingWr;
   int code = ReadSampleStages(design);
@@ -86,11 +98,13 @@ int PlanXmlReader::ReadAnalysisDesign(const Element* design) {
   return code != 0 ? code : ReadSrsEstimator(design);
 }
 
+// A weight that is missing is no fault here. The command parser refuses a plan without a final weight.
 int PlanXmlReader::ReadDesignWeight(const Element* design, const XMLCh* name, KorvVarName* weight) {
   const Element* const variable = FindChild(FindChild(design, name), u"Variable");
   return variable == nullptr ? 0 : ReadName(variable, weight);
 }
 
+// A missing attribute reads as the empty word and keeps the default, without replacement.
 int PlanXmlReader::ReadSrsEstimator(const Element* design) {
   constexpr const XMLCh* kName = u"SRSestimator";
   if (IsWord(design, kName, u"wor")) {

@@ -16,28 +16,68 @@ class DOMElement;
 class DOMNode;
 XERCES_CPP_NAMESPACE_END
 
+// Reading a plan: from an XML file to the records of SVPlanSpecs. A small plan, which draws four schools in
+// each region with probability proportional to their number of cases:
+//
+//   <KORVSurveyPlans>
+//     <SampleDesign>
+//       <SampleStage label="schools" selectionMethod="pps_wor">
+//         <StrataVarList><Variable name="region"/></StrataVarList>
+//         <ClusterVarList><Variable name="school"/></ClusterVarList>
+//         <InputSampleSize><SingleValue value="4"/></InputSampleSize>
+//         <MOS fromData="yes"/>
+//         <IncProb><Variable name="p1"/></IncProb>
+//       </SampleStage>
+//       <Weight><Variable name="w"/></Weight>
+//     </SampleDesign>
+//   </KORVSurveyPlans>
+//
+// The steps. parseFile() has the XML library build the document, within the bounds of PlanDomParser.h. The
+// DTD settles which element may be where; the reader settles everything else, since the grammar leaves what
+// an attribute may hold to it. readSamplePlan() then walks the document once, in a fixed order: for each
+// stage its method, strata, clusters, size or rate, measure of size and output names, then the rules that
+// concern several stages, then the weights.
+//
+// How words become a design. selectionMethod="pps_wor" and its like are looked up in a table of words and
+// give the stage's type. A quantity (a size, a rate) has three forms, of which each may come from the plan or
+// the data: a single value, the name of a variable, or a table with one number for each combination of
+// categories. All names stay texts here. The command parser looks them up in the active file later, so a plan
+// can be read and shown without any data.
+//
+// The order of checks is the order of reading. A plan with several faults gets one message, and which one it
+// is depends on this order, so it is part of the behaviour. Reading goes on after a fault, to fill the
+// records for a caller that shows the plan. Two rules combine the codes, FirstFault() and LastFault(); see
+// PlanElements.h.
+//
+// Numbers are read as C++ streams read them in the classic locale: leading blanks are skipped, reading stops
+// at the first character that doesn't belong to a number, and a text without a number is 0. "12abc" is
+// therefore 12, and "2,5" is 2. Such a text is accepted, but noted in MisreadNumbers().
+//
+// The source is split in three: PlanXmlReader.cpp has the parse and the design as a whole,
+// PlanXmlReaderStages.cpp the stages, PlanXmlReaderParts.cpp what stages are made of.
+
 namespace SV_XML {
 
 class PlanDomParser;
 
-// A place in a plan file, both counted from 1; 0 where there is none.
+// A place in a plan file. Line and column count from 1; both are 0 if no place is known.
 struct PlanPosition {
   std::uint64_t line = 0;
   std::uint64_t column = 0;
 };
 
-// PlanXmlReader fills the records of a plan from a plan file, and checks it on the way.
+// PlanXmlReader fills the records of a plan from a plan file and checks it on the way.
 //
-// Use:        construct on an empty SVPlanSpecs, read once, destroy. The XML library must have been
-//             initialised, as it is while a HostSession lives.
-// Ownership:  owns parser, document and converter; borrows the records, which keep nothing of the document.
-// Results:    0, or a code of PlanReadErrors. A read goes on to the end of the plan whatever it finds, and
-//             the fault told is the first in the order of reading; the records hold all that was read.
-// Failures:   throws nothing. What can't be parsed is code 1, and so is a document that lacks an element
-//             which a valid one has, where no other code tells it.
-// Bounds:     those of PlanDomParser and PlanFileSource. Of a plan that has more stages than it may have, no
-//             more than kMaxStagesRead are read. A list or a table of more than kMaxListVariables variables
-//             is code 1.
+// Use:        construct on an empty SVPlanSpecs, read once, destroy. The XML library must be initialised,
+//             which it is while a HostSession exists.
+// Ownership:  owns parser, document and converter; borrows the records, which keep no reference to the
+//             document.
+// Results:    0, or a code of PlanReadErrors: the first fault in the order of reading. The records then hold
+//             everything that could be read.
+// Failures:   throws nothing. A file that can't be parsed is code 1. So is a document that lacks an element
+//             that a valid one has, if no other code fits.
+// Bounds:     those of PlanDomParser and PlanFileSource. A plan with too many stages is read up to
+//             kMaxStagesRead of them. A list or table of more than kMaxListVariables variables is code 1.
 // Threads:    one.
 class PlanXmlReader {
 public:
@@ -52,25 +92,26 @@ public:
   // Reads the sample design of the plan file.
   int readSamplePlan(std::string path);
 
-  // Reads its analysis design.
+  // Reads the analysis design, for procedures that estimate from a sample. No command of this program does.
   int readAnalysisPlan(std::string path);
 
-  // Parses the file; true when the document stands.
+  // Parses the file. True if there is a document; it is replaced by the next parse.
   bool parseFile(const std::string& path);
 
-  // Where the parser gave the document up. An element that is misplaced or missing in another shows where
-  // that one ends. No place if the file couldn't be read or went beyond a bound.
+  // Where the parser gave up. An element that is misplaced, or missing from another, is reported at the end
+  // of the element around it. No place if the file couldn't be read or exceeded a bound.
   PlanPosition FaultPosition() const { return fFaultPosition; }
 
-  // Texts that stand where a number is wanted and aren't one as a whole, each with what was read: "2,5" is
-  // read as 2. No more than kMaxMisread.
+  // Texts that should have been a number and were only partly read as one, each with the value that was used:
+  // "2,5" is read as 2. At most kMaxMisread, without repeats.
   static constexpr std::size_t kMaxMisread = 10;
   const std::vector<std::string>& MisreadNumbers() const { return fvMisread; }
 
 private:
   using Element = xercesc::DOMElement;
 
-  // The body of both reads: `readDesign` reads the child `designName` of the root, whose absence is `absent`.
+  // What both reads share: `readDesign` reads the child `designName` of the root; `absent` is the code if
+  // that child is missing.
   int ReadPlan(std::string path, int mode, const XMLCh* designName, int absent,
                int (PlanXmlReader::*readDesign)(const Element*));
   int ReadSampleDesign(const Element* design);
@@ -78,7 +119,8 @@ private:
   int ReadDesignWeight(const Element* design, const XMLCh* name, KorvVarName* weight);
   int ReadSrsEstimator(const Element* design);
 
-  // Stages, numbered from 1. What takes a running code gives it back, or its own first fault in place of 0.
+  // Stages, numbered from 1. A function that takes the running code returns it unchanged if it isn't 0, else
+  // its own first fault.
   int MakeStages(std::size_t count);
   int ReadSampleStages(const Element* design);
   int ReadAnalysisStages(const Element* design);
@@ -105,21 +147,21 @@ private:
   int ReadName(const Element* variable, KorvVarName* name);
   int ReadBound(const Element* parent, const XMLCh* name, double* bound);
 
-  // Texts and numbers of attributes. What an attribute lacks reads as the empty text, or 0; a number is read
-  // as a stream reads it, so that 12abc is 12.
+  // Texts and numbers of attributes. A missing attribute reads as the empty text, or as 0.
   std::string Text(const Element* element, const XMLCh* name) const;
   int Integer(const Element* element, const XMLCh* name);
   double Number(const Element* element, const XMLCh* name);
   template <class Value>
   Value Extract(const std::string& text);
 
-  const xercesc::DOMDocument* fpDocument = nullptr;  // borrowed from the parser; null until one is parsed
+  const xercesc::DOMDocument* fpDocument = nullptr;  // owned by the parser; null until a file was parsed
   SVPlanSpecs* fpPlan;                               // borrowed, never null
   std::unique_ptr<PlanDomParser> fpParser;
   KORVMBConverter* fpConverter;  // owned
   PlanPosition fFaultPosition;
   std::vector<std::string> fvMisread;
-  std::string fRepositoryPath;  // empty unless the repository holds the plan
+  // The plan's path in the host's repository of shared files. This host has no repository, so it stays empty.
+  std::string fRepositoryPath;
 };
 
 }  // namespace SV_XML

@@ -14,12 +14,19 @@
 #include "host/text/TextConversion.h"
 #include "host/text/VariableNames.h"
 
-// The parts that stages are made of: lists of variables, numbers in their three forms, names.
+// The parts of a stage: lists of variables, quantities in their three forms, names, numbers.
+//
+// What is remembered about names. SVPlanSpecs keeps three sets. allVariableNames holds every name that was
+// read through ReadName(), so that a name can't be used twice in a plan. designVariableNames, of the plan,
+// holds the strata and cluster variables of the stages so far: a table may use these. designVariableNames, of
+// a stage, holds that stage's clusters: a table of the same stage may not. The variables of a table are not
+// added to any set: they are used there a second time on purpose.
 namespace SV_XML {
 
 namespace {
 
-// The code of a number that a stage gives, by what it is.
+// The code for a quantity with this value, 0 if it is allowed. A rate may exceed 1 here: a method with
+// replacement can draw more often than there are units. Without replacement the stratum warns and takes all.
 int CheckValue(std::int32_t paramKind, double value) {
   switch (paramKind) {
     case kParamSize:
@@ -42,6 +49,7 @@ int PlanXmlReader::ReadStrata(const Element* element, int number) {
   return list == nullptr ? 0 : ReadVariableList(list, &fpPlan->getStage(number)->strataVariables);
 }
 
+// A cluster of a stage counts as the stage's own even if its name is faulty or was used before.
 int PlanXmlReader::ReadClusters(const Element* element, int number) {
   const Element* const list = FindChild(element, u"ClusterVarList");
   if (list == nullptr) return 0;
@@ -51,6 +59,7 @@ int PlanXmlReader::ReadClusters(const Element* element, int number) {
   return code;
 }
 
+// Each name becomes a design variable even if it is faulty, so that a table that uses it isn't blamed too.
 int PlanXmlReader::ReadVariableList(const Element* list, std::vector<KorvVarName>* names) {
   const std::vector<const Element*> variables = FindAll(list, u"Variable", kMaxListVariables + 1);
   if (variables.size() > kMaxListVariables) return kPlanInvalidFile;
@@ -63,6 +72,8 @@ int PlanXmlReader::ReadVariableList(const Element* list, std::vector<KorvVarName
   return code;
 }
 
+// A quantity in one of its forms. If a plan gives several, the last of value, variable and table wins, and
+// its code with it: a table's code replaces the others', even by 0. The kind must have been set before.
 int PlanXmlReader::ReadHolder(const Element* holder, int number) {
   SVPlanStageSpecs* const stage = fpPlan->getStage(number);
   int code = 0;
@@ -82,11 +93,13 @@ int PlanXmlReader::ReadHolder(const Element* holder, int number) {
   return code;
 }
 
+// A table: its variables, then as many rows as numberOfValues says. Further rows are ignored; missing ones
+// are code 1. The rows are read even if a variable was faulty, unless there are too many variables.
 int PlanXmlReader::ReadMatrix(const Element* matrix, int number) {
   const int rows = Integer(matrix, u"numberOfValues");
   int code = ReadMatrixVariables(matrix, number);
   if (code == kPlanInvalidFile) return code;
-  // The list remembers the item asked for last and goes on from there, so that this walks the tree once.
+  // One walk over the tree: see FindAll() in PlanElements.cpp.
   const xercesc::DOMNodeList* const list = matrix->getElementsByTagName(u"MatrixValue");
   for (int i = 0; i < rows; ++i) {
     const xercesc::DOMNode* const row = list->item(static_cast<XMLSize_t>(i));
@@ -96,8 +109,8 @@ int PlanXmlReader::ReadMatrix(const Element* matrix, int number) {
   return code;
 }
 
-// A table may go by the strata of its own and earlier stages and by the clusters of earlier ones: within a
-// cluster of its own stage there is nothing left to choose.
+// A table may use strata of its own and earlier stages, and clusters of earlier stages. Clusters of its own
+// stage make no sense: they are the units to be drawn, and a number of units per unit says nothing.
 int PlanXmlReader::ReadMatrixVariables(const Element* matrix, int number) {
   const Element* const list = FindChild(matrix, u"MatrixVarList");
   if (list == nullptr) return 0;
@@ -116,6 +129,7 @@ int PlanXmlReader::ReadMatrixVariables(const Element* matrix, int number) {
   return code;
 }
 
+// A row with too many or too few categories is kept: the plan is refused, but can still be shown.
 int PlanXmlReader::ReadMatrixRow(const Element* row, SVPlanStageSpecs* stage) {
   VarCatList::CatList categories;
   for (const Element* category = ElementFrom(row->getFirstChild()); category != nullptr;
@@ -128,12 +142,14 @@ int PlanXmlReader::ReadMatrixRow(const Element* row, SVPlanStageSpecs* stage) {
   return LastFault(code, CheckValue(stage->paramKind, value));
 }
 
+// A repeated name is reported as repeated even if it is also invalid.
 int PlanXmlReader::ReadName(const Element* variable, KorvVarName* name) {
   *name = Text(variable, u"name");
   if (!fpPlan->addVariableName(*name)) return kPlanRepeatedVariable;
   return ValidateKORVName(name->Text()) == 0 ? 0 : kPlanInvalidVariable;
 }
 
+// A bound that is absent keeps its 0. Its value is judged by the caller.
 int PlanXmlReader::ReadBound(const Element* parent, const XMLCh* name, double* bound) {
   const Element* const holder = FindChild(parent, name);
   if (holder == nullptr) return 0;
@@ -157,8 +173,9 @@ double PlanXmlReader::Number(const Element* element, const XMLCh* name) {
   return Extract<double>(Text(element, name));
 }
 
-// What a fresh stream extracts from the text: white space before the number and anything behind it don't
-// matter, a text without a number gives 0, one beyond the type's range its end.
+// Extracts a number as a fresh stream does: blanks before it and anything after it are ignored, a text
+// without a number gives 0, a number out of range the nearest one that the type has. Only a text that isn't
+// read to its end is noted as misread; an empty one is a missing attribute.
 template <class Value>
 Value PlanXmlReader::Extract(const std::string& text) {
   std::istringstream stream(text);

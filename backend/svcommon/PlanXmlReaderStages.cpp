@@ -1,59 +1,51 @@
-#include <algorithm>
-#include <iterator>
 #include <xercesc/dom/DOMElement.hpp>
 
 #include "backend/svcommon/PlanElements.h"
 #include "backend/svcommon/PlanReadErrors.h"
 #include "backend/svcommon/PlanXmlReader.h"
+#include "backend/svcommon/design/MethodTable.h"
 #include "host/numeric/Fuzzy.h"
 
-// The stages of a plan. A stage is read to its end whatever is found, and the running code keeps the first
-// fault: the order of reading is the order of the checks.
+// The stages of a plan.
+//
+// Each stage is read to its end whatever is found, and the running code keeps the first fault. The order of
+// the calls is therefore the order of the checks and may not be changed. Sample and analysis designs share
+// head, strata, clusters and quantities; they differ in their methods and in what else a stage may hold.
 namespace SV_XML {
 
 namespace {
 
-struct Word {
-  const XMLCh* text;
+// A word of an analysis stage's method and what it means. The rows of kMethods have these two members as
+// well.
+struct EstimationMethod {
+  std::string_view word;
   SamplingType type;
 };
-
-constexpr Word kSelectionMethods[] = {
-    {u"simple_wor", kSamplingSimpleWor},
-    {u"simple_wr", kSamplingSimpleWr},
-    {u"simple_systematic", kSamplingSimpleSystematic},
-    {u"simple_chromy", kSamplingSimpleChromy},
-    {u"pps_wor", kSamplingPpsWor},
-    {u"pps_wr", kSamplingPpsWr},
-    {u"pps_systematic", kSamplingPpsSystematic},
-    {u"pps_brewer", kSamplingPpsBrewer},
-    {u"pps_murthy", kSamplingPpsMurthy},
-    {u"pps_sampford", kSamplingPpsSampford},
-    {u"pps_chromy", kSamplingPpsChromy},
+constexpr EstimationMethod kEstimationMethods[] = {
+    {"equal_wor", kSamplingEqualWor},
+    {"unequal_wor", kSamplingUnequalWor},
+    {"wr", kSamplingWr},
 };
 
-constexpr Word kEstimationMethods[] = {
-    {u"equal_wor", kSamplingEqualWor},
-    {u"unequal_wor", kSamplingUnequalWor},
-    {u"wr", kSamplingWr},
-};
-
-// The type of the attribute's word, kSamplingNoValue when it is none of the words.
-template <std::size_t kCount>
-SamplingType TypeOf(const xercesc::DOMElement* element, const XMLCh* attribute, const Word (&words)[kCount]) {
-  const Word* const word = std::find_if(std::begin(words), std::end(words), [&](const Word& candidate) {
-    return IsWord(element, attribute, candidate.text);
-  });
-  return word == std::end(words) ? kSamplingNoValue : word->type;
+// The type for the attribute's word; kSamplingNoValue for any other word, and for a missing attribute.
+template <class Rows>
+SamplingType TypeOf(const xercesc::DOMElement* element, const XMLCh* attribute, const Rows& rows) {
+  for (const auto& row : rows) {
+    if (IsWord(element, attribute, row.word)) return row.type;
+  }
+  return kSamplingNoValue;
 }
 
 }  // namespace
 
+// Makes the records for all stages that are read, also for those beyond the limit: the plan is refused, but
+// each stage needs a record to be read into.
 int PlanXmlReader::MakeStages(std::size_t count) {
   fpPlan->stages.resize(fpPlan->stages.size() + count);
   return count > static_cast<std::size_t>(kMaxPlanStages) ? kPlanTooManyStages : 0;
 }
 
+// A single stage and several have different rules: a single one may do without clusters.
 int PlanXmlReader::ReadSampleStages(const Element* design) {
   const std::vector<const Element*> elements = FindAll(design, u"SampleStage", kMaxStagesRead);
   int code = MakeStages(elements.size());
@@ -63,6 +55,8 @@ int PlanXmlReader::ReadSampleStages(const Element* design) {
   return FirstFault(code, elements.size() == 1 ? CheckOnlyStage() : CheckClusters());
 }
 
+// The method comes first: whether a size or rate is required, and whether there is a measure of size, depends
+// on it. A MOS element of a stage that doesn't draw by size is ignored.
 int PlanXmlReader::ReadSampleStage(const Element* element, int number, int runningCode) {
   SVPlanStageSpecs* const stage = fpPlan->getStage(number);
   ReadStageHead(element, stage);
@@ -70,22 +64,24 @@ int PlanXmlReader::ReadSampleStage(const Element* element, int number, int runni
   code = FirstFault(code, ReadStrata(element, number));
   code = FirstFault(code, ReadClusters(element, number));
   code = ReadSizeOrRate(element, number, code);
-  if (IsPpsType(stage->type)) code = FirstFault(code, ReadMos(element));
+  if (MethodOfType(stage->type).IsPps()) code = FirstFault(code, ReadMos(element));
   return FirstFault(code, ReadOutputs(element, stage));
 }
 
+// The number that the plan writes is kept and never used: stages count by their order in the file.
 void PlanXmlReader::ReadStageHead(const Element* element, SVPlanStageSpecs* stage) {
   stage->label = Text(element, u"label");
   stage->stageNumber = Integer(element, u"stageNumber");
 }
 
 int PlanXmlReader::ReadSelectionMethod(const Element* element, int number, SVPlanStageSpecs* stage) const {
-  stage->type = TypeOf(element, u"selectionMethod", kSelectionMethods);
-  if (stage->type == kSamplingNoValue || (IsPpsType(stage->type) && number >= 2)) return kPlanIllegalMethod;
-  const bool isWithReplacement = stage->type == kSamplingSimpleWr || stage->type == kSamplingPpsWr;
-  return isWithReplacement && number != fpPlan->numStages() ? kPlanReplacementBeforeLast : 0;
+  stage->type = TypeOf(element, u"selectionMethod", kMethods);
+  const SVMethod& method = MethodOfType(stage->type);
+  if (method.code == kMethodNone || (method.IsPps() && number >= 2)) return kPlanIllegalMethod;
+  return method.withReplacement && number != fpPlan->numStages() ? kPlanReplacementBeforeLast : 0;
 }
 
+// If a plan gives both, the size counts and the rate isn't read.
 int PlanXmlReader::ReadSizeOrRate(const Element* element, int number, int runningCode) {
   SVPlanStageSpecs* const stage = fpPlan->getStage(number);
   if (const Element* const size = FindChild(element, u"InputSampleSize"); size != nullptr) {
@@ -97,12 +93,13 @@ int PlanXmlReader::ReadSizeOrRate(const Element* element, int number, int runnin
     const int code = FirstFault(runningCode, ReadHolder(rate, number));
     return ReadRateBounds(rate, stage, code);
   }
-  const bool hasFixedSize = stage->type == kSamplingPpsBrewer || stage->type == kSamplingPpsMurthy;
-  return FirstFault(runningCode, hasFixedSize ? 0 : kPlanNoSizeOrRate);
+  return FirstFault(runningCode, MethodOfType(stage->type).twoUnits ? 0 : kPlanNoSizeOrRate);
 }
 
+// Bounds of the number of units that a rate gives. Both are whole; 0 means none.
 int PlanXmlReader::ReadRateBounds(const Element* rate, SVPlanStageSpecs* stage, int runningCode) {
   int code = runningCode;
+  // Here the first fault counts; in ReadMos() the last.
   const auto read = [&](const XMLCh* name, double* bound) {
     code = FirstFault(code, ReadBound(rate, name, bound));
     if (*bound < 0.0 || !IsValidInteger(*bound)) code = FirstFault(code, kPlanBadBound);
@@ -113,6 +110,8 @@ int PlanXmlReader::ReadRateBounds(const Element* rate, SVPlanStageSpecs* stage, 
   return FirstFault(code, isCrossed ? kPlanMinAboveMax : 0);
 }
 
+// The measure of size. A fromData word that is neither yes nor no is accepted and leaves the plan without a
+// measure of size. Crossed bounds replace any other code of this part.
 int PlanXmlReader::ReadMos(const Element* stage) {
   const Element* const mos = FindChild(stage, u"MOS");
   if (mos == nullptr) return kPlanNoMos;
@@ -132,6 +131,8 @@ int PlanXmlReader::ReadMos(const Element* stage) {
   return fpPlan->mosMin > fpPlan->mosMax && fpPlan->mosMax > 0.0 ? kPlanMinAboveMax : code;
 }
 
+// The names of the output variables, in the order in which the grammar has them: it decides which of two
+// equal names is the repeated one. It isn't the order of OutputKind.
 int PlanXmlReader::ReadOutputs(const Element* element, SVPlanStageSpecs* stage) {
   const struct {
     const XMLCh* element;
@@ -155,13 +156,14 @@ int PlanXmlReader::ReadOutputs(const Element* element, SVPlanStageSpecs* stage) 
   return code;
 }
 
-// A lone stage of these methods needs clusters: their units carry joint probabilities.
+// A lone stage that writes joint probabilities in any case needs clusters, which name the rows of their file.
 int PlanXmlReader::CheckOnlyStage() const {
   const SVPlanStageSpecs& stage = fpPlan->stages.front();
-  const bool needsClusters = HasJointProbs(MethodOfSamplingType(stage.type));
+  const bool needsClusters = MethodOfType(stage.type).writesJointUnasked;
   return needsClusters && stage.designVariableNames.empty() ? kPlanClusterMissing : 0;
 }
 
+// Each stage but the last needs clusters: the next stage draws within them.
 int PlanXmlReader::CheckClusters() const {
   for (int number = 1; number < fpPlan->numStages(); ++number) {
     if (fpPlan->getStage(number)->designVariableNames.empty()) return kPlanClustersRequired;
@@ -178,6 +180,8 @@ int PlanXmlReader::ReadAnalysisStages(const Element* design) {
   return FirstFault(code, CheckClusters());
 }
 
+// Only estimation of equal probability without replacement needs a population size or a probability; for
+// other methods they are skipped, even if present.
 int PlanXmlReader::ReadAnalysisStage(const Element* element, int number, int runningCode) {
   SVPlanStageSpecs* const stage = fpPlan->getStage(number);
   ReadStageHead(element, stage);
@@ -195,6 +199,7 @@ int PlanXmlReader::ReadAnalysisStage(const Element* element, int number, int run
   return code;
 }
 
+// An unknown word is accepted and means no method.
 int PlanXmlReader::ReadEstimationMethod(const Element* element, int number, SVPlanStageSpecs* stage) const {
   stage->type = TypeOf(element, u"estimationMethod", kEstimationMethods);
   return stage->type == kSamplingUnequalWor && number >= 2 ? kPlanIllegalEstimation : 0;

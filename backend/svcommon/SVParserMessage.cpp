@@ -7,7 +7,7 @@
 
 namespace {
 
-// Messages that take no group.
+// Messages that never show a group bypass the base class, which would add it.
 void IssueDirect(const char* text, int level) {
   BpError(BpString(text, true), kShowInMessage, level);
 }
@@ -19,12 +19,13 @@ void IssueDirect(const char* text, const char* item, int level) {
   BpError(composite, kShowInMessage, level);
 }
 
-// The texts of a message about a variable, by which of parameter and subcommand are known.
+// The forms of a message about a variable. Which one is used depends on whether the parameter and the
+// subcommand are known: both while a command is read, only the parameter while a plan is checked.
 struct VariableTexts {
   const char* withBoth;
   const char* withSubcommand;
   const char* withParameter;
-  const char* withNeither;  // takes the command's name
+  const char* withNeither;  // the command's name takes the second place
 };
 
 constexpr VariableTexts kNotFound = {
@@ -55,6 +56,8 @@ void IssueAboutVariable(SVParserMessage& messages, const VariableTexts& texts, c
 
 }  // namespace
 
+// ^1 in the text of a group is its index, which the base class fills in. The separator is the word between
+// the groups of a command in other hosts; this one never shows it.
 void SVParserMessage::SetGroup(int group) {
   SetGroupIndex(group);
   if (group < 0) {
@@ -120,6 +123,7 @@ void SVParserMessage::TooManyParameters(const char* subcommand, int limit) {
                IntegerToString(limit).c_str());
 }
 
+// The text has the subcommand first; the arguments come in the order of all other messages.
 void SVParserMessage::OnlyParameter(const char* parameter, const char* subcommand) {
   GenericError("Subcommand ^2 can have only parameter ^1...", parameter, subcommand);
 }
@@ -195,6 +199,7 @@ void SVParserMessage::VariableRepeated(const char* name, const char* parameter, 
   }
 }
 
+// While a plan is checked (a group is set) the name is the plan's, and the text says so.
 void SVParserMessage::VariableNotFor(const char* name, const char* parameter, const char* other) {
   GenericError(GetGroupIndex() < 0
                    ? "Variable name ^1 for parameter ^2 cannot be used for parameter ^3..."
@@ -228,6 +233,7 @@ void SVParserMessage::OutputVariablesRenamed() {
   IssueDirect("Some plan output variables are renamed...", kWarningLevel);
 }
 
+// In the pattern, [%1:, ^1:]1 is a list: the first item after %1, each further one after a comma.
 void SVParserMessage::OutputVariablesExist(const std::vector<std::string>& names) {
   BpComposite composite("Plan output variables already exist [%1:, ^1:]1", true);
   composite.Sublist();

@@ -5,16 +5,25 @@
 
 #include "host/command/ParserMessage.h"
 
-// SVParserMessage says everything that the parser has to say to the user, one operation a text.
+// SVParserMessage holds every message of the command parser, one function per text, so that the parser itself
+// contains no wording and all wordings can be read in one place.
 //
-// Most messages go out with the group that is in force (a stage of the plan); those about files and about the
-// command as a whole go out without one. Names that can be absent are null. Where a text depends on what is
-// known, the operation chooses: by which names there are, or by whether a group is in force (the plan is
-// being checked) or not (the command is being read).
+// Use:        SetCommandName() and SetProcedureTitle() once, SetGroup() whenever the parser turns to another
+//             part of the plan, then one call per message. Each message is shown at once; all but the
+//             warnings named below raise the host's error flag, which ends the run.
+// Group:      the part of the plan that a message is about. Most messages start with it ("[Plan
+// stage 1...]").
+//             Those about a single file and about the command as a whole never do, nor does any message while
+//             the command is read, when no group is set.
+// Arguments:  a name that may be unknown is null or empty. Some texts have several forms, and the function
+//             chooses by which names are known, or by whether a group is set.
+// Warnings:   SubcommandIgnored(), OutputVariablesRenamed(), NoSplitFile(), NoWeight().
+//
+// The wordings are fixed, including "occured", the three dots, and the numbers of the placeholders, which are
+// not always in the order of the text.
 class SVParserMessage : public ParserMessage {
 public:
-  // The group of the messages to come: negative for none, 0 for the plan as a whole, else the number of a
-  // stage.
+  // Sets the group for the messages from now on: negative for none, 0 for the plan as a whole, else a stage.
   void SetGroup(int group);
 
   // Files.
@@ -63,7 +72,7 @@ public:
   void OutputVariablesRenamed();
   void OutputVariablesExist(const std::vector<std::string>& names);
 
-  // The active file's own settings, which a run leaves aside.
+  // Settings of the active file that a run ignores.
   void NoSplitFile();
   void NoWeight();
 };

@@ -2,14 +2,9 @@
 
 #include "host/text/TextConversion.h"
 
-SVPlanStageSpecs::SVPlanStageSpecs() {
-  constexpr std::size_t kUsualVariables = 10;
-  strataVariables.reserve(kUsualVariables);
-  clusterVariables.reserve(kUsualVariables);
-}
-
 namespace {
 
+// Names are compared in upper case, also beyond ASCII, as the dictionary does.
 KorvVarName UpperCase(const KorvVarName& name) {
   std::string text = name.Text();
   KORVMBstrupr_A(text);
@@ -17,6 +12,12 @@ KorvVarName UpperCase(const KorvVarName& name) {
 }
 
 }  // namespace
+
+SVPlanStageSpecs::SVPlanStageSpecs() {
+  constexpr std::size_t kUsualVariables = 10;
+  strataVariables.reserve(kUsualVariables);
+  clusterVariables.reserve(kUsualVariables);
+}
 
 SVPlanSpecs::SVPlanSpecs() {
   constexpr std::size_t kUsualStages = 10;

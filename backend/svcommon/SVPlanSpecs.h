@@ -9,25 +9,32 @@
 #include "host/command/VarCatList.h"
 #include "host/text/VariableNames.h"
 
-// One stage of a plan as it is written: names, not yet looked up in any file. A plain record that the reader
-// fills; an output variable with an empty name isn't asked for.
+// A plan as it is written in its file: names that haven't been looked up in any data, and numbers. These are
+// plain records without rules of their own. PlanXmlReader fills and checks them, SVSParser translates them
+// into a design on the active file's dictionary, PlanInWords() describes them.
+//
+// Fields hold enumerations as integers, since a plan can hold a code that has no name.
+
+// One stage of a plan.
 struct SVPlanStageSpecs {
   SVPlanStageSpecs();
 
-  std::int32_t stageNumber = 0;  // as the plan says it; the stage's place in the plan is what counts
+  std::int32_t stageNumber = 0;  // as written; carried and never used: the position in `stages` is the number
   std::string label;
   std::vector<KorvVarName> strataVariables;
   std::vector<KorvVarName> clusterVariables;
   std::int32_t type = kSamplingNoValue;  // SamplingType
 
+  // The quantity that the stage gives. Two methods always draw two units and need none.
   std::int32_t paramKind = kParamNone;        // ParamKind: size, rate, population size or probability
-  std::int32_t paramSource = kParamNotGiven;  // ParamSource: which of the next three holds it
+  std::int32_t paramSource = kParamNotGiven;  // ParamSource: which of the next three fields holds it
   double paramValue = 0.0;
   KorvVarName paramVariable;
   VarCatList paramMatrix;
-  double minSize = 0.0;  // bounds of a stratum's sample size when a rate is given; not positive means none
+  double minSize = 0.0;  // bounds of a stratum's sample size if a rate is given; not positive means none
   double maxSize = 0.0;
 
+  // Output variables; an empty name means that the variable isn't wanted.
   KorvVarName inclProbName;
   KorvVarName cumWeightName;
   KorvVarName indexName;
@@ -39,20 +46,22 @@ struct SVPlanStageSpecs {
   std::set<KorvVarName> designVariableNames;  // upper-case names of this stage's cluster variables
 };
 
-// A plan as it is written: its own fields and its stages, in the terms of the plan file. The reader fills it,
-// the command parser translates it; it lives no longer than that. Stages are numbered from 1.
+// A plan: what concerns the design as a whole, and its stages, numbered from 1.
+//
+// Use:        fill by PlanXmlReader, then read. It lives only until the command parser has translated it.
+// Ownership:  owns everything. Pointers from getStage() are valid until `stages` changes.
 class SVPlanSpecs {
 public:
   SVPlanSpecs();
 
-  // Stage n, null when there is none. Valid until `stages` is changed.
+  // Stage n; null if the plan has no such stage.
   SVPlanStageSpecs* getStage(int n);
   const SVPlanStageSpecs* getStage(int n) const;
   int numStages() const { return static_cast<int>(stages.size()); }
   bool isSampleMode() const { return mode == kSampleMode; }
 
-  // Each takes a name in any case and keeps its upper-case form. add... says whether the name was new; for a
-  // stage that doesn't exist both answer false and keep nothing.
+  // The sets of names, which are compared without regard to case. add...() returns whether the name was new.
+  // For a stage that doesn't exist, both return false and nothing is kept.
   bool addVariableName(const KorvVarName& name);
   bool addDesignVariableName(const KorvVarName& name);
   bool hasDesignVariableName(const KorvVarName& name) const;
@@ -61,16 +70,16 @@ public:
 
   std::int32_t mode = kNoMode;  // PlanMode
   std::string file;
-  KorvVarName weight;          // the final sampling weight
-  KorvVarName previousWeight;  // the weight of an earlier sampling
-  std::int32_t srsEstimator = kSamplingWor;
-  std::int32_t printOption = kPrintPlan;
-  KorvVarName mosVariable;   // the measure of size, which only the first stage can have
-  bool mosFromData = false;  // it is the number of cases
-  double mosMin = 0.0;       // bounds of it; not positive means none
+  KorvVarName weight;                        // the final sampling weight
+  KorvVarName previousWeight;                // the weight of an earlier sampling
+  std::int32_t srsEstimator = kSamplingWor;  // of an analysis plan
+  std::int32_t printOption = kPrintPlan;     // carried and never read
+  KorvVarName mosVariable;                   // the measure of size; only the first stage can draw by size
+  bool mosFromData = false;                  // the measure of size is a unit's number of cases
+  double mosMin = 0.0;                       // bounds of the measure of size; not positive means none
   double mosMax = 0.0;
   std::int32_t estimation = kSamplingDefault;
-  std::set<KorvVarName> allVariableNames;     // upper-case names of all that the plan names so far
-  std::set<KorvVarName> designVariableNames;  // upper-case names of all strata and cluster variables
+  std::set<KorvVarName> allVariableNames;     // upper-case; all names that the plan has used so far
+  std::set<KorvVarName> designVariableNames;  // upper-case; all strata and cluster variables so far
   std::vector<SVPlanStageSpecs> stages;
 };

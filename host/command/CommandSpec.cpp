@@ -5,26 +5,21 @@
 
 #include "host/text/VariableNames.h"
 
-TokenInfoObj::TokenInfoObj(const CommandToken& token) {
-  if (token.kind == CommandTokenKind::Word && token.text.size() == 3 && GetUpperString(token.text) == "ALL") {
-    fOperator = kOperatorAll;
-  }
-}
-
 namespace {
 
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// The number that the whole word is, by the rules of the C locale whatever the machine's.
+// The number that the whole word represents; nothing for strings and for words that aren't numbers. Not
+// ParseNumber() of host/model: that is for data, and takes outer blanks and "1e3.".
 std::optional<double> NumberOf(const CommandToken& token) {
   if (token.kind != CommandTokenKind::Word) return std::nullopt;
   const char* first = token.text.data();
   const char* const last = first + token.text.size();
   const bool isSigned = first != last && (*first == '+' || *first == '-');
   const char* digits = isSigned ? first + 1 : first;
-  // Keeps out what from_chars takes beside digits: a second sign, "inf" and "nan".
+  // from_chars would also take "inf", "nan" and, after the plus that is skipped here, a minus.
   if (digits == last || !(IsDigit(*digits) || *digits == '.')) return std::nullopt;
   if (*first == '+') ++first;
   double number = 0.0;
@@ -34,6 +29,12 @@ std::optional<double> NumberOf(const CommandToken& token) {
 }
 
 }  // namespace
+
+TokenInfoObj::TokenInfoObj(const CommandToken& token) {
+  if (token.kind == CommandTokenKind::Word && token.text.size() == 3 && GetUpperString(token.text) == "ALL") {
+    fOperator = kOperatorAll;
+  }
+}
 
 bool ParamObj::getLiteral(std::string& out) const {
   if (!IsOne(CommandTokenKind::String)) return false;

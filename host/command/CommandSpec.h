@@ -8,25 +8,33 @@
 #include "host/command/KORV_TokenSequence.h"
 #include "host/text/VariableNames.h"
 
+// A parsed command: CommandSpec has subcommands (SubComObj), these have parameters (ParamObj), and these have
+// a value of any number of tokens (TokenInfoObj). UniversalParser fills it; the procedure's own parser reads
+// it and decides what is allowed. Nothing here issues a message.
+//
+// Methods in lower case are the interface of the procedure; those in upper case are for UniversalParser.
+// Pointers and references to parts are valid as long as the CommandSpec isn't changed.
+
+// Codes of words that can replace a list of variables. The interface fixes the numbers.
 inline constexpr int kOperatorNone = 0;
 inline constexpr int kOperatorAll = 35;
 
-// One token of a parameter's value.
+// A token of a value, reduced to the one question that can be asked of it.
 class TokenInfoObj {
 public:
   TokenInfoObj(const CommandToken& token);
 
-  // kOperatorAll for the word ALL in any case, kOperatorNone for every other token, a quoted 'ALL' among
-  // them.
+  // kOperatorAll for the word ALL in any case, otherwise kOperatorNone. A quoted 'ALL' is a text.
   int getOperatorCode() const { return fOperator; }
 
 private:
   int fOperator = kOperatorNone;
 };
 
-// ParamObj is one parameter of a subcommand: a bare keyword, or a name with = and a value or list of values.
+// ParamObj is a parameter: a bare keyword ("CPS"), or a name with = and a value of zero or more tokens.
 //
-// Each reader answers whether the whole value has its form, and leaves `out` alone when it hasn't:
+// The type of a value isn't known here, so the procedure asks for the one that it expects. Each get method
+// returns true if the whole value has that form, and otherwise leaves `out` unchanged. The forms overlap:
 //
 //   value             getLiteral  getString-  getNumber-  getNumber-  getVarList  getToken-
 //                                 Generic     Value       List                    List
@@ -37,18 +45,20 @@ private:
 //   5 6                                                   yes         yes         yes
 //   a b, 5 a                                                          yes         yes
 //   a ALL, a 'text'                                                               yes
-//   none
+//   no token
 //
-// A number is a decimal number with an optional sign and exponent, within the range of a double; whatever
-// other word is a word. getVarList() hands over words, legal names or not.
+// getUpStringGeneric() is getStringGeneric() in upper case. A number is a decimal number with optional sign
+// and exponent that a double can hold; any other word, such as 1e999, is just a word. getVarList() doesn't
+// check that the words are legal variable names: the procedure has its own message for that.
 class ParamObj {
 public:
   explicit ParamObj(std::string name) : fName(std::move(name)) {}
 
-  // The keyword in upper case. A string where a keyword is due stands here in its quotes.
+  // The keyword in upper case. For a string in place of a keyword, the string as it is, in single quotes: so
+  // it can be shown in a message, and never equals a keyword.
   const std::string& getParamName() const { return fName; }
 
-  // The keyword stands alone, without = and value.
+  // True for a bare keyword, without =.
   bool isLeadingToken() const { return fbLeading; }
 
   bool getLiteral(std::string& out) const;
@@ -70,12 +80,12 @@ private:
   std::vector<CommandToken> fvValues;  // words and strings
 };
 
-// SubComObj is one subcommand with its parameters in order.
+// SubComObj is a subcommand: a name and its parameters in the order written.
 class SubComObj {
 public:
   explicit SubComObj(std::string name) : fName(std::move(name)) {}
 
-  // In upper case. Empty for what stands before the first slash, and where no word follows a slash.
+  // In upper case. Empty for text before the first slash, and for a slash without a name after it.
   const std::string& getSubComName() const { return fName; }
 
   std::size_t getParamListSize() const { return fvParameters.size(); }
@@ -84,14 +94,14 @@ public:
     return i < fvParameters.size() ? &fvParameters[i] : nullptr;
   }
 
-  // The parameters were written in parentheses.
+  // How the subcommand was written: "/NAME (parameters)", "/NAME = parameters". The procedure objects to
+  // some.
   bool areParenUsed() const { return fbParentheses; }
-  // An = stood between the subcommand's name and its parameters.
   bool isEqualUsed() const { return fbEqual; }
 
   void SetParenUsed() { fbParentheses = true; }
   void SetEqualUsed() { fbEqual = true; }
-  // Valid until the next call.
+  // The result is valid until the next call.
   ParamObj& AddParameter(ParamObj parameter) { return fvParameters.emplace_back(std::move(parameter)); }
 
 private:
@@ -101,7 +111,7 @@ private:
   bool fbEqual = false;
 };
 
-// CommandSpec is a command cut into its subcommands, in the order of the command.
+// CommandSpec is a whole command: its subcommands in the order written, repeated ones included.
 class CommandSpec {
 public:
   std::size_t getSubComListSize() const { return fvSubcommands.size(); }

@@ -17,7 +17,7 @@ bool IsSeparator(char c) {
 bool IsQuote(char c) {
   return c == '\'' || c == '"';
 }
-// What separates nothing and stands in no name: it would cut a value short or garble a message.
+// A null would cut off a value that is passed on as a C string, and the others would garble messages.
 bool IsControl(char c) {
   return (static_cast<unsigned char>(c) < 0x20 && c != '\t' && !IsLineEnd(c)) || c == 0x7F;
 }
@@ -25,7 +25,8 @@ bool EndsWord(char c) {
   return IsSeparator(c) || IsQuote(c) || IsControl(c) || c == '=' || c == '/' || c == '(' || c == ')';
 }
 
-// The command without blanks around it and without its closing full stop. A byte order mark is no character.
+// The text between the byte order mark and the closing full stop. Leading separators stay: columns count
+// them.
 std::string_view Body(std::string_view text) {
   if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) text.remove_prefix(kByteOrderMark.size());
   while (!text.empty() && (IsLineEnd(text.back()) || text.back() == ' ' || text.back() == '\t')) {
@@ -35,12 +36,12 @@ std::string_view Body(std::string_view text) {
   return text;
 }
 
-// Cuts a text into tokens, counting lines and columns as it goes.
+// Single use: construct, call Next() until it returns false.
 class Tokenizer {
 public:
   explicit Tokenizer(std::string_view text) : fText(text) {}
 
-  // The next token; false at the end and at a fault.
+  // Reads the next token. False at the end, and at a fault, which is then in *fault.
   bool Next(CommandToken* token, CommandFault* fault) {
     while (fAt < fText.size() && IsSeparator(fText[fAt])) Advance();
     if (fAt == fText.size()) return false;
@@ -81,7 +82,7 @@ private:
         *fault = {"a control character", fLine, fColumn};
         return false;
       }
-      if (c == quote) {
+      if (c == quote) {  // the closing one, or the first of two, which are one quote in the text
         Advance();
         if (fAt == fText.size() || fText[fAt] != quote) return true;
       }
@@ -91,8 +92,8 @@ private:
     return false;
   }
 
-  // Moves over one byte. A line ends with CR, LF or both; the bytes of a character but its first have no
-  // column.
+  // Advances by one byte. The column counts a character at its last byte: when the byte that follows isn't a
+  // UTF-8 continuation byte (10xxxxxx). In CR LF the CR still belongs to the old line.
   void Advance() {
     const char c = fText[fAt++];
     if (c == '\n' || (c == '\r' && (fAt == fText.size() || fText[fAt] != '\n'))) {

@@ -11,7 +11,8 @@ namespace {
 
 using Items = std::array<const char*, 5>;
 
-// `text` with its items filled in. A null before an item that is there fills its place with nothing.
+// `text` with its items. Trailing nulls aren't items; any other null is an empty one, so that the items after
+// it keep their numbers.
 std::string Filled(const char* text, const Items& items) {
   std::size_t count = items.size();
   while (count > 0 && items[count - 1] == nullptr) --count;

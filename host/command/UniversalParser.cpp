@@ -14,12 +14,13 @@ namespace {
 constexpr const char* kCommandName = "SVSELECT";
 constexpr std::size_t kLongestShown = 40;  // bytes of a token in a message
 
-// A string where a keyword is due keeps its quotes, so that it is never taken for one.
+// The name of a parameter or subcommand. A string keeps its quotes, so that it never equals a keyword.
 std::string NameOf(const CommandToken& token) {
   if (token.kind == CommandTokenKind::String) return '\'' + token.text + '\'';
   return GetUpperString(token.text);
 }
 
+// A token as a message shows it: quoted, and cut at a character boundary if it is long.
 std::string Shown(const CommandToken& token) {
   std::string text = token.text;
   if (text.size() > kLongestShown) {
@@ -58,7 +59,7 @@ int UniversalParser::getCommandSpecifications() {
   return 0;
 }
 
-// From a slash to before the next.
+// Reads a slash and all up to the next one.
 bool UniversalParser::ReadSubcommand() {
   ++fAt;
   std::string name;
@@ -74,7 +75,8 @@ bool UniversalParser::ReadSubcommand() {
   return true;
 }
 
-// Up to a slash or the end.
+// Reads a body. Whatever stops ReadParameters() before the body's end is the error: a sign that nothing
+// allows there. An unclosed parenthesis is reported where it was opened, since its end is anybody's guess.
 bool UniversalParser::ReadBody(SubComObj* subcommand) {
   const bool isOpen = Is(CommandTokenKind::LeftParenthesis);
   const std::size_t opening = fAt;
@@ -92,9 +94,11 @@ bool UniversalParser::ReadBody(SubComObj* subcommand) {
   return AtEndOfBody() || FailAtCurrent();
 }
 
-// Up to the first token that belongs to no parameter.
+// Stops at the first token that can't be part of a parameter: a sign, or the end.
 void UniversalParser::ReadParameters(SubComObj* subcommand) {
-  ParamObj* open = nullptr;  // the parameter after whose = we are
+  // The parameter that values are added to. The pointer is replaced at each "name =", before AddParameter()
+  // can have moved the object, and bare keywords are no longer added once it is set.
+  ParamObj* open = nullptr;
   while (Is(CommandTokenKind::Word) || Is(CommandTokenKind::String)) {
     const CommandToken& token = fTokens.Tokens()[fAt++];
     if (token.kind == CommandTokenKind::Word && Is(CommandTokenKind::Equals)) {

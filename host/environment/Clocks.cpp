@@ -15,10 +15,10 @@ double SCLOCK() {
 
 namespace {
 
-constexpr int kTmYears = 1900;  // from which a tm counts
+constexpr int kTmYears = 1900;  // std::tm counts years from here
 constexpr int kLastYear = 9999;
 
-// The day that the environment tells instead of today; nothing when it tells none within four-digit years.
+// The date set by SOURCE_DATE_EPOCH; nothing when it is unset, malformed or outside years 1 to 9999.
 std::optional<std::tm> ToldDay() {
   const char* epoch =
       std::getenv("SOURCE_DATE_EPOCH");  // NOLINT(concurrency-mt-unsafe): nothing here sets it

@@ -12,6 +12,9 @@ CommonSystemBlock* pvGetCmnSys() {
   return &gSystemBlock;
 }
 
+// The blocks that this host doesn't have. One accessor each, because the procedure's library imports each of
+// these names.
+
 void* pvGetCmnBpr() {
   return nullptr;
 }

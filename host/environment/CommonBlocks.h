@@ -1,13 +1,23 @@
 #pragma once
 
-// The words of the host that a procedure reads. The address of each of the two blocks is valid for the life
-// of the library; a new session starts with the initial values.
+// The host's common blocks: the few global words that host and procedure share.
+//
+// The interface has a family of twenty-two accessors, one per block, and a procedure fetches all of them when
+// its library is attached. This host keeps data in only two blocks. The other accessors must exist so that
+// the procedure's library can be linked, and return null.
+//
+// Lifetime:  the two blocks are static, so their addresses may be kept from before the first session until
+//            the library is unloaded. Constructing a HostSession resets the contents to the initial values
+//            below.
+// Threads:   the session's thread only.
+
 struct CommonGlobalBlock {
-  int weightVariable = 0;  // greater than 0 when the active file is weighted: 1 + the variable's index
-  int errorFlag = 0;       // not 0 once an error has been taken
-  int splitCount = 0;      // variables that split the active file
+  int weightVariable = 0;  // 1 + index of the variable that weights the active file; 0: not weighted
+  int errorFlag = 0;   // nonzero once any error was issued; nothing in the host clears it within a session
+  int splitCount = 0;  // number of variables that split the active file
 };
 
+// Format for numbers that have none of their own.
 struct CommonSystemBlock {
   int defaultFormatType = 5;  // F
   int defaultFormatWidth = 8;
@@ -17,7 +27,7 @@ struct CommonSystemBlock {
 CommonGlobalBlock* pvGetCmnGlb();
 CommonSystemBlock* pvGetCmnSys();
 
-// The rest of the family, null in this host, which keeps nothing in them.
+// Always null in this host.
 void* pvGetCmnBpr();
 void* pvGetCmaDic();
 void* pvGetCmaGlb();

@@ -13,6 +13,7 @@ HostSession* gCurrent = nullptr;
 
 HostSession::HostSession(HostSettings settings) : fSettings(settings) {
   assert(gCurrent == nullptr);
+  // The XML parser wants one initialisation and one termination per use; the plan reader relies on this pair.
   xercesc::XMLPlatformUtils::Initialize();
   *pvGetCmnGlb() = CommonGlobalBlock();
   *pvGetCmnSys() = CommonSystemBlock();
@@ -21,7 +22,9 @@ HostSession::HostSession(HostSettings settings) : fSettings(settings) {
 }
 
 HostSession::~HostSession() {
-  while (!fLayers.empty()) fLayers.pop_back();  // a later layer may use an earlier one to its end
+  // One by one from the back: a vector's own destructor would start at the front. gCurrent is still set,
+  // since a layer's destructor may look up an earlier layer.
+  while (!fLayers.empty()) fLayers.pop_back();
   gCurrent = nullptr;
   xercesc::XMLPlatformUtils::Terminate();
 }

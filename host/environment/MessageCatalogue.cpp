@@ -10,6 +10,7 @@ struct Entry {
   const char* text;
 };
 
+// Users see these as variable labels in the sample file. All but the last describe one stage, ^1.
 constexpr Entry kEntries[] = {
     {11901, "Inclusion probability of stage ^1"},
     {11902, "Cumulative sampling weight of stage ^1"},

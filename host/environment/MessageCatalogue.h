@@ -2,13 +2,16 @@
 
 #include <cstddef>
 
-// The host's catalogue of numbered texts. A text with an insertion has ^1 where it goes.
+// The host's catalogue of numbered texts. This host needs only the labels of the variables that a sample file
+// adds, numbers 11901 to 11908. A text may contain one placeholder, ^1.
+//
+// Both functions fill the caller's buffer, null-terminated, and truncate a text that is too long; an unknown
+// number gives an empty text. There is no error return.
 
-inline constexpr std::size_t kCatalogueTextSize = 256;  // bytes of the buffer, the closing null among them
+inline constexpr std::size_t kCatalogueTextSize = 256;  // bytes, including the terminating null
 
-// Puts the text of message `number` in `buffer` as it stands in the catalogue; an unknown number has an empty
-// text.
+// Copies text `number` unchanged; a ^1 in it is kept.
 void ERRTXN(int number, char (&buffer)[kCatalogueTextSize]);
 
-// The same with ^1 replaced by `insertion`. What doesn't fit in the buffer is cut.
+// Copies text `number` with its ^1 replaced by `insertion`.
 void GETTXM(int number, const char* insertion, char (&buffer)[kCatalogueTextSize]);

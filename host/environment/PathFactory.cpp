@@ -10,10 +10,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// <prefix>/lib/<architecture> is the deepest place that a library is installed in.
+// How far up DataFolder() looks. Enough for <prefix>/lib/<architecture>, the deepest place for a library.
 constexpr int kFoldersAbove = 3;
 
-// Its address tells which file this code was loaded from.
+// An address in this library, by which dladdr() finds the file that the code was loaded from.
 const char gAnchor = 0;
 
 }  // namespace

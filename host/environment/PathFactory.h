@@ -2,17 +2,23 @@
 
 #include <string>
 
-// Where the host's own files are. Each folder ends in a separator.
+// Where the host finds its own files: the library beside which the procedure is installed, and the data files
+// that come with the product, such as the grammar of plans. Nothing is configured at build time, so an
+// installation can be moved as a whole.
+
+// Finds folders relative to the loaded library. Every result ends in a separator.
 class PathFinder {
 public:
   virtual ~PathFinder();
 
-  // The folder of the host's library, or of the program that the host is linked into.
+  // The folder of the host's shared library, or of the executable when the host is linked into it statically;
+  // "./" when the system can't say. Symbolic links are resolved.
   virtual std::string LibraryFolder();
 
-  // The folder of the files that the product brings along: the environment variable SVSELECT_DATADIR, else
-  // share/svselect beside the library's folder or a little above it. That finds it in an installation and
-  // in the build tree alike, from any working folder.
+  // The folder of the data files: $SVSELECT_DATADIR when it is set and not empty, else share/svselect in the
+  // nearest folder up to three levels above the library that has one. That covers an installation
+  // (<prefix>/lib/<architecture>) as well as the build tree, whatever the working folder. The result may name
+  // a folder that doesn't exist: opening a file in it then gives the error.
   virtual std::string DataFolder();
 };
 
@@ -20,17 +26,19 @@ class PathFactory {
 public:
   static constexpr int kApplicationData = 3;
 
-  // The finder of a kind; the host has one, for its application data, and null for every other kind. It lives
-  // as long as the process.
+  // The finder of a kind of path, valid for the life of the process. Null for every kind except
+  // kApplicationData.
   static PathFinder* getPathInstance(int kind);
 };
 
-// The host's repository of shared files. This host has none, so every path is a path of the file system.
+// The repository of shared files that some hosts have. This host has none: no path is ever found in it, and
+// the caller falls back to treating its path as a path of the file system.
 class BEDepotRepos {
 public:
-  // The local path for a path in the repository; `local` is left empty when the repository doesn't hold it.
+  // Sets `local` to the local copy of a repository file, or to the empty string when there is no such file:
+  // in this host always.
   static void BEDepotGetInputPath(const std::string& path, std::string& local);
 
-  // Forgets an entry that BEDepotGetInputPath gave. An empty path is none.
+  // Releases a local copy. An empty path is ignored.
   static void BEDepotRemoveInputEntry(const std::string& local);
 };

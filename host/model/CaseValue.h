@@ -7,20 +7,24 @@
 
 class KORV_InputCaseIterator;
 
-// CaseValue is the cell of one column in an iterator's current case. It stays bound to the iterator, which
-// outlives it, and always shows the current case.
+// CaseValue is the value of one column in an iterator's current case.
+//
+// Use:        construct once per pass, before its first case; then read it again after every NextCase().
+// Ownership:  fpObs belongs to the iterator, which must outlive this object.
+// Cost:       IsMissing() is inline for variables without user-missing values, the usual ones: it runs once
+//             per case and variable. The others search their list of missing values.
 class CaseValue {
 public:
   CaseValue(KORV_InputCaseIterator* iterator, int column);
 
-  const OBS* fpObs;  // the OBS cells; borrowed from the iterator
+  const OBS* fpObs;  // the cells of the current case
   int fWidth;        // bytes of a string, 0 for a number
 
-  // The value is system-missing, a user-missing value, or a string of nothing but blanks.
+  // True for the system-missing number, a user-missing value, and a blank string.
   bool IsMissing() const {
     if (!fbUserMissing) {
       if (fWidth == 0) return fpObs->number == MCMV::gMissingValue;
-      if (fpObs->text[0] != ' ') return false;
+      if (fpObs->text[0] != ' ') return false;  // can't be blank, and no need to look further
     }
     return SearchMissing();
   }
@@ -29,7 +33,7 @@ private:
   bool SearchMissing() const;
 
   bool fbUserMissing;  // the variable has user-missing values
-  // User-missing values of the variable: numbers, or texts without trailing blanks.
+  // Those values. Only the list that fits the type is used; texts have no trailing blanks.
   std::vector<double> fvMissingNumbers;
   std::vector<std::string> fvMissingTexts;
 };

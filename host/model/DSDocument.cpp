@@ -5,7 +5,7 @@
 #include "host/model/KORV_DataSource.h"
 
 void AddDateLine(DSDocument& document) {
-  // Indented as the other lines of a document are behind its first word.
+  // Nine blanks align the line with the others, which are indented under the document's first word.
   document.AddLine(
       fmt::format("{:9}Date: {:04}-{:02}-{:02}", "", document.Year(), document.Month(), document.Day()));
 }

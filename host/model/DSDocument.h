@@ -7,7 +7,10 @@
 
 class KORV_DataSource;
 
-// DSDocument is one document of a data file: its lines, and the day on which it was made.
+// A document is a free text that travels with a data file, such as the description of the sample that a run
+// adds to it. In the dictionary it is a bare list of lines. DSDocument adds the date, which is kept apart
+// until AddDateLine() turns it into a line; a document read back from a dictionary has lines only, and the
+// date of the default constructor.
 class DSDocument {
 public:
   DSDocument() = default;
@@ -30,9 +33,9 @@ private:
   int fYear = 1970;
 };
 
-// Adds the line of the document's day, "         Date: 2024-02-29".
+// Appends the document's date as a line, "         Date: 2024-02-29".
 void AddDateLine(DSDocument& document);
 
-// The documents of a data file, in order; and putting a list of them in their place.
+// Copies of the documents in the source's dictionary; and the reverse, which replaces all of them.
 std::vector<DSDocument> GetDocuments(const KORV_DataSource& source);
 void SaveDocuments(const std::vector<DSDocument>& documents, KORV_DataSource& target);

@@ -6,7 +6,8 @@
 #include "host/text/VariableNames.h"
 
 namespace {
-// Widths beyond the format's range are shown as wide as the format can say.
+// A string may be wider than the 16 bits of a format's width. Such a string is displayed cut off; a width
+// that wrapped around would instead display garbage.
 KORV_Format MakeFormat(int type, int width, int decimals) {
   KORV_Format format;
   format.type = static_cast<std::uint8_t>(type);

@@ -7,65 +7,78 @@
 #include "host/model/Dictionary.h"
 #include "host/numeric/Obs.h"
 
+// The two interfaces between a procedure and its data: a source (dictionary and cases) and an iterator over
+// the cases. Input and output share the first: the active file is a KORV_DataSource that has cases to read,
+// and the store that a sample is written to is one whose dictionary is being built.
+//
+// Integer arguments without a name are always 0. They belong to the interface and have no effect.
+
 class KORV_DataSource;
 
-// KORV_InputCaseIterator walks the cases of a data source, from before the first to the last.
+// KORV_InputCaseIterator reads the cases of a source once, from before the first to the last.
 //
-// A column is fetched once it is bound or asked for; what is never asked for is never read. A cell that was
-// bound keeps its address and always shows the current case.
+// Use:        bind the columns, then call NextCase() until it returns 0.
+// Ownership:  the caller owns the iterator; bound cells belong to the iterator.
+// Cost:       only columns that were bound or asked for are read. Bind them before the first NextCase():
+//             binding later is allowed but makes the implementation start its query again.
+// Failures:   reported by the source; to the caller of NextCase() a failure looks like the end.
 class KORV_InputCaseIterator {
 public:
   virtual ~KORV_InputCaseIterator();
 
-  // Moves to the next case; 0 when there is none, also after an error or a stop request.
+  // Advances to the next case and returns nonzero; 0 at the end, and after an error or a stop request.
   virtual int NextCase() = 0;
 
   virtual KORV_DataSource& GetDataSource() = 0;
 
-  // Binds a column: the address of its OBS cells, which stays the same and shows each current case in turn. A
-  // number is one cell; a string is padded with blanks. Lives as long as the iterator.
+  // The cells of a column. The address stays valid for the life of the iterator, and its contents change with
+  // each NextCase(). A second call for the same column returns the same address.
   virtual const OBS* BindColumn(int column) = 0;
 
-  // The value of the current case. The text isn't terminated: it is padded with blanks to the variable's
-  // width.
+  // The current case's value. A string is blank-padded to the variable's width and not null-terminated.
   const double& GetNumericValue(int column) { return BindColumn(column)->number; }
   const char* GetStringValue(int column) { return BindColumn(column)->text; }
 
-  // Writes a new variable of the active file in the last pass.
+  // Sets a variable that the procedure has added to the active file. Only in the last pass, and only for such
+  // variables; any other call has no effect.
   virtual void SetColumnValue(int column, double value) = 0;
 };
 
-// KORV_DataSource is a data file as a procedure sees it: a dictionary, and cases that an iterator delivers.
+// KORV_DataSource is a data file as a procedure sees it.
 //
-// Ownership:  shares its dictionary with every view of the same file.
+// Ownership:  shares its dictionary with every other view of the same file: a variable added through one view
+//             is in all of them.
+// Indices:    a variable's index is its position in the dictionary, from 0, and never changes.
 class KORV_DataSource {
 public:
   virtual ~KORV_DataSource();
 
   unsigned ColumnCount() const;
 
-  // REQUIRES: 0 <= index < ColumnCount(). Valid until the next MakeVariable().
+  // Valid until the next MakeVariable(), which may move the variables.
+  // REQUIRES: 0 <= index < ColumnCount().
   KORV_Variable& GetVariable(int index);
   const KORV_Variable& GetVariable(int index) const;
 
-  // Negative when there is no such variable. The last argument is always 0.
+  // Index of the variable with this name in any case, negative if not found. O(ColumnCount()).
   int FindVarIndex(const std::string& name, int) const;
 
-  // Appends a copy of a variable's dictionary entry, or a new numeric variable (the first argument is then
-  // 0); `index` becomes its position.
+  // Appends a variable: a copy of `source`, or a new numeric one without a name. Stores its index in `index`.
   virtual KORV_Variable& MakeVariable(const KORV_Variable& source, int& index);
   virtual KORV_Variable& MakeVariable(int, int& index);
 
-  // The source below a view of the file; null for a source that is no view.
+  // The source that this one is a view of. In this host no source is a view, so it is always null; callers
+  // must still ask, as the interface demands.
   virtual KORV_DataSource* GetParentSource() { return nullptr; }
 
-  // A new iterator at the start of the cases, which the caller deletes; null when there can be none. The
-  // argument is always 0. Each new iterator delivers the same cases in the same order.
+  // A new iterator before the first case, which the caller must delete; null when the source has no cases to
+  // read. All iterators of a source deliver the same cases in the same order.
   virtual KORV_InputCaseIterator* MakeInputCaseIterator(int);
 
-  // OBS cells of one case; sizes the buffer of a KORV_Case.
+  // Cells that one case takes: the size of a KORV_Case's buffer. O(ColumnCount()); keep the result.
   virtual std::size_t CaseCellCount() const;
 
+  // Steps of writing a file; see IndependentDataStore. For a source that is only read they do nothing.
   virtual void CloseStore() {}
   virtual void FinishDictionary() {}
 

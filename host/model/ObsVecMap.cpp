@@ -9,11 +9,11 @@
 
 namespace {
 
-constexpr std::size_t kChunkCells =
-    4096;  // 32 KB: small beside a frame, and few allocations for many entries
+// Cells per allocation, 32 KB: few allocations for many entries, and little waste when there are few.
+constexpr std::size_t kChunkCells = 4096;
 
-// A cell as the bits by which it is hashed and compared. Adding 0 turns -0 into 0 and changes no other
-// number.
+// The bits by which a cell is hashed and compared. Adding 0.0 turns -0 into 0 and leaves every other number
+// as it is, so afterwards equal numbers have equal bits.
 std::uint64_t ComparableBits(const OBS& cell, bool numeric) {
   if (numeric) return std::bit_cast<std::uint64_t>(cell.number + 0.0);
   std::uint64_t bits;
@@ -21,8 +21,9 @@ std::uint64_t ComparableBits(const OBS& cell, bool numeric) {
   return bits;
 }
 
-// Both halves of the 128-bit product with an odd constant: each bit of the input reaches both ends of the
-// result, also of doubles, which for small whole numbers differ in their highest bits alone.
+// Multiplies by an odd constant with well-mixed bits and folds the 128-bit product by xor. A plain 64-bit
+// product would not do: doubles of small whole numbers differ only in their highest bits, and the low half of
+// a product never sees those. The fold carries them into the low bits, which choose the slot.
 std::uint64_t Mix(std::uint64_t bits) {
   __extension__ using Wide = unsigned __int128;
   const Wide product = static_cast<Wide>(bits) * 0x9ddfea08eb382d69ULL;
@@ -82,7 +83,7 @@ ObsVecMap::ObsVecMap(const KeySpec& keySpec, std::size_t valueCells)
 ObsVecMap::~ObsVecMap() = default;
 
 OBS* ObsVecMap::Contains(const OBS* key) const {
-  // The set looks the key up through a pointer of its own type and never writes through it.
+  // The set's key type is a non-const pointer, but lookup only reads through it.
   const auto found = fEntries.find(const_cast<OBS*>(key));
   return found == fEntries.end() ? nullptr : *found + fKeyCells;
 }

@@ -11,18 +11,22 @@
 
 class KORV_DataSource;
 
-// ObsVecMap maps a key, the OBS cells of the values of some variables one behind the other, to a fixed number
-// of value cells.
+// ObsVecMap is a hash table from a combination of data values to a row of cells: for instance from stratum
+// variables to the sample size of the stratum. Keys have the layout that values have in a case, so a case can
+// be looked up without converting anything.
 //
-// Equality:   numbers compare as numbers (-0 equals 0), strings byte by byte over their cells.
-// Lifetime:   an entry is its key cells with the value cells directly behind; it never moves while the map
-//             lives.
-// Cost:       Contains() is one probe of a hash table and allocates nothing; an entry takes its cells and
-//             about 10 bytes of index.
+// Use:        construct with the widths of the key variables, Insert() all entries, then Contains() per case.
+// Equality:   numbers as numbers (-0 equals 0); strings byte by byte, with the padding of their last cell.
+// Ownership:  owns the entries. An entry is its key cells directly followed by its value cells, and never
+//             moves, so pointers from Insert(), Contains() and Sort() are valid as long as the map.
+// Threads:    const methods may run in parallel.
+// Cost:       Contains() is one expected probe and allocates nothing. An entry takes its cells, plus 10 to
+//             20 bytes for the index.
+// Order:      the only iteration is Sort(), so nothing ever depends on the hash function.
 class ObsVecMap {
 public:
-  // The layout of a key: per variable the width of the string, 0 for a number. Wider than 16 bits, since a
-  // column of long texts is as wide as its longest.
+  // Layout of a key: for each variable its type, i.e. the string's width in bytes, or 0 for a number. 32
+  // bits, because a string is as wide as the longest text in its column.
   using KeySpec = std::vector<std::int32_t>;
 
   static KeySpec MakeKeySpec(const KORV_DataSource& source, const std::vector<std::int32_t>& variables);
@@ -32,23 +36,24 @@ public:
   ObsVecMap& operator=(const ObsVecMap&) = delete;
   ~ObsVecMap();
 
-  // Cells of one entry: key cells plus value cells.
+  // Cells of one entry, key and values together.
   std::size_t CellSize() const { return fCellSize; }
   std::size_t Size() const { return fEntries.size(); }
   const KeySpec& GetKeySpec() const { return fKeySpec; }
 
-  // The first value cell of the entry with the key in `key`; null when there is none.
+  // The value cells of the entry with this key; null if not found.
   OBS* Contains(const OBS* key) const;
 
-  // Adds an entry and gives its first value cell; the values are zero.
-  // REQUIRES: there is no entry with this key.
+  // Adds an entry with a copy of `key` and returns its value cells, all zero.
+  // REQUIRES: Contains(key) == nullptr.
   OBS* Insert(const OBS* key);
 
-  // The entries, each by its first key cell, ascending in the order of the key's variables.
+  // All entries (pointers to their first key cell), ordered by the first key variable, then the second, and
+  // so on; numbers by value, strings by their bytes.
   std::vector<OBS*> Sort() const;
 
 private:
-  // Both read the kinds of the cells from the map, which therefore can't be copied or moved.
+  // Both point into the map, at fNumericCells. That is why the map can be neither copied nor moved.
   struct KeyHash {
     const std::vector<std::uint8_t>* numeric;
     std::size_t operator()(const OBS* key) const;
@@ -59,10 +64,10 @@ private:
   };
 
   KeySpec fKeySpec;
-  std::vector<std::uint8_t> fNumericCells;  // of each key cell, 1 when it is a number
+  std::vector<std::uint8_t> fNumericCells;  // for each key cell, 1 if it holds a number
   std::size_t fKeyCells;
   std::size_t fCellSize;
-  std::size_t fChunkEntries;                    // entries of one chunk
-  std::vector<std::unique_ptr<OBS[]>> fChunks;  // entries in the order of their insertion
+  std::size_t fChunkEntries;                    // entries per chunk
+  std::vector<std::unique_ptr<OBS[]>> fChunks;  // the entries, in order of insertion
   absl::flat_hash_set<OBS*, KeyHash, KeyEqual> fEntries;
 };

@@ -9,13 +9,26 @@
 #include "host/model/Dictionary.h"
 #include "host/numeric/Obs.h"
 
+// How a number is displayed in a format of width w with d decimals. The first text that fits in w wins:
+//
+//   1. d decimals, "-0.25", or without the zero in front of the full stop, "-.25".
+//   2. Fewer decimals, one less each time, down to none. A step is skipped when it would display a number
+//      that isn't zero as zero.
+//   3. An exponent, with as many decimals as fit, "1.25e7".
+//   4. Asterisks: w of them. A number that is cut off would be read as a different number.
+//
+// So a number on display is always the true one, correctly rounded to the digits shown. A zero never has a
+// sign. All conversions use std::to_chars and std::from_chars. They don't depend on the locale, are exact (a
+// decimal text is rounded from the exact binary value, with no intermediate rounding), and without a
+// precision to_chars gives the shortest text that reads back to the same double.
+
 namespace {
 
-// The longest text of a double: 309 digits before the full stop, a sign, and as many decimals as a format
-// has.
+// Longest result of FixedText(): sign, 309 digits before the full stop, the full stop, and all the decimals
+// that the 8 bits of a format can ask for.
 constexpr std::size_t kLongestFixed = 309 + 2 + std::numeric_limits<std::uint8_t>::max() + 1;
 
-// From here on a number is written with an exponent.
+// NumberText() uses an exponent from here up, and below the second bound.
 constexpr double kExponentFrom = 1e17;
 constexpr double kExponentBelow = 1e-5;
 
@@ -23,8 +36,7 @@ bool IsZeroText(std::string_view digits) {
   return digits.find_first_of("123456789") == std::string_view::npos;
 }
 
-// A number in fixed form with so many decimals, without the sign of a zero and, where `width` is short of
-// one, without the zero before the full stop. Empty when it doesn't fit.
+// Rule 1 for one number of decimals. Empty when it doesn't fit.
 std::string FixedText(double number, int decimals, std::size_t width) {
   char digits[kLongestFixed];
   const auto written =
@@ -36,7 +48,8 @@ std::string FixedText(double number, int decimals, std::size_t width) {
   return text.size() <= width ? text : std::string();
 }
 
-// A number with an exponent, as short as can be: "1.25e7". Empty when it doesn't fit.
+// Rule 3. to_chars writes exponents like e+07; the plus and the leading zeros are removed to make room for
+// digits. 16 decimals are 17 digits, which tell any two doubles apart. Empty when nothing fits.
 std::string ExponentText(double number, std::size_t width) {
   for (int decimals = static_cast<int>(std::min<std::size_t>(width, 16)); decimals >= 0; --decimals) {
     char digits[kNumberTextSize];
@@ -58,7 +71,8 @@ std::string ExponentText(double number, std::size_t width) {
 std::string NumberInWidth(double number, const KORV_Format& format) {
   for (int decimals = format.decimals; decimals >= 0; --decimals) {
     std::string text = FixedText(number, decimals, format.width);
-    // Fewer decimals than the format has must not make a small number look like zero.
+    // Rule 2 applies to lost decimals only: a number that is zero at the format's own precision is shown as
+    // 0.
     const bool isCut = decimals < format.decimals;
     if (!text.empty() && !(isCut && number != 0.0 && IsZeroText(text))) return text;
   }
@@ -73,6 +87,7 @@ int HexDigit(char c) {
   return -1;
 }
 
+// Two digits per byte. An odd width has room for one digit more, which is left out.
 void WriteHex(const char* bytes, std::size_t width, char* buffer) {
   constexpr char kDigits[] = "0123456789ABCDEF";
   for (std::size_t i = 0; i + 1 < width; i += 2) {
@@ -94,7 +109,8 @@ bool ReadHex(std::string_view text, std::string* bytes) {
   return true;
 }
 
-// Fills the cells of a string of so many bytes.
+// Stores `text` in a string value of `width` bytes, padding to the end of the last cell: whole cells are
+// hashed and compared. REQUIRES: text.size() <= width.
 void StoreText(std::string_view text, std::size_t width, OBS* cells) {
   auto* bytes = reinterpret_cast<char*>(cells);
   std::memcpy(bytes, text.data(), text.size());
@@ -136,6 +152,7 @@ int ToString(const OBS* cells, const KORV_Format& format, char* buffer) {
   return 0;
 }
 
+// Everything is checked before the first byte is stored, so that a bad text leaves the cells alone.
 int FromString(std::string_view text, const KORV_Format& format, OBS* cells) {
   constexpr int kNoValue = 1;
   if (format.type == kFormatA || format.type == kFormatAHex) {
@@ -170,14 +187,17 @@ KORV_Format UsableFormat(const KORV_Variable& variable) {
   return KORV_Variable(std::string(), variable.GetType()).GetFormat();
 }
 
+// from_chars is stricter than what people write: it takes neither a leading plus nor blanks. "+-5" must stay
+// wrong, hence the look at the second character.
 bool ParseNumber(std::string_view text, double* number) {
   text = TrimBoth(text);
   if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
-  if (text.size() > 1 && text.back() == '.') text.remove_suffix(1);  // "1e3." as well as "12."
+  // from_chars takes "12." but not "1e3."; without the full stop both are read.
+  if (text.size() > 1 && text.back() == '.') text.remove_suffix(1);
   double parsed = 0.0;
   const auto read = std::from_chars(text.data(), text.data() + text.size(), parsed);
   if (read.ec != std::errc() || read.ptr != text.data() + text.size() || !std::isfinite(parsed)) return false;
-  *number = parsed == 0.0 ? 0.0 : parsed;  // no -0
+  *number = parsed == 0.0 ? 0.0 : parsed;  // never -0
   return true;
 }
 

@@ -4,8 +4,10 @@
 #include <cmath>
 
 namespace {
-constexpr double kWholeTolerance = 1e-9;  // relative to max(1, |number|): what a decimal text loses at worst
-}
+// Relative to max(1, |number|). Far more than a few roundings of a double lose, far less than any fraction
+// that a user would write for a count.
+constexpr double kWholeTolerance = 1e-9;
+}  // namespace
 
 int FUZZYINTEGER(const double* number) {
   if (!std::isfinite(*number)) return 0;

@@ -3,19 +3,19 @@
 #include <limits>
 #include <span>
 
-// Constants of the machine's arithmetic.
 namespace MCCommonMath::MCPower {
-inline constexpr double gMachineEpsilon = std::numeric_limits<double>::epsilon();
-inline constexpr int gMachineMaxInt = std::numeric_limits<int>::max();  // bound of a generated seed
+inline constexpr double gMachineEpsilon = std::numeric_limits<double>::epsilon();  // 2^-52
+inline constexpr int gMachineMaxInt = std::numeric_limits<int>::max();             // largest seed
 }  // namespace MCCommonMath::MCPower
 
 namespace MCCommonMath {
 
 class MCMathFun {
 public:
-  // The 0-based position in low..high of the first entry greater than `value`, on an ascending list; `high`
-  // when no entry there is greater. The last argument is always true. REQUIRES: 0 <= low <= high <
-  // list.size().
+  // Position of the first entry in low..high (0-based, inclusive) that is greater than `value`, or `high`
+  // when there is none: a random number that rounding pushed past the last cumulative sum selects the last
+  // unit. The last argument is always true. REQUIRES: 0 <= low <= high < list.size(), list[low..high]
+  // ascends.
   static int BinSearch(std::span<const double> list, int low, int high, double value, bool);
 };
 

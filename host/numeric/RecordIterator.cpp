@@ -1,6 +1,6 @@
 #include "host/numeric/RecordIterator.h"
 
-// The destructors stand here so that each interface has one type description, in the library that owns it.
+// Out of line: one vtable and type description each, in the host's library, for all libraries of the process.
 namespace MCCommon {
 RecordIterator::~RecordIterator() = default;
 MultiPassRecordIter::~MultiPassRecordIter() = default;

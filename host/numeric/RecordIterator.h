@@ -2,9 +2,12 @@
 
 #include <vector>
 
+// The computation's only view of the data: records of doubles, read in repeated passes. An adapter of the
+// procedure makes them from cases, so the computation never sees a file, a dictionary or a string.
+
 namespace MCCommon {
 
-// A record of doubles of fixed width, held by the record itself.
+// A fixed number of doubles, owned by the record.
 class Record {
 public:
   explicit Record(int width) : fValues(static_cast<std::size_t>(width)) {}
@@ -18,38 +21,35 @@ private:
   std::vector<double> fValues;
 };
 
-}  // namespace MCCommon
-
-namespace MCCommon {
-
-// Status of a record stream.
+// Values of RecordIterator::Status(). There is no 2.
 enum IteratorStatus : int {
-  kRecordReady = 0,     // a record is ready
-  kCasesExhausted = 1,  // the cases are exhausted
-  kSourceFailed = 3,    // the data source can't deliver; Next() gives null from then on
+  kRecordReady = 0,     // Next() will return a record
+  kCasesExhausted = 1,  // the pass ended normally
+  kSourceFailed = 3,    // the source can't deliver; from now on Next() returns null
 };
 
-// A stream of records. The computation sees its data through this interface only.
+// A stream of records.
 class RecordIterator {
 public:
   virtual ~RecordIterator();
 
-  // A record can be had.
   virtual bool HasMore() = 0;
 
-  // The next record, null when there is none. It stays intact until the next-but-one call.
+  // The next record, null at the end. Borrowed; it survives one further call, as the stream fills two in
+  // turn.
   virtual Record* Next() = 0;
 
-  // An IteratorStatus.
+  // An IteratorStatus, of the record after the one last returned: streams read one ahead. On kSourceFailed
+  // drop the record just received as well, since its pass is incomplete.
   virtual int Status() = 0;
 };
 
-// A record stream that can start over. Each pass delivers the same records in the same order.
+// A stream that can start over. Every pass delivers the same records in the same order.
 class MultiPassRecordIter : public RecordIterator {
 public:
   ~MultiPassRecordIter() override;
 
-  // Starts a new pass; gives the new status.
+  // Starts a new pass and returns its status.
   virtual int Reset() = 0;
 };
 

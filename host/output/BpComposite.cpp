@@ -5,13 +5,13 @@
 
 namespace {
 
-constexpr std::size_t kLongestNumber = 4;  // digits of an item's number; a longer one is plain text
+constexpr std::size_t kLongestNumber = 4;  // digits; those after the fourth are ordinary text
 
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// The number that begins at `*at`, which moves behind it; 0 when there is none.
+// Reads digits at `*at` and moves it past them; 0 if there are none.
 std::size_t ReadNumber(const std::string& text, std::size_t* at) {
   std::size_t number = 0;
   std::size_t end = *at;
@@ -22,7 +22,7 @@ std::size_t ReadNumber(const std::string& text, std::size_t* at) {
   return number;
 }
 
-// The highest k of a `mark`k in the pattern: how many texts one entry of a list has.
+// Number of texts that an entry takes: the highest number after a `mark` in the pattern, 0 if it has no mark.
 std::size_t EntrySize(const std::string& pattern, char mark) {
   std::size_t size = 0;
   for (std::size_t at = pattern.find(mark); at != std::string::npos; at = pattern.find(mark, at)) {
@@ -32,7 +32,7 @@ std::size_t EntrySize(const std::string& pattern, char mark) {
   return size;
 }
 
-// One entry of a list; what an incomplete last entry lacks is empty.
+// Formats the entry whose texts start at texts[offset].
 std::string FillEntry(const std::string& pattern, char mark, const std::vector<std::string>& texts,
                       std::size_t offset) {
   std::string filled;
@@ -81,7 +81,6 @@ const BpComposite::Item* BpComposite::ItemOf(std::size_t number) const {
   return number >= 1 && number <= fvItems.size() ? &fvItems[number - 1] : nullptr;
 }
 
-// A list that the template names like a single item is written with commas.
 bool BpComposite::FillPlaceholder(std::size_t* at, std::string* text) const {
   if (fPattern[*at] != '^') return false;
   std::size_t end = *at + 1;

@@ -5,7 +5,34 @@
 
 #include "host/output/BpText.h"
 
-// A note of a table. The number is a place for its mark; -1, the only one in use, means the table as a whole.
+// How a procedure builds a pivot table.
+//
+// A table has dimensions, each a tree of groups with categories as leaves, and a cell wherever one category
+// of every dimension meets. Cells aren't addressed by all their categories at once. Each dimension has a
+// current category, the one that was made or asked for last, and Cell() is called on a category of one
+// dimension and uses the current categories of all the others:
+//
+//   BpPivotTable table = heading.PivotTable(title, kind, true);
+//   BpDimension rows = table.Dimension(BpString("Cases", true), sort);
+//   rows.Position(kPlaceRow, 1, false, false);
+//   BpDimension columns = table.Dimension(BpString("Count", true), sort);
+//   columns.Position(kPlaceColumn, 1, false, false);
+//   columns.Category(unweighted);                                   // current column
+//   rows.Category(valid).Cell(BpNumber(n, BpProcedure::Count()));   // the cell valid x unweighted
+//
+// All dimensions must exist before the first cell. Asking twice for the same text (and value key) below the
+// same group gives the same node. Boolean and sort arguments that are described as unused belong to the
+// interface.
+
+class OutputDocument;
+class OutputTable;
+
+// The side of the table that a dimension is on.
+inline constexpr int kPlaceRow = 0;
+inline constexpr int kPlaceColumn = 1;
+
+// A note below a table. The number says which cell the note's mark belongs to; it is always -1, the whole
+// table, and isn't used.
 class BpAnnotation {
 public:
   BpAnnotation(BpCellTextHandle text, int) : fpText(std::move(text)) {}
@@ -16,15 +43,13 @@ private:
   BpCellTextHandle fpText;  // never null
 };
 
-class OutputTable;
-
-// A category of a dimension. A handle, copied freely.
+// A leaf of a dimension. A handle: copies refer to the same category, and keep the table's data alive.
 class BpCategory {
 public:
   BpCategory(std::shared_ptr<OutputTable> table, int node);
 
-  // Sets the cell where this category meets the category last made, or asked for again, in each other
-  // dimension.
+  // Sets the cell of this category and the current category of each other dimension. A second call for the
+  // same cell replaces its text.
   void Cell(const BpCellText& text) const;
 
 private:
@@ -32,13 +57,13 @@ private:
   int fNode;
 };
 
-// A node of a dimension that has nodes below it. A handle, copied freely.
+// An inner node of a dimension. A handle, like BpCategory.
 class BpGroup {
 public:
   BpGroup(std::shared_ptr<OutputTable> table, int node);
 
-  // The group, or the category, of that text below this node: the one made before, or a new one at the end.
-  // The flag is always true; for the sort code see BpPivotTable::Dimension().
+  // The child with this label, created as the last child if it doesn't exist yet. A group and a category with
+  // the same label are different nodes. The flag is always true and unused; for `sort` see BpPivotTable.
   BpGroup Group(const BpCellText& text, bool, int sort) const;
   BpCategory Category(const BpCellText& text) const;
 
@@ -51,27 +76,23 @@ private:
   int fNode;
 };
 
-// Values of the place of a dimension.
-inline constexpr int kPlaceRow = 0;
-inline constexpr int kPlaceColumn = 1;
-
-// A dimension of a table, and the group of its outermost categories.
+// A dimension of a table. It is also the root group of its tree.
 class BpDimension : public BpGroup {
 public:
   using BpGroup::BpGroup;
 
-  // Dimensions of one place nest by `index`, the lowest innermost. With `hideLabel` a printed table doesn't
-  // show the dimension's own label.
+  // Puts the dimension on a side of the table (kPlaceRow, kPlaceColumn). Of several dimensions on a side, the
+  // one with the lowest index is innermost. `hideLabel` omits the dimension's own label. The last flag is
+  // unused.
   void Position(int place, int index, bool hideLabel, bool) const;
 };
 
-class OutputDocument;
-
-// BpPivotTable is a table under construction. It appears in the output when it is dropped.
+// BpPivotTable is a table under construction. Its destructor adds the table to the document, so tables appear
+// in the order in which these objects are destroyed. A table with neither cells nor notes is not added.
 //
-// Ownership:  borrows the document, which must outlive it. Dimensions, groups and categories are handles that
-//             share the table's data; what is set through them after the drop is lost or shown, but never
-//             harms.
+// Ownership:  borrows the document, which must outlive it. Dimensions, groups and categories share the
+//             table's data with it. Using them after its destruction is harmless, but whether it has an
+//             effect on the output is not defined.
 class BpPivotTable {
 public:
   BpPivotTable(OutputDocument* document, const BpCellText& title, const BpCellText& kind);
@@ -82,8 +103,9 @@ public:
   void Caption(const BpCellText& text);
   void Note(const BpAnnotation& annotation);
 
-  // The sort code is the procedure's wish how categories are to be ordered. It adds them in the order in
-  // which they are to stand, so every dimension keeps that.
+  // Adds a dimension; on the row side until Position() says otherwise. `sort` is the procedure's code for the
+  // order of the categories. It isn't used: categories stay in the order in which they were made, and the
+  // procedure makes them in the order that it wants.
   BpDimension Dimension(const BpCellText& label, int sort);
 
 private:

@@ -10,6 +10,47 @@
 #include "host/model/Values.h"
 #include "host/numeric/Obs.h"
 
+namespace {
+
+std::string_view WithoutOuterBlanks(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(' ');
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+// The value in the form of labels and missing values in the dictionary, for comparison with them.
+DictionaryValue ValueOf(const KORV_Variable& variable, const OBS* cells) {
+  if (variable.GetType() == 0) return {.number = cells->number, .text = {}};
+  const std::string_view text(cells->text, static_cast<std::size_t>(variable.GetType()));
+  return {.number = 0.0, .text = std::string(TrimRight(text))};
+}
+
+// The buffer has one byte more than the format's width, for the null that ToString() appends.
+std::string FormattedText(const KORV_Variable& variable, const OBS* cells) {
+  const KORV_Format format = UsableFormat(variable);
+  std::string buffer(format.width + std::size_t{1}, '\0');
+  if (ToString(cells, format, buffer.data()) != 0) return {};
+  return std::string(WithoutOuterBlanks(buffer.c_str()));
+}
+
+// An empty label counts as none: a blank row label would hide the value.
+std::optional<std::string> LabelOf(const KORV_Variable& variable, const DictionaryValue& value) {
+  const std::vector<ValueLabel>& labels = variable.ValueLabels();
+  const auto found = std::find_if(labels.begin(), labels.end(),
+                                  [&](const ValueLabel& label) { return label.value == value; });
+  if (found == labels.end() || found->label.empty()) return std::nullopt;
+  return found->label;
+}
+
+// Equal for equal values, and only for them.
+std::string KeyOf(const KORV_Variable& variable, const DictionaryValue& value) {
+  if (variable.GetType() > 0) return value.text;
+  const double number = value.number + 0.0;  // turns -0 into 0
+  return std::string(reinterpret_cast<const char*>(&number), sizeof number);
+}
+
+}  // namespace
+
 void BpCellText::AddValue(const std::string& bytes) {
   fValueKey += std::to_string(bytes.size());
   fValueKey += ':';
@@ -22,7 +63,7 @@ BpNumber::BpNumber(double value, BpFormatSpec format) {
     return;
   }
   std::string text = fmt::format("{:.{}f}", value, format.decimals);
-  // What rounds to zero is shown without a sign.
+  // "-0.00" becomes "0.00".
   if (text.find_first_of("123456789") == std::string::npos && text.front() == '-') text.erase(0, 1);
   if (format.isPercent) text += '%';
   SetText(std::move(text));
@@ -33,45 +74,6 @@ BpVariable::BpVariable(const KORV_Variable& variable, int show) {
   const bool byLabel = show != kShowInMessage && !variable.GetLabel().empty();
   SetText(byLabel ? variable.GetLabel() : variable.GetName());
 }
-
-namespace {
-
-std::string_view WithoutOuterBlanks(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(' ');
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
-// The value as dictionaries hold it.
-DictionaryValue ValueOf(const KORV_Variable& variable, const OBS* cells) {
-  if (variable.GetType() == 0) return {.number = cells->number, .text = {}};
-  const std::string_view text(cells->text, static_cast<std::size_t>(variable.GetType()));
-  return {.number = 0.0, .text = std::string(TrimRight(text))};
-}
-
-std::string FormattedText(const KORV_Variable& variable, const OBS* cells) {
-  const KORV_Format format = UsableFormat(variable);
-  std::string buffer(format.width + std::size_t{1}, '\0');
-  if (ToString(cells, format, buffer.data()) != 0) return {};
-  return std::string(WithoutOuterBlanks(buffer.c_str()));
-}
-
-std::optional<std::string> LabelOf(const KORV_Variable& variable, const DictionaryValue& value) {
-  const std::vector<ValueLabel>& labels = variable.ValueLabels();
-  const auto found = std::find_if(labels.begin(), labels.end(),
-                                  [&](const ValueLabel& label) { return label.value == value; });
-  if (found == labels.end() || found->label.empty()) return std::nullopt;
-  return found->label;
-}
-
-// The bytes by which two values are the same value.
-std::string KeyOf(const KORV_Variable& variable, const DictionaryValue& value) {
-  if (variable.GetType() > 0) return value.text;
-  const double number = value.number + 0.0;  // -0 becomes 0
-  return std::string(reinterpret_cast<const char*>(&number), sizeof number);
-}
-
-}  // namespace
 
 BpDataValue::BpDataValue(const KORV_Variable& variable, const OBS* cells, int preference) {
   const DictionaryValue value = ValueOf(variable, cells);

@@ -8,20 +8,25 @@
 #include "host/model/Dictionary.h"
 #include "host/numeric/Obs.h"
 
-// BpCellText is the base of everything that can stand in a cell, a label or a message. A plain value: the
-// derived classes only know how to make its text, so that a copy of the base is a whole copy.
+// The texts of the output. Whatever a procedure wants to show, a string, a number, a variable or a data
+// value, it wraps in one of these classes, and the constructor turns it into the text that will be displayed.
+// There is no later formatting: renderers only escape, align and wrap.
+
+// Base of everything that can be a cell, a label or a message. A plain value without virtual functions:
+// derived classes add constructors and nothing else, so copying only this base loses nothing.
 class BpCellText {
 public:
   const std::string& Text() const { return fText; }
 
-  // The data values shown, as bytes; empty when there are none. Two categories are the same when text and
-  // value key are: values that are shown by the same text stay apart.
+  // Identifies the data values behind the text, empty if there are none. Two labels with the same text but
+  // different keys are different categories: F8.2 shows 1.001 and 1.002 as "1.00", but they are two strata.
   const std::string& ValueKey() const { return fValueKey; }
 
-  // The number behind a numeric text; none for other texts and for a missing number.
+  // The unrounded number that the text shows; empty for texts and missing numbers. Goes into JSON reports,
+  // and decides how a column is aligned.
   const std::optional<double>& Number() const { return fNumber; }
 
-  // A handle to a copy, as a table's annotation wants it.
+  // A copy on the heap, for BpAnnotation.
   std::shared_ptr<const BpCellText> Replicate() const { return std::make_shared<BpCellText>(*this); }
 
 protected:
@@ -29,7 +34,7 @@ protected:
   void SetText(std::string text) { fText = std::move(text); }
   void SetNumber(double number) { fNumber = number; }
 
-  // Adds one value to the value key; lengths keep neighbours apart.
+  // Appends a value to the key. Its length is written in front, so ("a", "bc") and ("ab", "c") differ.
   void AddValue(const std::string& bytes);
   void AddValuesOf(const BpCellText& cell) { fValueKey += cell.fValueKey; }
 
@@ -41,40 +46,41 @@ private:
 
 using BpCellTextHandle = std::shared_ptr<const BpCellText>;
 
-// A plain text. The first flag tells the system's own fixed texts (true) from texts out of the user's data,
-// such as file names and labels; both are shown as they are, with no placeholder filled.
+// A plain text. `isFixed` is true for the system's own texts and false for text from the user, such as a file
+// name. Neither flag has an effect here: all texts are shown unchanged, and placeholders are not filled.
 class BpString : public BpCellText {
 public:
   BpString(std::string text, bool /*isFixed*/, bool /*isTitle*/ = false) { SetText(std::move(text)); }
 };
 
-// How the host shows a number of its own: with so many decimals, and with a percent sign or without.
+// Display of a number that doesn't come from the data: fixed decimals, and a percent sign if wanted. The
+// number isn't multiplied by 100.
 struct BpFormatSpec {
   int decimals = 0;
   bool isPercent = false;
 };
 
-// A number in a format, independent of the locale. The missing value and what isn't finite are shown as a
-// full stop and have no number behind them.
+// A number, shown with a full stop as the decimal character in every locale. System-missing, infinities and
+// NaN are shown as "." and have no Number().
 class BpNumber : public BpCellText {
 public:
   BpNumber(double value, BpFormatSpec format);
 };
 
-// Values of the argument that says where a variable or a data value is shown.
-inline constexpr int kShowInTable = 0;    // by its label where there is one
-inline constexpr int kShowInMessage = 2;  // a variable by its name, a value by itself
+// Where a variable or a data value appears. In a table labels are shown if the dictionary has them; in a
+// message always the variable's name and the bare value, because the user must find them in the file.
+inline constexpr int kShowInTable = 0;
+inline constexpr int kShowInMessage = 2;
 
-// A variable of the dictionary.
 class BpVariable : public BpCellText {
 public:
   BpVariable(const KORV_Variable& variable, int show);
 };
 
-// A value of a variable as the dictionary shows it: in its print format without outer blanks, or by its value
-// label where it has one and `preference` is kShowInTable.
+// A data value: its value label if it is shown in a table and has one, else the value in the variable's print
+// format, without outer blanks.
 class BpDataValue : public BpCellText {
 public:
-  // `cells` are as many as the variable's type says; they are only read here.
+  // `cells` are ObsCells(variable.GetType()) cells, read in the constructor and not kept.
   BpDataValue(const KORV_Variable& variable, const OBS* cells, int preference);
 };

@@ -8,6 +8,9 @@
 #include "host/environment/HostSession.h"
 #include "host/output/OutputTable.h"
 
+// Layers are default-constructed, so this is one of the few places that must ask for the current session.
+// Creating ErrorSink here also makes it the older layer, which is therefore still there when the destructor
+// runs.
 OutputDocument::OutputDocument() {
   HostSession::Current().Layer<ErrorSink>().issue = [this](const std::string& text, int level) {
     AddMessage(level, text, std::string());
@@ -24,6 +27,7 @@ OutputDocument& OutputDocument::Current() {
 
 void OutputDocument::AddMessage(int level, const std::string& text, const std::string& group) {
   if (level >= kErrorLevel) pvGetCmnGlb()->errorFlag = 1;
+  // The group's length keeps ("ab", "c") apart from ("a", "bc").
   const std::string key = std::to_string(level) + ':' + std::to_string(group.size()) + ':' + group + text;
   const auto known = fKeptOfKind.find(key);
   if (known != fKeptOfKind.end() && known->second.count == kMaxOfOneKind) {
@@ -43,7 +47,7 @@ void OutputDocument::AddMessage(int level, const std::string& text, const std::s
 void OutputDocument::DropErrors() {
   std::erase_if(fvMessages, [](const OutputMessage& message) { return message.level >= kErrorLevel; });
   fFurtherLevel = std::min(fFurtherLevel, kWarningLevel);
-  fKeptOfKind.clear();
+  fKeptOfKind.clear();  // its indices are wrong now
 }
 
 std::vector<OutputMessage> OutputDocument::AllMessages() const {

@@ -10,28 +10,35 @@
 class OutputTable;
 
 struct OutputMessage {
-  int level = 0;
+  int level = 0;  // kWarningLevel or kErrorLevel
   std::string text;
-  std::string group;         // empty when none was in force
-  std::int64_t repeats = 0;  // of the first of its kind: how many came beyond those that are kept
+  std::string group;         // the part of the command it is about, such as "Plan stage 2..."; may be empty
+  std::int64_t repeats = 0;  // on the first message of a kind: how many more came than were kept
 };
 
 struct OutputNote {
-  int group = 0;
+  int group = 0;  // notes are shown by ascending group
   std::string label;
   std::string text;
 };
 
-// OutputDocument holds all output of a session as data: messages, notes and tables, each in the order in
-// which it came. Renderers read it.
+// OutputDocument collects all output of a session as data: messages, notes and tables. It knows nothing of
+// how they are displayed; the renderers in host/render read it when the run is over.
 //
-// Use:        HostSession::Current().Layer<OutputDocument>(), which is Current(). The first use makes it the
-//             sink of the messages of the layers below, so the program makes it before it opens a file.
-// Threads:    the thread of the session.
+// Limits. A frame of ten million cases can give ten million messages, and the document is in memory. So there
+// are two limits, and what exceeds them is counted, not lost silently:
 //
-// Invariants: (1) at most kMaxOfOneKind messages have the same text, level and group; what came beyond is
-//                 in `repeats` of the first of them.
-//             (2) at most kMaxMessages messages are kept; FurtherMessages() counts the rest.
+//   - Of messages of the same kind (equal level, group and text) the first kMaxOfOneKind are kept. The first
+//     of them counts the others in `repeats`. Renderers show that count after the last one that was kept.
+//   - Of all messages the first kMaxMessages are kept. FurtherMessages() counts the rest, of whatever kind.
+//
+// The first limit is checked first, so a kind that is full doesn't use up the second. The host's error flag
+// doesn't depend on either: every error sets it. Notes and tables have no limit.
+//
+// Use:        a session layer. Create it before the first file is opened: the constructor makes it the
+//             session's ErrorSink, and messages issued before that only go to standard error.
+// Ownership:  owns everything; shares tables with the handles of their builders.
+// Threads:    the session's thread.
 class OutputDocument {
 public:
   static constexpr std::int64_t kMaxOfOneKind = 100;
@@ -42,16 +49,18 @@ public:
   OutputDocument(const OutputDocument&) = delete;
   OutputDocument& operator=(const OutputDocument&) = delete;
 
+  // The current session's document. For the functions of the procedure's interface, which have no other way
+  // to it; everybody else takes a document as an argument.
   static OutputDocument& Current();
 
   void SetProcedure(const std::string& title) { fProcedure = title; }
-  // An error raises the host's error flag, whether it is kept or only counted.
+  // `level` is kWarningLevel or kErrorLevel. An error sets the host's error flag even if it is only counted.
   void AddMessage(int level, const std::string& text, const std::string& group);
-  // Leaves the errors out, since those of a run that was broken off speak of the break alone. What was only
-  // counted stays counted. REQUIRES: no message follows.
+  // Removes the errors; those that were only counted stay counted, as warnings. For a cancelled run, whose
+  // errors are only consequences of the cancellation. REQUIRES: no AddMessage() afterwards.
   void DropErrors();
   void AddNote(OutputNote note) { fvNotes.push_back(std::move(note)); }
-  // A table with neither a cell nor a note is left out.
+  // Closes the table, and keeps it if it has a cell or a note.
   void AddTable(std::shared_ptr<OutputTable> table);
 
   const std::string& Procedure() const { return fProcedure; }
@@ -59,23 +68,24 @@ public:
   const std::vector<OutputNote>& Notes() const { return fvNotes; }
   const std::vector<std::shared_ptr<OutputTable>>& Tables() const { return fvTables; }
 
-  // Messages beyond kMaxMessages.
+  // Number of messages beyond kMaxMessages, and the sentence about them.
   std::int64_t FurtherMessages() const { return fFurther; }
   std::string FurtherText() const { return "... and " + std::to_string(fFurther) + " more messages"; }
-  // The messages that are kept; what came beyond them stands as one message behind them.
+  // Messages(), followed by one message with FurtherText() if any were only counted.
   std::vector<OutputMessage> AllMessages() const;
 
 private:
+  // What is known about a kind of message.
   struct Kept {
-    std::size_t first = 0;  // index of the first message of a kind
-    std::int64_t count = 0;
+    std::size_t first = 0;   // its first message's index in fvMessages
+    std::int64_t count = 0;  // messages kept
   };
 
   std::string fProcedure;
   std::vector<OutputMessage> fvMessages;
   std::vector<OutputNote> fvNotes;
   std::vector<std::shared_ptr<OutputTable>> fvTables;
-  std::unordered_map<std::string, Kept> fKeptOfKind;
+  std::unordered_map<std::string, Kept> fKeptOfKind;  // by level, group and text
   std::int64_t fFurther = 0;
-  int fFurtherLevel = 0;  // the highest among them
+  int fFurtherLevel = 0;  // highest level among those counted in fFurther
 };

@@ -8,7 +8,7 @@ OutputTable::OutputTable(std::string title, std::string kind)
     : fTitle(std::move(title)), fKind(std::move(kind)) {}
 
 int OutputTable::AddDimension(const std::string& label) {
-  assert(fvCells.empty());  // a cell has a place in each dimension
+  assert(fvCells.empty());  // or existing cells would lack a category in the new dimension
   const int root = static_cast<int>(fvNodes.size());
   fvNodes.push_back({.text = label, .dimension = static_cast<int>(fvDimensions.size())});
   fvDimensions.push_back({.label = label, .root = root});

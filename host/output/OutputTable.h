@@ -9,13 +9,15 @@
 #include "host/output/BpTable.h"
 #include "host/output/BpText.h"
 
-// OutputTable is the data of one pivot table: dimensions, each a tree of groups and categories, and the cells
-// where categories meet.
+// OutputTable is the data of a pivot table. BpTable.h explains the model (dimensions, groups, categories,
+// current category) and is how a procedure fills one.
 //
-// Use:        a BpPivotTable fills it; Close() ends that; then it is only read.
-// Units:      nodes of all trees are numbered from 0 in the order made; the root of each is the dimension
-//             itself. kNoNode as a cell's place in a dimension means that it had no category yet.
-// Cost:       about 16 bytes per cell and dimension beside the texts.
+// Use:        filled through the Bp handles, then Close(), then read by renderers.
+// Nodes:      the nodes of all dimensions share one numbering, from 0 in the order of their creation.
+//             Renderers rely on that order. A dimension's root is its own node.
+// Cells:      a cell has one category per dimension. kNoNode means that the dimension had no current category
+//             when the cell was set.
+// Cost:       4 bytes per cell and dimension, plus the texts; until Close() about three times that.
 class OutputTable {
 public:
   static constexpr int kNoNode = -1;
@@ -34,8 +36,8 @@ public:
   };
   struct Cell {
     std::string text;
-    std::optional<double> number;
-    std::vector<int> at;  // the category in each dimension
+    std::optional<double> number;  // see BpCellText::Number()
+    std::vector<int> at;           // its category in each dimension
   };
 
   OutputTable(std::string title, std::string kind);
@@ -43,18 +45,19 @@ public:
   void SetCaption(const std::string& caption) { fCaption = caption; }
   void AddNote(const std::string& note) { fvNotes.push_back(note); }
 
-  // The root of the new dimension.
+  // Returns the root of the new dimension. REQUIRES: no cell has been set.
   int AddDimension(const std::string& label);
   void Place(int root, int place, int index, bool hideLabel);
 
-  // The group or category below `parent`: the one made before with the same text and values, or a new one.
+  // The child of `parent` with this text and value key, created if missing. Category() also makes it current.
   int Group(int parent, const BpCellText& text) { return Child(parent, 'g', text); }
   int Category(int parent, const BpCellText& text);
 
-  // A cell set again keeps its place in the order.
+  // Sets the cell at `category` and the current category of every other dimension. A cell that is set again
+  // gets the new text and keeps its position in Cells().
   void SetCell(int category, const BpCellText& text);
 
-  // Frees what only the construction needs.
+  // Frees the indexes that are only needed to build the table.
   void Close();
 
   const std::string& Title() const { return fTitle; }
@@ -63,12 +66,13 @@ public:
   const std::vector<std::string>& Notes() const { return fvNotes; }
   const std::vector<Dimension>& Dimensions() const { return fvDimensions; }
   const Node& NodeAt(int node) const { return fvNodes[static_cast<std::size_t>(node)]; }
-  const std::vector<Cell>& Cells() const { return fvCells; }  // in the order in which they were first set
+  const std::vector<Cell>& Cells() const { return fvCells; }  // by first SetCell()
 
-  // The nodes from the outermost group to `category`, the root left out; empty for kNoNode.
+  // The path to `category` from the outermost group inward, without the root. Empty for kNoNode.
   std::vector<int> Path(int category) const;
 
 private:
+  // `sort` is 'g' or 'c': a group and a category with the same text are different nodes.
   int Child(int parent, char sort, const BpCellText& text);
 
   std::string fTitle;
@@ -78,7 +82,7 @@ private:
   std::vector<Dimension> fvDimensions;
   std::vector<Node> fvNodes;
   std::vector<Cell> fvCells;
-  std::vector<int> fvLastMade;                           // per dimension
-  std::unordered_map<std::string, int> fNodeOfKey;       // parent, sort, values and text
+  std::vector<int> fvLastMade;                           // current category of each dimension, or kNoNode
+  std::unordered_map<std::string, int> fNodeOfKey;       // by parent, sort, value key and text
   std::unordered_map<std::string, std::size_t> fCellAt;  // the bytes of Cell::at
 };

@@ -15,7 +15,8 @@
 
 namespace {
 
-// Writes one page; a value of this class lives for that.
+// Writes one page. Single use: construct, Write(), discard. Each method writes one part, or nothing if that
+// part would be empty; the conditions in WriteContents() must be the same ones.
 class PageWriter {
 public:
   PageWriter(const OutputDocument& document, const RunOutcome& outcome, const HtmlAdditions& additions,
@@ -36,7 +37,8 @@ public:
   }
 
 private:
-  // Nothing is fetched and nothing runs, whatever stands in the page.
+  // The policy allows inline styles and nothing else: no script runs and nothing is loaded, whatever the page
+  // contains.
   void WriteHead() {
     fOut << "<!DOCTYPE html>\n<html xmlns=\"http://www.w3.org/1999/xhtml\" lang=\"en\" "
             "xml:lang=\"en\">\n<head>\n"
@@ -49,6 +51,7 @@ private:
          << HtmlText(fDocument.Procedure()) << "</h1>\n";
   }
 
+  // The status is also the class by which the style sheet colours the line.
   void WriteStatus() {
     fOut << "<p class=\"status " << HtmlText(fOutcome.status) << "\">Status: <strong>"
          << HtmlText(fOutcome.status) << "</strong>. " << StatusInWords(fOutcome, fDocument) << "</p>\n";
@@ -70,6 +73,8 @@ private:
 
   bool HasMessages() const { return !fDocument.Messages().empty() || !fOutcome.remarks.empty(); }
 
+  // Unlike on a terminal, the number of repeats is on the first message of a kind: a reader of a page sees
+  // the kinds, not their sequence in time.
   void WriteMessages() {
     if (!HasMessages()) return;
     fOut << "<section aria-labelledby=\"messages\">\n<h2 id=\"messages\">Messages</h2>\n<ul "
@@ -89,7 +94,7 @@ private:
     fOut << "</ul>\n</section>\n";
   }
 
-  // The parts of the notes apart, each in its own list.
+  // One list per group of notes. Stable, so that notes of a group keep their order.
   void WriteNotes() {
     if (fDocument.Notes().empty()) return;
     std::vector<OutputNote> notes = fDocument.Notes();
@@ -114,6 +119,7 @@ private:
     }
   }
 
+  // The identifiers are table-1, table-2 and so on, by position in the document.
   void WriteTables() {
     if (fDocument.Tables().empty()) return;
     fOut << "<section aria-labelledby=\"tables\">\n<h2 id=\"tables\">Tables</h2>\n";
@@ -141,6 +147,7 @@ private:
     fOut << "</tbody>\n</table>\n</div>\n</section>\n";
   }
 
+  // The style sheet keeps the line breaks of facts (white-space: pre-wrap), so that commands can be copied.
   void WriteFacts() {
     if (fOutcome.facts.empty()) return;
     fOut << "<section aria-labelledby=\"run\">\n<h2 id=\"run\">The run</h2>\n<dl class=\"facts\">\n";

@@ -13,16 +13,18 @@ namespace {
 
 using Headers = std::vector<PivotLayout::Header>;
 
-// A table of more columns than this is printed across the page.
+// Tables with more columns than this, row headers included, are printed in landscape.
 constexpr std::size_t kWidestUpright = 10;
 
+// The length of the longest header: how many levels of header cells this side needs.
 std::size_t DepthOf(const Headers& headers) {
   std::size_t depth = 0;
   for (const PivotLayout::Header& header : headers) depth = std::max(depth, header.size());
   return depth;
 }
 
-// Whether the header before has the same nodes down to `level`, so that one header cell stands for both.
+// Whether header i continues the header cell of header i - 1 at `level`: both have the same nodes from the
+// outermost down to that level. False for i == 0 and past the end.
 bool GoesOn(const Headers& headers, std::size_t i, std::size_t level) {
   if (i == 0 || i == headers.size()) return false;
   const PivotLayout::Header& before = headers[i - 1];
@@ -31,18 +33,19 @@ bool GoesOn(const Headers& headers, std::size_t i, std::size_t level) {
          std::equal(before.begin(), before.begin() + static_cast<std::ptrdiff_t>(level) + 1, header.begin());
 }
 
-// How many headers from `first` on share its node at `level`.
+// Number of headers, from `first` on, that share its cell at `level`.
 std::size_t SpanOf(const Headers& headers, std::size_t first, std::size_t level) {
   std::size_t last = first + 1;
   while (GoesOn(headers, last, level)) ++last;
   return last - first;
 }
 
+// A rowspan or colspan attribute; nothing for a span of 1, which is the default.
 std::string Span(const char* attribute, std::size_t count) {
   return count == 1 ? std::string() : std::string(" ") + attribute + "=\"" + std::to_string(count) + '"';
 }
 
-// Writes one table; a value of this class lives for that.
+// Writes one table. Single use: construct, Write(), discard.
 class TableWriter {
 public:
   TableWriter(const OutputTable& table, std::ostream& out)
@@ -71,7 +74,7 @@ public:
 private:
   std::string Label(int node) const { return HtmlText(LabelText(fTable.NodeAt(node).text)); }
 
-  // The labels of the row dimensions that show theirs.
+  // The labels of the row dimensions, except hidden ones.
   std::string Corner() const {
     std::string corner;
     for (const OutputTable::Dimension& dimension : fTable.Dimensions()) {
@@ -81,7 +84,7 @@ private:
     return corner;
   }
 
-  // A header cell that spans a whole group has the scope of the group.
+  // The groups that scope="colgroup" refers to: the row headers, then each outermost group of columns.
   void WriteColumnGroups() {
     if (fRowDepth > 0) fOut << "<colgroup" << Span("span", fRowDepth) << "></colgroup>\n";
     for (std::size_t c = 0; c < fLayout.Columns().size();) {
@@ -91,6 +94,8 @@ private:
     }
   }
 
+  // A header cell is written in the line of its level, at the first column that it spans. A column without
+  // any category has one empty cell for all levels.
   void WriteHead() {
     if (fColumnDepth == 0) return;
     fOut << "<thead>\n";
@@ -110,6 +115,8 @@ private:
     fOut << "</thead>\n";
   }
 
+  // A leaf takes the remaining levels as well, so that the columns below it start in the same line. Only the
+  // outermost level has the scope of a group: that is how WriteColumnGroups() divides the columns.
   void WriteColumnHeader(std::size_t column, std::size_t level) {
     const PivotLayout::Header& header = fLayout.Columns()[column];
     const bool isLeaf = level + 1 == header.size();
@@ -118,7 +125,8 @@ private:
          << Span("rowspan", isLeaf ? fColumnDepth - level : 1) << '>' << Label(header[level]) << "</th>";
   }
 
-  // Each of the outermost groups of rows is a group of the table, so that print keeps it together.
+  // A new <tbody> for each outermost group of rows, if there are groups. A row without any category has an
+  // empty cell in place of its headers.
   void WriteBody() {
     const Headers& rows = fLayout.Rows();
     const bool hasGroups = fRowDepth > 1;
@@ -144,7 +152,7 @@ private:
          << Span("colspan", isLeaf ? fRowDepth - level : 1) << '>' << Label(header[level]) << "</th>";
   }
 
-  // Rows come in order, and so do the cells.
+  // REQUIRES: rows are written in order. The entries are in the same order, so fNext only moves forward.
   void WriteCells(std::size_t row) {
     const std::vector<PivotLayout::Entry>& entries = fLayout.Entries();
     for (std::size_t c = 0; c < fLayout.Columns().size(); ++c) {
@@ -161,9 +169,9 @@ private:
   const OutputTable& fTable;
   std::ostream& fOut;
   PivotLayout fLayout;
-  std::size_t fRowDepth;     // header cells before a row
-  std::size_t fColumnDepth;  // lines of header cells over the columns
-  std::size_t fNext = 0;     // entry of the layout that comes next
+  std::size_t fRowDepth;     // levels of row headers: columns before the first cell
+  std::size_t fColumnDepth;  // levels of column headers: lines above the first row
+  std::size_t fNext = 0;     // the next entry to write
 };
 
 }  // namespace

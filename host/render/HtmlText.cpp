@@ -4,7 +4,7 @@
 
 namespace {
 
-// U+FFFE and U+FFFF are characters of UTF-8 that no XML document may hold: EF BF BE and EF BF BF.
+// U+FFFE and U+FFFF are valid in UTF-8 (EF BF BE and EF BF BF) but forbidden in XML.
 constexpr std::string_view kNoCharacterStart = "\xEF\xBF";
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
@@ -50,8 +50,21 @@ std::string HtmlText(std::string_view text) {
   return html;
 }
 
-// Every pair of text and ground has a contrast of 4.5 at least, in light and in dark. Nothing is told by
-// colour alone. The page never scrolls sideways: what is too wide does, in its own box.
+// Before you change the style sheet:
+//
+// - Colours are variables, defined twice: light and dark. Text on its background has a contrast of at least
+//   4.5 to 1 in both (WCAG 2.1, success criterion 1.4.3). Check both sets when you change or add one.
+// - Colour never carries meaning alone. Messages also start with "Error:" or "Warning:", and the parts of a
+//   picture also differ in shape or position.
+// - `color-scheme` and the dark variables are in @media screen: paper is white.
+// - The page never scrolls sideways, on a phone neither. Wide content has its own .scroll box, which can get
+//   the focus so that it can be scrolled with the keyboard. Long words in running text break anywhere; in
+//   tables they break only if a cell would exceed 18rem, since broken numbers are unreadable.
+// - In print there is no scrolling, so tables may break words. Wide tables get landscape pages through the
+//   named page `wide`. Rows, figures and messages aren't divided between pages.
+// - Table markup and the selectors on th[scope], thead th[colspan], .corner and .number belong together: see
+//   HtmlTable.h. The svg rules style the pictures of report/, which has no style of its own.
+// - No @import, no url(): the page must be complete in itself, and its security policy would block them.
 const std::string_view kHtmlStyle = R"css(
 :root {
   --ground: #ffffff; --text: #1c2126; --quiet: #56606a; --line: #c9d0d7; --band: #f2f5f8;

@@ -3,10 +3,18 @@
 #include <string>
 #include <string_view>
 
-// A text of the user or the data as it stands in the content or a quoted attribute of a page that is both
-// HTML and XML: the markup characters escaped, control characters as blanks, bytes and characters that XML
-// doesn't know as U+FFFD.
+// The building blocks of the HTML report: escaping, and the style sheet. Read HtmlReport.h first.
+
+// Text from the user or the data, made safe for the content of an element and for a quoted attribute value:
+//
+//   & < > " '               are escaped as entities that HTML and XML both know
+//   control characters      become blanks
+//   invalid UTF-8, U+FFFE and U+FFFF become U+FFFD, because no XML document may contain them
+//
+// Every text that isn't a literal of our own must go through here, also file names, messages and dimension
+// labels. Not for use inside <style> or a URL.
 std::string HtmlText(std::string_view text);
 
-// The style sheet of the HTML report.
+// The contents of the page's <style> element; the rules behind it are explained in HtmlText.cpp. Part of
+// every page byte for byte, so a comment in it would be in every report.
 extern const std::string_view kHtmlStyle;

@@ -11,13 +11,14 @@
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Json = nlohmann::ordered_json;  // keeps members in the order in which they are written below
 
+// On one line. The error handler replaces invalid UTF-8; the default one throws.
 std::string Dump(const Json& json) {
   return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-// Writes `"name": [` and the elements, one a line.
+// Writes `"name": [...]` with one element per line. `toJson` makes an element; only one exists at a time.
 template <class List, class ToJson>
 void WriteArray(const char* name, const List& list, ToJson toJson, std::ostream& out) {
   out << '"' << name << "\": [";
@@ -44,7 +45,8 @@ Json FileJson(const ReportFile& file) {
   return {{"role", file.role}, {"path", file.path}, {"cases", file.cases}};
 }
 
-// Whole numbers are written without a decimal point as long as a double holds them exactly.
+// A whole number becomes a JSON integer, "12" and not "12.0", so that counts stay integers in languages that
+// make a difference. Only up to 2^53, where doubles are exact.
 Json NumberJson(double number) {
   constexpr double kLargestExact = 9007199254740992.0;  // 2^53
   if (std::abs(number) <= kLargestExact && std::trunc(number) == number) {

@@ -5,7 +5,22 @@
 class OutputDocument;
 struct RunOutcome;
 
-// The report for programs: one JSON object with the members procedure, status, messages, notes, tables and
-// files. It goes to `out` element by element: no tree of the whole is built. Bytes that are no UTF-8 come out
-// as U+FFFD.
+// Writes the report for programs: one JSON object. Users' scripts depend on its form:
+//
+//   procedure   title of the procedure
+//   status      "ok", "error" or "cancelled"
+//   messages    [{level: "error" | "warning", text, group, repeats}]
+//   notes       [{group: number, label, text}]
+//   tables      [{title, kind, caption, notes: [text],
+//                 dimensions: [{label, place: "row" | "column", index}],
+//                 cells: [{at: {dimension label: [path of category labels]}, value, text}]}]
+//   files       [{role, path, cases}]
+//
+// A cell has a `value` only if it is a number; `text` is what the other reports show. Read `kind` to
+// recognise a table, since titles vary. A cell's `at` is keyed by dimension label, so the dimensions of a
+// table must have different labels: of two with the same one only the last would be here.
+//
+// Written element by element, one array element per line, in document order: a table of a million cells
+// needs no tree in memory, and two reports can be compared with a line-based diff. Invalid UTF-8 becomes
+// U+FFFD.
 void WriteJsonReport(const OutputDocument& document, const RunOutcome& outcome, std::ostream& out);

@@ -8,7 +8,8 @@
 
 namespace {
 
-// The dimensions of one place, the outermost first: those of the lowest index are innermost.
+// Numbers of the dimensions on one side, outermost (highest index) first. Equal indices keep the order in
+// which the dimensions were made. Any place that isn't kPlaceColumn counts as the row side.
 std::vector<std::size_t> DimensionsAt(const OutputTable& table, int place) {
   const std::vector<OutputTable::Dimension>& all = table.Dimensions();
   std::vector<std::size_t> dimensions;
@@ -20,14 +21,13 @@ std::vector<std::size_t> DimensionsAt(const OutputTable& table, int place) {
   return dimensions;
 }
 
-// The headers of one side in order, and for each cell the number of its header.
+// One side of the grid: its headers, and for each cell of the table the position of its header.
 struct Side {
   std::vector<PivotLayout::Header> headers;
   std::vector<std::uint32_t> ofCell;
 };
 
-// Sorts the headers and renumbers the cells. Nodes are numbered in the order made, so that the order of paths
-// is that of the trees.
+// Sorts the headers, which are in the order of their first cell, and adjusts the cells' positions.
 void SortSide(Side* side) {
   std::vector<std::uint32_t> order(side->headers.size());
   std::iota(order.begin(), order.end(), 0U);
@@ -47,7 +47,9 @@ Side MakeSide(const OutputTable& table, int place) {
   const std::vector<std::size_t> dimensions = DimensionsAt(table, place);
   Side side;
   side.ofCell.reserve(table.Cells().size());
-  std::map<std::vector<int>, std::uint32_t> known;  // categories of the side's dimensions
+  // Position of each combination of categories. The combination is the key, not the header: a header is made
+  // of paths, which are needed once per row, while this is looked up once per cell.
+  std::map<std::vector<int>, std::uint32_t> known;
   std::vector<int> categories;
   for (const OutputTable::Cell& cell : table.Cells()) {
     categories.clear();

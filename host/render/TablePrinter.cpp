@@ -8,12 +8,12 @@
 
 namespace {
 
-constexpr int kIndent = 2;           // of one level of row groups
+constexpr int kIndent = 2;           // per level of row groups
 constexpr int kGap = 2;              // between columns
-constexpr int kWidestHeader = 24;    // a column label is wrapped to this
-constexpr int kNarrowestLabel = 16;  // however deep a row label is indented, it has this room
-constexpr int kNarrowestStub = 24;   // row labels aren't wrapped to less for the columns' sake
-constexpr int kNarrowestTable = 40;  // a smaller width than this isn't kept to
+constexpr int kWidestHeader = 24;    // column labels are wrapped to this
+constexpr int kNarrowestLabel = 16;  // space for a row label, however deep its group
+constexpr int kNarrowestStub = 24;   // row labels aren't wrapped to less to make columns fit
+constexpr int kNarrowestTable = 40;  // smaller widths are ignored
 
 std::string Blanks(int count) {
   return std::string(static_cast<std::size_t>(std::max(count, 0)), ' ');
@@ -35,7 +35,7 @@ int LongestWord(const std::string& label) {
   return longest;
 }
 
-// How many nodes two headers have in common at their start.
+// Number of groups and categories that two headers share, counted from the outermost.
 std::size_t CommonStart(const PivotLayout::Header& a, const PivotLayout::Header& b) {
   const auto [end, other] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
   return static_cast<std::size_t>(end - a.begin());
@@ -65,7 +65,7 @@ void TablePrinter::Print() {
   for (const std::string& note : fTable.Notes()) PrintWrapped(note);
 }
 
-// `text` in a field of that width; a wider one is left as it is.
+// Pads to `width`; a text that is wider stays as it is.
 std::string TablePrinter::Aligned(const std::string& text, int width, Alignment alignment) {
   const int room = std::max(width - DisplayWidth(text), 0);
   int left = 0;
@@ -78,7 +78,7 @@ std::string TablePrinter::Label(int node) const {
   return LabelText(fTable.NodeAt(node).text);
 }
 
-// What stands over the row labels: the labels of the row dimensions that show theirs.
+// The text above the stub: the labels of the row dimensions, except hidden ones.
 std::string TablePrinter::Corner() const {
   std::string corner;
   for (const OutputTable::Dimension& dimension : fTable.Dimensions()) {
@@ -89,8 +89,7 @@ std::string TablePrinter::Corner() const {
   return corner;
 }
 
-// The room of the row labels: what the longest takes, but no more than lets all columns stand beside each
-// other; where that is too little, no more than half the width.
+// Step 2. A label is measured only in the first row that has it, since it is printed only there.
 int TablePrinter::StubWidth() const {
   int widest = DisplayWidth(Corner());
   const PivotLayout::Header* previous = nullptr;
@@ -104,8 +103,8 @@ int TablePrinter::StubWidth() const {
   return std::min(widest, besideAll >= kNarrowestStub ? besideAll : fWidth / 2);
 }
 
-// A column is as wide as its widest cell and its own label; the labels over it are broken only between words.
-// No label makes it wider than what fits beside the row labels.
+// Step 1. A column is at least as wide as the longest word of each label above it, labels of groups included,
+// so that words stay whole. Its own label is wrapped to kWidestHeader, or to less on a narrow terminal.
 std::vector<TablePrinter::Column> TablePrinter::MeasureColumns() const {
   const int widest = std::min(kWidestHeader, fWidth / 2 - kGap);
   std::vector<Column> columns(fLayout.Columns().size());
@@ -130,8 +129,8 @@ int TablePrinter::SpanWidth(std::size_t first, std::size_t last) const {
   return width;
 }
 
-// The first column behind those that fit beside the row labels, at least one. An outermost group that doesn't
-// fit as a whole goes to the next block, unless it begins this one.
+// Step 3. The end of the block that starts at `first`; at least one column. `last` is the end by width
+// alone, and `whole` the end of the last complete group before it.
 std::size_t TablePrinter::EndOfBlock(std::size_t first) const {
   std::size_t last = first + 1;
   int width = fStubWidth + kGap + fvColumns[first].width;
@@ -147,6 +146,8 @@ std::size_t TablePrinter::EndOfBlock(std::size_t first) const {
   return whole > first ? whole : last;
 }
 
+// The line of dashes is also printed when there are no column labels but a corner, to set it off from the
+// rows.
 void TablePrinter::PrintHeader(std::size_t first, std::size_t last) {
   std::size_t levels = 0;
   for (std::size_t c = first; c < last; ++c) levels = std::max(levels, fLayout.Columns()[c].size());
@@ -162,6 +163,7 @@ void TablePrinter::PrintHeader(std::size_t first, std::size_t last) {
   }
 }
 
+// The labels of one level over columns first..last-1. Columns with shorter headers get an empty span each.
 std::vector<TablePrinter::Span> TablePrinter::SpansAt(std::size_t level, std::size_t first,
                                                       std::size_t last) const {
   std::vector<Span> spans;
@@ -177,7 +179,8 @@ std::vector<TablePrinter::Span> TablePrinter::SpansAt(std::size_t level, std::si
   return spans;
 }
 
-// The lines of a level of the header; labels stand at its bottom.
+// Prints one level of the header. Labels of several lines are aligned at the bottom, next to what they
+// label. The corner goes into the last line.
 void TablePrinter::PrintSpans(const std::vector<Span>& spans, bool isLeaf, const std::string& corner) {
   std::size_t height = 1;
   for (const Span& span : spans) height = std::max(height, span.lines.size());
@@ -194,6 +197,9 @@ void TablePrinter::PrintSpans(const std::vector<Span>& spans, bool isLeaf, const
   }
 }
 
+// `at` walks through the entries once: rows and entries are both in order, and entries of columns outside
+// this block are skipped. A group's line is printed when the group begins, i.e. for the levels at which a
+// row's header differs from the one before.
 void TablePrinter::PrintRows(std::size_t first, std::size_t last) {
   const std::vector<PivotLayout::Entry>& entries = fLayout.Entries();
   const PivotLayout::Header* previous = nullptr;
@@ -216,8 +222,9 @@ void TablePrinter::PrintRows(std::size_t first, std::size_t last) {
   }
 }
 
-// Prints the label's lines but the last, which is given back with the stub's width. Deep groups whose labels
-// don't fit are indented less, so that the label keeps room.
+// Prints all lines of a row label except the last, and returns that one padded to the stub's width, so that
+// the caller can put cells behind it. A label that doesn't fit is indented less, to leave it kNarrowestLabel
+// columns.
 std::string TablePrinter::StubLines(int node, std::size_t level) {
   const std::string label = Label(node);
   int indent = static_cast<int>(level) * kIndent;
@@ -233,6 +240,7 @@ void TablePrinter::PrintWrapped(const std::string& text) {
   for (const std::string& line : WrapText(PrintableText(text), fWidth)) PrintLine(line);
 }
 
+// All output goes through here, so that no line ends in blanks.
 void TablePrinter::PrintLine(std::string line) {
   line.erase(line.find_last_not_of(' ') + 1);
   fOut << line << '\n';

@@ -14,11 +14,11 @@
 namespace {
 
 constexpr int kGap = 2;              // between the columns of the notes
-constexpr int kNarrowestNotes = 40;  // a smaller width than this isn't kept to
+constexpr int kNarrowestNotes = 40;  // smaller widths are ignored
 constexpr int kNarrowestNoteText = 20;
 
-// A line each, label and text beside each other, the text wrapped in its own column; the parts of the notes
-// apart.
+// Two columns: labels, and texts wrapped in the space that remains. A blank line before each group of notes.
+// The sort is stable, so notes of a group stay in the order in which they were added.
 void PrintNotes(const std::vector<OutputNote>& notes, int width, std::ostream& out) {
   std::vector<OutputNote> ordered = notes;
   std::stable_sort(ordered.begin(), ordered.end(),
@@ -41,6 +41,7 @@ void PrintNotes(const std::vector<OutputNote>& notes, int width, std::ostream& o
   }
 }
 
+// Like the notes, but one line of the fact is one line here: a command that was wrapped couldn't be copied.
 void PrintFacts(const std::vector<RunFact>& facts, std::ostream& out) {
   int labelWidth = 0;
   for (const RunFact& fact : facts)
@@ -63,7 +64,9 @@ bool SameKind(const OutputMessage& a, const OutputMessage& b) {
   return a.level == b.level && a.text == b.text && a.group == b.group;
 }
 
-// Where the last message of the same kind stands; repeats are told behind it.
+// Index of the last message of the same kind as messages[first], where the number of repeats is printed.
+// REQUIRES: `first` is the first of its kind. Linear, but called only for kinds that have reached their
+// limit.
 std::size_t LastOfKind(const std::vector<OutputMessage>& messages, std::size_t first) {
   std::size_t last = messages.size() - 1;
   while (!SameKind(messages[last], messages[first])) --last;
@@ -84,7 +87,7 @@ void RenderText(const OutputDocument& document, int width, std::ostream& out) {
 
 void RenderMessages(const OutputDocument& document, std::ostream& out) {
   const std::vector<OutputMessage>& messages = document.Messages();
-  std::vector<std::int64_t> further(messages.size());
+  std::vector<std::int64_t> further(messages.size());  // repeats to print after each message
   for (std::size_t i = 0; i < messages.size(); ++i) {
     if (messages[i].repeats > 0) further[LastOfKind(messages, i)] = messages[i].repeats;
   }

@@ -5,16 +5,24 @@
 class OutputDocument;
 struct RunOutcome;
 
-// Width of a terminal line when none is known.
-inline constexpr int kDefaultTextWidth = 100;
+// The document as plain text, for terminals and text files. A terminal gets RenderText() on standard output
+// and RenderMessages() on standard error; a report file gets both, and more, by WriteTextReport().
+//
+// All texts go through PrintableText(): a control character or an escape sequence in a label or file name
+// can't reach the terminal.
 
-// Notes and tables as plain text: aligned columns, nested row groups indented. Tables wider than `width`
-// display columns are folded into blocks of columns.
+inline constexpr int kDefaultTextWidth = 100;  // when the output isn't a terminal
+
+// Notes, then tables. Prints nothing at all, not even the title, when there are neither. `width` is in
+// columns of the terminal; TablePrinter.h describes what happens to tables that are wider.
 void RenderText(const OutputDocument& document, int width, std::ostream& out);
 
-// The messages, one a line, with their level and group.
+// The messages, one per line: "Error: ", or "Warning: ", the group if there is one, the text. Lines aren't
+// wrapped, so that file names and numbers can be copied. Behind the last one of a kind a line says how many
+// more there were.
 void RenderMessages(const OutputDocument& document, std::ostream& out);
 
-// The report as plain text: how the run ended, all of the above, the program's own remarks, and what it takes
-// to run it again, whose lines aren't wrapped.
+// A complete report of a run: how it ended, messages, remarks, notes, tables, and what is needed to repeat
+// it. The latter are commands and paths, so they aren't wrapped either. The width is kDefaultTextWidth
+// wherever it is written, so that the same run gives the same file.
 void WriteTextReport(const OutputDocument& document, const RunOutcome& outcome, std::ostream& out);

@@ -11,9 +11,10 @@ namespace {
 
 constexpr UChar32 kReplacement = 0xFFFD;
 
-// The character at `*at`, which moves behind it; negative for a byte that belongs to none.
+// Reads the character at `*at` and advances `*at` past it. Negative for a byte that starts no valid
+// character.
 UChar32 NextCharacter(std::string_view text, std::size_t* at) {
-  // ICU counts in 32 bits; no character is longer than the window.
+  // ICU takes 32-bit lengths, and a text may be longer. A window of one character is all it needs to see.
   const auto window = static_cast<std::int32_t>(std::min<std::size_t>(text.size() - *at, U8_MAX_LENGTH));
   const char* start = text.data() + *at;
   std::int32_t used = 0;
@@ -23,13 +24,16 @@ UChar32 NextCharacter(std::string_view text, std::size_t* at) {
   return c;
 }
 
-// Vowels and final consonants of a Hangul syllable that is spelled out stand in the cell of its first
-// consonant.
+// Whether `c` is a vowel or final consonant of a decomposed Hangul syllable. The terminal draws it into the
+// two columns that the first consonant has taken.
 bool JoinsHangul(UChar32 c) {
   const int kind = u_getIntPropertyValue(c, UCHAR_HANGUL_SYLLABLE_TYPE);
   return kind == U_HST_VOWEL_JAMO || kind == U_HST_TRAILING_JAMO;
 }
 
+// The Unicode standard has no single rule for widths. This is the usual one of terminals: nothing for marks
+// and format characters, two columns for East Asian Wide and Fullwidth (Unicode Standard Annex 11), else one.
+// The soft hyphen is a format character by category, but terminals show it.
 int CharacterWidth(UChar32 c) {
   if (c < 0) return 1;
   if (c < 0x7F) return c < 0x20 ? 0 : 1;
@@ -48,7 +52,8 @@ void Append(UChar32 c, std::string* text) {
   text->append(bytes, static_cast<std::size_t>(count));
 }
 
-// Bytes of the longest start of `text` that isn't wider than `width`, and at least one character.
+// Length in bytes of the longest prefix of `text` that fits in `width`, but at least one character, so that
+// WrapText() always makes progress.
 std::size_t FittingBytes(std::string_view text, int width) {
   std::size_t fitting = 0;
   for (std::size_t at = 0; at < text.size();) {
@@ -81,11 +86,14 @@ std::string PrintableText(std::string_view text) {
   return printable;
 }
 
+// Looks at the printable form, since a label of control characters alone shows nothing either.
 std::string LabelText(std::string_view text) {
   std::string printable = PrintableText(text);
   return printable.find_first_not_of(' ') == std::string::npos ? "(blank)" : printable;
 }
 
+// Greedy: a word goes on the current line if it fits behind a blank, else it starts a new one. A word that is
+// wider than a line is cut into full lines, and its rest goes on like a word of its own.
 std::vector<std::string> WrapText(std::string_view text, int width) {
   if (DisplayWidth(text) <= width) return {std::string(text)};
   std::vector<std::string> lines(1);
@@ -106,7 +114,7 @@ std::vector<std::string> WrapText(std::string_view text, int width) {
       const std::size_t bytes = FittingBytes(word, width);
       if (bytes == word.size()) break;
       lines.back() = word.substr(0, bytes);
-      wordWidth -= DisplayWidth(lines.back());  // not measured anew: a word may be a line of megabytes
+      wordWidth -= DisplayWidth(lines.back());  // measuring the rest each time would be quadratic
       lines.emplace_back();
       word.remove_prefix(bytes);
     }

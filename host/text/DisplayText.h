@@ -4,19 +4,27 @@
 #include <string_view>
 #include <vector>
 
-// How UTF-8 text stands on a terminal. Units are its columns: wide East Asian characters take two, combining
-// marks and format characters none, a byte that belongs to no character one.
+// Text on a terminal: how wide it is, what can be printed safely, where to break it.
+//
+// Units:  widths are columns of the terminal. A wide East Asian character takes two; combining marks, format
+//         characters and control characters take none; a byte that isn't part of a UTF-8 character takes one,
+//         since it is printed as U+FFFD. The rules are Unicode's, by the ICU library; a terminal with other
+//         ideas, about emoji for instance, will show columns slightly out of line.
+// Input:  any bytes. Nothing here fails.
 
 int DisplayWidth(std::string_view text);
 
-// `text` fit to stand within a line: control characters become blanks, bytes that belong to no character
-// U+FFFD.
+// `text` made safe to print within one line: control characters become blanks, so that no data value can move
+// the cursor or change colours, and invalid bytes become U+FFFD.
 std::string PrintableText(std::string_view text);
 
-// The same for a label that stands alone: "(blank)" where there is nothing to see.
+// PrintableText(), or "(blank)" when the result has only blanks: a row label that nobody can see looks like
+// an error in the table.
 std::string LabelText(std::string_view text);
 
-// `text` in lines of at most `width` columns, at least one line. Lines are broken at blanks, and within a
-// word only when it is longer than a line. A text that fits is left as it is; a character wider than `width`
-// stands alone. REQUIRES: width > 0.
+// `text` broken into lines of at most `width` columns; at least one line. Breaks at blanks, and inside a word
+// only when the word alone is wider than a line. A text that fits is returned unchanged, including its runs
+// of blanks; otherwise blanks at a break are dropped and runs of blanks become one. A single character wider
+// than `width` gets a line of its own, too wide as it is. REQUIRES: width > 0. Cost: linear in the text, also
+// when it is one word of megabytes.
 std::vector<std::string> WrapText(std::string_view text, int width);

@@ -7,16 +7,16 @@
 
 namespace {
 
-constexpr double kSoonestRate = 0.2;  // seconds; before them a rate says nothing
+constexpr double kSoonestRate = 0.2;  // seconds; a rate measured over less is noise
 constexpr int kRateDigits = 3;
 constexpr double kPercent = 100.0;
-constexpr double kLongest = 1e6;  // hours
+constexpr double kLongest = 1e6;  // hours; keeps the conversion to a whole number defined
 
 std::string Cases(std::int64_t count) {
   return GroupedNumber(static_cast<double>(count)) + (count == 1 ? " case" : " cases");
 }
 
-// A rate to three digits: the further ones change too fast to be read.
+// A rate to three significant digits; more would flicker.
 std::string Rate(double rate) {
   const double unit = std::pow(10.0, std::floor(std::log10(rate)) - (kRateDigits - 1));
   return GroupedNumber(std::round(rate / unit) * unit, kRateDigits) + " a second";
@@ -47,11 +47,13 @@ std::string ProgressText(const PassProgress& progress, int width) {
   } else {
     line += Cases(progress.cases);
   }
+  // False when the part doesn't fit; then nothing may follow it, or the line would have a hole.
   const auto add = [&](const std::string& part) {
     const bool fits = line.size() + 2 + part.size() <= static_cast<std::size_t>(std::max(width, 0));
     if (fits) line += ", " + part;
     return fits;
   };
+  // A pass that is nearly done would show "0 s left" for a while; the estimate never goes below a second.
   if (isDone || progress.cases == 0 || progress.seconds < kSoonestRate) return line;
   const double rate = cases / progress.seconds;
   if (add(Rate(rate)) && progress.total > 0)

@@ -10,14 +10,14 @@
 
 #include "host/text/VariableNames.h"
 
-// UTF-8 and UTF-16 need no tables and keep no state between calls, so there is nothing to hold but the
-// handle.
+// Empty on purpose: the interface wants a handle, but these conversions need no tables and keep no state.
 struct KORVMBConverter {};
 
 namespace {
 
 constexpr UChar32 kReplacement = 0xFFFD;
-constexpr std::size_t kLongestText = std::size_t{1} << 29;  // units; three times that still fits in 32 bits
+// In units of the source. ICU takes 32-bit lengths, and UTF-16 may grow to three bytes per unit.
+constexpr std::size_t kLongestText = std::size_t{1} << 29;
 
 }  // namespace
 
@@ -36,7 +36,7 @@ int KORVMBGenericToU16(KORVMBConverter* converter, std::u16string& out, const st
   static_cast<void>(converter);
   out.clear();
   if (in.size() > kLongestText) return 1;
-  out.resize(in.size());  // each byte gives at most one unit
+  out.resize(in.size());  // upper bound: no byte gives more than one unit
   std::int32_t length = 0;
   UErrorCode error = U_ZERO_ERROR;
   u_strFromUTF8WithSub(out.data(), static_cast<std::int32_t>(out.size()), &length, in.data(),
@@ -50,7 +50,7 @@ int KORVMBU16ToGeneric(KORVMBConverter* converter, std::string& out, const std::
   static_cast<void>(converter);
   out.clear();
   if (in.size() > kLongestText) return 1;
-  out.resize(3 * in.size());  // each unit gives at most three bytes
+  out.resize(3 * in.size());  // upper bound: no unit gives more than three bytes
   std::int32_t length = 0;
   UErrorCode error = U_ZERO_ERROR;
   u_strToUTF8WithSub(out.data(), static_cast<std::int32_t>(out.size()), &length, in.data(),
@@ -59,6 +59,7 @@ int KORVMBU16ToGeneric(KORVMBConverter* converter, std::string& out, const std::
   return U_FAILURE(error) ? 1 : 0;
 }
 
+// Makes its own converter: the callers of this function have none at hand, and one costs nothing.
 char16_t* KORVMBTranscodeGeneric(const std::string& text) {
   KORVMBConverter converter;
   std::u16string wide;
@@ -84,7 +85,7 @@ void KORVMBstrtrim_A(std::string& text) {
 
 std::size_t KORVMBFindStart_A(const std::string& text, std::size_t offset) {
   if (offset >= text.size()) return text.size();
-  // A character has at most four bytes, so a window round the byte is enough, however long the text.
+  // Search only the four bytes before the offset, the longest a character can be: ICU takes 32-bit offsets.
   const std::size_t from = offset < U8_MAX_LENGTH ? 0 : offset - U8_MAX_LENGTH;
   const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data() + from);
   auto at = static_cast<std::int32_t>(offset - from);
@@ -93,11 +94,12 @@ std::size_t KORVMBFindStart_A(const std::string& text, std::size_t offset) {
 }
 
 std::size_t FindInvalidUtf8(std::string_view text) {
+  // Most files are ASCII for a long way, and skipping that costs far less than decoding it.
   const auto ascii = std::find_if(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; });
   auto at = static_cast<std::size_t>(ascii - text.begin());
   const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
   while (at < text.size()) {
-    constexpr std::size_t kPiece = std::numeric_limits<std::int32_t>::max() / 2;  // ICU counts in 32 bits
+    constexpr std::size_t kPiece = std::numeric_limits<std::int32_t>::max() / 2;  // ICU takes 32-bit lengths
     const auto length = static_cast<std::int32_t>(std::min(text.size() - at, kPiece));
     std::int32_t step = 0;
     UChar32 c = 0;

@@ -4,35 +4,39 @@
 #include <string>
 #include <string_view>
 
-// Conversion between the host's generic text, which is UTF-8, and UTF-16, and its upper-casing and trimming.
-// Text from outside may hold anything: a byte that belongs to no UTF-8 character, or a surrogate without its
-// partner, is converted to U+FFFD.
+// Conversion between UTF-8, the host's only encoding for text, and UTF-16, which the XML parser uses; and the
+// few operations on UTF-8 text that the host's interface offers. Names that start with KORVMB are part of
+// that interface.
+//
+// Input may be any bytes: an invalid UTF-8 sequence or an unpaired surrogate becomes U+FFFD. Conversion fails
+// only for texts longer than 2^29 units, and then `out` is empty and the result nonzero.
 
-// A converter for generic text.
+// The handle of a converter. It has no state: one may be shared between texts and directions.
 struct KORVMBConverter;
 
-// Makes a converter and releases it. The argument is the encoding; 0, generic text, is the only one.
+// Creates and destroys a converter. `encoding` is always 0, which means UTF-8.
 KORVMBConverter* KORVMBConverterNew_A(int encoding);
 void KORVMBConverterDelete_A(KORVMBConverter* converter);
 
-// Converts `in` to `out`. Both answer 0 on success; a text of more than 2^29 units isn't converted, and
-// leaves `out` empty. REQUIRES: converter isn't null.
+// 0 on success. REQUIRES: converter is not null.
 int KORVMBGenericToU16(KORVMBConverter* converter, std::u16string& out, const std::string& in);
 int KORVMBU16ToGeneric(KORVMBConverter* converter, std::string& out, const std::u16string& in);
 
-// A new buffer with `text` in UTF-16, closed by a null; the caller releases it with KORVMBRelease.
+// `text` as null-terminated UTF-16 in a new buffer; free it with KORVMBRelease. Never null: a text that is
+// too long gives an empty string.
 char16_t* KORVMBTranscodeGeneric(const std::string& text);
 void KORVMBRelease(char16_t* buffer);
 
-// Upper-cases `text` in place, as GetUpperString does.
+// Converts `text` to upper case in place. Same rules as GetUpperString.
 void KORVMBstrupr_A(std::string& text);
 
-// Takes blanks and tabs from both ends of `text`.
+// Removes blanks and tabs, but no other white space, from both ends of `text`.
 void KORVMBstrtrim_A(std::string& text);
 
-// Where the character begins that holds byte `offset`; a byte that belongs to no character stands for itself.
-// An offset at or behind the end gives the text's length.
+// Start of the character that byte `offset` belongs to: the place to cut a text so that no character is
+// split. An invalid byte counts as a character of its own. An offset past the end gives the length of the
+// text.
 std::size_t KORVMBFindStart_A(const std::string& text, std::size_t offset);
 
-// The place of the first byte that is no UTF-8; npos when all of the text is.
+// Offset of the first byte that isn't valid UTF-8; npos when all of `text` is valid.
 std::size_t FindInvalidUtf8(std::string_view text);

@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr std::size_t kLongestName = 64;  // bytes
+constexpr std::size_t kLongestName = 64;  // bytes, not characters
 
 bool IsNameStart(UChar32 c) {
   return u_isalpha(c) || c == '_' || c == '@' || c == '#' || c == '$';
@@ -16,6 +16,7 @@ bool IsNamePart(UChar32 c) {
 
 }  // namespace
 
+// The first character follows other rules than the rest, and ALL is a word of the command in any case.
 int ValidateKORVName(const std::string& text) {
   constexpr int kIllegal = 1;
   if (text.empty() || text.size() > kLongestName || text.back() == '.') return kIllegal;
@@ -37,7 +38,7 @@ std::string GetUpperString(const std::string& text) {
     const std::int32_t start = at;
     UChar32 c = 0;
     U8_NEXT(text.data(), at, length, c);
-    if (c < 0) {
+    if (c < 0) {  // not UTF-8: the bytes are copied, so that the name can still be shown and compared
       upper.append(text, static_cast<std::size_t>(start), static_cast<std::size_t>(at - start));
       continue;
     }

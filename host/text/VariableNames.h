@@ -3,8 +3,15 @@
 #include <string>
 #include <utility>
 
-// A variable name as it was written. Names compare byte by byte; whoever wants names that differ in case
-// alone to be one name compares their upper-case forms (GetUpperVarName).
+// Names of variables: the type that carries one, the rules for legal names, and the upper-case form by which
+// names are compared.
+//
+// A legal name has 1 to 64 bytes of UTF-8, starts with a letter of any script or one of _ @ # $, continues
+// with those, digits and full stops, doesn't end in a full stop, and isn't the word ALL, which means "all
+// variables" in a command.
+
+// A name as the user wrote it. Comparison is byte by byte, so names that differ only in case are different
+// here; compare their GetUpperVarName() forms where they must count as the same.
 class KorvVarName {
 public:
   KorvVarName() = default;
@@ -21,12 +28,11 @@ private:
   std::string fText;
 };
 
-// Names of variables. A legal name has 1 to 64 bytes, begins with a letter of any script or one of _ @ # $,
-// goes on with these, digits and full stops, doesn't end with a full stop and isn't ALL.
-
-// 0 for a legal variable name.
+// 0 for a legal name, nonzero otherwise.
 int ValidateKORVName(const std::string& text);
 
-// Upper-case copies, by Unicode's simple rules that don't depend on the locale; bytes that are no UTF-8 stay.
+// Upper-case copies, character by character by Unicode's simple case mapping: the same in every locale, and
+// no character becomes two (a German sharp s stays). Invalid bytes are kept. The two functions do the same;
+// the second says that the text is a name.
 std::string GetUpperString(const std::string& text);
 std::string GetUpperVarName(const std::string& name);

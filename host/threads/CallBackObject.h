@@ -1,6 +1,9 @@
 #pragma once
 
-// What a job carries for whoever reads it; the pool itself doesn't look at it.
+// The job that a thread pool runs, in the two levels that the host's interface prescribes. The pool uses only
+// CallBackObject::callBack(); the data pointers are for the job's author and are never read by the host.
+
+// A carrier of one borrowed pointer.
 class msgBaseData {
 public:
   msgBaseData() = default;
@@ -9,21 +12,25 @@ public:
   msgBaseData& operator=(const msgBaseData&) = delete;
 
   virtual void* getMsgData() const;
-  virtual void setMsgData(void* data);  // borrowed
+  virtual void setMsgData(void* data);
 
 private:
-  void* fpMsgData = nullptr;
+  void* fpMsgData = nullptr;  // borrowed
 };
 
-// One job for a pool of threads. Whoever makes it gives it to sfThreadPoolBase::invoke() and forgets it.
+// One job.
+//
+// Use:        derive, implement callBack(), allocate with new, pass to sfThreadPoolBase::invoke().
+// Ownership:  invoke() takes the job over and deletes it after the callback.
 class CallBackObject : public msgBaseData {
 public:
-  virtual void setCallbackData(void* data);  // borrowed
+  virtual void setCallbackData(void* data);
   virtual void* getCallbackData() const;
 
-  // Does the job, once, on some thread. The result is not used; 0 means done.
+  // Runs the job: once, on a thread of the pool. By convention 0 means done, but the pool ignores the result,
+  // so a job has to report failures through its own data.
   virtual int callBack() = 0;
 
 private:
-  void* fpCallbackData = nullptr;
+  void* fpCallbackData = nullptr;  // borrowed
 };

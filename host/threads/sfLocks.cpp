@@ -13,7 +13,7 @@ sfCompleteTask::sfCompleteTask(int count) : fOpen(count) {}
 int sfCompleteTask::callBack() {
   const std::lock_guard guard(fMutex);
   if (fOpen > 0) --fOpen;
-  // Still under the lock: the waiting side may destroy this object as soon as it can take the lock.
+  // Notify while holding the lock: as soon as the waiting thread gets the lock, it may destroy this object.
   fChanged.notify_all();
   return 0;
 }

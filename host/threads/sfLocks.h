@@ -5,12 +5,15 @@
 
 #include "host/threads/CallBackObject.h"
 
-// A mutual exclusion lock. Not recursive: a thread that holds it doesn't lock it again.
+// The host's lock and barrier. Both have wider signatures than they need; the unused arguments are part of
+// the interface that the procedure is written against.
+
+// A mutual exclusion lock, not recursive: a thread that locks it twice deadlocks.
 class sfMutex {
 public:
-  // The only type of lock there is; null and 0 are all that the other arguments can be.
-  static constexpr int kExclusive = 1;
+  static constexpr int kExclusive = 1;  // the only `type`
 
+  // `owner` is always null and `timeout` always 0; all three arguments are ignored. Waits without limit.
   void lock(int type, void* owner, int timeout);
   void unlock(void* owner, int timeout);
 
@@ -18,23 +21,24 @@ private:
   std::mutex fMutex;
 };
 
-// A barrier: one side counts completions, the other waits for the last of them.
+// A barrier: jobs count their completions, one thread waits for the last.
 //
-// Use:      construct with the number of jobs, let each job call callBack() as its last act, waitAll().
-// Threads:  any operation from any thread. It must outlive the jobs: destroy the pool first.
+// Use:        construct with the number of jobs; each job calls callBack() as its last act; call waitAll().
+// Threads:    all methods from any thread.
+// Lifetime:   must outlive the jobs, so declare it before the pool: the pool's destructor joins the threads.
 class sfCompleteTask : public CallBackObject {
 public:
-  // A count of 0 or below is complete at once.
+  // With a count of 0 or less, waitAll() returns at once.
   explicit sfCompleteTask(int count);
 
-  // One completion. Those beyond the count change nothing.
+  // Counts one completion. Calls beyond the count have no effect.
   int callBack() override;
 
-  // Returns once there were as many completions as the count says.
+  // Blocks until callBack() has been called `count` times.
   void waitAll();
 
 private:
   std::mutex fMutex;
   std::condition_variable fChanged;
-  int fOpen;  // completions still to come
+  int fOpen;  // completions still missing
 };

@@ -11,8 +11,8 @@ void Run(CallBackObject& job) {
   try {
     job.callBack();
   } catch (...) {
-    // The job reports its own failures; leaving the thread's function with an exception would end the
-    // process.
+    // An exception that leaves a thread's function ends the process. The job is taken as finished: only it
+    // knows whom to report a failure to.
   }
 }
 }  // namespace
@@ -34,7 +34,7 @@ void sfThreadPoolBase::init() {
   try {
     for (int i = 0; i < fThreadCount; ++i) fvThreads.emplace_back([this] { Work(); });
   } catch (const std::system_error&) {
-    // Those that did start do the work of the others.
+    // The system's limit on threads. The threads that did start do all the work.
   } catch (const std::bad_alloc&) {
   }
   if (!fvThreads.empty()) return;
@@ -47,7 +47,7 @@ void sfThreadPoolBase::invoke(CallBackObject* job, void* /*data*/, int /*scope*/
   if (owned != nullptr && !Queue(&owned)) Run(*owned);
 }
 
-// False, with the job left to the caller, where no thread would come for it.
+// Queues the job. Returns false, leaving the job with the caller, when no thread would ever pick it up.
 bool sfThreadPoolBase::Queue(std::unique_ptr<CallBackObject>* job) {
   if (fbStarted && fvThreads.empty()) return false;
   const std::lock_guard guard(fMutex);
@@ -65,7 +65,7 @@ void sfThreadPoolBase::Work() {
   while (const std::unique_ptr<CallBackObject> job = NextJob()) Run(*job);
 }
 
-// Null once the pool closes and nothing is left to do.
+// Waits for the next job. Returns null once the pool is closing and the queue is empty.
 std::unique_ptr<CallBackObject> sfThreadPoolBase::NextJob() {
   std::unique_lock guard(fMutex);
   fChanged.wait(guard, [this] { return fbClosing || !fJobs.empty(); });

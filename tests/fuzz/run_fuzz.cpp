@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "DrawSession.h"
+#include "backend/svcommon/design/MethodTable.h"
 #include "host/environment/HostErrors.h"
 #include "host/environment/MCStopProcessor.h"
 
@@ -45,14 +46,22 @@ private:
 
 using Words = std::vector<const char*>;
 
+Words MethodWords(bool (*isGood)(const SVMethod&), Words others = {}) {
+  Words words;
+  for (const SVMethod& method : kMethods) {
+    if (isGood(method)) words.push_back(method.word.data());  // a literal, so it ends in a zero
+  }
+  words.insert(words.end(), others.begin(), others.end());
+  return words;
+}
+
 // What stands first is what makes a good design.
 const Words kVariables = {"s", "t", "g", "c", "d", "e", "m", "n", "r", "w", "no", "Weight1", "2bad"};
 const Words kStrata = {"s", "t", "g"};
 const Words kClusters = {"c", "d", "e"};
-const Words kSimple = {"simple_wor", "simple_systematic", "simple_chromy"};
-const Words kMethods = {"simple_wor", "simple_wr",    "simple_systematic", "simple_chromy",
-                        "pps_wor",    "pps_wr",       "pps_systematic",    "pps_brewer",
-                        "pps_murthy", "pps_sampford", "pps_chromy",        "other"};
+const Words kAnyStage =
+    MethodWords([](const SVMethod& m) { return m.equalProbability && !m.withReplacement; });
+const Words kFirstStage = MethodWords([](const SVMethod&) { return true; }, {"other"});
 const Words kSizes = {"1", "2", "3", "4", "2147483647"};
 const Words kRates = {"0.5", "0.1", "0.9", "1", "1e-300"};
 const Words kNumbers = {"1",      "0.5",        "1.5", "0", "-1",    "2.5",
@@ -150,7 +159,7 @@ private:
     for (const char* output : kOutputs) {
       if (UpTo(1) == 1) inner += Out(output, output + std::to_string(number));
     }
-    return Stage(PickOrAny(number == 1 ? kMethods : kSimple, kMethods), inner);
+    return Stage(PickOrAny(number == 1 ? kFirstStage : kAnyStage, kFirstStage), inner);
   }
 
   FuzzedDataProvider fBytes;

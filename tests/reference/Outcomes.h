@@ -5,11 +5,11 @@
 #include <numeric>
 #include <vector>
 
-#include "backend/svselect/selection/MurthySteps.h"
-#include "backend/svselect/selection/PpsWorSteps.h"
+#include "backend/svselect/selection/Murthy.h"
+#include "backend/svselect/selection/PpsWor.h"
 #include "backend/svselect/selection/SampfordDesign.h"
 #include "backend/svselect/selection/SampfordFurtherDraws.h"
-#include "backend/svselect/selection/SequentialSteps.h"
+#include "backend/svselect/selection/Sequential.h"
 
 // Every outcome of a small stratum with its probability, from the steps that the engine draws by. Units are
 // 0-based.

@@ -1,6 +1,7 @@
 #include "StratumDraw.h"
 #include "KeyOf.h"
 #include "StopAt.h"
+#include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
@@ -27,7 +28,7 @@ StratumDraw DrawStratum(MethodType method, const std::vector<double>& sizes, int
     units.push_back(table.Insert(KeyOf({static_cast<int>(i)}), sizes[i]));
   }
   const ClusterPairs asGiven = units;
-  if (method == kMethodPpsWor) SortBySize(&units, exact);
+  if (MethodOf(method).ordersBySize) SortBySize(&units, exact);
   ClusterPairs selected;
   SVSelectSamples engine(&settings, 1, &cancelInfo);
   engine.SetRandom(random);

@@ -173,6 +173,39 @@ TEST(HtmlReport, NestsHeadersBySpans) {
   for (const DOMElement* table : tables) EXPECT_EQ(Page::Below(table, u"caption").size(), 1U);
 }
 
+// Messages say what they are and how many more of a kind came; notes are by group, a list for each; a table
+// of more than ten columns is marked for printing across the page.
+TEST(HtmlReport, ShowsMessagesNotesAndWideTables) {
+  HostSession session;
+  BpProcedure procedure("SVSelect", 4);
+  OutputDocument& document = OutputDocument::Current();
+  document.AddMessage(kErrorLevel, "wrong", "Plan stage 2...");
+  for (int i = 0; i < 102; ++i) document.AddMessage(kWarningLevel, "careful", "");
+  AddNotes(2, Fixed("b"), Fixed("b1"));
+  AddNotes(1, Fixed("a"), Fixed("a1"));
+  AddNotes(2, Fixed("c"), Fixed("b2"));
+  for (const int columnCount : {9, 10}) {
+    BpPivotTable table = procedure.PivotTable(Fixed("T"), Fixed("T"), true);
+    const BpDimension rows = table.Dimension(Fixed("Rows"), 2);
+    const BpDimension columns = table.Dimension(Fixed("Columns"), 2);
+    columns.Position(kPlaceColumn, 1, true, false);
+    rows.Category(Fixed("row"));
+    for (int i = 0; i < columnCount; ++i) columns.Category(Fixed(std::to_string(i))).Cell(Fixed("cell"));
+  }
+  const Page page = Report();
+  const std::vector<std::string> items = page.Texts(u"li");
+  ASSERT_EQ(items.size(), 3U + 1 + 100);  // the contents come first
+  EXPECT_EQ(items[3], "Error: Plan stage 2... wrong");
+  EXPECT_EQ(items[4], "Warning: careful (and 2 more like this)");
+  EXPECT_EQ(items[5], "Warning: careful");
+  EXPECT_EQ(page.Texts(u"dd"), (std::vector<std::string>{"a1", "b1", "b2"}));
+  EXPECT_EQ(page.All(u"dl").size(), 2U);
+  const std::vector<const DOMElement*> tables = page.All(u"table");
+  ASSERT_EQ(tables.size(), 2U);
+  EXPECT_EQ(Page::Attribute(tables[0], u"class"), "pivot");
+  EXPECT_EQ(Page::Attribute(tables[1], u"class"), "pivot wide");
+}
+
 // The picture says in words what it shows, and its size is bounded however many strata there are.
 TEST(StageFigure, ShowsFewAndManyStrata) {
   HostSession session;

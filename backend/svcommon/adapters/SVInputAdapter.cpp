@@ -29,6 +29,7 @@ SVInputAdapter::SVInputAdapter(const SVPlanValidSpecs* validSpecs, ProcedureData
 
 SVInputAdapter::~SVInputAdapter() = default;
 
+// One slot for each reader, and one for the case id: the layout has no gaps.
 int SVInputAdapter::RecordSize() const {
   const std::size_t slots = fvCatReaders.size() + fvContVars.size() + fvMatrixSpecs.size() +
                             (fpValidSpecs->CaseIdRecordIndex() >= 0 ? 1 : 0);
@@ -36,7 +37,7 @@ int SVInputAdapter::RecordSize() const {
 }
 
 bool SVInputAdapter::ReadCategorical(double* record) {
-  // Every variable is encoded, also behind one without a value: the codes don't depend on what is rejected.
+  // All variables are encoded, even after one without a value, so that codes don't depend on rejections.
   bool ok = true;
   for (std::size_t i = 0; i < fvCatReaders.size(); ++i) {
     const std::int32_t code = fPassCounter == 0 ? fvCatReaders[i]->Encode() : fvCatReaders[i]->Lookup();

@@ -5,23 +5,39 @@
 #include <memory>
 #include <vector>
 
-#include "backend/svcommon/adapters/CaseValueReader.h"
-#include "backend/svcommon/adapters/SVAdaptSpecs.h"
+#include "backend/svcommon/adapters/CaseReaders.h"
 #include "backend/svcommon/adapters/SVPlanValidSpecs.h"
 
 class ProcDSIterator;
 class ProcedureDataSource;
 class SVMessages;
 
-// SVInputAdapter turns the cases of the host into records of doubles, laid out as the validated
-// specifications say: a category code, a number, the number that a table holds for the case, or the place of
-// the case in the file; the missing value where the case has none.
+// The record layer: how cases of the host become records of the computation.
 //
-// Codes are given in the first pass, in the order in which values appear among all its cases, also those that
-// are rejected. Later passes give none: a value that the first pass didn't see rejects its case.
+//   ProcDSIterator -> SVProcDSMultiIter -> SVInputAdapter -> Record -> SVSDataTabulator
+//   (cases)           (walks, ahead)       (translates)      (doubles)
 //
-// Ownership:  owns the readers of the variables; borrows all else. The iterator outlives its pass.
-// Cost:       one hash probe for each categorical variable and table of a case; a case allocates nothing.
+// The computation knows neither variables nor texts. It sees records: arrays of doubles, in which each slot
+// has a meaning that SVPlanValidSpecs fixes once per run. SVProcDSMultiIter walks the cases and asks the
+// adapter to translate each one; the adapter also decides which cases are valid. Anything the computation
+// reports about a category it reports as a code, and the adapter translates back.
+//
+// SVInputAdapter fills one record per case: a category code, a number, the number that a table has for the
+// case, or the position of the case in the file; the missing value where the case has none. A procedure
+// derives from it and says what makes a case invalid.
+//
+// Codes are assigned in the first pass only, in the order in which values appear in all its cases, including
+// rejected ones. In a later pass a value that the first one didn't see rejects its case, which can't happen
+// unless the source changes its mind; so all passes see the same records.
+//
+// Use:        construct on the first iterator; the walker calls the Read...() functions for each case, in the
+//             order in which they are declared, and the Count...() functions; SetIterator() before each
+//             further pass.
+// Ownership:  owns the readers of the variables; borrows everything else. An iterator must outlive its pass.
+// Threads:    the thread of the run only.
+// Failures:   a value that isn't allowed is shown to the user at once by SVMessages, which raises the host's
+//             error flag; the case is rejected and reading goes on.
+// Cost:       one hash probe for each categorical variable and each table of a case; nothing is allocated.
 class SVInputAdapter {
 public:
   virtual ~SVInputAdapter();
@@ -31,24 +47,24 @@ public:
   // Doubles in a record.
   virtual int RecordSize() const;
 
-  // Each fills its slots of a record with the current case; false rejects the case.
+  // Each fills its slots of the record from the current case. False rejects the case.
   virtual bool ReadCategorical(double* record);
   virtual bool ReadContinuous(double* record) = 0;
   virtual bool ReadMatrix(double* record) = 0;
-  // For procedures with variables outside the design.
+  // Hooks for procedures other than a draw; the draw leaves them as they are. ReadFree() is for variables
+  // outside the design, AcceptRecord() may reject a record that is complete but for the case id, and
+  // KeepIncomplete() keeps a record that ReadMatrix() or AcceptRecord() rejected.
   virtual bool ReadFree(double* record);
-  // The last word on a record that is filled but for the case id.
   virtual bool AcceptRecord(const double* record);
-  // Whether a record that ReadMatrix() or AcceptRecord() rejects is kept all the same.
   virtual bool KeepIncomplete() const;
-  // A pass over a new iterator starts.
+  // Called when a further pass starts, after the readers have moved.
   virtual void OnNewIterator(ProcDSIterator* iterator);
 
-  // Starts a further pass over a new iterator, at the start of the same cases.
+  // Starts a further pass: `iterator` is before the first of the same cases. Resets the counts.
   void SetIterator(ProcDSIterator* iterator);
 
-  // The counts of the pass, kept by whoever walks the cases. A case is counted as read, then as valid or as
-  // invalid; a valid one also as passed once its record is on its way.
+  // Counts of the current pass, kept by SVProcDSMultiIter. Each case is counted as read, then as valid or
+  // invalid; a valid one is also counted as passed. The walker is one record ahead, and so are the counts.
   void CountRead() { ++fCasesRead; }
   void CountValid() { ++fValidCases; }
   void CountInvalid() { ++fInvalidCases; }
@@ -59,13 +75,13 @@ public:
   std::int64_t RecordsPassed() const { return fRecordsPassed; }
   int PassCounter() const { return fPassCounter; }  // 0 in the first pass
 
-  // Writes the place in the file, from 0, of the case read last, if the record has a slot for it.
+  // Writes the position of the current case in the file, from 0, if the record has a slot for it.
   void SetCaseId(double* record) const;
 
-  // The value of a category code of a variable, valid while the adapter lives; null for an unknown variable
-  // or code.
+  // The value that a variable's category code represents, valid as long as the adapter; null for an unknown
+  // variable or code. Variables are dictionary indices here.
   const OBS* ObsOfCode(std::int32_t variable, std::int32_t code) const;
-  // The code of a value, as CaseValueReader::CodeOfObs(); 0 for an unknown variable.
+  // The opposite, as CaseValueReader::CodeOfObs(); 0 for an unknown variable.
   std::int32_t CodeOfObs(std::int32_t variable, const OBS* obs, bool* wasNew, bool addIfNew);
 
   const std::vector<std::unique_ptr<CaseValueReader>>& CatReaders() const { return fvCatReaders; }
@@ -73,7 +89,7 @@ public:
   const std::vector<std::int32_t>& FirstStageStrata() const { return fpValidSpecs->FirstStageStrata(); }
   const std::vector<std::int32_t>& FirstStageClusters() const { return fpValidSpecs->FirstStageClusters(); }
 
-  // The data source can't go on.
+  // Whether the data source has failed. Once true it stays true.
   bool FatalError() const;
 
 protected:
@@ -84,7 +100,8 @@ protected:
   ProcDSIterator* fpIterator;  // of the current pass
   ProcedureDataSource* fpDataSource;
   const SVMessages* fpMessages;
-  // One for each entry of the specifications' maps of slots, in the order of their keys.
+  // One reader for each entry of the specifications' three maps of slots, in the order of the maps' keys.
+  // This order, not that of the slots, decides which message comes first when a case has several faults.
   std::vector<std::unique_ptr<CaseValueReader>> fvCatReaders;
   std::vector<std::unique_ptr<SVAdaptContVar>> fvContVars;
   std::vector<std::unique_ptr<SVAdaptMatrixSpec>> fvMatrixSpecs;
@@ -99,5 +116,5 @@ private:
   std::int64_t fValidCases = 0;
   std::int64_t fInvalidCases = 0;
   int fPassCounter = 0;
-  bool fbIncludeUserMissing;  // of categorical variables and tables; continuous ones never include them
+  bool fbIncludeUserMissing;  // for categorical variables and tables; continuous ones never include them
 };

@@ -6,21 +6,23 @@
 class KORV_InputCaseIterator;
 class ProcedureDataSource;
 
-// SVMessages issues the messages of the record layer, each an error.
+// SVMessages shows the messages of the record layer. Each is an error: it raises the host's error flag, which
+// ends the run at the next place where the flag is tested. Until then further cases can add further messages.
 //
-// Ownership:  borrows the data source, in whose dictionary it looks variables up.
+// Ownership:  borrows the data source, whose dictionary has the names of the variables.
 class SVMessages {
 public:
   explicit SVMessages(ProcedureDataSource* dataSource) : fpDataSource(dataSource) {}
 
-  void NoCasesForSelection() const;  // the file has none
-  void NoValidCases() const;         // none of them passed
+  void NoCasesForSelection() const;  // no file is open, or it has no variables
+  void NoValidCases() const;         // all cases were rejected
 
-  // The current case's value of a variable is no rate, or no sample size.
+  // The current case's value of a variable can't be a rate, or can't be a sample size.
   void InvalidRate(std::int32_t variable) const;
   void InvalidSize(std::int32_t variable) const;
 
-  // The table of a stage has no number for the values that `iterator`'s current case has in `variables`.
+  // A stage's table has no number for the values of `variables` in the current case of `iterator`. The text
+  // lists each variable with its value.
   void NoRate(std::int32_t stage, const std::vector<std::int32_t>& variables,
               KORV_InputCaseIterator* iterator) const;
   void NoSize(std::int32_t stage, const std::vector<std::int32_t>& variables,

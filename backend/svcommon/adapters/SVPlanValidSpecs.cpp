@@ -8,7 +8,7 @@
 
 namespace {
 
-// The character between the digits of 1.1 as the host writes it.
+// Found by writing a number, since the host has no function that returns it.
 char HostDecimalChar() {
   OBS number;
   number.number = 1.1;

@@ -12,8 +12,8 @@
 
 class MCStopProcessor;
 
-// The table that gives one stage its rate or size: one number for each combination of values of some
-// variables. All null for a stage without a table. Whoever made the stage owns what is pointed to.
+// The table that gives a stage its rate or size: one number for each combination of values of some variables.
+// All pointers are null for a stage without a table; the command parser owns what they point to.
 struct SVMatrixSpec {
   const std::vector<std::int32_t>* variables = nullptr;  // dictionary indices, in the order of the key
   const ObsVecMap* map = nullptr;                        // from their values to one number
@@ -21,14 +21,18 @@ struct SVMatrixSpec {
 };
 
 // SVPlanValidSpecs is what any procedure that works from a plan has settled before it reads a case: the
-// design stages in dictionary indices, their tables, and the layout of the numeric record, that is, which
-// variable sits in which slot.
+// stages of the design in terms of the dictionary, their tables, and the layout of the numeric record, that
+// is, which variable is in which slot.
 //
-// Use:        add the stages, then Validate() once; from then on it only answers.
+// Use:        add the stages, then Validate() once; it is read-only from then on.
 // Ownership:  borrows the stages and tables from the parser; owns the stop processor.
-// Invariants: (1) slots run from 0 without gaps; the maps of categorical and continuous variables, the map of
-//                 tables and the case id share one counter, so a variable in two roles has two slots.
-//             (2) DictionaryVars() has one entry for each slot, -1 for a table and for the case id.
+// Threads:    const methods may run in parallel.
+//
+// Invariants after Validate():
+//   (1) slots run from 0 without gaps. Categorical variables, continuous variables, tables and the case id
+//       share one counter, so a variable that is both categorical and continuous has two slots.
+//   (2) DictionaryVars() has one entry for each slot, -1 for a table and for the case id.
+//   (3) a stratum or cluster variable has one slot, however many stages use it.
 class SVPlanValidSpecs {
 public:
   using SlotMap = std::map<std::int32_t, std::int32_t>;
@@ -41,20 +45,19 @@ public:
   // Lays out the record.
   virtual void Validate() = 0;
 
-  // The stages in the order in which they were added; gives their new number. The last three are null for a
-  // stage without a table.
-  // REQUIRES: designStage isn't null.
+  // Appends a stage and returns how many there are now. The last three are null for a stage without a table.
+  // REQUIRES: designStage isn't null, and it outlives this object.
   int AddDesignStage(const std::string& label, const DesignStage* designStage,
                      const std::vector<std::int32_t>* variables, const ObsVecMap* map,
                      const std::vector<KORV_Format>* formats);
   void SetPlanFile(const std::string& name) { fPlanFile = name; }
   void SetThreads(std::int32_t threads) { fMaxThreads = threads; }
 
-  // The slot of a variable, or of the table of the stage at a position (from 0). What has none yet is given
-  // `next`, which the caller then counts up: a result equal to `next` tells a new slot.
+  // The slot of a variable, or of the table of the stage at a position (from 0). If it has none yet, it gets
+  // `next`; a result equal to `next` therefore means a new slot, and the caller has to count up.
   std::int32_t RecordIndex(std::int32_t variable, std::int32_t next, bool categorical);
   std::int32_t MatrixRecordIndex(std::int32_t position, std::int32_t next);
-  // The slot of the case id. A new one is `next`, which is counted up here.
+  // The slot of the case id. Unlike above, a new one counts `*next` up here.
   std::int32_t CaseIdRecordIndex(std::int32_t* next);
 
   int StageCount() const { return static_cast<int>(fDesignStages.size()); }
@@ -63,8 +66,7 @@ public:
   const std::string& PlanFile() const { return fPlanFile; }
   // Null for an index out of range.
   const SVMatrixSpec* MatrixSpec(std::int32_t index) const;
-  // The number of the stage that the table at `index` in the order of the table slots belongs to; -1 for an
-  // index out of range.
+  // The number of the stage that has the table at `index`, counting tables, not stages; -1 if out of range.
   std::int32_t MatrixStageNumber(std::int32_t index) const;
 
   const SlotMap& CatRecordIndex() const { return fCatRecordIndex; }
@@ -80,6 +82,8 @@ public:
   const std::vector<std::int32_t>& FirstStageStrata() const { return fFirstStageStrata; }
   const std::vector<std::int32_t>& FirstStageClusters() const { return fFirstStageClusters; }
 
+  // The character that the host writes between the digits of 1.1; numbers in a plan's tables are read with
+  // it.
   char DecimalChar() const { return fDecimalChar; }
 
 protected:
@@ -99,5 +103,5 @@ protected:
   std::int32_t fCaseIdRecordIndex = -1;
   std::int32_t fMaxThreads = 1;
   std::unique_ptr<MCStopProcessor> fpStopProcessor;
-  char fDecimalChar;  // that the host writes numbers with
+  char fDecimalChar;
 };

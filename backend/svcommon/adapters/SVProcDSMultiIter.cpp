@@ -25,7 +25,7 @@ SVProcDSMultiIter::~SVProcDSMultiIter() = default;
 MCCommon::Record* SVProcDSMultiIter::Next() {
   if (fStatus != MCCommon::kRecordReady) return nullptr;
   ReadAhead();
-  // The record filled by the read before this one.
+  // The record that was filled by the read before this one.
   return fbReadSecond ? &fRecordSecond : &fRecordFirst;
 }
 
@@ -47,7 +47,8 @@ int SVProcDSMultiIter::Reset() {
   return fStatus;
 }
 
-// Fills the next record with the next valid case.
+// Fills the other record with the next valid case. A case counts as read before it is known to be valid,
+// since the case id is its position among all cases. A case that can't be read counts as read only.
 void SVProcDSMultiIter::ReadAhead() {
   double* record = (fbReadSecond ? fRecordSecond : fRecordFirst).GetAll();
   fbReadSecond = !fbReadSecond;
@@ -62,10 +63,11 @@ void SVProcDSMultiIter::ReadAhead() {
     if (fpAdapter->FatalError()) break;
     fpAdapter->CountInvalid();
   }
-  // A source that broke off isn't one that came to its end: what was read so far isn't the file.
+  // A source that failed must not look like one that ended: what was read so far isn't the whole file.
   fStatus = fpAdapter->FatalError() ? MCCommon::kSourceFailed : MCCommon::kCasesExhausted;
 }
 
+// The iterator stops once between two split groups, without a case there.
 bool SVProcDSMultiIter::MoveToNextCase() {
   if (fpIterator->NextCase() == 0) return false;
   return !fpIterator->SplitGroupEnd() || fpIterator->NextCase() != 0;

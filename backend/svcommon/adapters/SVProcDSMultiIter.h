@@ -8,16 +8,24 @@
 class ProcedureDataSource;
 class SVInputAdapter;
 
-// SVProcDSMultiIter walks the active file as a stream of valid records, in as many passes as a run needs. It
-// stays one valid record ahead of its reader, so that HasMore() is known before the last record is given out;
-// the adapter's counts are therefore those of what was read ahead. Split groups are read through as one file.
+// SVProcDSMultiIter walks the active file as a stream of valid records, in as many passes as a run needs.
+// Each pass delivers the same records in the same order.
 //
-// Ownership:  owns the case iterator of the current pass and both records; borrows the data source and the
-//             adapter.
-// Cost:       the records are filled in turn; a case allocates nothing.
+// It is always one valid record ahead of its reader: invalid cases are skipped, so only by finding the next
+// valid one can it answer HasMore(). There are two records, filled in turn. Next() returns the one that was
+// read before, and the case iterator is then already on the case of the other, which Current() returns. The
+// last pass uses Current(), because it needs the case beside the record, to copy it.
+//
+// Split groups are read through as one file: a run ignores the split of the active file.
+//
+// Use:        construct for the first pass, Reset() for each further one; Next() while HasMore().
+// Ownership:  owns the case iterator of the pass and both records; borrows data source and adapter.
+// Threads:    the thread of the run only.
+// Failures:   a source that fails ends the stream with status kSourceFailed, also before the first record.
+// Cost:       a case allocates nothing.
 class SVProcDSMultiIter : public MCCommon::MultiPassRecordIter {
 public:
-  // A new iterator at the start of the cases; null when the source gives none.
+  // A new iterator before the first case; null if no file is open.
   static std::unique_ptr<ProcDSIterator> MakeIterator(ProcedureDataSource* dataSource);
 
   // Starts the first pass over `iterator`, on which the adapter was built, and reads the first record ahead.
@@ -28,10 +36,10 @@ public:
   bool HasMore() override { return fStatus == MCCommon::kRecordReady; }
   MCCommon::Record* Next() override;
   int Status() override { return fStatus; }
-  // Starts a new pass. A record that was handed out is gone.
+  // Starts a new pass and returns its status. Records that were handed out are overwritten.
   int Reset() override;
 
-  // The record read last, that of the case on which CaseIterator() stands; null when there is none.
+  // The record of the case on which CaseIterator() is; null at the end.
   MCCommon::Record* Current();
   // Null after a Reset() that failed.
   ProcDSIterator* CaseIterator() { return fpIterator.get(); }

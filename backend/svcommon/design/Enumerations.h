@@ -48,8 +48,8 @@ enum ParamSource : std::int32_t {
 
 enum PrintOption : std::int32_t { kPrintPlan = 0, kPrintMatrix = 1, kPrintBoth = 2 };
 
-// How the units of a stage are selected. Not numbered as SamplingType: the sequential PPS method comes before
-// Brewer's, Murthy's and Sampford's.
+// How the units of a stage are selected; MethodTable.h has the facts. Not numbered as SamplingType: the
+// sequential PPS method comes before Brewer's, Murthy's and Sampford's.
 enum MethodType : std::int32_t {
   kMethodNone = 0,
   kMethodSimpleWor = 1,
@@ -64,31 +64,6 @@ enum MethodType : std::int32_t {
   kMethodPpsMurthy = 10,
   kMethodPpsSampford = 11,
 };
-
-// The method of a stage's selection type; kMethodNone for a type that names no method.
-MethodType MethodOfSamplingType(std::int32_t samplingType);
-
-// The method in words: "fixed interval selection and random starting point".
-std::string_view MethodTypeText(std::int32_t method);
-
-// A stage of this selection type draws in proportion to size.
-constexpr bool IsPpsType(std::int32_t samplingType) {
-  return samplingType >= kSamplingPpsWor && samplingType <= kSamplingPpsChromy;
-}
-
-// Each draw is made from all units, so that a unit can be hit more than once and a sample can outnumber them.
-constexpr bool IsWithReplacement(std::int32_t method) {
-  return method == kMethodSimpleWr || method == kMethodPpsWr;
-}
-// Every unit has the same size.
-constexpr bool IsEqualProbability(std::int32_t method) {
-  return method >= kMethodSimpleWor && method <= kMethodSimpleChromy;
-}
-// The method has joint inclusion probabilities.
-constexpr bool HasJointProbs(std::int32_t method) {
-  return method == kMethodPpsWor || method == kMethodPpsBrewer || method == kMethodPpsMurthy ||
-         method == kMethodPpsSampford;
-}
 
 enum EstimatorType : std::int32_t {
   kEstimatorNone = 0,

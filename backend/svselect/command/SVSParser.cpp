@@ -10,18 +10,22 @@
 #include "host/environment/HostSession.h"
 #include "host/text/VariableNames.h"
 
+// The order of things: command, plan, files, host settings. See the header for the grammar.
+
 SVSParser::SVSParser(const KORV_TokenSequence& commandTokens, SVSValidSpecs* validSpecs,
                      KORV_DataSource* source)
     : tokens(commandTokens), specs(validSpecs), dataSource(source) {}
 
 SVSParser::~SVSParser() = default;
 
+// The plan's records live only inside this function: what the run needs of them has been translated by then.
 bool SVSParser::Parse() {
   currentStage = 0;
   messages.SetCommandName("SVSELECT");
   messages.SetProcedureTitle("SVSelect");
   if (!ReadCommand()) return false;
 
+  // `plan` must not outlast planSpecs, whichever way the steps below end; hence the lambda.
   SVPlanSpecs planSpecs;
   plan = &planSpecs;
   const bool isGood = [&] {
@@ -41,6 +45,7 @@ bool SVSParser::Parse() {
   return isGood;
 }
 
+// A command that the generic parser can't cut up has been reported by it, with line and column.
 bool SVSParser::ReadCommand() {
   CommandSpec command;
   if (UniversalParser(tokens, command).getCommandSpecifications() != 0) return false;
@@ -49,6 +54,9 @@ bool SVSParser::ReadCommand() {
   return isGood;
 }
 
+// A missing PLAN is reported after all other subcommands were read. SetSeed(-1) without a seed looks
+// redundant: it is made for its effect, the seed from the clock. A seed that RANDOM asked for is therefore
+// drawn twice.
 bool SVSParser::WalkSubcommands(const CommandSpec& command) {
   const std::size_t count = command.getSubComListSize();
   if (count == 0) {
@@ -68,11 +76,14 @@ bool SVSParser::WalkSubcommands(const CommandSpec& command) {
     messages.SubcommandRequired("PLAN");
     return false;
   }
+  // Two settings of the session, not of the command: neither changes what a command means.
   if (const int threads = GETTHREADS(); threads != 0) specs->SetThreads(threads);
   specs->SetExactDesign(GETEXACTDESIGN());
   return true;
 }
 
+// Parentheses around the parameters are refused, but only after the parameters were read: a fault in them is
+// reported first.
 bool SVSParser::ReadSubcommand(const SubComObj& subcommand) {
   const std::string& name = subcommand.getSubComName();
   if (name.empty()) {  // text before the first slash
@@ -91,7 +102,10 @@ bool SVSParser::ReadSubcommand(const SubComObj& subcommand) {
   return true;
 }
 
+// Subcommands are matched by their full names; the host has put them in upper case. One that fails counts as
+// seen too, which makes no difference, as the first failure ends the command.
 bool SVSParser::RunHandler(const std::string& name) {
+  // The counter and the reader of each subcommand.
   struct Handler {
     const char* name;
     std::int64_t SVSParser::*seen;
@@ -121,6 +135,8 @@ bool SVSParser::RunHandler(const std::string& name) {
   return false;
 }
 
+// Compares the names of the output files without regard to case, and as they were written: two spellings of
+// one path are found by the claims on paths, not here.
 bool SVSParser::CheckOutputFiles() {
   const std::string sample = GetUpperString(sampleFile);
   const std::string joint = GetUpperString(jointProbFile);
@@ -140,7 +156,8 @@ bool SVSParser::CheckOutputFiles() {
   return true;
 }
 
-// This procedure runs without split groups and without case weights; the entry restores both after the run.
+// A draw ignores split groups and case weights of the active file, and warns about it. SVSELECT() restores
+// both settings after the run.
 void SVSParser::LeaveSplitAndWeight() {
   CommonGlobalBlock& host = *pvGetCmnGlb();
   if (host.errorFlag != 0) return;
@@ -154,6 +171,7 @@ void SVSParser::LeaveSplitAndWeight() {
   }
 }
 
+// A group is set only after the last subcommand was read.
 const char* SVSParser::SubcommandForMessage() const {
   return messages.GetGroupIndex() < 0 && currentSubcommand != nullptr
              ? currentSubcommand->getSubComName().c_str()

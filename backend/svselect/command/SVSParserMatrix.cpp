@@ -6,16 +6,27 @@
 #include "host/model/KORV_DataSource.h"
 #include "host/model/Values.h"
 
-// The table of a stage: category texts of the plan become values of the dictionary's variables.
+// The table of a stage. A plan writes categories as texts; here each becomes a value of its variable, so that
+// the record layer can look the values of a case up without converting anything.
+//
+// A text is read by the variable's own format, with two changes. A number gets a width of kNumberWidth,
+// because the width of a print format says how a number is shown and not how a plan writes it. And its
+// decimal character becomes the host's, with one appended if the format has decimals and the text has none,
+// as a reader that implies decimals would take "12" with two of them as 0.12. A number that is blank or a
+// single dot is the missing value; no case finds its row.
+//
+// A text that can't be converted is refused with its variable, row and column. That each row has a category
+// for each variable was checked by the plan reader. That the variables exist was checked too, when the strata
+// and clusters that a table may use were looked up; the test that remains here can't fail.
 
 namespace {
 
-constexpr std::uint16_t kNumberWidth =
-    40;  // room for any number that a plan writes, whatever the variable's width
+// Wide enough for any number that a plan sensibly writes: 17 digits, sign, exponent, and room to spare.
+constexpr std::uint16_t kNumberWidth = 40;
 
 constexpr OBS kBlanks = {.text = {' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '}};
 
-// The text as the host's reader of numbers wants it: with a decimal character if the format has decimals.
+// The text of a number as the host's reader expects it.
 std::string NumberTextForReading(std::string text, const KORV_Format& format, char decimalChar) {
   if (format.decimals > 0 && text.find('.') == std::string::npos) text += '.';
   const std::size_t point = text.find('.');
@@ -25,6 +36,7 @@ std::string NumberTextForReading(std::string text, const KORV_Format& format, ch
 
 }  // namespace
 
+// All variables are looked up before the first failure counts, so that each missing one is reported.
 bool SVSParser::ReadMatrix(const SVPlanStageSpecs& stageSpecs, MatrixTable& table) {
   currentParameter = "MATRIX";
   std::vector<KorvVarName> names;
@@ -48,11 +60,13 @@ bool SVSParser::ReadMatrix(const SVPlanStageSpecs& stageSpecs, MatrixTable& tabl
       return false;
     OBS* value = table.map->Contains(key.data());
     if (value == nullptr) value = table.map->Insert(key.data());
-    value->number = values[row];  // of rows with equal keys the last stays
+    value->number = values[row];  // of rows with equal categories the last counts
   }
   return true;
 }
 
+// One row: fills `key` with the values of the categories, and `formats` with the variables' own formats,
+// which are the same for each row. Stops at the first category that can't be converted.
 bool SVSParser::ConvertMatrixRow(const std::vector<std::int32_t>& indices,
                                  const std::vector<std::string>& cells, int row, std::vector<OBS>& key,
                                  std::vector<KORV_Format>& formats) {
@@ -62,17 +76,20 @@ bool SVSParser::ConvertMatrixRow(const std::vector<std::int32_t>& indices,
     const KORV_Variable& variable = dataSource->GetVariable(indices[column]);
     const std::string& category = cells[column];
     KORV_Format format = variable.GetFormat();
-    formats.push_back(format);
+    formats.push_back(format);  // before the width is changed
     std::string text = category;
     if (variable.GetType() == 0) {
       format.width = kNumberWidth;
       text = NumberTextForReading(std::move(text), format, specs->DecimalChar());
     }
+    // The length is that of the text with an appended decimal character, so a number of exactly kNumberWidth
+    // digits is refused if its format has decimals.
     bool isGood = FormatSuits(format, variable.GetType()) && text.size() <= format.width;
     if (isGood) {
       text.resize(format.width, ' ');
       const auto end = position + static_cast<std::ptrdiff_t>(ObsCells(variable.GetType()));
-      std::fill(position, end, kBlanks);  // a format may be narrower than its variable
+      // The cells of a string are filled with blanks first: a format may be narrower than its variable.
+      std::fill(position, end, kBlanks);
       isGood = FromString(text, format, &*position) == 0;
     }
     if (!isGood) {

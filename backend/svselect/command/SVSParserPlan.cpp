@@ -1,15 +1,25 @@
 #include "backend/svcommon/SVPlanSpecs.h"
+#include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/command/SVSParser.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "host/model/KORV_DataSource.h"
 #include "host/text/VariableNames.h"
 
-// The second half of the parser: the plan's names meet the dictionary, and each stage of the plan becomes a
-// stage of the design. All messages here belong to a group: the plan as a whole, or one of its stages.
+// The plan: its names are looked up in the dictionary, and each stage of the plan becomes a stage of the
+// design.
+//
+// Three kinds of names occur. Strata and cluster variables must exist and may be numbers or strings. Other
+// input (weights, rates, sizes, the measure of size) must exist and be numeric. Output variables need not
+// exist; one that does is collected in existingOutputs and decided about at the end. A name of one kind may
+// not be used again as another: variableNames holds the strata and cluster variables of the stages so far,
+// which is why a name is refused only if the stage that uses it as a stratum came first.
+//
+// All stages are translated, including those that this run doesn't draw: an earlier run has drawn them, and
+// their strata and clusters make the keys of the later stages. Outputs are requested only for drawn stages.
 
 namespace {
 
-// The name of a stage's output variable of a kind; empty when the plan doesn't ask for it.
+// The name of a stage's output variable of a kind; empty if the plan doesn't ask for it.
 const KorvVarName& OutputNameOf(const SVPlanStageSpecs& stage, std::int32_t kind) {
   switch (kind) {
     case kOutInclProb:
@@ -31,6 +41,7 @@ const KorvVarName& OutputNameOf(const SVPlanStageSpecs& stage, std::int32_t kind
 
 }  // namespace
 
+// The group moves to the next stage before the result of this one is tested: see the header.
 bool SVSParser::CheckPlan() {
   if (!CheckGlobalPlan()) return false;
   for (int n = 1; n <= stageCount; ++n) {
@@ -48,6 +59,10 @@ bool SVSParser::CheckPlan() {
   return CheckExistingOutputs();
 }
 
+// What concerns the plan as a whole. A plan without a final weight ends the run without any message; that
+// looks// like an oversight, and stays: the program then says that nothing was drawn, and why.
+//
+// The bounds of the measure of size are set even at 0, where they don't bound: the plan's 0 means none.
 bool SVSParser::CheckGlobalPlan() {
   currentStage = 0;
   messages.SetGroup(0);
@@ -64,6 +79,7 @@ bool SVSParser::CheckGlobalPlan() {
     specs->SetPreviousWeight(index);
   }
 
+  // From here on messages belong to stage 1, though they are still about the plan as a whole.
   currentStage = 1;
   messages.SetGroup(1);
   stageCount = plan->numStages();
@@ -84,6 +100,8 @@ bool SVSParser::CheckGlobalPlan() {
   return true;
 }
 
+// STAGES in the command must end within the plan; without it all stages are drawn. The message names the
+// parameter of the command although it is shown under stage 1 of the plan.
 bool SVSParser::CheckSelectStages() {
   if (seenStages > 0) {
     if (selectStages.back() <= stageCount) return true;
@@ -96,18 +114,24 @@ bool SVSParser::CheckSelectStages() {
   return true;
 }
 
-// The method of the first stage decides whether there is a joint probability file.
+// Whether there is a joint probability file depends on the method of the first stage alone. If it has joint
+// probabilities, they are written, to a default file if need be. Otherwise a file that the user named is
+// ignored with a warning, and its name is withdrawn from the specifications.
 bool SVSParser::CheckJointProbFile(const SVPlanStageSpecs& stage) {
-  const bool isGiven = seenJointProb > 0;
-  if (HasJointProbs(MethodOfSamplingType(stage.type))) return isGiven || MakeDefaultJointProbFile();
-  if (isGiven) {
+  const SVMethod& method = MethodOfType(stage.type);
+  if (seenJointProb == 0) return !method.writesJointUnasked || MakeDefaultJointProbFile();
+  if (!method.hasJointProbs) {
     jointProbFile.clear();
     specs->SetJointProbFile(jointProbFile, true);
-    messages.SubcommandIgnored("JOINTPROB", "TYPE", "PPS_WR/PPS_SYSTEMATIC/PPS_CHROMY/SIMPLE");
+    const auto isPpsWithout = [](const SVMethod& m) { return m.IsPps() && !m.hasJointProbs; };
+    messages.SubcommandIgnored("JOINTPROB", "TYPE",
+                               (MethodNames(isPpsWithout, "/", "/") + "/SIMPLE").c_str());
   }
   return true;
 }
 
+// The default file is beside the plan and has its name, with ".sav" in place of the extension. A dot in a
+// folder's name isn't one of an extension.
 bool SVSParser::MakeDefaultJointProbFile() {
   std::string name = planFile;
   const std::size_t end = name.find_last_of("./\\");
@@ -115,6 +139,7 @@ bool SVSParser::MakeDefaultJointProbFile() {
   name += ".sav";
   jointProbFile = name;
   specs->SetJointProbFile(name, true);
+  // The user didn't write this name, so each way to fail has a message that names the file.
   const UserCaseFileSpec& file = specs->JointProbFile();
   if (!file.IsValid()) {
     messages.InvalidFileName(name.c_str());
@@ -127,6 +152,8 @@ bool SVSParser::MakeDefaultJointProbFile() {
   return true;
 }
 
+// Output variables that exist already need RENAMEVARS, by which the older ones are renamed when the new ones
+// are made.
 bool SVSParser::CheckExistingOutputs() {
   if (existingOutputs.empty()) return true;
   if (seenRenameVars == 0) {
@@ -137,10 +164,12 @@ bool SVSParser::CheckExistingOutputs() {
   return true;
 }
 
+// A stage that couldn't be translated isn't kept: the specifications must not point to it.
 bool SVSParser::AddStage(const SVPlanStageSpecs& stageSpecs) {
   auto stage = std::make_unique<DesignStage>(static_cast<std::int32_t>(currentStage));
   auto table = std::make_unique<MatrixTable>();
   if (!TranslateStage(stageSpecs, *stage, *table)) return false;
+  // The specifications get null pointers for a stage without a table, not pointers to an empty one.
   const bool hasTable = table->map != nullptr;
   specs->AddDesignStage(stageSpecs.label, stage.get(), hasTable ? &table->indices : nullptr, table->map.get(),
                         hasTable ? &table->formats : nullptr);
@@ -149,6 +178,7 @@ bool SVSParser::AddStage(const SVPlanStageSpecs& stageSpecs) {
   return true;
 }
 
+// The order of the checks decides which message a stage with several faults gets.
 bool SVSParser::TranslateStage(const SVPlanStageSpecs& stageSpecs, DesignStage& stage, MatrixTable& table) {
   std::vector<std::int32_t> indices;
   if (!stageSpecs.strataVariables.empty()) {
@@ -165,28 +195,30 @@ bool SVSParser::TranslateStage(const SVPlanStageSpecs& stageSpecs, DesignStage& 
   if (stageSpecs.maxSize > 0) stage.setRateMaxSize(stageSpecs.maxSize);
   if (!StandInForPreviousWeight(stageSpecs)) return false;
 
+  const SVMethod& method = MethodOfType(stageSpecs.type);
   if (InSelectedRange()) {
     if (!RequestOutputs(stageSpecs, stage)) return false;
-    // A unit that is drawn more than once needs a file that can hold its case more than once.
-    const bool isWithReplacement = IsWithReplacement(MethodOfSamplingType(stageSpecs.type));
-    if (isWithReplacement && seenSampleFile == 0) {
-      messages.SubcommandRequiredBy("SAMPLEFILE", "METHOD",
-                                    stageSpecs.type == kSamplingPpsWr ? "PPS_WR" : "SIMPLE_WR");
+    // A unit that is drawn twice needs its cases twice, for which the active file has no place.
+    if (method.withReplacement && seenSampleFile == 0) {
+      messages.SubcommandRequiredBy("SAMPLEFILE", "METHOD", MethodName(method).c_str());
       return false;
     }
   }
-  stage.setMethodType(MethodOfSamplingType(stageSpecs.type));
+  // The estimator belongs to the plan, and is carried by the first stage.
+  stage.setMethodType(method.code);
   if (currentStage == 1 && plan->estimation == kSamplingWr) stage.setEstimatorType(kEstimatorWr);
   if (!TranslateParameter(stageSpecs, stage)) return false;
   return stageSpecs.paramSource != kParamByVarCatList || ReadMatrix(stageSpecs, table);
 }
 
+// STAGES has no gaps, so its ends suffice.
 bool SVSParser::InSelectedRange() const {
   return selectStages.front() <= currentStage && currentStage <= selectStages.back();
 }
 
-// When an earlier run drew the stage right before the first one of this run, and the plan names no previous
-// weight, that stage's cumulative weight in the data is the previous weight.
+// The stage just before the first one of this run was drawn by an earlier run, which left its cumulative
+// weight in the data. If the plan names no previous weight, that one is used. A stage without a cumulative
+// weight fails here on its empty name, with a message that shows no name.
 bool SVSParser::StandInForPreviousWeight(const SVPlanStageSpecs& stageSpecs) {
   if (currentStage != selectStages.front() - 1 || !plan->previousWeight.IsEmpty()) return true;
   currentParameter = "CUMWEIGHT";
@@ -196,9 +228,12 @@ bool SVSParser::StandInForPreviousWeight(const SVPlanStageSpecs& stageSpecs) {
   return true;
 }
 
+// The rate or size. A table only sets the tag here: ReadMatrix() converts it. A stage of a sample plan gives
+// either of the two; the first line of the body covers plans that give neither.
 bool SVSParser::TranslateParameter(const SVPlanStageSpecs& stageSpecs, DesignStage& stage) {
   const bool isSize = stageSpecs.paramKind == kParamSize;
   if (!isSize && stageSpecs.paramKind != kParamRate) return stageSpecs.paramSource == kParamNotGiven;
+  // Each setter also sets the stage's tag, by which the run knows where its rate or size comes from.
   switch (stageSpecs.paramSource) {
     case kParamByValue:
       if (isSize) {
@@ -226,6 +261,7 @@ bool SVSParser::TranslateParameter(const SVPlanStageSpecs& stageSpecs, DesignSta
   }
 }
 
+// In the order of OutputKind, which becomes the order of the variables in the sample.
 bool SVSParser::RequestOutputs(const SVPlanStageSpecs& stageSpecs, DesignStage& stage) {
   for (std::int32_t kind = 0; kind < kOutputKinds; ++kind) {
     const KorvVarName& name = OutputNameOf(stageSpecs, kind);
@@ -239,13 +275,16 @@ bool SVSParser::RequestOutputs(const SVPlanStageSpecs& stageSpecs, DesignStage& 
   return true;
 }
 
-// Stops behind the first name that failed, which has been looked up all the same.
+// Stops after the first name that failed. That name is still looked up, so a repeated name that doesn't exist
+// has two messages.
 bool SVSParser::CheckDesignVariables(const std::vector<KorvVarName>& names,
                                      std::vector<std::int32_t>& indices) {
   indices.clear();
   std::set<std::string> inThisList;
   for (const KorvVarName& name : names) {
     const std::string upper = GetUpperVarName(name.Text());
+    // Repeats are sought in this list only: a stratum of one stage may be a cluster of another here. The plan
+    // reader has refused that already.
     const bool isNew = inThisList.insert(upper).second;
     if (!isNew) messages.VariableRepeated(name.Text().c_str(), currentParameter.c_str(), nullptr);
     variableNames.insert(upper);
@@ -256,6 +295,9 @@ bool SVSParser::CheckDesignVariables(const std::vector<KorvVarName>& names,
   return true;
 }
 
+// A numeric variable that isn't a stratum or cluster variable. An output that doesn't exist is fine, with
+// index -1; an output with an impossible name was reported by FindVariable() and passes too: the error flag
+// stops the run. "TABLE" is the message's word for strata and clusters.
 bool SVSParser::CheckVariable(const KorvVarName& name, std::int32_t& index, bool isOutput) {
   if (variableNames.contains(GetUpperVarName(name.Text()))) {
     messages.VariableNotFor(name.Text().c_str(), currentParameter.c_str(), "TABLE");

@@ -8,15 +8,23 @@
 #include "host/numeric/MCMathFun.h"
 #include "host/text/VariableNames.h"
 
+// The parameters of each subcommand: files, criteria, flags, and the lists of SAMPLEFILE.
+//
+// currentParameter is set before each parameter is read, since messages name it. A file is tested when it is
+// read, so that a run doesn't start that can't write its results; the files that hold cases are also claimed
+// for the run at that moment (see UserCaseFileSpec).
+
 namespace {
 
 using MCCommonMath::MCPower::gMachineMaxInt;
 
-// What a test of a file specification finds.
+// What the host finds out about a path. Each is 0 or 1, except the status, which nobody needs.
 struct TestedFile {
   int status = 0, exists = 0, valid = 0, readOnly = 0, inUse = 0;
 };
 
+// The name is passed with its length, and the results come back by reference: the host's interface is older
+// than std::string.
 TestedFile TestFile(const std::string& path, bool forWrite) {
   TestedFile flags;
   ValidateFileSpecification(path.c_str(), static_cast<int>(path.size()), forWrite, flags.status, flags.exists,
@@ -24,11 +32,13 @@ TestedFile TestFile(const std::string& path, bool forWrite) {
   return flags;
 }
 
+// A path that is claimed for one of the run's own outputs is in use, and can't be its plan as well.
 bool CanRead(const std::string& path) {
   const TestedFile flags = TestFile(path, false);
   return flags.exists == 1 && flags.valid == 1 && flags.inUse == 0;
 }
 
+// The file need not exist.
 bool CanWrite(const std::string& path) {
   const TestedFile flags = TestFile(path, true);
   return flags.valid == 1 && flags.readOnly == 0 && flags.inUse == 0;
@@ -36,7 +46,10 @@ bool CanWrite(const std::string& path) {
 
 }  // namespace
 
-// The one parameter of a subcommand that names a file, `keyword`, and its value.
+// --- files -----------------------------------------------------------------------------------------------
+
+// For a subcommand whose only parameter is `keyword`, a file. The keyword is tested before the number of
+// parameters. REQUIRES: there is a parameter; ReadSubcommand() has tested it.
 bool SVSParser::ReadOnlyFile(const char* keyword, const char* subcommand, std::string& value,
                              bool& isLiteral) {
   const ParamObj* parameter = currentSubcommand->getParamObj(0);
@@ -52,6 +65,7 @@ bool SVSParser::ReadOnlyFile(const char* keyword, const char* subcommand, std::s
   return ReadFileValue(*parameter, subcommand, value, isLiteral);
 }
 
+// A file's name: a quoted text, taken as it is, or a single word.
 bool SVSParser::ReadFileValue(const ParamObj& parameter, const char* subcommand, std::string& value,
                               bool& isLiteral) {
   isLiteral = parameter.getLiteral(value);
@@ -60,7 +74,8 @@ bool SVSParser::ReadFileValue(const ParamObj& parameter, const char* subcommand,
   return false;
 }
 
-// The file that such a subcommand names, resolved and tested by `canUse`; false after an error.
+// As ReadOnlyFile(), and the name is resolved to a path, which has to pass `canUse`. `file` is set only on
+// success.
 bool SVSParser::ReadResolvedFile(const char* keyword, const char* subcommand,
                                  bool (*canUse)(const std::string&), std::string& file) {
   std::string value;
@@ -75,18 +90,21 @@ bool SVSParser::ReadResolvedFile(const char* keyword, const char* subcommand,
   return true;
 }
 
+// The plan is opened later, by the plan reader; here it only has to be readable.
 bool SVSParser::ReadPlan() {
   if (!ReadResolvedFile("FILE", "PLAN", CanRead, planFile)) return false;
   specs->SetPlanFile(planFile);
   return true;
 }
 
+// The rule file is a text file: its name is tested, but not claimed.
 bool SVSParser::ReadSelectRule() {
   if (!ReadResolvedFile("OUTFILE", "SELECTRULE", CanWrite, selectRuleFile)) return false;
   specs->SetSelectRuleFile(selectRuleFile);
   return true;
 }
 
+// The specification resolves the name itself, and claims the path.
 bool SVSParser::ReadJointProb() {
   std::string value;
   bool isLiteral = false;
@@ -96,11 +114,14 @@ bool SVSParser::ReadJointProb() {
   return TestCaseFile(specs->JointProbFile(), value);
 }
 
+// Shows the name as the user wrote it, not the path that it was resolved to.
 bool SVSParser::TestCaseFile(const UserCaseFileSpec& file, const std::string& value) {
   if (file.IsValid() && !file.IsInUse() && !file.IsReadOnly()) return true;
   messages.FileAccess(value.c_str());
   return false;
 }
+
+// --- criteria and flags ----------------------------------------------------------------------------------
 
 bool SVSParser::ReadCriteria() {
   for (std::size_t i = 0; i < currentSubcommand->getParamListSize(); ++i) {
@@ -118,12 +139,15 @@ bool SVSParser::ReadCriteria() {
   return true;
 }
 
+// A list of consecutive whole numbers from 1 or more, such as 2 3. The numbers before a bad one stay in
+// selectStages, which doesn't matter, as the run ends.
 bool SVSParser::ReadStages(const ParamObj& parameter) {
   if (seenStages > 0) {
     messages.ParameterRepeated("STAGES", "CRITERIA");
     return false;
   }
   std::vector<double> values;
+  // The first number is tested by what would come before it, so that the loop needs no first case.
   bool isGood = parameter.getNumberList(values) && !values.empty() && IsValidInteger(values.front() - 1);
   double previous = isGood ? values.front() - 1 : 0.0;
   for (std::size_t i = 0; isGood && i < values.size(); ++i) {
@@ -140,6 +164,7 @@ bool SVSParser::ReadStages(const ParamObj& parameter) {
   return true;
 }
 
+// A whole number from 1 to 2^31 - 1, or the word RANDOM. A word that isn't RANDOM has a message of its own.
 bool SVSParser::ReadSeed(const ParamObj& parameter) {
   if (seenSeed > 0) {
     messages.ParameterRepeated("SEED", "CRITERIA");
@@ -164,12 +189,14 @@ bool SVSParser::ReadSeed(const ParamObj& parameter) {
   return true;
 }
 
+// SELECTION=1 isn't SELECTION.
 bool SVSParser::IsBareKeyword(const ParamObj& parameter) {
   if (parameter.isLeadingToken()) return true;
   messages.KeywordHasValue(currentParameter.c_str());
   return false;
 }
 
+// As ReadFlags(), except that the two keywords exclude each other. The test for a repeat comes first.
 bool SVSParser::ReadClassMissing() {
   for (std::size_t i = 0; i < currentSubcommand->getParamListSize(); ++i) {
     const ParamObj& parameter = *currentSubcommand->getParamObj(i);
@@ -195,7 +222,7 @@ bool SVSParser::ReadClassMissing() {
   return true;
 }
 
-// A subcommand of two keywords, each of which may come once and takes no value.
+// A subcommand with two keywords, which may each come once and take no value.
 bool SVSParser::ReadFlags(const char* subcommand, const char* first, std::int64_t& seenFirst,
                           const char* second, std::int64_t& seenSecond) {
   for (std::size_t i = 0; i < currentSubcommand->getParamListSize(); ++i) {
@@ -216,20 +243,30 @@ bool SVSParser::ReadFlags(const char* subcommand, const char* first, std::int64_
   return true;
 }
 
+// PRESORTED is accepted and carried, and changes nothing: the tabulation takes records in any order.
 bool SVSParser::ReadData() {
   if (!ReadFlags("DATA", "RENAMEVARS", seenRenameVars, "PRESORTED", seenPresorted)) return false;
   specs->SetDataOptions(seenRenameVars > 0, seenPresorted > 0);
   return true;
 }
 
+// CPS is the case processing summary.
 bool SVSParser::ReadPrint() {
   if (!ReadFlags("PRINT", "SELECTION", seenSelection, "CPS", seenCps)) return false;
   specs->SetPrintOptions(seenSelection > 0, seenCps > 0);
   return true;
 }
 
-// The answer is that of the last parameter: a file that can't be used, or a bad name in a list, is told, and
-// the parameters behind it are read all the same.
+// --- SAMPLEFILE ------------------------------------------------------------------------------------------
+//
+// OUTFILE is required. KEEP lists the variables to copy, in the order in which they are to appear; without it
+// all are copied in the order of the active file. DROP takes variables away from that; DROP=ALL copies none,
+// so that the sample has only the variables that the plan asks for. Both lists together are odd but allowed,
+// as long as they agree.
+
+// A file that can't be used, or a bad name in a list, is reported, and the parameters after it are still
+// read. The result is that of the last parameter, so a good one hides a bad one from the caller; the error
+// flag has been raised.
 bool SVSParser::ReadSampleFile() {
   Step step = Step::kGood;
   for (std::size_t i = 0; i < currentSubcommand->getParamListSize(); ++i) {
@@ -245,6 +282,7 @@ bool SVSParser::ReadSampleFile() {
   return step == Step::kGood;
 }
 
+// A parameter that failed isn't counted as seen, except OUTFILE, so it may be given again.
 SVSParser::Step SVSParser::ReadSampleFileParameter(const ParamObj& parameter) {
   struct Reader {
     const char* name;
@@ -268,6 +306,7 @@ SVSParser::Step SVSParser::ReadSampleFileParameter(const ParamObj& parameter) {
   return Step::kFailedStop;
 }
 
+// OUTFILE counts as seen even if the file can't be used: a second one is still a repeat.
 SVSParser::Step SVSParser::ReadOutFile(const ParamObj& parameter) {
   std::string value;
   bool isLiteral = false;
@@ -278,6 +317,7 @@ SVSParser::Step SVSParser::ReadOutFile(const ParamObj& parameter) {
   return TestCaseFile(specs->SampleFile(), value) ? Step::kGood : Step::kFailedGoOn;
 }
 
+// The list stays in this object; the specifications point to it.
 SVSParser::Step SVSParser::ReadKeep(const ParamObj& parameter) {
   std::vector<KorvVarName> names;
   if (!parameter.getVarList(names)) {
@@ -290,11 +330,13 @@ SVSParser::Step SVSParser::ReadKeep(const ParamObj& parameter) {
   return Step::kGood;
 }
 
+// A list of variables or the word ALL, which the host doesn't accept as a name. ALL with further words is no
+// valid list.
 SVSParser::Step SVSParser::ReadDrop(const ParamObj& parameter) {
   std::vector<KorvVarName> names;
   if (!parameter.getVarList(names)) {
     std::vector<TokenInfoObj> words;
-    names.clear();
+    names.clear();  // with ALL there are no names
     if (!parameter.getTokenList(words) || words.size() != 1 ||
         words.front().getOperatorCode() != kOperatorAll) {
       messages.InvalidVariableList(currentParameter.c_str(), "SAMPLEFILE");
@@ -312,9 +354,9 @@ SVSParser::Step SVSParser::ReadDrop(const ParamObj& parameter) {
   return Step::kGood;
 }
 
-// A name is examined to its end, and its index kept, whatever was wrong with it or with those before it.
-// `isRefused` tells why a name can't stand in this list beside the other one; the others are noted in
-// `accepted`.
+// Checks every name of a list, whatever was wrong with those before it, and keeps the index of every variable
+// that exists. `isRefused` shows a message if a name isn't allowed here because of the other list; names that
+// are allowed are added to `accepted`, against which the other list is checked.
 template <class IsRefused>
 bool SVSParser::CheckNames(const std::vector<KorvVarName>& names, std::set<std::string>& accepted,
                            std::vector<std::int32_t>& indices, const IsRefused& isRefused) {
@@ -322,6 +364,7 @@ bool SVSParser::CheckNames(const std::vector<KorvVarName>& names, std::set<std::
   std::set<std::string> inThisList;
   for (const KorvVarName& name : names) {
     const std::string upper = GetUpperVarName(name.Text());
+    // A repeated name is still examined further: it may have more faults.
     if (!inThisList.insert(upper).second) {
       messages.VariableRepeated(name.Text().c_str(), currentParameter.c_str(), "SAMPLEFILE");
       isGood = false;
@@ -341,6 +384,8 @@ bool SVSParser::CheckNames(const std::vector<KorvVarName>& names, std::set<std::
   return isGood;
 }
 
+// The list that comes second is checked against the first. After DROP, a name of KEEP may not be in it. After
+// KEEP, a name of DROP has to be in it, since there is nothing else to drop from.
 bool SVSParser::CheckKeep(const std::vector<KorvVarName>& names) {
   return CheckNames(names, keepNames, keepIndices, [&](const std::string& upper, const char* name) {
     if (!dropAll && !dropNames.contains(upper)) return false;
@@ -349,6 +394,7 @@ bool SVSParser::CheckKeep(const std::vector<KorvVarName>& names) {
   });
 }
 
+// Without KEEP, any variable may be dropped. With KEEP=... DROP=ALL there are no names to check.
 bool SVSParser::CheckDrop(const std::vector<KorvVarName>& names) {
   return CheckNames(names, dropNames, dropIndices, [&](const std::string& upper, const char* name) {
     if (seenKeep == 0 || keepNames.contains(upper)) return false;
@@ -357,6 +403,8 @@ bool SVSParser::CheckDrop(const std::vector<KorvVarName>& names) {
   });
 }
 
+// The message names the subcommand while the command is read, and only the parameter while the plan is
+// checked.
 std::int32_t SVSParser::FindVariable(const std::string& name, bool isOptional) {
   if (ValidateKORVName(name) != 0) {
     messages.VariableNameInvalid(name.c_str(), currentParameter.c_str(), SubcommandForMessage());

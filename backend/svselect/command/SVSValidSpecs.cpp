@@ -12,15 +12,17 @@
 
 namespace {
 
-// Spreads the clock's fraction of a second over the whole range of seeds: two runs a microsecond apart start
-// far from each other.
+// Spreads the clock's fraction of a second over the whole range of seeds, so that two runs a microsecond
+// apart have seeds that are far apart. The number itself is arbitrary.
 constexpr double kSeedsPerSecond = 397204094000.0;
 
+// At least 1: 0 would mean "not given".
 std::int32_t SeedFromClock() {
   const double seed = std::fmod(SCLOCK() * kSeedsPerSecond, MCCommonMath::MCPower::gMachineMaxInt);
   return TruncateToInt32(std::max(seed, 1.0));
 }
 
+// No list and an empty list count the same.
 int CountOf(const std::vector<std::int32_t>* list) {
   return list == nullptr ? 0 : static_cast<int>(list->size());
 }
@@ -30,6 +32,8 @@ int CountOf(const std::vector<std::int32_t>* list) {
 SVSValidSpecs::SVSValidSpecs() = default;
 
 SVSValidSpecs::~SVSValidSpecs() = default;
+
+// --- setters and counts ----------------------------------------------------------------------------------
 
 void SVSValidSpecs::SetFinalWeight(const KorvVarName& name, std::int32_t wgtVar) {
   assert(wgtVar >= -1);
@@ -72,6 +76,8 @@ void SVSValidSpecs::SetSelectStages(const std::vector<std::int32_t>* selectStage
   fpSelectStages = selectStages;
 }
 
+// Both numbers are kept: the notes show the seed in force, so that a run with a seed from the clock can be
+// repeated.
 void SVSValidSpecs::SetSeed(std::int32_t value) {
   fSeedRequested = value;
   fSeed = value > 0 ? value : SeedFromClock();
@@ -99,12 +105,18 @@ int SVSValidSpecs::SelectStageCount() const {
   return CountOf(fpSelectStages);
 }
 
+// Counts the outputs of all stages. Those of stages that aren't drawn were never requested.
 unsigned SVSValidSpecs::MaxObsAdded() const {
   unsigned count = fWgtFinalName.IsEmpty() ? 0 : 1;
   for (const DesignStage* stage : fDesignStages) count += static_cast<unsigned>(stage->requestedCount());
   return count;
 }
 
+// --- the layout of the record ----------------------------------------------------------------------------
+
+// Setters of the settings return false when they refuse something; those results are thrown away, because
+// SVSComponent validates the settings as a whole. A stage exists in the settings from the first setter that
+// names it, so SetMethod(), which is called for every stage, also makes the stages that have nothing else.
 void SVSValidSpecs::Validate() {
   fpCompSettings.reset();
   if (fDesignStages.empty()) return;
@@ -128,7 +140,7 @@ void SVSValidSpecs::Validate() {
   AddRun(&next);
 }
 
-// The slot of a variable; a new one is `*next`, which is then counted up.
+// The slot of a variable. A new one is `*next`, which is then counted up.
 std::int32_t SVSValidSpecs::SlotOf(std::int32_t variable, bool categorical, std::int32_t* next) {
   const std::int32_t slot = RecordIndex(variable, *next, categorical);
   if (slot == *next) {
@@ -138,6 +150,8 @@ std::int32_t SVSValidSpecs::SlotOf(std::int32_t variable, bool categorical, std:
   return slot;
 }
 
+// Strata and cluster variables of one stage. Those of the first stage are kept separately, by their
+// dictionary indices: they are the leading columns of the joint probability file.
 void SVSValidSpecs::AddDesignVars(const DesignStage& stage, bool isFirst, VariableRole role,
                                   std::int32_t* next) {
   const bool isStrata = role == kRoleStrata;
@@ -145,13 +159,13 @@ void SVSValidSpecs::AddDesignVars(const DesignStage& stage, bool isFirst, Variab
     const std::int32_t slot = SlotOf(variable, true, next);
     if (isFirst) (isStrata ? fFirstStageStrata : fFirstStageClusters).push_back(variable);
     fDesignVars.push_back(variable);
-    // A variable of an earlier stage is refused: it tells units apart there already.
+    // A variable of an earlier stage is refused, on purpose: its code is in the key of this stage already.
     fpCompSettings->AddDesignVar(slot, role, stage.stageNumber());
   }
 }
 
-// The stage's rate or size. A table's slot is filled for each case, so to all behind it the table is a
-// variable.
+// The stage's rate or size. The record layer fills a table's slot for each case, so for the computation a
+// table is a variable.
 void SVSValidSpecs::AddParameter(const DesignStage& stage, std::int32_t position, std::int32_t* next) {
   const std::int32_t number = stage.stageNumber();
   const std::int32_t type = stage.inclusionType();
@@ -184,7 +198,8 @@ void SVSValidSpecs::AddParameter(const DesignStage& stage, std::int32_t position
   fpCompSettings->AddSpecVar(slot, isRate ? kRateVariable : kSizeVariable, number);
 }
 
-// What concerns the run as a whole.
+// What concerns the run as a whole. A previous weight or measure of size that is also a rate or size shares
+// the slot. Without memory for a stop processor the run can't be cancelled, which is no reason to stop it.
 void SVSValidSpecs::AddRun(std::int32_t* next) {
   fpCompSettings->SetFinalWeightName(fWgtFinalName.Text());
   if (fPrevWeightVar >= 0) fpCompSettings->SetWeightVar(SlotOf(fPrevWeightVar, false, next));

@@ -10,20 +10,35 @@
 #include "host/files/UserCaseFileSpec.h"
 #include "host/text/VariableNames.h"
 
-// SVSValidSpecs is what the command and the plan have settled, in terms of the active file's dictionary. It
-// is the meeting point of the parser, which fills it, and of everything that runs afterwards.
+// SVSValidSpecs is what the command and the plan have settled, in terms of the active file's dictionary. The
+// parser fills it, and everything that runs afterwards reads it.
 //
-// Use:        the parser calls the setters; then Validate() once; then it is only read.
-// Ownership:  owns the computational settings; borrows the lists, which live as long as the parser.
-//             Preconditions of the setters are the parser's to keep, whatever the user writes.
+// Two languages meet here. The parser speaks in dictionary indices: stratum = variable 3. The computation
+// speaks in slots of a record: stratum = slot 0. Validate() assigns the slots, once, and builds the settings
+// of the computation in terms of them; the record layer uses the same assignment to fill the records.
+//
+// The slots are assigned in the order of first use, stage by stage: strata, clusters, then the variable or
+// table of the rate or size; after the stages the previous weight, the measure of size and the case id. A
+// variable that is used again in the same role keeps its slot. A plan with stratum `region`, cluster `school`
+// and measure of size `pupils` that draws four schools in each region makes records of
+//
+//   slot 0  code of region     slot 1  code of school     slot 2  pupils     slot 3  case id
+//
+// Use:        the parser calls the setters; then Validate() once; read-only from then on.
+// Ownership:  owns the settings of the computation; borrows the lists, which live as long as the parser.
+// Threads:    const methods may run in parallel.
+// Failures:   none. The parser has checked everything that a user may write; a precondition that is broken is
+//             a fault of the program, and asserted.
+//
+// Invariants after Validate():
+//   (1) CompSettings() is null exactly if there is no stage.
+//   (2) an index of CompSettings() is a slot, an index read from this object a dictionary index.
 class SVSValidSpecs : public SVPlanValidSpecs {
 public:
   SVSValidSpecs();
   ~SVSValidSpecs() override;
 
-  // Lays out the record and builds the computational settings; without a stage there are none. The record
-  // holds, in the order of first use, the strata and cluster variables and the parameter of each stage in
-  // turn; then the previous weight and the measure of size if they are new; then the case id.
+  // Lays out the record and builds the settings of the computation.
   void Validate() override;
 
   // --- set by the parser
@@ -31,7 +46,7 @@ public:
   void SetPreviousWeight(std::int32_t wgtVar);                        // REQUIRES: wgtVar >= 0
   void SetMosVariable(std::int32_t mosVar);                           // REQUIRES: mosVar >= 0
   void SetMosFromData(bool fromData) { fbMOSFromData = fromData; }
-  // REQUIRES: not negative. A build without assertions takes no notice of one that is.
+  // REQUIRES: not negative. Without assertions, a negative value is ignored.
   void SetMosMin(double mosMin);
   void SetMosMax(double mosMax);
   // REQUIRES: the lists aren't null.
@@ -39,7 +54,7 @@ public:
   void SetDropList(const std::vector<std::int32_t>* dropList);
   void SetSelectStages(const std::vector<std::int32_t>* selectStages);
   void SetDropAll(bool dropAll) { fbDropAll = dropAll; }
-  // A value of 0 or below asks for a seed from the clock.
+  // A value of 0 or below asks for a seed from the clock, which is read at each call.
   void SetSeed(std::int32_t value);
   void SetDataOptions(bool renameVars, bool preSorted);
   void SetPrintOptions(bool selection, bool cps);
@@ -84,30 +99,32 @@ public:
   const SVSCompSettings* CompSettings() const { return fpCompSettings.get(); }
   const std::vector<std::int32_t>& DesignVars() const { return fDesignVars; }
   bool ExactDesign() const { return fbExactDesign; }
-  // How many variables the run can add to the active file.
+  // The largest number of variables that the run can add to the active file.
   unsigned MaxObsAdded() const;
 
 private:
+  // Parts of Validate(). `*next` is the first free slot; each part counts it up for the slots that it
+  // assigns.
   void AddDesignVars(const DesignStage& stage, bool isFirst, VariableRole role, std::int32_t* next);
   void AddParameter(const DesignStage& stage, std::int32_t position, std::int32_t* next);
   void AddRun(std::int32_t* next);
   std::int32_t SlotOf(std::int32_t variable, bool categorical, std::int32_t* next);
 
   KorvVarName fWgtFinalName;
-  std::int32_t fWgtFinalVar = -1;  // dictionary index; -1 while the variable doesn't exist
+  std::int32_t fWgtFinalVar = -1;  // dictionary index, -1 if it doesn't exist; carried and never read
   std::int32_t fPrevWeightVar = -1;
   std::int32_t fMOSVar = -1;  // measure of size
   bool fbMOSFromData = false;
-  double fMOSMin = -1.0;
+  double fMOSMin = -1.0;  // bounds of the measure of size; only a positive one bounds
   double fMOSMax = -1.0;
   const std::vector<std::int32_t>* fpKeepList = nullptr;  // dictionary indices
   const std::vector<std::int32_t>* fpDropList = nullptr;
   bool fbDropAll = false;
-  const std::vector<std::int32_t>* fpSelectStages = nullptr;  // stages to draw
+  const std::vector<std::int32_t>* fpSelectStages = nullptr;  // stages to draw, ascending without gaps
   std::int32_t fSeedRequested = -1;
   std::int32_t fSeed = -1;
   bool fbRenameVars = false;
-  bool fbPreSorted = false;
+  bool fbPreSorted = false;  // carried; no computation depends on it
   bool fbPrintSelection = true;
   bool fbPrintCPS = false;
   bool fbClassMissingExclude = true;
@@ -115,6 +132,6 @@ private:
   UserCaseFileSpec fJointProbFile{FileRole::kJoint};
   std::string fSelectRuleFile;
   std::unique_ptr<SVSCompSettings> fpCompSettings;
-  std::vector<std::int32_t> fDesignVars;  // of all strata and cluster variables, stage by stage, with repeats
+  std::vector<std::int32_t> fDesignVars;  // all strata and cluster variables, stage by stage, with repeats
   bool fbExactDesign = false;
 };

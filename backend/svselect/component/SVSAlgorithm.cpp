@@ -21,7 +21,7 @@ SVStatus SVSAlgorithm::Run(MCCommon::MultiPassRecordIter& recordIterator, MCSV::
   fRandom.Initialize(static_cast<std::uint32_t>(fCompSettings->Seed()));
   for (std::int32_t stage = fFirstStage; stage <= fLastStage && !fStatus.IsError(); ++stage) {
     if (stage != fFirstStage) {
-      recordIterator.Reset();  // a reset that fails leaves no record
+      recordIterator.Reset();  // its result isn't needed: after a failure there is no record, which is tested
       fbDataProcessed = false;
       fbModelBuilt = false;
     }
@@ -52,11 +52,13 @@ void SVSAlgorithm::DrawStage(std::int32_t stage, MCSV::SVSOutputSummary* summary
   fOutSamples.AddStatus(fStatus);
 }
 
-// Whether the run's last stage did: a unit that it selected stands in selected units of all stages before.
+// The last stage alone can answer: a unit that it selected is inside selected units of all stages before.
 bool SVSAlgorithm::MaySelect(const MCCommon::Record& record) {
   return Tabulator(fLastStage)->MaySelect(record);
 }
 
+// A case's final weight is the product of its stages' weights, as the inclusion probability of a unit of a
+// later stage is conditional on the selection of the unit that contains it.
 SVStatus SVSAlgorithm::CaseStats(const MCCommon::Record& record,
                                  std::vector<std::vector<double>>* stageValues, double* finalWeight) {
   stageValues->resize(fvpDataTabulators.size());
@@ -72,7 +74,7 @@ SVStatus SVSAlgorithm::CaseStats(const MCCommon::Record& record,
     carried = values[kOutCumWeight];
     if (!status.IsError()) status = found;
   }
-  // A stage that the case isn't in leaves no weight to carry on, so the last one has the answer.
+  // A stage that didn't select the case leaves the carried weight missing, and so do all stages after it.
   *finalWeight = status.IsError() ? MCMV::gMissingValue : carried;
   return status;
 }

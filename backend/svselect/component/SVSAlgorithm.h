@@ -15,8 +15,12 @@ class SVSCompSettings;
 
 // SVSAlgorithm drives the stages of a run: for each selected stage one pass over the records, then the draw.
 //
-// No list of selected units goes from stage to stage. All tabulators stay alive, and each asks the one before
-// about every record. One generator serves all strata of all stages, seeded once.
+// No list of selected units is passed from stage to stage. All tabulators stay alive to the end, and while a
+// stage tabulates, it asks the tabulator of the stage before about every record. That costs a search for each
+// record and saves a list that could be as long as the file.
+//
+// One generator, seeded once, serves all strata of all stages. So the first stage of a design draws the same
+// units whether or not later stages follow, and a stage's draws depend on all draws before it.
 //
 // Use:        through SVSComponent: Run() once, then CaseStats().
 // Ownership:  owns the tabulators, the collector and the generator; borrows settings and outputs.
@@ -25,9 +29,9 @@ class SVSAlgorithm {
 public:
   SVSAlgorithm(const SVSCompSettings* settings, MCSV::SVSOutJointProbs* jointProbs);
 
-  // Runs the stages in order; the first error ends it. The first pass reads what is left of the iterator's,
-  // each further one starts over. Errors: 92021 when the selected stages make no range of the design's, 92001
-  // at a pass without records, those of the tabulators.
+  // Runs the stages in order; the first error ends it. The first pass reads what is left in the iterator's
+  // current one, each further pass starts over. Errors: 92021 if the selected stages aren't a range of the
+  // design's stages, 92001 for a pass without records, and those of the tabulators.
   SVStatus Run(MCCommon::MultiPassRecordIter& recordIterator, MCSV::SVSOutputSummary* summary);
 
   // As SVSComponent::MaySelect() and CaseStats(). REQUIRES: ModelBuilt() after the last stage.
@@ -35,7 +39,8 @@ public:
   SVStatus CaseStats(const MCCommon::Record& record, std::vector<std::vector<double>>* stageValues,
                      double* finalWeight);
 
-  // The present stage has its data; has its sample. Both stay after the last stage.
+  // Whether the current stage has tabulated its data; whether it has drawn its sample. Both stay set after
+  // the last stage, and so tell a finished run.
   bool DataProcessed() const { return fbDataProcessed; }
   bool ModelBuilt() const { return fbModelBuilt; }
   SVSOutSamples& OutSamples() { return fOutSamples; }
@@ -53,7 +58,7 @@ private:
   SVCancelInfo fCancelInfo;
   MCCommonMath::MCRandomTwister fRandom;
   SVSOutSamples fOutSamples;
-  std::vector<std::unique_ptr<SVSDataTabulator>> fvpDataTabulators;  // by stage; null for one that hasn't run
+  std::vector<std::unique_ptr<SVSDataTabulator>> fvpDataTabulators;  // by stage; null if it wasn't drawn
   MCSV::SVSOutJointProbs* fpJointProbs;                              // borrowed, may be null
   bool fbDataProcessed = false;
   bool fbModelBuilt = false;

@@ -1,8 +1,11 @@
 #include "backend/svselect/component/SVSComponent.h"
 
+#include "backend/svcommon/design/MethodTable.h"
+
 SVSComponent::SVSComponent(const SVSCompSettings& settings, MCSV::SVSOutJointProbs* jointProbs)
     : SVSCompSettings(settings), fpJointProbs(jointProbs), fStatus(Validate()) {
-  if (!fStatus.IsError() && JointProbNeeded() && fpJointProbs == nullptr) {
+  if (!fStatus.IsError() && JointProbNeeded() && fpJointProbs == nullptr &&
+      MethodOf(DesignStages().front().methodType()).writesJointUnasked) {
     fStatus = ErrorStatus(kStatusNoJointOutput);
   }
   if (!fStatus.IsError()) fpAlgorithm = std::make_unique<SVSAlgorithm>(this, fpJointProbs);

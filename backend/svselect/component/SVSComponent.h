@@ -9,43 +9,55 @@
 #include "backend/svselect/design/SVSOutputStats.h"
 #include "model_components/surveyplans/common/SVStatus.h"
 
-// SVSComponent is the computation of one draw, as the procedure sees it: settings, a record stream and
-// abstract outputs go in, statuses and each case's results come out.
+// SVSComponent is the computation of one draw as the procedure sees it. Settings, a stream of records and two
+// outputs go in; statuses and the results of each case come out. It knows no files, no variables and no host:
+// records hold numbers, categories are codes, and results go to the interfaces of AbstractOutputs.h.
 //
-// Use:        construct, Run() once, then GetOutputStats() and the reads; CaseStats() for each record of a
-//             last pass.
-// Ownership:  copies the settings and owns the algorithm; borrows the joint output and, for the call, the
-//             iterator and the summary. What GetOutputStats() hands out lives as long as the component.
-// Threads:    one thread; the joint probabilities use workers of their own within Run().
+// Use:        construct, Run() once, then GetOutputStats() and the other reads; CaseStats() for each record
+//             of one more pass over the same records.
+// Ownership:  copies the settings and owns the algorithm; borrows the joint output for its own life, the
+//             iterator and the summary for the call of Run(). What GetOutputStats() returns lives as long as
+//             the component.
+// Threads:    one thread; Run() starts threads of its own for the joint probabilities and joins them.
+// Failures:   throws nothing of its own. An error is kept: GetStatus() returns it, and every later call does
+//             nothing. Warnings don't stop a run; they are in Statuses().
+// Cost:       a run reads the records once for each selected stage. Memory is that of the strata and units of
+//             all stages (see SVSStratumData.h); it doesn't depend on the number of records.
+//
+// Invariants: (1) fpAlgorithm is null exactly if the settings or the outputs were refused at construction.
+//             (2) a record gets the same codes in the pass for CaseStats() as in those of Run().
 class SVSComponent : public SVSCompSettings {
 public:
-  // The status is an error from here on when the settings don't pass Validate(), or when they need joint
-  // probabilities (92012) and `jointProbs` is null.
+  // The status is an error from here on if the settings don't pass Validate(), or if their method writes
+  // joint probabilities unasked and `jointProbs` is null (92012). `jointProbs` may be given without being
+  // needed.
   SVSComponent(const SVSCompSettings& settings, MCSV::SVSOutJointProbs* jointProbs);
   ~SVSComponent();
   SVSComponent(const SVSComponent&) = delete;
   SVSComponent& operator=(const SVSComponent&) = delete;
 
-  // Draws the stages. False when the status is an error, before or after, and for a second run, which does
-  // nothing. `summary` may be null.
+  // Draws the stages. False if the status is an error, before or afterwards. A second call does nothing and
+  // returns false. `summary` may be null.
   bool Run(MCCommon::MultiPassRecordIter& recordIterator, MCSV::SVSOutputSummary* summary);
 
   SVStatus GetStatus() const { return fStatus; }
 
-  // After a run without error: true, with the output statistics in `out`. Else false.
+  // After a run without error: true, and `*out` is set. Otherwise false.
   bool GetOutputStats(const SVSOutputStats** out);
-  // What GetOutputStats() gave has collected; nothing before that.
+  // The collected statuses. Odd, but relied on: the list is empty until GetOutputStats() was called, so a run
+  // whose sample isn't written shows no warnings.
   const std::vector<SVStatus>& Statuses() const;
-  // The stage that a status speaks of, 0 for none.
+  // The stage that a status is about; 0 if none is known.
   std::int32_t StageOf(const SVStatus& status) const;
 
-  // Whether a record may have a final weight: false only for one that CaseStats() would give none. For the
-  // many that aren't in a sample this is far cheaper. False without a finished run.
+  // A quick test before CaseStats(): false means that the record surely has no final weight. Most records
+  // aren't in a sample, and for those this is far cheaper. False without a finished run.
   bool MaySelect(const MCCommon::Record& record);
 
-  // What the run decided about a record: for each stage of the design the seven results by OutputKind, none
-  // for a stage that wasn't selected; and the final weight, missing for a case that isn't in the sample. The
-  // first error is returned, and leaves no final weight. Without a finished run nothing is computed.
+  // What the run decided about a record: for each stage of the design the seven results by OutputKind, an
+  // empty list for a stage that wasn't drawn; and the final weight, missing for a case that isn't in the
+  // sample. The first error is returned; the final weight is then missing. Nothing is done before a finished
+  // run.
   SVStatus CaseStats(const MCCommon::Record& record, std::vector<std::vector<double>>* stageValues,
                      double* finalWeight);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "backend/svcommon/design/MethodTable.h"
 #include "host/numeric/Fuzzy.h"
 
 namespace {
@@ -16,8 +17,7 @@ std::int32_t FaultOfStage(const DesignStage& stage, bool first, bool last) {
   const std::int32_t estimator = stage.estimatorType();
   if (!first && estimator != kEstimatorNone) return kStatusLateEstimator;
   if (first && estimator != kEstimatorNone && estimator != kEstimatorWr) return kStatusEstimator;
-  // Brewer's and Murthy's methods always draw two units, whatever the stage asks for.
-  if (stage.methodType() == kMethodPpsBrewer || stage.methodType() == kMethodPpsMurthy) return 0;
+  if (MethodOf(stage.methodType()).twoUnits) return 0;
   switch (stage.inclusionType()) {
     case kInclProbTypeNone:
       return kStatusNoSpec;
@@ -90,7 +90,7 @@ bool SVSCompSettings::SetEstimator(std::int32_t estimator, std::int32_t stage) {
 
 bool SVSCompSettings::SetMethod(std::int32_t method, std::int32_t stage) {
   DesignStage& owner = FindStage(stage);  // made even for a code that it doesn't take
-  if (stage != 1 && !IsEqualProbability(method)) return false;
+  if (stage != 1 && !MethodOf(method).equalProbability) return false;
   owner.setMethodType(method);
   return true;
 }
@@ -143,7 +143,7 @@ void SVSCompSettings::KeyVars(std::int32_t stage, std::vector<std::int32_t>* str
 bool SVSCompSettings::JointProbNeeded() const {
   if (fDesignStages.empty()) return false;
   const DesignStage& first = fDesignStages.front();
-  return HasJointProbs(first.methodType()) && first.estimatorType() != kEstimatorWr;
+  return MethodOf(first.methodType()).hasJointProbs && first.estimatorType() != kEstimatorWr;
 }
 
 SVStatus SVSCompSettings::Validate() const {

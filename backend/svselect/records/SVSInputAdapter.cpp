@@ -11,12 +11,15 @@ SVSInputAdapter::SVSInputAdapter(const SVSValidSpecs* validSpecs, ProcedureDataS
 
 SVSInputAdapter::~SVSInputAdapter() = default;
 
+// All variables are read even if the previous weight is missing: a later one may be worth a message. The
+// first that isn't allowed ends the case, so that a case has at most one message.
 bool SVSInputAdapter::ReadContinuous(double* record) {
   bool ok = true;
+  // The readers are in the order of the map, so the two advance together.
   auto contVar = fvContVars.begin();
   for (const auto& [variable, slot] : fpSelectSpecs->ContRecordIndex()) {
     bool invalid = false;
-    bool missing = false;  // of a rate or size; the stratum deals with it
+    bool missing = false;  // set for a rate or size, and ignored on purpose: the stratum deals with it
     record[slot] = (*contVar)->Get(&invalid, &missing);
     if (record[slot] == MCMV::gMissingValue && variable == fpSelectSpecs->PreviousWeightVar()) ok = false;
     if (invalid) {
@@ -32,9 +35,10 @@ bool SVSInputAdapter::ReadContinuous(double* record) {
   return ok;
 }
 
+// A table's own number can't be missing; if it were, the case would be rejected without a message.
 bool SVSInputAdapter::ReadMatrix(double* record) {
   bool ok = true;
-  std::int32_t index = 0;
+  std::int32_t index = 0;  // counts tables; `position` is that of the stage, which may have none
   for (const auto& [position, slot] : fpSelectSpecs->MatrixRecordIndex()) {
     bool notFound = false;
     record[slot] = fvMatrixSpecs[static_cast<std::size_t>(index)]->Get(&notFound);

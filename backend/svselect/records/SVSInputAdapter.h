@@ -3,12 +3,20 @@
 #include "backend/svcommon/adapters/SVInputAdapter.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
 
-// SVSInputAdapter is the record layer of a draw. A case is rejected when a strata or cluster variable or the
-// previous weight has no value, when a rate or size is invalid, or when a table holds nothing for it; the
-// last two are told by a message. A missing rate, size or measure of size leaves the record valid.
+// SVSInputAdapter decides which cases take part in a draw.
+//
+// A case is rejected if a strata or cluster variable is missing, if the weight of an earlier sampling is
+// missing, if a rate or size isn't allowed, or if a table has no number for the case. The last two are the
+// user's mistake rather than gaps in the data, so a message is shown as well, which ends the run. A missing
+// rate, size or measure of size doesn't reject the case: the stratum deals with it, since one record with a
+// value is enough.
+//
+// Ownership, threads and cost are those of the base class.
 class SVSInputAdapter : public SVInputAdapter {
 public:
-  // REQUIRES: the specifications are validated. Binds the variables of the record to `iterator`.
+  // Binds the variables of the record to `iterator`. Whether a user-missing value is a category of its own is
+  // the command's choice (CLASSMISSING); for numbers it never is a value.
+  // REQUIRES: the specifications are validated.
   SVSInputAdapter(const SVSValidSpecs* validSpecs, ProcedureDataSource* dataSource, ProcDSIterator* iterator,
                   const SVMessages* messages);
   ~SVSInputAdapter() override;
@@ -17,5 +25,5 @@ public:
   bool ReadMatrix(double* record) override;
 
 private:
-  const SVSValidSpecs* fpSelectSpecs;  // what fpValidSpecs points to, in its own type
+  const SVSValidSpecs* fpSelectSpecs;  // the object that fpValidSpecs points to, by its own type
 };

@@ -9,6 +9,9 @@
 
 namespace {
 
+constexpr std::size_t kMaxNameSize = 64;  // bytes of a variable's name
+
+// By OutputKind. Counts have no decimals; probabilities, rates and weights are shown with two.
 constexpr OutputKindTraits kTraits[kOutputKinds] = {
     {"InclusionProbability", 2, 11901},
     {"SampleWeightCumulative", 2, 11902},
@@ -28,12 +31,9 @@ const OutputKindTraits& TraitsOfKind(std::int32_t kind) {
   return kTraits[static_cast<std::size_t>(kind)];
 }
 
-namespace {
-
-constexpr std::size_t kMaxNameSize = 64;  // bytes
-
-}  // namespace
-
+// The number grows until a free name is found, which takes at most one more step than there are variables. If
+// the number alone is longer than the limit, nothing can be cut, and the name stays too long: a limit that
+// small doesn't occur.
 std::string UniqueVariableName(const KORV_DataSource& source, const std::string& name, std::size_t limit) {
   const std::string joint = name.ends_with('_') ? "" : "_";
   std::string candidate = name;
@@ -48,6 +48,7 @@ std::string UniqueVariableName(const KORV_DataSource& source, const std::string&
   return candidate;
 }
 
+// No source of this host is a view of another file, so the first of the two renamings never happens here.
 int FreeVariableName(KORV_DataSource& source, const std::string& name) {
   const int older = source.FindVarIndex(name, 0);
   if (older < 0) return older;

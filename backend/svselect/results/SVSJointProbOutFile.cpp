@@ -27,6 +27,8 @@ SVSJointProbOutFile::~SVSJointProbOutFile() {
   if (fState == kJointOpened || fState == kJointRowWritten) fpOutStore->CloseStore();
 }
 
+// The file itself was opened by the constructor; what is opened here is the sequence of calls. A second
+// Open() fails.
 int SVSJointProbOutFile::Open(int maxJointVars) {
   fpOutStore = fOutFile.DataSource();
   if (fState != kJointCreated || !fpValidSpecs->JointProbFile().IsInit() || fpOutStore == nullptr) {
@@ -60,6 +62,7 @@ void SVSJointProbOutFile::CopyVariables(const std::vector<std::int32_t>& variabl
   }
 }
 
+// New variables have the session's default format, except for the decimals and the measurement level.
 void SVSJointProbOutFile::AddNewVariable(const std::string& name, int decimals, int level) {
   const CommonSystemBlock& defaults = *pvGetCmnSys();
   FreeVariableName(*fpOutStore, name);
@@ -71,6 +74,8 @@ void SVSJointProbOutFile::AddNewVariable(const std::string& name, int decimals, 
   variable.SetMeasurementLevel(level);
 }
 
+// All columns are set to missing first, string columns too: each key column is overwritten by StartStratum()
+// or WriteRow(), and each probability beyond the stratum's own stays missing in all its rows.
 int SVSJointProbOutFile::StartStratum(int nJProbVars, const std::vector<std::int32_t>& vStrataVals) {
   if (fState != kJointOpened && fState != kJointRowWritten) return fState = kJointFailed;
   assert(1 <= nJProbVars && nJProbVars <= fMaxNJPVars);
@@ -88,12 +93,14 @@ int SVSJointProbOutFile::StartStratum(int nJProbVars, const std::vector<std::int
   return fState = kJointStratumStarted;
 }
 
+// The value that a category code represents, as many cells as its variable has.
 void SVSJointProbOutFile::SetKey(int column, std::int32_t variable, std::int32_t code) {
   const OBS* value = fpInputAdapter->ObsOfCode(variable, code);
   assert(value != nullptr);
   std::copy_n(value, ObsCells(fpDataSource->GetVariable(variable).GetType()), fpCase->GetObsPointer(column));
 }
 
+// A store reports a full disk and the like by throwing ErrorText, which is shown as an error of the run.
 int SVSJointProbOutFile::WriteRow(const std::vector<std::int32_t>& clusterValues,
                                   const std::vector<double>& jointProbs) {
   if (fState != kJointStratumStarted && fState != kJointRowWritten) return fState = kJointFailed;
@@ -114,6 +121,7 @@ int SVSJointProbOutFile::WriteRow(const std::vector<std::int32_t>& clusterValues
   return fState = kJointRowWritten;
 }
 
+// Closing between StartStratum() and its rows is a call out of order, as is a second Close().
 int SVSJointProbOutFile::Close() {
   if (fState == kJointOpened || fState == kJointRowWritten) {
     assert(fRecordCount == fNJProbVars);

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "backend/svcommon/adapters/SVProcDSMultiIter.h"
+#include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "backend/svselect/component/SVSComponent.h"
 #include "backend/svselect/records/SVSInputAdapter.h"
@@ -24,16 +25,18 @@
 
 namespace {
 
-constexpr std::int32_t kFinalWeightStage = -1;
-constexpr int kNoRepeats = -1;
-constexpr int kNewVariableWidth = 10;
+constexpr std::int32_t kFinalWeightStage = -1;  // in place of a stage number
+constexpr int kNoRepeats = -1;                  // in place of a position
+constexpr int kNewVariableWidth = 10;           // characters, of the format
 
 }  // namespace
 
-// Writes selected cases to the sample file: the copied columns, and the new values behind them.
+// Writes selected cases to the sample file: the copied columns, then the new values. It is bound to the
+// columns of the pass, so it can only be made once the pass has started.
 class SVSSampleFile::CaseWriter {
 public:
-  // With a repeat position a case is written as often as the new value there says, numbered there from 1.
+  // With a repeat position, a case is written as often as the new value at that position says, and the copies
+  // are numbered there from 1.
   CaseWriter(IndependentDataStore* store, KORV_InputCaseIterator* cases,
              const std::vector<std::int32_t>& columns, int repeatPosition)
       : fpStore(store),
@@ -44,7 +47,7 @@ public:
     for (const std::int32_t column : columns) fvCopied.emplace_back(cases, column);
   }
 
-  // Throws ErrorText.
+  // Throws ErrorText if the file can't be written.
   void Write(const std::vector<double>& newValues) {
     int column = 0;
     for (const CaseValue& value : fvCopied) {
@@ -71,7 +74,8 @@ private:
   int fRepeatPosition;
 };
 
-// Hands selected cases to the selection rule file for as long as that takes them.
+// Passes selected cases to the selection rule file until that fails. A rule file that fails doesn't stop the
+// pass: it has shown its message, and the sample is still good.
 class SVSSampleFile::RuleWriter {
 public:
   RuleWriter(const SVSValidSpecs* validSpecs, ProcedureDataSource* dataSource, SVSInputAdapter* inputAdapter)
@@ -92,6 +96,7 @@ private:
   SVKey fKey;
 };
 
+// No name for a sample file isn't a failure; a name whose file couldn't be opened is, and was reported.
 SVSSampleFile::SVSSampleFile(const SVSValidSpecs* validSpecs, ProcedureDataSource* dataSource,
                              SVSInputAdapter* inputAdapter)
     : fpValidSpecs(validSpecs),
@@ -107,10 +112,11 @@ SVSSampleFile::~SVSSampleFile() {
   if (fpOutStore != nullptr && fState != kClosed && fState != kFailed) fpOutStore->CloseStore();
 }
 
+// SetLastPass() tells the host to keep what is set through the iterator; earlier passes leave no trace.
 std::int32_t SVSSampleFile::Write(SVSComponent& component, SVProcDSMultiIter& multiPassIter) {
   if (fState != kCreated) return fState = kFailed;
   DefineVariables();
-  // The pass starts when it is known which columns it copies.
+  // The pass can start only now: which columns it has to read depends on the variables.
   if (multiPassIter.Reset() != MCCommon::kRecordReady) return fState = kFailed;
   fpDataSource->SetLastPass();
   MakePass(component, multiPassIter);
@@ -127,12 +133,14 @@ const std::map<std::int32_t, std::int32_t>& SVSSampleFile::RenamedVariables(
 
 // --- the variables ---------------------------------------------------------------------------------------
 
-// Where the new variables go.
+// The file that gets the new variables.
 KORV_DataSource& SVSSampleFile::Target() const {
   if (fpOutStore != nullptr) return *fpOutStore;
   return *fpDataSource;
 }
 
+// Copied variables, new variables stage by stage, the final weight last. The document is saved before the
+// dictionary is finished, as it is part of it.
 void SVSSampleFile::DefineVariables() {
   if (fpOutStore != nullptr && !fpValidSpecs->DropAll()) CopyVariables();
   for (const DesignStage* stage : fpValidSpecs->DesignStages()) {
@@ -144,6 +152,8 @@ void SVSSampleFile::DefineVariables() {
   fState = kDefined;
 }
 
+// In the order of KEEP, or of the active file without it, less the variables of DROP. DROP removes one
+// occurrence of a variable, which suffices: KEEP can't repeat one.
 void SVSSampleFile::CopyVariables() {
   if (fpValidSpecs->KeepCount() > 0) {
     fKeepColumns = *fpValidSpecs->KeepList();
@@ -163,12 +173,14 @@ void SVSSampleFile::CopyVariables() {
   }
 }
 
+// Whether this run doesn't draw the stage. Without a list of stages all are drawn.
 bool SVSSampleFile::IsLeftOut(const DesignStage& stage) const {
   if (fpValidSpecs->SelectStageCount() == 0) return false;
   const std::vector<std::int32_t>& selected = *fpValidSpecs->SelectStages();
   return std::find(selected.begin(), selected.end(), stage.stageNumber()) == selected.end();
 }
 
+// Labels come from the host's catalogue, with the stage's number put in.
 void SVSSampleFile::AddStageVariables(const DesignStage& stage) {
   for (const std::int32_t kind : stage.requestedOutputs()) {
     const std::string name = stage.outputName(kind);
@@ -183,6 +195,7 @@ void SVSSampleFile::AddStageVariables(const DesignStage& stage) {
   }
 }
 
+// Its kind is that of a stage's weight, which is never used: FillNewValues() looks at the stage first.
 void SVSSampleFile::AddFinalWeight() {
   char label[kCatalogueTextSize];
   ERRTXN(kFinalWeightTraits.labelMessage, label);
@@ -192,6 +205,7 @@ void SVSSampleFile::AddFinalWeight() {
   fNewMethods.push_back(kMethodNone);
 }
 
+// The older variable is renamed before the new one is made: a dictionary never has two equal names.
 void SVSSampleFile::MakeVariable(const std::string& name, int decimals, const char* label) {
   KORV_DataSource& target = Target();
   const int older = FreeVariableName(target, name);
@@ -205,6 +219,7 @@ void SVSSampleFile::MakeVariable(const std::string& name, int decimals, const ch
   if (older >= 0) fRenamed[index] = older;
 }
 
+// The active file keeps its documents, and gets one more. A sample file starts with this one only.
 void SVSSampleFile::SaveDocument() {
   std::vector<DSDocument> documents;
   if (fpOutStore == nullptr) documents = GetDocuments(*fpDataSource);
@@ -214,6 +229,10 @@ void SVSSampleFile::SaveDocument() {
 
 // --- the pass --------------------------------------------------------------------------------------------
 
+// Next() is called at the end of each round because the stream is one record ahead: the record of the case
+// under the iterator is Current(). A case is asked about in two steps, the quick test first. A file that
+// can't be written ends the pass with a warning, not an error, so that the tables and statuses of the draw
+// still appear.
 void SVSSampleFile::MakePass(SVSComponent& component, SVProcDSMultiIter& multiPassIter) {
   KORV_InputCaseIterator& cases = *multiPassIter.CaseIterator();
   std::optional<CaseWriter> writer;
@@ -221,6 +240,7 @@ void SVSSampleFile::MakePass(SVSComponent& component, SVProcDSMultiIter& multiPa
   std::optional<RuleWriter> rule;
   if (!fpValidSpecs->SelectRuleFile().empty()) rule.emplace(fpValidSpecs, fpDataSource, fpInputAdapter);
   std::vector<double> values(fNewStages.size());
+  // Used only without a sample file: the active file's last columns are the new ones then.
   const auto firstNew = static_cast<int>(fpDataSource->ColumnCount() - values.size());
 
   const auto takeCase = [&] {
@@ -252,19 +272,21 @@ void SVSSampleFile::MakePass(SVSComponent& component, SVProcDSMultiIter& multiPa
   if (rule) rule->Finish();
 }
 
-// The new variable that numbers the copies of a case: the number of selections of the last stage with new
-// variables, if that stage draws with replacement.
+// The position of the new variable that numbers the copies of a case: see the header. The final weight counts
+// as stage -1, so it is never the last stage unless there is no other new variable.
 int SVSSampleFile::FindRepeatPosition() const {
   if (fNewStages.empty()) return kNoRepeats;
   const std::int32_t maxStage = *std::max_element(fNewStages.begin(), fNewStages.end());
   for (std::size_t i = 0; i < fNewStages.size(); ++i) {
-    if (fNewStages[i] == maxStage && fNewKinds[i] == kOutIndex && IsWithReplacement(fNewMethods[i])) {
+    if (fNewStages[i] == maxStage && fNewKinds[i] == kOutIndex && MethodOf(fNewMethods[i]).withReplacement) {
       return static_cast<int>(i);
     }
   }
   return kNoRepeats;
 }
 
+// The component's answer, rearranged to the order of the new variables. A stage that wasn't drawn has no new
+// variables, so its empty list of results is never read.
 void SVSSampleFile::FillNewValues(double finalWeight, std::vector<double>* values) const {
   for (std::size_t i = 0; i < values->size(); ++i) {
     const std::int32_t stage = fNewStages[i];

@@ -36,10 +36,13 @@ std::int32_t SVSSelectRuleFile::Open() {
   fpStream = std::make_unique<ExtOutputStream>();
   ExtNameStr name;
   name.SetGeneric(fpValidSpecs->SelectRuleFile());
-  name.Open(*fpStream, kOpenForOutput);  // a stream that failed to open takes and loses the text
+  // The result isn't needed: the host reports a failure, and a stream that isn't open swallows the text.
+  name.Open(*fpStream, kOpenForOutput);
   return fState = kOpened;
 }
 
+// The key is made of category codes, not of values. A value that has no code yet gets one: a selected case's
+// values have codes, so this happens only to values outside the draw's own records.
 std::int32_t SVSSelectRuleFile::AddCase(KORV_InputCaseIterator& caseIterator, KeySet& keys, SVKey& key) {
   if (!IsGood()) return fState = kFailed;
   for (std::int32_t i = 0; i < KeyLength(); ++i) {
@@ -53,6 +56,7 @@ std::int32_t SVSSelectRuleFile::AddCase(KORV_InputCaseIterator& caseIterator, Ke
   return fState;
 }
 
+// All lines of the clause but the last are written now; the last one waits in fPendingLine for OR or the end.
 void SVSSelectRuleFile::WriteClause(KORV_InputCaseIterator& caseIterator) {
   if (!fPendingLine.empty()) {
     *fpStream << fPendingLine << " OR\n";
@@ -70,7 +74,8 @@ void SVSSelectRuleFile::WriteClause(KORV_InputCaseIterator& caseIterator) {
   }
 }
 
-// The value in its print format, without blanks in front; of nothing but blanks the last one stays.
+// The value in its print format, without leading blanks. Of a value that is all blank, one blank remains. A
+// text isn't quoted, though a reader of the rule would need it: that is the format.
 std::string SVSSelectRuleFile::ValueText(KORV_InputCaseIterator& caseIterator, std::int32_t variable) const {
   const KORV_Format format = UsableFormat(fpDataSource->GetVariable(variable));
   std::string text(format.width + 1U, '\0');
@@ -81,6 +86,7 @@ std::string SVSSelectRuleFile::ValueText(KORV_InputCaseIterator& caseIterator, s
   return start < text.size() || text.empty() ? text.substr(start) : " ";
 }
 
+// Without any clause the file stays empty, and its count stays unset.
 std::int32_t SVSSelectRuleFile::Finish() {
   if (!IsGood()) return fState = kFailed;
   if (!fPendingLine.empty()) {

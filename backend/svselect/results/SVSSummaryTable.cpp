@@ -15,9 +15,9 @@
 
 namespace {
 
-constexpr std::size_t kMaxStrataVariables = 18;  // a table can nest no deeper
+constexpr std::size_t kMaxStrataVariables = 18;  // the deepest nesting that a table can have
 constexpr std::size_t kValueCells = 4;           // of a collected row: two sizes, two rates
-constexpr int kAsMade = 2;
+constexpr int kAsMade = 2;                       // categories stay in the order in which they were added
 constexpr double kPercent = 100.0;
 
 BpString Fixed(const char* text) {
@@ -30,10 +30,13 @@ SVSSummaryTable::SVSSummaryTable(const SVSValidSpecs* validSpecs, const SVSInput
                                  BpHeading* heading, const ProcedureDataSource* dataSource)
     : fpValidSpecs(validSpecs), fpInputAdapter(inputAdapter), fpHeading(heading), fpDataSource(dataSource) {}
 
+// A run that ends within a stage still shows what its table has so far.
 SVSSummaryTable::~SVSSummaryTable() {
   CloseTable();
 }
 
+// The status is kSummaryStop until everything for rows is ready. The table is opened before the number of
+// variables is known to be too large: it carries the note.
 int SVSSummaryTable::StartStage(int stage) {
   fStatus = MCSV::kSummaryStop;
   if (!fpValidSpecs->PrintSelection()) return fStatus;
@@ -54,6 +57,8 @@ int SVSSummaryTable::StartStage(int stage) {
   return fStatus = MCSV::kSummaryGoOn;
 }
 
+// Two dimensions make the columns: requested and actual, within each statistic. The rows come later, if at
+// all.
 void SVSSummaryTable::OpenTable(int stage) {
   const std::string& label = fpValidSpecs->StageLabels()[static_cast<std::size_t>(stage - 1)];
   BpComposite title(label.empty() ? "Summary stage ^1" : "Summary stage ^1 label ^2", true);
@@ -73,7 +78,9 @@ void SVSSummaryTable::OpenTable(int stage) {
   fStatsDim->Position(kPlaceColumn, 2, true, false);
 }
 
-// The strata of a stage nest in the units of the stages before it.
+// The strata of a stage lie within the units of earlier stages, so the clusters of those identify them too.
+// The same rule makes the keys of the computation (SVSCompSettings::KeyVars), and the codes come in its
+// order.
 void SVSSummaryTable::FindStrataVariables(int stage) {
   fvCumStrataXW.clear();
   for (const DesignStage* design : fpValidSpecs->DesignStages()) {
@@ -86,6 +93,7 @@ void SVSSummaryTable::FindStrataVariables(int stage) {
   }
 }
 
+// Without a table, because the user asked for none, there is nothing to do.
 int SVSSummaryTable::AddStratum(const std::vector<std::int32_t>& designValues, int requestedSize,
                                 int actualSize, double requestedRate, double actualRate) {
   if (!fTable) return fStatus;
@@ -99,6 +107,8 @@ int SVSSummaryTable::AddStratum(const std::vector<std::int32_t>& designValues, i
   return fStatus = MCSV::kSummaryGoOn;
 }
 
+// A row is stored behind its key in the map, as four numbers. Sizes survive that exactly, being whole. Two
+// codes with equal values can't occur, so the search before Insert() only guards its precondition.
 void SVSSummaryTable::CollectRow(const std::vector<std::int32_t>& designValues, const Row& row) {
   assert(fpStrataObsVecMap != nullptr);
   const ObsVecMap::KeySpec& widths = fpStrataObsVecMap->GetKeySpec();
@@ -117,6 +127,8 @@ void SVSSummaryTable::CollectRow(const std::vector<std::int32_t>& designValues, 
   cells[3].number = row.actualRate;
 }
 
+// Also called for a stage without rows: the table with the note is shown, and one that was never opened
+// isn't.
 int SVSSummaryTable::EndStage() {
   WriteCollectedRows();
   CloseTable();
@@ -124,6 +136,7 @@ int SVSSummaryTable::EndStage() {
   return fStatus = MCSV::kSummaryGoOn;
 }
 
+// The value cells follow the key cells in an entry of the map.
 void SVSSummaryTable::WriteCollectedRows() {
   if (fpStrataObsVecMap == nullptr) return;
   for (const OBS* key : fpStrataObsVecMap->Sort()) {
@@ -134,6 +147,8 @@ void SVSSummaryTable::WriteCollectedRows() {
   fpStrataObsVecMap.reset();
 }
 
+// A cell belongs to the categories that were asked for last in each dimension, so the stub comes first, then
+// the statistic, then the two values.
 void SVSSummaryTable::WriteRow(const OBS* keyCells, const Row& row) const {
   if (keyCells != nullptr) WriteKey(keyCells);
   const auto write = [this](const char* statistic, const BpNumber& requested, const BpNumber& actual) {
@@ -148,8 +163,9 @@ void SVSSummaryTable::WriteRow(const OBS* keyCells, const Row& row) const {
         BpNumber(row.actualRate * kPercent, percent));
 }
 
-// The stub of a row: a group for each variable with its value, one within the other; in the last, which names
-// its variable only, the value is the category.
+// The stub of a row: nested groups, one for each variable and labelled with its value, "region = North". The
+// group of the last variable has only the name, and the value is a category in it, so that the values of one
+// variable are listed under one label.
 void SVSSummaryTable::WriteKey(const OBS* keyCells) const {
   const ObsVecMap::KeySpec& widths = fpStrataObsVecMap->GetKeySpec();
   BpGroup parent = *fVarsDim;
@@ -167,7 +183,7 @@ void SVSSummaryTable::WriteKey(const OBS* keyCells) const {
   }
 }
 
-// The dimensions first: the table shows itself when it goes.
+// Destroying the table hands it to the output, so the dimensions, which are parts of it, go first.
 void SVSSummaryTable::CloseTable() {
   fVarsDim.reset();
   fStatsDim.reset();

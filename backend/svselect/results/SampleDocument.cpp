@@ -6,63 +6,21 @@
 #include <sstream>
 #include <string>
 
+#include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "host/environment/Clocks.h"
 #include "host/model/KORV_DataSource.h"
 
-std::int32_t SVSDocumentStrings::Add(const std::string& text) {
-  fvStrings.push_back(text);
-  return static_cast<std::int32_t>(text.size());
-}
-
-std::size_t SVSDocumentStrings::LinesOf(std::size_t index, std::size_t lineLen) const {
-  assert(lineLen > 0);
-  return index < fvStrings.size() ? (fvStrings[index].size() + lineLen - 1) / lineLen : 0;
-}
-
-std::string SVSDocumentStrings::Line(std::size_t index, std::size_t piece, std::size_t lineLen) const {
-  if (piece >= LinesOf(index, lineLen)) return {};
-  return fvStrings[index].substr(piece * lineLen, lineLen);
-}
-
 namespace {
 
-constexpr std::size_t kPieceSize = 71;        // bytes of a text in one line
-constexpr std::size_t kNumberSize = 10;       // characters of a number, what goes beyond is cut off
-constexpr std::size_t kStageSize = 3;         // the same of a stage number
+constexpr std::size_t kPieceSize = 71;        // bytes of a text in one line of 80
+constexpr std::size_t kNumberSize = 10;       // characters of a number; the rest is cut off
+constexpr std::size_t kStageSize = 3;         // the same for a stage number
 constexpr char kFirstPrefix[] = "document ";  // of the first line; the others are indented by as much
 constexpr char kOtherPrefix[] = "         ";
 static_assert(sizeof kFirstPrefix == sizeof kOtherPrefix);
 
-constexpr char kReplacement[] = "Sampling with replacement";
-constexpr char kUnequal[] =
-    "Unequal probability sampling without replacement(using joint inclusion probabilitites)";
-
-struct MethodTexts {
-  const char* method;
-  const char* estimator;
-};
-// By MethodType.
-constexpr MethodTexts kMethodTexts[] = {
-    {"", ""},
-    {"Simple random sampling without replacement", "Equal probability sampling without replacement"},
-    {"Simple random sampling with replacement", kReplacement},
-    {"Systematic sampling with equal probability", kReplacement},
-    {"Chromy (sequential) sampling with equal probability", kReplacement},
-    {"PPS sampling without replacement", kUnequal},
-    {"PPS sampling with replacement", kReplacement},
-    {"Systematic sampling with PPS", kReplacement},
-    {"Chromy (sequential) sampling with PPS", kReplacement},
-    {"Brewer sampling with PPS", kUnequal},
-    {"Murthy sampling with PPS", kUnequal},
-    {"Sampford sampling with PPS", kUnequal},
-};
-
-const MethodTexts& TextsOf(std::int32_t method) {
-  const auto index = static_cast<std::size_t>(method);
-  return index < std::size(kMethodTexts) ? kMethodTexts[index] : kMethodTexts[kMethodNone];
-}
-
+// Six significant digits, as streams write them by default. Cutting can't lose the end of a number then.
 std::string NumberText(double value) {
   std::ostringstream out;
   out.imbue(std::locale::classic());
@@ -70,7 +28,7 @@ std::string NumberText(double value) {
   return out.str().substr(0, kNumberSize);
 }
 
-// The lines of one design, written one after the other.
+// Builds the texts of one design, one line after the other. Single use: construct, Describe(), discard.
 class Describer {
 public:
   Describer(const SVSValidSpecs& specs, const KORV_DataSource& activeFile)
@@ -91,24 +49,27 @@ private:
     return fActiveFile.GetVariable(variable).GetName();
   }
 
+  // Stages are counted by their position, not by their number in the design.
   void AddHeading(std::size_t index) {
     const std::string& label = fSpecs.StageLabels()[index];
     const std::string heading = "Stage " + std::to_string(index + 1).substr(0, kStageSize);
     fTexts.Add(label.empty() ? heading : heading + ": " + label);
   }
 
+  // The estimator line comes from the method alone; the plan's own choice of an estimator isn't shown.
   void AddStage(const DesignStage& stage) {
-    const MethodTexts& texts = TextsOf(stage.methodType());
+    const SVMethod& method = MethodOf(stage.methodType());
     AddVariables("Stratification Variables: ", stage.strataVariables());
     AddVariables("Cluster Variables: ", stage.clusterVariables());
-    if (stage.methodType() != kMethodNone) fTexts.Add(std::string("Selection Method: ") + texts.method);
+    if (stage.methodType() != kMethodNone) fTexts.Add("Selection Method: " + std::string(method.title));
     AddMeasureOfSize();
     AddInclusion(stage);
     AddBound("Minimum Number of Units Sampled: ", stage.rateMinSize());
     AddBound("Maximum Number of Units Sampled: ", stage.rateMaxSize());
-    fTexts.Add(std::string("Estimator Assumption: ") + texts.estimator);
+    fTexts.Add("Estimator Assumption: " + std::string(method.estimator));
   }
 
+  // Each name is followed by a blank, the last one too.
   void AddVariables(const char* prefix, const std::vector<std::int32_t>& variables) {
     if (variables.empty()) return;
     std::string text = prefix;
@@ -116,7 +77,7 @@ private:
     fTexts.Add(text);
   }
 
-  // It belongs to the plan, and stands with every stage all the same.
+  // The measure of size belongs to the plan, and is repeated for every stage, even one that doesn't use it.
   void AddMeasureOfSize() {
     if (fSpecs.MosVar() >= 0) {
       AddFromVariable("Measure of Size: ", fSpecs.MosVar());
@@ -127,6 +88,7 @@ private:
     AddBound("Maximum MOS Value: ", fSpecs.MosMax());
   }
 
+  // The stage's rate or size. Tags that only analysis plans use have no line.
   void AddInclusion(const DesignStage& stage) {
     const std::string rate = "Proportion of Units Sampled: ";
     const std::string size = "Number of Units Sampled: ";
@@ -154,10 +116,12 @@ private:
     }
   }
 
+  // A tag can name a variable that was never set; such a line is left out.
   void AddFromVariable(const std::string& prefix, std::int32_t variable) {
     if (variable >= 0) fTexts.Add(prefix + "Obtained from variable " + NameOf(variable));
   }
 
+  // Only a positive bound is one.
   void AddBound(const char* prefix, double bound) {
     if (bound > 0.0) fTexts.Add(prefix + NumberText(bound));
   }
@@ -169,10 +133,27 @@ private:
 
 }  // namespace
 
+std::int32_t SVSDocumentStrings::Add(const std::string& text) {
+  fvStrings.push_back(text);
+  return static_cast<std::int32_t>(text.size());
+}
+
+// The quotient is rounded up: a last piece that isn't full counts.
+std::size_t SVSDocumentStrings::LinesOf(std::size_t index, std::size_t lineLen) const {
+  assert(lineLen > 0);
+  return index < fvStrings.size() ? (fvStrings[index].size() + lineLen - 1) / lineLen : 0;
+}
+
+std::string SVSDocumentStrings::Line(std::size_t index, std::size_t piece, std::size_t lineLen) const {
+  if (piece >= LinesOf(index, lineLen)) return {};
+  return fvStrings[index].substr(piece * lineLen, lineLen);
+}
+
 SVSDocumentStrings DescribeDesign(const SVSValidSpecs& specs, const KORV_DataSource& activeFile) {
   return Describer(specs, activeFile).Describe();
 }
 
+// The first line of the document starts with its keyword, which is part of the text.
 DSDocument MakeSampleDocument(const SVSDocumentStrings& texts) {
   DSDocument document;
   for (std::size_t i = 0; i < texts.Count(); ++i) {

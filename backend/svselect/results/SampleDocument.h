@@ -7,31 +7,36 @@
 
 #include "host/model/DSDocument.h"
 
-// SVSDocumentStrings is a list of texts that can be had in pieces of a fixed number of bytes. A cut heeds
-// neither words nor characters.
+class KORV_DataSource;
+class SVSValidSpecs;
+
+// The design in words, stored inside the sample as a document of its dictionary. Whoever opens the sample
+// years later finds out how it was drawn without having the plan.
+
+// SVSDocumentStrings is a list of texts that can be read in pieces of a fixed number of bytes, as the lines
+// of a document are limited. A cut ignores words and even characters: the pieces put together give the text
+// again.
 class SVSDocumentStrings {
 public:
-  // Appends a copy; gives its length.
+  // Appends a copy. Returns its length, which nobody needs.
   std::int32_t Add(const std::string& text);
 
   std::size_t Count() const { return fvStrings.size(); }
 
-  // How many pieces a text makes; none when it is empty or there is no such text. REQUIRES: lineLen > 0.
+  // The number of pieces of a text; 0 if it is empty or doesn't exist. REQUIRES: lineLen > 0.
   std::size_t LinesOf(std::size_t index, std::size_t lineLen) const;
 
-  // One piece; the last one holds what is left. Empty when there is none. REQUIRES: lineLen > 0.
+  // One piece; the last one holds the rest. Empty if it doesn't exist. REQUIRES: lineLen > 0.
   std::string Line(std::size_t index, std::size_t piece, std::size_t lineLen) const;
 
 private:
   std::vector<std::string> fvStrings;
 };
 
-class KORV_DataSource;
-class SVSValidSpecs;
-
-// The design in words, for whoever works with the sample later: plan, final weight, and each stage with its
-// variables, its method and its sizes. Variables go by their names in `activeFile`.
+// Describes the design: plan, final weight, and each stage with its variables, method and sizes. Variables
+// are named as in `activeFile` at the time of the call, that is, by their new names if the run has renamed
+// some.
 SVSDocumentStrings DescribeDesign(const SVSValidSpecs& specs, const KORV_DataSource& activeFile);
 
-// The texts as a document of today, in lines of at most 80 bytes.
+// A document with these texts and today's date, in lines of at most 80 bytes.
 DSDocument MakeSampleDocument(const SVSDocumentStrings& texts);

@@ -17,6 +17,10 @@ namespace {
 
 constexpr std::int32_t kAnyInclusionType = -1;
 
+// One message: for a stage with strata or clusters, and for one without. The first row that fits is used. A
+// status with no row is never shown: its cause is a fault of the program or of a source that has been
+// reported already. The wordings are fixed, also where they don't say what a user needs: "Pop size too big"
+// means that more units were asked for than the population has.
 struct Row {
   std::int32_t code;
   std::int32_t inclusionType;
@@ -83,6 +87,7 @@ SVSProcedure::SVSProcedure(SVSValidSpecs* validSpecs, ProcedureDataSource* dataS
   }
 }
 
+// In reverse order of dependence: the component has used the iterator, the iterator the adapter.
 SVSProcedure::~SVSProcedure() {
   fpSummary = nullptr;
   fpComponent.reset();
@@ -91,6 +96,8 @@ SVSProcedure::~SVSProcedure() {
   fpInputAdapter.reset();
 }
 
+// The joint probability output is made before anything is tested, so that a file that can't be opened is
+// reported even if there is nothing to draw. It is local: the component uses it only during Run().
 bool SVSProcedure::Run() {
   const SVSCompSettings* settings = fpValidSpecs->CompSettings();
   std::unique_ptr<SVSJointProbOutFile> jointProbs;
@@ -122,6 +129,7 @@ void SVSProcedure::Report() {
   }
 }
 
+// A stage with a table counts as one with a variable here: the settings know no tables.
 void SVSProcedure::ShowStatus(const SVStatus& status) {
   if (status.IsOK()) return;
   const std::int32_t stage = fpComponent == nullptr ? 0 : fpComponent->StageOf(status);

@@ -6,16 +6,6 @@
 #include "host/numeric/RecordIterator.h"
 #include "model_components/surveyplans/common/SVStatus.h"
 
-// What a user is told of a status.
-struct StatusText {
-  const char* text = nullptr;  // null when nothing is told; ^1 stands for the stage
-  bool showsStage = false;
-};
-
-// The text for a status code, given how the stage that it speaks of says its rate or size (an InclusionType),
-// and whether that stage has strata or clusters.
-StatusText TextOfStatus(std::int32_t code, std::int32_t inclusionType, bool isStratified);
-
 class ProcedureDataSource;
 class SVProcDSMultiIter;
 class SVSComponent;
@@ -27,35 +17,56 @@ namespace MCSV {
 class SVSOutputSummary;
 }
 
-// SVSProcedure ties the record layer to the computation: the cases of the active file go in as records, and
-// what the computation has to say comes out as messages.
+// The message for a status.
+struct StatusText {
+  const char* text = nullptr;  // null if the status isn't shown; ^1 is the place of the stage's number
+  bool showsStage = false;     // the text has a ^1
+};
+
+// The message for a status code. It depends on how the stage of the status states its rate or size (an
+// InclusionType), and on whether that stage has strata or clusters: without, "stratum" would mean nothing.
+StatusText TextOfStatus(std::int32_t code, std::int32_t inclusionType, bool isStratified);
+
+// SVSProcedure connects the record layer to the computation: the cases of the active file go in as records,
+// and the statuses that the computation returns come out as messages.
 //
-// Use:        construct, SetSummary(), Run(), GetOutputStats() if the sample is to be written, Report().
-// Ownership:  owns the record layer and the component; borrows specifications, data source and summary.
+// Use:        construct, SetSummary(), Run(), GetOutputStats() if the sample is written, Report(). Single
+// use. Ownership:  owns the record layer and the component; borrows specifications, data source and summary,
+// which
+//             must outlive it.
+// Threads:    the thread of the run only.
+// Failures:   an error is kept in the object: Run() returns false and Report() shows it. A source without
+//             cases, or without valid ones, has been reported by a message from the constructor. An exception
+//             from the data layer is not caught here.
+//
+// Invariants: (1) without cases there is no record layer: GetInputAdapter() and GetMultiPassIter() are null.
+//             (2) the component exists from the first Run() that got as far as the computation.
+//             (3) the adapter outlives the record iterator, which outlives the component: each calls the one
+//                 before it. The destructor releases them in that order.
 class SVSProcedure {
 public:
-  // Reads ahead to the first valid record. Without one an error has been issued, and Run() gives false.
+  // Reads ahead to the first valid record. If there is none, an error is shown and Run() will return false.
   SVSProcedure(SVSValidSpecs* validSpecs, ProcedureDataSource* dataSource);
   ~SVSProcedure();
 
-  // Where the stage summaries go; may be null.
+  // The output for stage summaries; may be null. Call before Run().
   void SetSummary(MCSV::SVSOutputSummary* summary) { fpSummary = summary; }
 
-  // Draws the selected stages, and writes the joint probabilities if the design needs them. True when all
-  // stages were tabulated and selected.
+  // Draws the selected stages, and writes the joint probabilities if the design needs them. True if all
+  // selected stages were tabulated and drawn.
   bool Run();
 
-  // The component's output statistics, null after an error. Report() shows what they hold only after this
-  // call.
+  // The component's output statistics; null after an error. The call has an effect: Report() shows the
+  // collected statuses only after it.
   const SVSOutputStats* GetOutputStats();
 
-  // Shows the outcome: the error of a run that failed, else each status that the run collected.
+  // Shows the outcome: the error of a run that failed, otherwise each status that the run collected.
   void Report();
 
-  // Turns one status into one message, or into none.
+  // Shows one status as a message. Statuses that are OK, or have no text, aren't shown.
   void ShowStatus(const SVStatus& status);
 
-  // Null when the data source gave no cases.
+  // Null if the data source has no cases.
   SVSInputAdapter* GetInputAdapter() const { return fpInputAdapter.get(); }
   SVProcDSMultiIter* GetMultiPassIter() const { return fpMultiPassIter; }
   SVSComponent* GetComponent() const { return fpComponent.get(); }
@@ -66,8 +77,8 @@ private:
   std::unique_ptr<SVSInputAdapter> fpInputAdapter;
   std::unique_ptr<SVMessages> fpMessages;
   std::unique_ptr<MCCommon::MultiPassRecordIter> fpRecordIter;
-  SVProcDSMultiIter* fpMultiPassIter = nullptr;  // *fpRecordIter in its own form
+  SVProcDSMultiIter* fpMultiPassIter = nullptr;  // *fpRecordIter by its own type
   std::unique_ptr<SVSComponent> fpComponent;     // null until Run()
-  SVStatus fStatus;                              // of what the object itself did
+  SVStatus fStatus;                              // the first error, or OK
   MCSV::SVSOutputSummary* fpSummary = nullptr;   // borrowed
 };

@@ -4,6 +4,7 @@
 #include <cassert>
 #include <utility>
 
+#include "backend/svselect/selection/PpsWor.h"
 #include "host/numeric/Obs.h"
 
 namespace {
@@ -36,13 +37,16 @@ void RunningProducts(std::span<const double> a, double* b) {
 
 }  // namespace
 
-PpsWorJoint::PpsWorJoint(const PpsWorStratum& stratum, SVSJointMatrix matrix, std::vector<Range> steps)
-    : fStratum(stratum), fMatrix(std::move(matrix)), fvSteps(std::move(steps)) {
-  const std::size_t n = static_cast<std::size_t>(stratum.n);
-  const std::size_t units = stratum.p.size();
-  assert(n >= 1 && n <= units && stratum.firstStep.size() == n);
-  fT = n < units ? stratum.cumulative[units - n - 1] : 0.0;
-  fz1 = stratum.p[units - n];
+PpsWorJoint::PpsWorJoint(const SVSStratumView& stratum, SVSJointMatrix matrix, std::vector<Range> steps)
+    : fStratum(stratum),
+      fMatrix(std::move(matrix)),
+      fvSteps(std::move(steps)),
+      fvFirstStep(FirstStepProbs(stratum.shares, stratum.cumulativeShares, stratum.requested)) {
+  const std::size_t n = fvFirstStep.size();
+  const std::size_t units = stratum.shares.size();
+  assert(n >= 1 && n <= units);
+  fT = n < units ? stratum.cumulativeShares[units - n - 1] : 0.0;
+  fz1 = stratum.shares[units - n];
   fvStep.resize(n);
   // Not initialised: the threads that fill the arrays touch their pages first.
   fpTail = std::make_unique_for_overwrite<double[]>(n * fMatrix.Count());
@@ -52,7 +56,7 @@ PpsWorJoint::PpsWorJoint(const PpsWorStratum& stratum, SVSJointMatrix matrix, st
 }
 
 bool PpsWorJoint::Run(std::size_t range, const Stop& stop) {
-  const std::size_t units = fStratum.p.size();
+  const std::size_t units = fStratum.shares.size();
   Scratch scratch{std::vector<double>(units), std::vector<double>(units), std::vector<double>(units)};
   std::vector<double> sums(kRowsPerTile * fMatrix.Count());
   const std::size_t ranges = fvSteps.size();
@@ -81,14 +85,15 @@ void PpsWorJoint::MakeSteps(const Range& steps, const Stop& stop, Scratch* scrat
 
 void PpsWorJoint::MakeStep(std::size_t step, Scratch* scratch) {
   const double i = static_cast<double>(step + 1);
-  const std::size_t units = fStratum.p.size();
+  const std::size_t units = fStratum.shares.size();
   const std::size_t n = fvStep.size();
   const std::size_t m = units - n + step + 1;
   const double d = i * fz1 + fT;
   fvStep[step] = {d, fMatrix.CountAmong(m)};
 
   double* z = scratch->z.data();
-  for (std::size_t unit = 0; unit < m; ++unit) z[unit] = (unit <= units - n ? fStratum.p[unit] : fz1) / d;
+  for (std::size_t unit = 0; unit < m; ++unit)
+    z[unit] = (unit <= units - n ? fStratum.shares[unit] : fz1) / d;
   double beyond = 0.0;
   for (std::size_t unit = m - 1; unit-- > 0;) {
     const double next = z[unit + 1];
@@ -126,7 +131,7 @@ void PpsWorJoint::SumRows(std::size_t firstRow, std::size_t endRow, std::vector<
 void PpsWorJoint::AddStep(std::size_t step, std::size_t row, double* sums) const {
   const std::size_t k = fMatrix.Count();
   const std::size_t inside = fvStep[step].inside;
-  const double weight = fStratum.firstStep[step];
+  const double weight = fvFirstStep[step];
   const double* tail = fpTail.get() + step * k;
   std::size_t other = row + 1;
   if (row < inside) {
@@ -142,11 +147,11 @@ void PpsWorJoint::AddStep(std::size_t step, std::size_t row, double* sums) const
 double PpsWorJoint::OutsideTerm(std::size_t step, std::size_t row) const {
   if (row >= fvStep[step].inside) return 1.0;
   const std::size_t unit = fMatrix.Unit(row);
-  const double share = unit < fStratum.p.size() - fvStep.size() ? fStratum.p[unit] : fz1;
+  const double share = unit < fStratum.shares.size() - fvStep.size() ? fStratum.shares[unit] : fz1;
   return static_cast<double>(step + 1) * share / fvStep[step].d;
 }
 
-PpsWorEqualJoint::PpsWorEqualJoint(const PpsWorStratum& stratum, SVSJointMatrix matrix,
+PpsWorEqualJoint::PpsWorEqualJoint(const SVSStratumView& stratum, SVSJointMatrix matrix,
                                    std::vector<Range> rows)
     : fStratum(stratum), fMatrix(std::move(matrix)), fvRows(std::move(rows)) {
   assert(!stratum.sizes.empty());
@@ -162,14 +167,14 @@ PpsWorEqualJoint::PpsWorEqualJoint(const PpsWorStratum& stratum, SVSJointMatrix 
 
 bool PpsWorEqualJoint::Run(std::size_t range, const Stop& stop) {
   // The product is one of 32 bits, and wraps from n = 46,342 on, where the matrix alone takes 17 GB.
-  const std::int64_t product = (std::int64_t{fStratum.n} - 1) * fStratum.n;
+  const std::int64_t product = (std::int64_t{fStratum.requested} - 1) * fStratum.requested;
   const double draws = static_cast<std::int32_t>(product);
   for (std::size_t position = fvRows[range].begin; position < fvRows[range].end; ++position) {
     if (stop()) return false;
     const std::size_t rank = fMatrix.Rank(position);
     const std::size_t unit = fMatrix.Unit(rank);
     for (std::size_t other = rank + 1; other < fMatrix.Count(); ++other) {
-      double value = draws * fvA[unit] * fStratum.p[fMatrix.Unit(other)];
+      double value = draws * fvA[unit] * fStratum.shares[fMatrix.Unit(other)];
       if (unit > 0) value *= fvB[unit - 1];
       if (value != kMissing) fMatrix.Set(rank, other, value);
     }

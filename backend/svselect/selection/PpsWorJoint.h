@@ -3,23 +3,15 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
-#include <span>
 #include <vector>
 
 #include "backend/svselect/selection/SVSJointMatrix.h"
 #include "backend/svselect/selection/SVSJointWork.h"
+#include "backend/svselect/selection/SVSStratumView.h"
 
-// A stratum as PPS without replacement has drawn from it: units in the order of that draw, ascending by size.
-// Unit numbers 1..N of the formulas are positions 0..N-1 here. Everything is borrowed.
-struct PpsWorStratum {
-  std::span<const double> sizes;       // s
-  std::span<const double> p;           // shares of the sizes
-  std::span<const double> cumulative;  // running sums of p
-  std::span<const double> firstStep;   // a(i), i = 1..n, as the draw left them
-  int n;                               // units drawn, 1..N
-};
-
-// Joint inclusion probabilities of PPS without replacement where the last n units aren't all of one size.
+// Joint inclusion probabilities of PPS without replacement where the last n units aren't all of one size. The
+// stratum is as the draw has left it: units in the order of the draw, ascending by size, with s, p and c. It
+// is borrowed.
 //
 //   pi_ab = sum_{i=1..n} a(i) C_i(a, b)
 //
@@ -40,9 +32,10 @@ struct PpsWorStratum {
 class PpsWorJoint : public SVSJointWork {
 public:
   // `steps` are consecutive ranges of i - 1, from 0 to n. Throws std::bad_alloc where there is no memory.
-  PpsWorJoint(const PpsWorStratum& stratum, SVSJointMatrix matrix, std::vector<Range> steps);
+  PpsWorJoint(const SVSStratumView& stratum, SVSJointMatrix matrix, std::vector<Range> steps);
 
   bool Run(std::size_t range, const Stop& stop) override;
+  bool RunsOnThreads() const override { return true; }
 
 private:
   // What a step i gives to the pairs, by rank; only the ranks below `inside` have factors.
@@ -61,11 +54,12 @@ private:
   void AddStep(std::size_t step, std::size_t row, double* sums) const;
   double OutsideTerm(std::size_t step, std::size_t row) const;
 
-  PpsWorStratum fStratum;
+  SVSStratumView fStratum;
   SVSJointMatrix fMatrix;
   std::vector<Range> fvSteps;
-  double fT;   // share of all units but the last n
-  double fz1;  // share of the first of the last n
+  std::vector<double> fvFirstStep;  // a(i) by i - 1
+  double fT;                        // share of all units but the last n
+  double fz1;                       // share of the first of the last n
 
   std::vector<Step> fvStep;                  // by i - 1
   std::unique_ptr<double[]> fpTail;          // n x k, as the next two: (i-1) i Z(ib)
@@ -82,12 +76,12 @@ private:
 // Ranges are of rows, by position.
 class PpsWorEqualJoint : public SVSJointWork {
 public:
-  PpsWorEqualJoint(const PpsWorStratum& stratum, SVSJointMatrix matrix, std::vector<Range> rows);
+  PpsWorEqualJoint(const SVSStratumView& stratum, SVSJointMatrix matrix, std::vector<Range> rows);
 
   bool Run(std::size_t range, const Stop& stop) override;
 
 private:
-  PpsWorStratum fStratum;
+  SVSStratumView fStratum;
   SVSJointMatrix fMatrix;
   std::vector<Range> fvRows;
   std::vector<double> fvA, fvB;  // by unit, all but the last

@@ -23,4 +23,7 @@ public:
 
   // False when it was stopped. Throws std::bad_alloc where there is no memory.
   virtual bool Run(std::size_t range, const Stop& stop) = 0;
+
+  // Whether several threads may run ranges. `stop` must then change nothing when it is asked.
+  virtual bool RunsOnThreads() const { return false; }
 };

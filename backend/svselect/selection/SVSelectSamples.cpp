@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "backend/svcommon/design/DesignStage.h"
-#include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
+#include "backend/svselect/selection/MethodFunctions.h"
 #include "backend/svselect/selection/SVSJointWork.h"
 #include "host/threads/sfLocks.h"
 
@@ -31,16 +31,13 @@ SVStatus SVSelectSamples::Prepare(const ClusterPairs* clusterTablePairs, Cluster
   fRequestSampleRate = requestRate;
   fTotalSampleSize = 0.0;
   ClearSizes();
-  // Those of equal probability need no sizes, but for the sequential one, which works on any.
-  if (!IsEqualProbability(fSelectMethod) || fSelectMethod == kMethodSimpleChromy) FormSizes();
+  if (FunctionsOf(fSelectMethod).lists != SizeLists::kNone) FormSizes();
   fpOutSamples->AddStatus(fStatus);
   return fStatus;
 }
 
-// Of the two lists of running sums a method reads one, and a large stratum is spared the other: points on a
-// line fall to units by S(i), all other draws by c(i).
 void SVSelectSamples::FormSizes() {
-  const bool bLine = fSelectMethod == kMethodPpsWr || fSelectMethod == kMethodPpsSystematic;
+  const bool bLine = FunctionsOf(fSelectMethod).lists == SizeLists::kLine;
   const std::size_t count = fpClusterTablePairs->size();
   fAllSampleSizes.reserve(count);
   fProbPropSize.reserve(count);
@@ -67,47 +64,40 @@ SVStatus SVSelectSamples::SelectSamples() {
   fSelectSampleInds.clear();
   fJointProbs.clear();
   fNSelectSamples = 0;
-  if (!IsWithReplacement(fSelectMethod)) {
+  if (!MethodOf(fSelectMethod).withReplacement) {
     fNRequestSamples = std::min(fNRequestSamples, fNAllSamples);
     fRequestSampleRate = std::min(fRequestSampleRate, 1.0);
   }
-  if (fNRequestSamples > 0) {
-    RunMethod();
-    if (!fStatus.IsError() && fNSelectSamples > 0) SetStageValues();
-  }
+  if (fNRequestSamples > 0) Draw();
   // Only the methods that name their units one by one have joint probabilities, which need the sizes.
   if (fSelectSampleInds.empty()) ClearSizes();
   fpOutSamples->AddStatus(fStatus);
   return fStatus;
 }
 
-void SVSelectSamples::RunMethod() {
-  switch (fSelectMethod) {
-    case kMethodSimpleWor:
-      return SelectSimpleWor();
-    case kMethodSimpleWr:
-      return SelectSimpleWr();
-    case kMethodSimpleSystematic:
-      return SelectSimpleSystematic();
-    case kMethodSimpleChromy:
-    case kMethodPpsChromy:
-      return SelectSequential();
-    case kMethodPpsWor:
-      return SelectPpsWor();
-    case kMethodPpsWr:
-      return SelectPpsWr();
-    case kMethodPpsSystematic:
-      return SelectPpsSystematic();
-    case kMethodPpsBrewer:
-      if (fNAllSamples >= 2) fNRequestSamples = 2;
-      return SelectSampfordFamily();
-    case kMethodPpsMurthy:
-      return SelectMurthy();
-    case kMethodPpsSampford:
-      return SelectSampfordFamily();
-    default:
-      return;
-  }
+void SVSelectSamples::Draw() {
+  const SVMethod& method = MethodOf(fSelectMethod);
+  DrawFunction* const draw = FunctionsOf(fSelectMethod).draw;
+  if (draw == nullptr) return;
+  if (method.twoUnits && fNAllSamples >= 2) fNRequestSamples = 2;
+  SVSTakenUnits taken(method, fpClusterTablePairs, fpClusterSelectPairs, &fSelectSampleInds);
+  const SVStatus status = draw(View(), fpRandom, &taken);
+  fNSelectSamples = taken.Count();
+  if (status.IsError()) return Fail(status.code);
+  if (fNSelectSamples > 0) SetStageValues();
+}
+
+SVSStratumView SVSelectSamples::View() const {
+  return {.units = fNAllSamples,
+          .requested = fNRequestSamples,
+          .sizes = fAllSampleSizes,
+          .cumulativeSizes = fCumSampleSizes,
+          .shares = fProbPropSize,
+          .cumulativeShares = fCumProbPropSize,
+          .totalSize = fTotalSampleSize,
+          .limit = MethodOf(fSelectMethod).limit,
+          .exact = fpSettings->ExactDesign(),
+          .cancelInfo = fpCancelInfo};
 }
 
 void SVSelectSamples::GetStageValues(double* popSize, double* sampleSize, double* rate) const {
@@ -122,7 +112,6 @@ void SVSelectSamples::ClearWork() {
   ClearSizes();
   Release(&fJointProbs);
   Release(&fThreadRanges);
-  Release(&fFirstStepProbs);
 }
 
 void SVSelectSamples::ClearSizes() {
@@ -130,12 +119,6 @@ void SVSelectSamples::ClearSizes() {
   Release(&fCumSampleSizes);
   Release(&fProbPropSize);
   Release(&fCumProbPropSize);
-}
-
-bool SVSelectSamples::Cancelled() {
-  if (!fpCancelInfo->IsCancelled()) return false;
-  Fail(kStatusCancelled);
-  return true;
 }
 
 void SVSelectSamples::Fail(std::int32_t code) {
@@ -146,17 +129,4 @@ void SVSelectSamples::SetStageValues() {
   fOutPopSize = fNAllSamples;
   fOutSampleSize = fNSelectSamples;
   fOutSampleRate = static_cast<double>(fNSelectSamples) / fNAllSamples;
-}
-
-void SVSelectSamples::TakeUnit(std::int32_t index, double inclProb, double weight) {
-  ClusterTable::Entry* unit = (*fpClusterTablePairs)[static_cast<std::size_t>(index)];
-  unit->value.SetResults(inclProb, weight, 1.0);
-  fpClusterSelectPairs->push_back(unit);
-  fSelectSampleInds.push_back(index + 1);
-  ++fNSelectSamples;
-}
-
-bool SVSelectSamples::AnySizeAbove(double limit) const {
-  return std::any_of(fAllSampleSizes.begin(), fAllSampleSizes.end(),
-                     [limit](double size) { return size > limit; });
 }

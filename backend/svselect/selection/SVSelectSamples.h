@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "backend/svselect/selection/SVSClusterData.h"
+#include "backend/svselect/selection/SVSStratumView.h"
 #include "host/numeric/Obs.h"
 #include "model_components/surveyplans/common/SVStatus.h"
 
@@ -14,7 +15,6 @@ class SVCancelInfo;
 class SVSCompSettings;
 class SVSJointWork;
 class SVSOutSamples;
-class SampfordFurtherDraws;
 class sfMutex;
 namespace MCCommonMath {
 class MCRandomTwister;
@@ -29,15 +29,14 @@ class MCRandomTwister;
 // Ownership:  owns its arrays. Borrows everything that it points to: settings, stage and cancel view for its
 //             own life, the rest from SetRandom() and Prepare() on.
 // Threads:    the thread of the run; JointProbsRange() of different ranges may run in parallel.
-// Notation:   units 1..N in the order of the list given to Prepare(); s(i) size, S(i) its running sum, M its
-//             total; p(i) = s(i) / M and c(i) its running sum; n the requested size. Unit numbers kept here
-//             are 1-based; sums are plain sums of doubles in list order.
+// Notation:   that of SVSStratumView.h, units 1..N being those of the list given to Prepare(). Unit numbers
+//             kept here are 1-based.
 // Errors:     the status stays in the engine, and once it is an error nothing changes it and nothing more is
 //             computed: 1 when cancelled, 92031 a size is missing, 92032 a size is too large for the method,
 //             92036 no memory for the joint probabilities.
 //
-// The methods spread over source files by family; the arithmetic of each that needs no draw stands in free
-// functions beside them (PpsWorSteps.h, SampfordFurtherDraws.h and so on).
+// What differs between the methods isn't here: MethodFunctions.h has the draw of each one, a function over a
+// SVSStratumView, and where its joint probabilities come from.
 class SVSelectSamples {
 public:
   SVSelectSamples(const SVSCompSettings* settings, std::int32_t stageNumber, SVCancelInfo* cancelInfo);
@@ -76,15 +75,6 @@ public:
   SVStatus FinishThreads(const std::vector<double>** matrix);
 
 private:
-  // Results that a unit of this inclusion probability receives.
-  static double WeightOf(double inclProb) { return inclProb > 0.0 ? 1.0 / inclProb : MCMV::gMissingValue; }
-
-  SVSClusterData& Unit(std::int32_t index) const {
-    return (*fpClusterTablePairs)[static_cast<std::size_t>(index)]->value;
-  }
-  double Share(std::int32_t index) const { return fProbPropSize[static_cast<std::size_t>(index)]; }
-  double RequestedShare(std::int32_t index) const { return fNRequestSamples * Share(index); }
-
   // Empties a list and gives its memory back.
   template <class T>
   static void Release(std::vector<T>* list) {
@@ -93,35 +83,12 @@ private:
 
   void FormSizes();
   void ClearSizes();
-  void RunMethod();
-  bool Cancelled();  // a yes becomes the status
+  void Draw();
+  SVSStratumView View() const;  // of the lists as they are
   void Fail(std::int32_t code);
   void SetStageValues();
-  // Selects the unit at a 0-based index for the methods that name their units one by one.
-  void TakeUnit(std::int32_t index, double inclProb, double weight);
-  void TakeUnit(std::int32_t index) {
-    TakeUnit(index, RequestedShare(index), WeightOf(RequestedShare(index)));
-  }
-  bool AnySizeAbove(double limit) const;
-
-  void SelectSimpleWor();
-  void SelectSimpleWr();
-  void SelectSimpleSystematic();
-  void SelectSequential();
-  void SelectPpsWor();
-  void SelectPpsWorMain();
-  void TakeTurns(std::int32_t turns, const std::vector<double>& shares, const std::vector<double>& ratios);
-  void SelectPpsWr();
-  void SelectPpsSystematic();
-  void SelectSampfordFamily();
-  void SelectByAttempts();
-  bool SampfordAttempt(SampfordFurtherDraws* further, std::vector<std::uint8_t>* taken,
-                       std::vector<std::int32_t>* sample);
-  void SelectExactSampford();
-  void SelectMurthy();
 
   // Joint probabilities.
-  int CompareLargest() const;
   std::int32_t SharedItems() const;
   void StartJointWork(std::int32_t ranges);
   void FormJointMatrix();
@@ -134,15 +101,15 @@ private:
   const DesignStage* fpStage;                         // borrowed; read at construction only
   SVSOutSamples* fpOutSamples = nullptr;              // borrowed
   const ClusterPairs* fpClusterTablePairs = nullptr;  // borrowed; all units
-  ClusterPairs* fpClusterSelectPairs = nullptr;       // borrowed; methods 5, 9, 10 and 11 fill it
+  ClusterPairs* fpClusterSelectPairs = nullptr;       // borrowed; of methods that name their units
   std::vector<std::int32_t> fSelectSampleInds;        // unit numbers, parallel to fpClusterSelectPairs
   std::int32_t fSelectMethod;                         // MethodType
   std::int32_t fStageInd;                             // from 1
-  std::vector<double> fAllSampleSizes;                // s(i); the four lists are empty for methods 1 to 3
-  std::vector<double> fCumSampleSizes;                // S(i), of methods 6 and 7
+  std::vector<double> fAllSampleSizes;                // s(i); the method's SizeLists are formed, no others
+  std::vector<double> fCumSampleSizes;                // S(i)
   double fTotalSampleSize = 0.0;                      // M
   std::vector<double> fProbPropSize;                  // p(i); 0 where M isn't positive
-  std::vector<double> fCumProbPropSize;               // c(i), of all others
+  std::vector<double> fCumProbPropSize;               // c(i)
   std::int32_t fNAllSamples = 0;                      // N
   std::int32_t fNRequestSamples = 0;                  // n, at most N without replacement
   std::int32_t fNSelectSamples = 0;                   // selected so far
@@ -152,8 +119,6 @@ private:
   double fOutSampleRate = MCMV::gMissingValue;
   std::vector<double> fJointProbs;  // square, row by row, in order of selection
   std::vector<std::pair<std::int32_t, std::int32_t>> fThreadRanges;  // 1-based, inclusive
-  bool fbAllUnitsTaken = false;               // Sampford's and Brewer's census: all joint ones are 1
-  std::vector<double> fFirstStepProbs;        // a(1..n) of PPS_WOR, not divided by their sum
   std::unique_ptr<SVSJointWork> fpJointWork;  // the computation of fJointProbs, while it runs
   SVCancelInfo* fpCancelInfo;                 // borrowed
   SVStatus fStatus;

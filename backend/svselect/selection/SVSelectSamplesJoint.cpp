@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <limits>
 #include <new>
+#include <utility>
 
-#include "backend/svcommon/design/DesignStage.h"
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
-#include "backend/svselect/selection/MurthyJoint.h"
-#include "backend/svselect/selection/PpsWorJoint.h"
-#include "backend/svselect/selection/SVSJointMatrix.h"
+#include "backend/svselect/selection/MethodFunctions.h"
 #include "backend/svselect/selection/SVSelectSamples.h"
 #include "backend/svselect/selection/SampfordJoint.h"
 #include "host/threads/sfLocks.h"
@@ -74,20 +72,11 @@ SVStatus SVSelectSamples::JointProbs(const std::vector<double>** matrix) {
   return fStatus;
 }
 
-// s(N) against s(N-n+1). PPS_WOR draws by its main procedure when this is above 0, by that for equal largest
-// sizes when it is 0, and not at all below.
-// REQUIRES: the sizes are there, and n is from 1 to N.
-int SVSelectSamples::CompareLargest() const {
-  const double last = fAllSampleSizes.back();
-  const double first = fAllSampleSizes[static_cast<std::size_t>(fNAllSamples - fNRequestSamples)];
-  return last > first ? 1 : (last < first ? -1 : 0);
-}
-
-// Work items that threads can share: first steps of PPS_WOR, rows of the matrix for PPS_SAMPFORD, else none.
+// Work items that threads can share.
 std::int32_t SVSelectSamples::SharedItems() const {
-  if (fSelectSampleInds.empty()) return 0;  // the sizes are gone then
-  if (fSelectMethod == kMethodPpsWor) return CompareLargest() > 0 ? fNRequestSamples : 0;
-  return fSelectMethod == kMethodPpsSampford ? static_cast<std::int32_t>(fSelectSampleInds.size()) : 0;
+  SharedItemsFunction* const items = FunctionsOf(fSelectMethod).sharedItems;
+  if (items == nullptr || fSelectSampleInds.empty()) return 0;  // without selected units the sizes are gone
+  return items(View(), static_cast<std::int32_t>(fSelectSampleInds.size()));
 }
 
 void SVSelectSamples::StartJointWork(std::int32_t ranges) {
@@ -135,34 +124,18 @@ void SVSelectSamples::SplitItems(std::int32_t items, std::int32_t ranges) {
 
 // Null where the method has no joint probabilities. Throws std::bad_alloc where there is no memory.
 std::unique_ptr<SVSJointWork> SVSelectSamples::MakeJointWork() {
-  SVSJointMatrix matrix(fJointProbs, fSelectSampleInds);
+  JointFunction* const joint = FunctionsOf(fSelectMethod).joint;
+  if (joint == nullptr) return nullptr;
   std::vector<SVSJointWork::Range> ranges;
   for (const auto& [first, last] : fThreadRanges) {
     ranges.push_back({static_cast<std::size_t>(first) - 1, static_cast<std::size_t>(last)});
   }
-  const PpsWorStratum stratum{fAllSampleSizes, fProbPropSize, fCumProbPropSize, fFirstStepProbs,
-                              fNRequestSamples};
-  switch (fSelectMethod) {
-    case kMethodPpsWor:
-      if (CompareLargest() > 0) return std::make_unique<PpsWorJoint>(stratum, matrix, ranges);
-      return std::make_unique<PpsWorEqualJoint>(stratum, matrix, ranges);
-    case kMethodPpsMurthy:
-      return std::make_unique<MurthyJoint>(fProbPropSize, matrix, ranges);
-    case kMethodPpsBrewer:
-    case kMethodPpsSampford: {
-      auto work =
-          std::make_unique<SampfordJoint>(fProbPropSize, fNRequestSamples, fbAllUnitsTaken, matrix, ranges);
-      work->Prepare([this] { return fpCancelInfo->IsCancelled(); });
-      return work;
-    }
-    default:
-      return nullptr;
-  }
+  return joint(View(), SVSJointMatrix(fJointProbs, fSelectSampleInds), std::move(ranges));
 }
 
-// On any thread. The computations that threads can share ask with Tick(), which changes nothing.
+// On any thread. What threads may share asks with Tick(), which changes nothing.
 void SVSelectSamples::RunJointWork(std::int32_t range) {
-  const bool shared = fSelectMethod == kMethodPpsBrewer || SharedItems() > 0;
+  const bool shared = fpJointWork->RunsOnThreads();
   const auto stop = [this, shared] { return shared ? fpCancelInfo->Tick() : fpCancelInfo->IsCancelled(); };
   std::int32_t code = kStatusCancelled;
   try {
@@ -176,5 +149,4 @@ void SVSelectSamples::RunJointWork(std::int32_t range) {
 
 void SVSelectSamples::EndJointWork() {
   fpJointWork.reset();
-  fFirstStepProbs.clear();
 }

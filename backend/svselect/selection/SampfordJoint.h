@@ -43,6 +43,7 @@ public:
   bool Prepare(const Stop& stop);
 
   bool Run(std::size_t range, const Stop& stop) override;
+  bool RunsOnThreads() const override { return true; }
 
 private:
   bool CountsOfUnselected(const Stop& stop, std::vector<double>* counts) const;

@@ -7,14 +7,16 @@
 #include "backend/svselect/design/SVSOutSamples.h"
 #include "host/numeric/Fuzzy.h"
 #include "host/numeric/Obs.h"
-#include "model_components/surveyplans/common/SVSOutJointProbs.h"
-#include "model_components/surveyplans/common/SVSOutputSummary.h"
+#include "model_components/surveyplans/common/AbstractOutputs.h"
+
+// In the order of a run: the pass, the draw with its outputs, the questions afterwards.
 
 namespace {
 
 using MCMV::gMissingValue;
 
-// What becomes of a record for the value that it has at one index.
+// What a value at one index means for its record: it passes, drops the record silently (the usual case for a
+// missing category), or is a fault of the data that ends the run.
 enum class Fitness { kPasses, kRejected, kInvalid };
 
 bool IsWhole32(double value) {
@@ -23,7 +25,7 @@ bool IsWhole32(double value) {
 
 Fitness FitnessOf(std::int32_t variableType, double value) {
   switch (variableType) {
-    case kVarCategorical:  // a missing value is among those below
+    case kVarCategorical:  // the missing value is negative, so it is rejected too
       if (value < 0.5) return Fitness::kRejected;
       return IsWhole32(value) ? Fitness::kPasses : Fitness::kInvalid;
     case kVarRate:
@@ -38,12 +40,13 @@ Fitness FitnessOf(std::int32_t variableType, double value) {
   }
 }
 
-// The code of a category. Codes are whole; the half guards against what a conversion upstream could leave.
+// The code of a category. Codes are whole here already; adding a half guards against a conversion before this
+// point that leaves one just below.
 std::int32_t KeyValue(double value) {
   return TruncateToInt32(value + 0.5);
 }
 
-// Missing values are negative, so one comparison tells a weight that counts.
+// One comparison also rejects the missing value, which is negative.
 bool IsPositive(double weight) {
   return weight > 0.0;
 }
@@ -77,6 +80,9 @@ SVSDataTabulator::SVSDataTabulator(const SVSCompSettings* settings, std::int32_t
   if (settings->StageSpecVar(stage) >= 0) fConstVars.push_back(settings->StageSpecVar(stage));
 }
 
+// --- the pass --------------------------------------------------------------------------------------------
+
+// Records that are still in the ring when the pass ends in an error are dropped: nothing is drawn from it.
 SVStatus SVSDataTabulator::ProcessData(MCCommon::MultiPassRecordIter& iterator) {
   if (!iterator.HasMore()) fStatus = ErrorStatus(kStatusNoRecords);
   if (fbSourceProcessed) fStatus = ErrorStatus(kStatusUserError);
@@ -88,6 +94,7 @@ SVStatus SVSDataTabulator::ProcessData(MCCommon::MultiPassRecordIter& iterator) 
   return fStatus;
 }
 
+// The status is asked after Next(): a source that failed while reading ahead also spoils the record in hand.
 void SVSDataTabulator::TakeRecord(MCCommon::MultiPassRecordIter& iterator) {
   const MCCommon::Record* record = iterator.Next();
   if (iterator.Status() == MCCommon::kSourceFailed) {
@@ -104,8 +111,8 @@ void SVSDataTabulator::TakeRecord(MCCommon::MultiPassRecordIter& iterator) {
   }
 }
 
-// Whether the record is fit for tabulation. To be unfit without a status is the normal way for a record to be
-// dropped; a status that became an error stops the pass.
+// Whether the record can be tabulated. False with an unchanged status is the normal way for a record to be
+// dropped; false with an error stops the pass. TakeRecord() has tested the length before; Lookup() hasn't.
 bool SVSDataTabulator::Check(const MCCommon::Record& record, SVStatus& status) {
   Fitness fitness = Fitness::kPasses;
   if (record.Size() < static_cast<int>(fVariableType->size())) {
@@ -135,15 +142,23 @@ void SVSDataTabulator::Tabulate(const MCCommon::Record& record) {
   fpOutSamples->AddStatus(fStatus);
 }
 
-// The stage before selected the record's unit.
+// Whether the stage before selected the record's unit. The quick test answers for most; only its weight, and
+// not its cumulative weight, is needed here, so 1 is carried.
 bool SVSDataTabulator::EntersStage(const MCCommon::Record& record) {
   if (fpPrevTabulator == nullptr) return true;
   return fpPrevTabulator->MaySelect(record) &&
          !fpPrevTabulator->Lookup(record, 1.0, &fPrevValues).IsError() && IsPositive(fPrevValues[kOutWeight]);
 }
 
-// Takes the record into the ring, asks for the unit of the record halfway through it, and enters the oldest
-// when the ring is full.
+// Puts the record into the ring, and takes the oldest one out if the ring is full.
+//
+// In a file in random order nearly every unit is out of the processor's caches, and a search for it waits for
+// memory twice: for the slot of the table and for the unit it points to. So a record waits in the ring while
+// both are fetched. On arrival the slot is requested; halfway through the ring the slot has come, is read,
+// and the unit is requested; when the record leaves, the unit is there. The ring is a queue: order is kept.
+//
+// The subtraction below wraps for the first records. The position is still right, as kWaiting is a power of
+// two, and the arrival found there is an empty one.
 void SVSDataTabulator::Arrive(const MCCommon::Record& record) {
   Arrival& arrival = ArrivalAt(fArrived);
   arrival.data.assign(record.GetAll(), record.GetAll() + record.Size());
@@ -156,6 +171,7 @@ void SVSDataTabulator::Arrive(const MCCommon::Record& record) {
   if (fArrived - fEntered == kWaiting) EnterNext();
 }
 
+// The stratum is searched again if it wasn't there on arrival: a record ahead in the ring may have made it.
 void SVSDataTabulator::EnterNext() {
   const Arrival& arrival = ArrivalAt(fEntered++);
   const double* data = arrival.data.data();
@@ -169,6 +185,8 @@ void SVSDataTabulator::EnterNext() {
   stratum.AddRecord(arrival.unitKey, data);
 }
 
+// InitConstValues() reports a missing rate or size by its result, which isn't needed: a later record may have
+// the value, and if none has, the stratum reports it when it draws.
 SVSStratumData& SVSDataTabulator::NewStratum(const SVKey& key, const double* data) {
   StratumEntry* entry = fDataTable.Insert(key, fCompSettings, fStageInd, fpCancelInfo, fConstVars.size());
   fTablePairs.push_back(entry);
@@ -178,7 +196,8 @@ SVSStratumData& SVSDataTabulator::NewStratum(const SVKey& key, const double* dat
   return stratum;
 }
 
-// Without cluster variables the case is the unit.
+// Without cluster variables the case is the unit, and its id the key. Without an id, as in a computation that
+// isn't fed by a file, all records of a stratum are one unit.
 void SVSDataTabulator::MakeKeys(const double* data, SVKey* stratumKey, SVKey* unitKey) const {
   for (std::size_t i = 0; i < fKeyStrataVars.size(); ++i) {
     (*stratumKey)[static_cast<int>(i)] = KeyValue(data[fKeyStrataVars[i]]);
@@ -191,6 +210,8 @@ void SVSDataTabulator::MakeKeys(const double* data, SVKey* stratumKey, SVKey* un
   unitKey->ComputeHash();
 }
 
+// --- the draw --------------------------------------------------------------------------------------------
+
 SVStatus SVSDataTabulator::SelectSamples(MCSV::SVSOutputSummary* summary,
                                          MCSV::SVSOutJointProbs* jointProbs) {
   int maxSelected = 0;
@@ -200,6 +221,7 @@ SVStatus SVSDataTabulator::SelectSamples(MCSV::SVSOutputSummary* summary,
   return fStatus;
 }
 
+// In the order of the table: it decides which random numbers each stratum gets.
 bool SVSDataTabulator::DrawStrata(int* maxSelected) {
   for (StratumEntry& entry : fDataTable) {
     SVSStratumData& stratum = entry.value;
@@ -211,7 +233,8 @@ bool SVSDataTabulator::DrawStrata(int* maxSelected) {
   return true;
 }
 
-// A stage that was started is ended, whatever its strata answered.
+// EndStage() is called whatever StartStage() and AddStratum() answered, so that the output can close what it
+// opened.
 bool SVSDataTabulator::Summarize(MCSV::SVSOutputSummary& summary) {
   int result = summary.StartStage(fStageInd);
   for (auto entry = fDataTable.begin(); entry != fDataTable.end() && result == MCSV::kSummaryGoOn; ++entry) {
@@ -225,7 +248,8 @@ bool SVSDataTabulator::Summarize(MCSV::SVSOutputSummary& summary) {
   return false;
 }
 
-// An output that can't be opened is closed again and left alone; that is no error of the run.
+// An output that can't be opened is closed again and ignored: the sample doesn't depend on it. Strata are
+// sorted by their keys, so that the file has a stable order.
 void SVSDataTabulator::WriteJointProbs(MCSV::SVSOutJointProbs& output, int maxSelected) {
   const int state = output.Open(maxSelected);
   std::sort(fTablePairs.begin(), fTablePairs.end(),
@@ -238,7 +262,8 @@ void SVSDataTabulator::WriteJointProbs(MCSV::SVSOutJointProbs& output, int maxSe
   output.Close();
 }
 
-// False when nothing more is to be written.
+// False if nothing more is to be written. A stratum without selected units writes nothing, but can still
+// report an error.
 bool SVSDataTabulator::WriteStratum(MCSV::SVSOutJointProbs& output, StratumEntry& entry) {
   SVSStratumData& stratum = entry.value;
   const ClusterPairs& units = stratum.GetClusterSelectPairs();
@@ -260,6 +285,8 @@ bool SVSDataTabulator::WriteStratum(MCSV::SVSOutJointProbs& output, StratumEntry
   return !failed;
 }
 
+// --- after the draw --------------------------------------------------------------------------------------
+
 bool SVSDataTabulator::MaySelect(const MCCommon::Record& record) {
   if (fStatus.IsError() || record.Size() < static_cast<int>(fVariableType->size())) return false;
   MakeKeys(record.GetAll(), &fSVStratumKey, &fSVUnitKey);
@@ -272,7 +299,8 @@ SVStatus SVSDataTabulator::Lookup(const MCCommon::Record& record, double carried
   values->assign(kOutputKinds, gMissingValue);
   if (fStatus.IsError()) return fStatus;
   SVStatus status;
-  Check(record, status);  // only an error matters: what it drops has no weight or stands in no table
+  // The result isn't needed: a record that Check() would drop is in no table, or has no weight.
+  Check(record, status);
   if (status.IsError()) return status;
   const double* data = record.GetAll();
   if (data == nullptr) return ErrorStatus(kStatusInvalidRecord);

@@ -22,50 +22,70 @@ class SVSOutJointProbs;
 class SVSOutputSummary;
 }  // namespace MCSV
 
-// SVSDataTabulator is one stage of a run: it sorts the records of one pass into strata and their units, has
-// each stratum draw, and then answers for any record what the stage decided about it.
+// SVSDataTabulator is one stage of a run. It sorts the records of one pass into strata and units, has each
+// stratum draw, and then answers for any record what the stage decided about it.
 //
-// A stratum is told by the strata and cluster variables of all stages before and the strata variables of the
-// stage itself, so the strata of a stage nest in the units of the one before. A record enters only if the
-// tabulator before says that its unit was selected. Records may come in any order.
+// One pass. A stage reads the file once, and keeps no records: of each stratum it keeps the units, of each
+// unit its measure of size and later its result (see SVSStratumData.h). Records may come in any order, and a
+// unit's records need not be together. Memory grows with the number of units, not with that of records; only
+// where the case itself is the unit are the two the same.
 //
-// Use:        construct, SetRandom(), SetOutputStats(), ProcessData() once, SelectSamples() once, Lookup().
+// Keys. A stratum is identified by the codes of the strata and cluster variables of all earlier stages and of
+// the strata variables of its own stage, so the strata of a stage lie within the units of the stage before. A
+// unit is identified, within its stratum, by the codes of the stage's cluster variables, or by the case id if
+// the stage has none.
+//
+// One stage feeds the next by being asked. A record enters a stage only if the tabulator of the stage before
+// says that its unit was selected. Asking one stage back is enough: a record that was dropped earlier has a
+// stratum key there that is in no table.
+//
+// What decides the sample. Strata are drawn in the order of the hash table, units are listed in the order of
+// their first record. Both depend on the order of the records and on nothing else, so the ring described at
+// Arrive() must pass records on in the order in which they came.
+//
+// Use:        construct, SetRandom(), SetOutputStats(), ProcessData() once, SelectSamples() once; then
+//             Lookup() and MaySelect() as often as needed.
 // Ownership:  owns its strata; borrows everything that it is given, which must outlive it.
-// Threads:    the thread of the run only. Lookup() writes to scratch fields.
-// Cost:       a record is one search for its stratum and one for its unit, and the same in the tabulator
-//             before; only a new stratum or a new unit allocates. In a file in random order nearly every unit
-//             is out of the processor's caches, so a few records wait while their units are fetched.
+// Threads:    the thread of the run only; even Lookup() writes to scratch fields.
+// Failures:   a status, which also goes to the collector. After an error the object answers every question
+//             with that error.
+// Cost:       a record takes one search for its stratum and one for its unit, and the same again in the
+//             tabulator of the stage before. Only a new stratum or unit allocates.
+//
+// Invariants: (1) fTablePairs lists the strata of fDataTable, each once.
+//             (2) fEntered <= fArrived <= fEntered + kWaiting; the difference is the number of waiting
+//                 records.
 class SVSDataTabulator {
 public:
-  // `prevTabulator` is that of the stage before, null for the first selected stage: it takes every record.
+  // `prevTabulator` is that of the stage before. It is null for the first selected stage, which takes every
+  // record, even if the design has stages before it: an earlier run has drawn those.
   SVSDataTabulator(const SVSCompSettings* settings, std::int32_t stage, SVSDataTabulator* prevTabulator,
                    SVCancelInfo* cancelInfo);
 
   void SetRandom(MCCommonMath::MCRandomTwister* generator) { fpRandom = generator; }
   void SetOutputStats(SVSOutSamples* outSamples) { fpOutSamples = outSamples; }
 
-  // Tabulates the records that are left in the pass. Errors: 92001 without any, 92000 for a second call or a
-  // failed source, 92002 to 92004 and 92006 for a record at fault, 1 when the run was cancelled.
+  // Tabulates the records that are left in the pass. Errors: 92001 if there are none, 92000 for a second call
+  // or a failed source, 92002 to 92004 and 92006 for a faulty record, 1 if the run was cancelled. Warning:
+  // 92005, once, if a stratum's records disagree on its rate or size.
   SVStatus ProcessData(MCCommon::MultiPassRecordIter& iterator);
 
-  // Draws in every stratum, in the order of the table, which decides the random numbers that a stratum gets;
-  // then sends the results to the outputs, either of which may be null. Joint probabilities belong to
-  // stage 1. Errors: those of the strata, 92000 when the summary failed, 92012 when the joint output failed
-  // while it was written.
+  // Draws in every stratum, in the order of the table; then sends the results to the outputs, either of which
+  // may be null. Only stage 1 has joint probabilities. Errors: those of the strata, 92000 if the summary
+  // failed, 92012 if the joint output failed while it was written.
   SVStatus SelectSamples(MCSV::SVSOutputSummary* summary, MCSV::SVSOutJointProbs* jointProbs);
 
-  // Makes `values` the seven results of the stage for a record, by OutputKind; all missing for a record that
-  // isn't in the stage. The cumulative weight is the stage's weight times `carriedWeight`, in the first
-  // selected stage times the weight of an earlier sampling. Errors: 92003 where that isn't positive, 92004
-  // and 92006 for a record at fault.
+  // Fills `values` with the stage's seven results for a record, by OutputKind; all are missing for a record
+  // that isn't in the stage. The cumulative weight is the stage's weight times `carriedWeight`; in the first
+  // selected stage, which ignores `carriedWeight`, times the weight of an earlier sampling. Errors: 92003 if
+  // that weight isn't positive, 92004 and 92006 for a faulty record.
   SVStatus Lookup(const MCCommon::Record& record, double carriedWeight, std::vector<double>* values);
 
-  // Whether the stage may have selected the record's unit: false only where Lookup() would give no weight.
-  // For the many records that aren't in a sample this is far cheaper.
+  // A quick test before Lookup(): false means that the stage surely didn't select the record's unit.
   bool MaySelect(const MCCommon::Record& record);
 
-  std::int64_t RecordCount() const { return fRecordCount; }  // records that were looked at
-  // Records that were fit for tabulation, also those that the stage before had left out.
+  std::int64_t RecordCount() const { return fRecordCount; }  // records that were read
+  // Records that could be tabulated, including those that the stage before didn't select.
   std::int64_t ValidCount() const { return fValidCount; }
 
 private:
@@ -74,14 +94,16 @@ private:
 
   void TakeRecord(MCCommon::MultiPassRecordIter& iterator);
   bool Check(const MCCommon::Record& record, SVStatus& status);
-  // A record that waits to be entered under its unit.
+  // A record that waits to be added to its unit.
   struct Arrival {
     SVKey stratumKey;
     SVKey unitKey;
-    StratumEntry* stratum = nullptr;  // null when there was none at the record's arrival
+    StratumEntry* stratum = nullptr;  // null if the stratum didn't exist when the record arrived
     std::vector<double> data;
   };
-  static constexpr std::size_t kWaiting = 16;  // a power of two
+  // Records on their way. A power of two, so that positions wrap by a mask, and enough of them that a unit
+  // has been fetched from memory before its record's turn comes.
+  static constexpr std::size_t kWaiting = 16;
 
   void Tabulate(const MCCommon::Record& record);
   bool EntersStage(const MCCommon::Record& record);
@@ -109,19 +131,19 @@ private:
   const std::vector<std::int32_t>* fVariableType;
   std::int32_t fWeightVar;
   StrataTable fDataTable;
-  std::array<Arrival, kWaiting> fArrivals;  // a ring, by the number of the arrival
-  std::size_t fArrived = 0;
-  std::size_t fEntered = 0;
-  SVKey fSVStratumKey;              // scratch
-  SVKey fSVUnitKey;                 // scratch
-  std::vector<double> fPrevValues;  // scratch: what the stage before says
-  std::vector<StratumEntry*>
-      fTablePairs;  // the strata by first appearance; sorted for the joint probabilities
+  std::array<Arrival, kWaiting> fArrivals;  // a ring; arrival k is at k mod kWaiting
+  std::size_t fArrived = 0;                 // records that came into the ring
+  std::size_t fEntered = 0;                 // records that left it for their units
+  SVKey fSVStratumKey;                      // scratch
+  SVKey fSVUnitKey;                         // scratch
+  std::vector<double> fPrevValues;          // scratch: results of the stage before
+  // The strata in order of their first record; sorted by key once joint probabilities are written.
+  std::vector<StratumEntry*> fTablePairs;
   std::int64_t fRecordCount = 0;
   std::int64_t fValidCount = 0;
   bool fbSourceProcessed = false;
   SVStatus fStatus;
-  bool fbConstStatus = false;  // 92005 was raised
+  bool fbConstStatus = false;  // warning 92005 has been raised; it is raised once per stage
   SVCancelInfo* fpCancelInfo;
   MCCommonMath::MCRandomTwister* fpRandom = nullptr;
 };

@@ -4,6 +4,7 @@
 #include <cassert>
 #include <cmath>
 
+#include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
 #include "backend/svselect/selection/SVSCallBackJointProb.h"
@@ -18,13 +19,9 @@ namespace {
 
 using MCMV::gMissingValue;
 
-// Two values count as equal within this many roundings of the one that was there first.
+// Two values count as equal if they differ by no more than two roundings of the first one: a rate that a user
+// computed in two ways may differ in its last bits.
 constexpr double kConstTolerance = 2.0 * MCCommonMath::MCPower::gMachineEpsilon;
-
-// The methods whose number of units is theirs, whatever the stage asks for.
-bool DrawsTwoUnits(std::int32_t method) {
-  return method == kMethodPpsBrewer || method == kMethodPpsMurthy;
-}
 
 }  // namespace
 
@@ -40,7 +37,7 @@ SVSStratumData::SVSStratumData(const SVSCompSettings* settings, std::int32_t sta
   assert(design != nullptr);
   fSelectMethod = design->methodType();
   fInclProbType = design->inclusionType();
-  if (IsEqualProbability(fSelectMethod)) {
+  if (MethodOf(fSelectMethod).equalProbability) {
     fInitSizeMeasure = 1.0;
   } else if (settings->MOSFromData()) {
     fInitSizeMeasure = 0.0;
@@ -59,6 +56,8 @@ bool SVSStratumData::InitConstValues(const double* record, const std::vector<std
   return allThere;
 }
 
+// A rate or size that has passed the tabulator's check is positive or missing, so `first` needs no absolute
+// value. A missing value after a present one counts as different.
 int SVSStratumData::CheckConstValues(const double* record, const std::vector<std::int32_t>& variables) {
   int differs = -1;
   for (std::size_t k = 0; k < variables.size(); ++k) {
@@ -74,6 +73,7 @@ int SVSStratumData::CheckConstValues(const double* record, const std::vector<std
   return differs;
 }
 
+// A unit starts with size 1 (equal probability), 0 (to be counted) or missing (to be read from its records).
 void SVSStratumData::AddRecord(const SVKey& unitKey, const double* record) {
   const bool readSize = fbUseMOSVar && !fConstClusterVars.empty();
   ClusterTable::Entry* entry = fClusterTable.Find(unitKey);
@@ -90,9 +90,10 @@ void SVSStratumData::AddRecord(const SVKey& unitKey, const double* record) {
   fpOutSamples->AddStatus(fStatus);
 }
 
-// It yields the same request whenever it runs, and raises the same warnings: those the collector drops.
+// Runs at the draw and again for each read of the request. The result is the same every time, and so are its
+// warnings, which the collector drops as repeats.
 void SVSStratumData::ComputeRequest() {
-  if (DrawsTwoUnits(fSelectMethod)) {
+  if (MethodOf(fSelectMethod).twoUnits) {
     fRequestSampleSize = 2;
     fRequestSampleRate = 2.0 / NumUnits();
     return;
@@ -114,7 +115,8 @@ void SVSStratumData::RequestSize(double size) {
     return;
   }
   const std::int32_t n = TruncateToInt32(size);
-  if (!IsWithReplacement(fSelectMethod) && n > NumUnits()) fStatus = WarningStatus(kStatusSizeAboveUnits);
+  if (!MethodOf(fSelectMethod).withReplacement && n > NumUnits())
+    fStatus = WarningStatus(kStatusSizeAboveUnits);
   if (n < 0) return;
   fRequestSampleSize = n;
   if (NumUnits() > 0) fRequestSampleRate = static_cast<double>(n) / NumUnits();
@@ -125,13 +127,14 @@ void SVSStratumData::RequestRate(double rate) {
     fStatus = ErrorStatus(kStatusMissingSpec);
     return;
   }
-  if (!IsWithReplacement(fSelectMethod) && rate > 1.0) fStatus = WarningStatus(kStatusRateAboveOne);
-  // Halves round up. The whole part is stepped up as a double: as an integer it could be the largest already.
+  if (!MethodOf(fSelectMethod).withReplacement && rate > 1.0) fStatus = WarningStatus(kStatusRateAboveOne);
+  // floor(f N + 1/2), but f N + 0.5 isn't computed: the sum could round up where f N is just below a half.
+  // The step is taken as a double because an integer might already be at its largest.
   const double share = NumUnits() * rate;
   double whole = std::trunc(share);
   if (share - whole >= 0.5) whole += 1.0;
   std::int32_t n = TruncateToInt32(whole);
-  // The bounds act on the size; the rate stays the one that was asked for.
+  // The bounds limit the size; the reported rate stays the requested one.
   const DesignStage& design = *fpSettings->GetStage(fStageInd);
   const double least = design.rateMinSize();
   const double most = design.rateMaxSize();
@@ -156,9 +159,11 @@ double SVSStratumData::GetSelectRate() const {
   return static_cast<double>(GetNumSelected()) / NumUnits();
 }
 
+// The order of these steps is part of the behaviour: bounds come before sorting, which sees the bounded
+// sizes.
 SVStatus SVSStratumData::Select() {
   if (fbUseMOSVar) BoundSizes(fClusterTablePairs, fpSettings->MOSMin(), fpSettings->MOSMax());
-  if (fSelectMethod == kMethodPpsWor) SortBySize(&fClusterTablePairs, fpSettings->ExactDesign());
+  if (MethodOf(fSelectMethod).ordersBySize) SortBySize(&fClusterTablePairs, fpSettings->ExactDesign());
   fClusterSelectPairs.clear();
   ComputeRequest();
   if (!fStatus.IsError()) {
@@ -191,6 +196,8 @@ SVStatus SVSStratumData::GetRecordStats(const SVKey& unitKey, std::vector<double
   return fStatus;
 }
 
+// With one thread the work is done here: a pool of one would only add its start. Threads compute fixed ranges
+// of the matrix, so their number changes the speed and no digit.
 SVStatus SVSStratumData::ComputeJointProbs(const std::vector<double>** matrix) {
   *matrix = nullptr;
   std::int32_t threadCount = 1;
@@ -201,7 +208,7 @@ SVStatus SVSStratumData::ComputeJointProbs(const std::vector<double>** matrix) {
     return fStatus;
   }
   sfCompleteTask done(threadCount);
-  sfThreadPool pool(threadCount, 0);  // ends before the task that its jobs tell
+  sfThreadPool pool(threadCount, 0);  // destroyed before `done`, which its jobs signal
   pool.init();
   for (std::int32_t thread = 0; thread < threadCount; ++thread) {
     pool.invoke(new SVSCallBackJointProb(&fSelectSamples, thread, &done), nullptr,

@@ -20,19 +20,36 @@ class MCRandomTwister;
 // SVSStratumData is one stratum of one stage: its units with their measures of size, then its sample, then
 // what each case received.
 //
-// Use:        construct, SetOutSamples(), AddRecord() for each record of the stage's pass, SetRandom(),
-//             Select() once; from then on the reads. A stratum exists from its first record on, so it has a
-//             unit.
-// Ownership:  owns its units with their keys; borrows settings, cancel view, collector and generator, which
-//             must outlive it. A `record` is the array of values of a record; it is read in the call only.
-// Threads:    the thread of the run only.
-// Units:      sizes count units, rates are shares of the units.
-// Cost:       AddRecord() is one search of the table, and allocates only for a unit that is new.
+// Three phases. While the stage tabulates, AddRecord() makes units out of records. Of a unit only its key and
+// its measure of size are kept; of the stratum, the value of the variable that gives its rate or size. Then
+// Select() turns that value into a requested number of units and has SVSelectSamples draw; the result of each
+// unit is stored in the unit. From then on GetRecordStats() answers by a search for the unit.
 //
-// Where a SVStatus is returned it is the stratum's own, which the collector has heard as well.
+// The requested number n of a stratum with N units:
+//
+//   a size   n is the size.
+//   a rate   n = floor(f N + 1/2), within the stage's bounds; the rate f itself isn't adjusted to them.
+//   neither  n = 2, for the methods that always draw two units.
+//
+// Without replacement the engine lowers n to N later; here a request that is too large only raises a warning.
+//
+// Use:        construct, SetOutSamples(), InitConstValues() if the stage has such a variable, AddRecord() for
+//             each record, SetRandom(), Select() once; then the reads. A stratum is made for its first
+//             record, so it always has a unit.
+// Ownership:  owns its units and their keys; borrows settings, cancel view, collector and generator, which
+//             must outlive it. A `record` is an array of values that is read only during the call.
+// Threads:    the thread of the run only; ComputeJointProbs() starts threads of its own and joins them.
+// Units:      sizes count units; rates are fractions of the units.
+// Failures:   a returned SVStatus is the stratum's own, which the collector has received too. An error stays.
+// Cost:       AddRecord() is one search, and allocates only for a new unit. A unit takes 56 bytes, plus its
+//             share of the table and a pointer in the list of units.
+//
+// Invariants: (1) fClusterTablePairs lists the units of fClusterTable, each once.
+//             (2) after Select(), fSelected holds every selected unit, so MaySelect() never denies one.
 class SVSStratumData {
 public:
-  // `constCount` is the number of variables that must be constant in a stratum. REQUIRES: the stage is there.
+  // `constCount` is the number of variables that must be constant within a stratum: 1 or 0 in practice.
+  // REQUIRES: the settings have the stage.
   SVSStratumData(const SVSCompSettings* settings, std::int32_t stage, SVCancelInfo* cancelInfo,
                  std::size_t constCount);
 
@@ -41,43 +58,43 @@ public:
 
   // Takes the variables' values from the stratum's first record. False if one of them is missing.
   bool InitConstValues(const double* record, const std::vector<std::int32_t>& variables);
-  // Holds a further record against them: the position of the first variable that differs, -1 for none. The
-  // value that was first stays, but a missing one gives way to the record's, and counts as different then.
+  // Compares a further record with them: the position of the first variable that differs, -1 if none does.
+  // The first value stays. A missing one, however, is replaced by the record's, and then counts as different.
   int CheckConstValues(const double* record, const std::vector<std::int32_t>& variables);
 
-  // Ask the memory for what AddRecord() and GetRecordStats() will look at: first where the unit stands, then
-  // the unit itself.
+  // Start loading what AddRecord() will need: first the slot of the table, then the unit itself.
   void PrefetchPlace(const SVKey& unitKey) const { fClusterTable.PrefetchPlace(unitKey); }
   void PrefetchUnit(const SVKey& unitKey) const { fClusterTable.PrefetchEntry(unitKey); }
 
-  // Enters a record under its unit. Warning 92033, once, when a unit's records disagree on its size.
+  // Adds a record to its unit, which is made if it is new. Warning 92033, once per stratum, if a unit's
+  // records disagree on its measure of size.
   void AddRecord(const SVKey& unitKey, const double* record);
 
-  // Draws the sample. Errors: 92008 for a missing rate or size, and those of the engine.
+  // Draws the sample. Errors: 92008 for a missing rate or size, and those of SVSelectSamples.
   SVStatus Select();
 
   std::int32_t GetRequestSize();
   double GetRequestRate();
   std::int32_t GetNumSelected() const { return fSelectSamples.GetNumSelected(); }
-  // Selected units, or hits, by units; missing without units.
+  // Selected units (or hits) divided by the number of units; missing without units.
   double GetSelectRate() const;
 
-  // Whether the unit may be in the sample: false only for one that isn't. For the many that aren't this is
-  // far cheaper than GetRecordStats().
+  // A quick test before GetRecordStats(): false means that the unit surely isn't in the sample.
   bool MaySelect(const SVKey& unitKey) const { return fSelected.MayHold(unitKey); }
 
-  // Makes `values` the seven results of a case of that unit, by OutputKind; missing what it didn't receive,
-  // and the cumulative weight in any case. An error of the stratum is returned, with all of them missing.
+  // Fills `values` with the seven results of a case of that unit, by OutputKind. Those that don't apply are
+  // missing, and so is always the cumulative weight, which only the caller can know. If the stratum has an
+  // error, it is returned and all values are missing.
   SVStatus GetRecordStats(const SVKey& unitKey, std::vector<double>* values) const;
 
-  // The units that were selected one by one, in order of selection, for the methods that have joint
-  // probabilities. Valid until ClearWork().
+  // The selected units in order of selection, for the methods that have joint probabilities; empty for
+  // others.
   const ClusterPairs& GetClusterSelectPairs() const { return fClusterSelectPairs; }
 
-  // The matrix of those units, row by row. It is the engine's and stands until ClearWork(); null on failure.
+  // The matrix of those units, row by row; null on failure. Owned by the engine and valid until ClearWork().
   SVStatus ComputeJointProbs(const std::vector<double>** matrix);
 
-  // Releases what only the joint probabilities need.
+  // Frees what only the joint probabilities need: the matrix alone grows with the square of the sample.
   void ClearWork() { fSelectSamples.ClearWork(); }
 
 private:
@@ -87,18 +104,18 @@ private:
   void RequestRate(double rate);
   std::int32_t NumUnits() const { return static_cast<std::int32_t>(fClusterTable.Count()); }
 
-  // What each record looks at stands together: with thousands of strata in a stage, a line more of it is a
-  // miss of the cache more for every record.
+  // The fields that every record reads come first and together: with thousands of strata in a stage, each
+  // cache line more is a cache miss more for every record.
   SVSOutSamples* fpOutSamples = nullptr;
-  bool fbUseMOSVar = false;    // a unit's size is its value of the measure of size
+  bool fbUseMOSVar = false;    // a unit's size is the value of the measure-of-size variable
   bool fbUseMOSData = false;   // a unit's size is its number of records
-  bool fbConstStatus = false;  // 92033 was raised
+  bool fbConstStatus = false;  // warning 92033 has been raised
   SVStatus fStatus;
   ClusterTable fClusterTable;
   UnitFilter fSelected;
-  std::vector<std::int32_t> fConstClusterVars;  // the measure of size: constant within a unit
-  std::vector<double> fConstValues;             // the rate or size of the stratum, if a variable carries it
-  ClusterPairs fClusterTablePairs;              // all units by first appearance; PPS_WOR sorts them
+  std::vector<std::int32_t> fConstClusterVars;  // the measure of size, which must be constant within a unit
+  std::vector<double> fConstValues;             // the stratum's rate or size, if a variable holds it
+  ClusterPairs fClusterTablePairs;              // all units in order of first record; PPS_WOR sorts them
   ClusterPairs fClusterSelectPairs;
 
   SVSelectSamples fSelectSamples;

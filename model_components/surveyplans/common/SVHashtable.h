@@ -15,19 +15,40 @@
 
 // SVHashtable maps keys to values: the strata of a stage, the units of a stratum.
 //
-// It is a chained table of our own because its iteration order is part of what a run does: strata are drawn
-// in that order, so it decides which random numbers a stratum gets. The order depends on the keys, on the
-// number of buckets and on the history of growth, and on nothing of the machine.
+// Why a table of our own: its iteration order is part of the behaviour of a run. Strata are drawn in that
+// order from one generator, so the order decides which random numbers each stratum gets. No library promises
+// that its table will iterate the same way in its next version, on another machine or with another compiler;
+// this one must, because the same seed has to give the same sample for ever.
 //
-// Ownership:  owns keys and values. They stand in the entries, and entries stand in chunks; a key of one or
-//             two codes costs no allocation of its own. An entry never moves and nothing is ever erased, so
-//             that pointers to entries, keys and values are good until the table dies.
+// What fixes the order: the hash of SVKey, the first number of buckets (89), the load factor (0.75), growth
+// to 2 n + 1 buckets, new entries at the head of their chain, and the reversal of each chain when the table
+// grows. A change to any one of these changes samples that users rely on. Nothing else may enter: no
+// addresses, no seeds per process.
+//
+// The hash itself is weak. Each code is multiplied by an odd prime and the products are combined by exclusive
+// or, so keys of two codes or more can pile up in a few chains. Since the hash can't be improved without
+// changing samples, such keys are also entered in an index beside the buckets, an open-addressed table with a
+// better hash. Find() uses the index; iteration never does, so the index has no influence on the order.
+//
+// Use:        Insert() while records are tabulated, then Find() and iterate. Nothing is ever erased.
+// Ownership:  owns keys and values. They live in entries, which are allocated in chunks; a key of one or two
+//             codes needs no allocation of its own. An entry never moves, so pointers to entries, keys and
+//             values are valid until the table is destroyed.
 // Threads:    const methods may run in parallel; Insert() needs exclusive access.
-// Cost:       Find() and Insert() are O(1) expected; a unit of four doubles costs 56 bytes and its share of
-//             the buckets, at most 8 * 2 / kLoadFactor bytes.
+// Failures:   std::bad_alloc only.
+// Cost:       Find() and Insert() are O(1) expected. A unit of four doubles takes 56 bytes and its share of
+//             the buckets, at most 8 * 2 / kLoadFactor bytes; with two codes or more also 16 to 32 bytes of
+//             index.
+//
+// Invariants:
+//   (1) each entry is in exactly one chain, that of BucketOf(its key).
+//   (2) no two entries have equal keys.
+//   (3) an entry is in the index exactly if its key has more than one code; half of the index or less is
+//   full.
 template <class Value>
 class SVHashtable {
 public:
+  // One key with its value. The key must not be changed.
   struct Entry {
     template <class... Arguments>
     Entry(const SVKey& newKey, Arguments&&... arguments)
@@ -38,7 +59,8 @@ public:
     Entry* next = nullptr;  // in the chain of the bucket
   };
 
-  // Goes through the buckets in ascending order, and through each chain from its head.
+  // Visits the buckets in ascending order, and each chain from its head: the newest entry first until the
+  // table grows, which reverses the chains.
   class Iterator {
   public:
     using iterator_category = std::forward_iterator_tag;
@@ -94,15 +116,17 @@ public:
     return entry;
   }
 
-  // Hints for a Find() to come, which waits for memory twice, at the place in the table and at the entry
-  // there: each asks for one of the two and returns at once. PrefetchEntry() reads the place.
+  // Hints for a later Find(). It would wait for memory twice: for the slot of the table and for the entry
+  // that the slot points to. Each hint starts one of the two loads and returns at once. PrefetchEntry() has
+  // to read the slot, so call PrefetchPlace() some time before it.
   void PrefetchPlace(const SVKey& key) const { __builtin_prefetch(Place(key)); }
   void PrefetchEntry(const SVKey& key) const {
     if (Entry* const* place = Place(key)) __builtin_prefetch(*place);
   }
 
-  // Enters a copy of `key` with a value made of `arguments`, at the head of its chain. Gives the new entry,
-  // or null if there is one of an equal key; then the table is unchanged and no value was made.
+  // Adds a copy of `key` with a value constructed from `arguments`, at the head of its chain. Returns the new
+  // entry, or null if an equal key is already there; in that case nothing is constructed or changed. The
+  // table grows before the entry is added, not after: that too is part of the order.
   template <class... Arguments>
   Entry* Insert(const SVKey& key, Arguments&&... arguments) {
     if (Find(key) != nullptr) return nullptr;
@@ -118,8 +142,7 @@ public:
   std::int32_t Count() const { return fCount; }
   std::int32_t RehashCount() const { return fRehashCount; }  // how often the table has grown
 
-  // Any change of the table ends the life of its iterators.
-  Iterator begin() const { return Iterator(this, 0); }
+  Iterator begin() const { return Iterator(this, 0); }  // Insert() invalidates iterators
   Iterator end() const { return Iterator(this, fBuckets.size()); }
 
   // Diagnostic listing, in iteration order, with the values' own Display.
@@ -137,14 +160,14 @@ public:
   }
 
 private:
-  static constexpr std::size_t kFirstBuckets = 89;
+  static constexpr std::size_t kFirstBuckets = 89;  // fixed for ever, as is the next: see the head
   static constexpr float kLoadFactor = 0.75F;
   static constexpr std::size_t kMaxBuckets = std::numeric_limits<std::int32_t>::max();
   static constexpr std::size_t kFirstIndex = 64;
-  static constexpr std::size_t kMinChunk = 4;  // a stratum of few units shall not pay for many
+  static constexpr std::size_t kMinChunk = 4;  // entries; small, as a stratum may have only a few units
   static constexpr std::size_t kMaxChunk = 4096;
 
-  // Storage of entries, the first `used` of them alive.
+  // Raw storage for `capacity` entries, of which the first `used` have been constructed.
   struct Chunk {
     std::unique_ptr<std::byte[]> storage;
     std::size_t capacity = 0;
@@ -153,7 +176,8 @@ private:
     Entry* First() const { return reinterpret_cast<Entry*>(storage.get()); }
   };
 
-  // Unsigned, so that no key can leave the table: a large code makes the hash negative.
+  // The remainder is taken unsigned: a large code makes the hash negative, and a signed remainder would then
+  // be a negative index.
   std::size_t BucketOf(const SVKey& key) const {
     return static_cast<std::uint32_t>(key.Hash()) % static_cast<std::uint32_t>(fBuckets.size());
   }
@@ -164,32 +188,37 @@ private:
     head = entry;
   }
 
+  // Consecutive codes fall into different buckets, so a key of one code needs no index.
   static bool IsIndexed(const SVKey& key) { return key.Length() > 1; }
 
-  // Where a search for the key begins; null while the index is empty.
+  // The slot where a search for the key begins; null while the index is empty.
   Entry* const* Place(const SVKey& key) const {
     if (!IsIndexed(key)) return &fBuckets[BucketOf(key)];
     return fvIndex.empty() ? nullptr : &fvIndex[FirstSlot(key)];
   }
 
+  // Multiplicative hashing by 2^64 divided by the golden ratio, as in [Knuth98], section 6.4. The upper half
+  // of the product is the well mixed one, so it is folded into the lower half, which the mask keeps.
   // REQUIRES: the index isn't empty.
   std::size_t FirstSlot(const SVKey& key) const {
     std::uint64_t mixed = 0;
     for (std::int32_t i = 0; i < key.Length(); ++i) {
-      mixed = (mixed ^ static_cast<std::uint32_t>(key[i])) * 0x9E3779B97F4A7C15U;  // 2^64 by the golden ratio
+      mixed = (mixed ^ static_cast<std::uint32_t>(key[i])) * 0x9E3779B97F4A7C15U;
       mixed ^= mixed >> 32;
     }
     return mixed & (fvIndex.size() - 1);
   }
 
-  // Where the key stands in the index, or would stand: linear probing, at most half of the slots in use, so
-  // there is always a free one to end at. REQUIRES: the index isn't empty.
+  // The slot that holds the key, or the free one where it belongs. Linear probing; it ends because at most
+  // half of the slots are in use. REQUIRES: the index isn't empty.
   std::size_t IndexSlot(const SVKey& key) const {
     std::size_t slot = FirstSlot(key);
     while (fvIndex[slot] != nullptr && !(fvIndex[slot]->key == key)) slot = (slot + 1) & (fvIndex.size() - 1);
     return slot;
   }
 
+  // Adds an entry to the index, which doubles when more than half of it would be in use. Moving entries to
+  // the new slots needs no particular order: the index isn't iterated.
   void Index(Entry* entry) {
     if (++fIndexed > fvIndex.size() / 2) {
       std::vector<Entry*> old(std::max(kFirstIndex, 2 * fvIndex.size()), nullptr);
@@ -201,7 +230,8 @@ private:
     fvIndex[IndexSlot(entry->key)] = entry;
   }
 
-  // The place of the next entry. Chunks grow with the table.
+  // Raw memory for the next entry. A chunk holds as many entries as the table has so far, within limits, so
+  // that small tables stay small and large ones allocate rarely.
   void* FreeSlot() {
     static_assert(alignof(Entry) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
     if (fChunks.empty() || fChunks.back().used == fChunks.back().capacity) {
@@ -211,11 +241,12 @@ private:
     return fChunks.back().First() + fChunks.back().used;
   }
 
-  // Entries move chain by chain, each to the head of its new chain, so that those of one old chain come to
-  // stand in reversed order.
+  // Entries move bucket by bucket, each to the head of its new chain. Entries of one old chain that land in
+  // the same new chain are therefore reversed. This looks like an oversight and must stay: samples depend on
+  // it.
   void Grow() {
     const std::size_t size = 2 * fBuckets.size() + 1;
-    if (size > kMaxBuckets) {  // the table goes on with longer chains
+    if (size > kMaxBuckets) {  // from here on the chains only get longer
       fThreshold = std::numeric_limits<std::int32_t>::max();
       return;
     }
@@ -236,6 +267,6 @@ private:
   std::int32_t fThreshold = static_cast<std::int32_t>(kFirstBuckets * kLoadFactor);
   std::int32_t fRehashCount = 0;
   std::vector<Chunk> fChunks;
-  std::vector<Entry*> fvIndex;  // the entries of indexed keys; null is a free slot; the size is a power of 2
-  std::size_t fIndexed = 0;     // entries in it
+  std::vector<Entry*> fvIndex;  // entries of indexed keys, null for a free slot; its size is a power of two
+  std::size_t fIndexed = 0;     // entries in fvIndex
 };

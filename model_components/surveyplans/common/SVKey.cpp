@@ -4,7 +4,7 @@
 #include <iterator>
 
 namespace {
-// The odd primes from 3 to 229. Longer keys use them cyclically.
+// The odd primes from 3 to 229, one for each position of a key. A key with more values starts over at 3.
 constexpr std::uint32_t kMultipliers[] = {3,   5,   7,   11,  13,  17,  19,  23,  29,  31,  37,  41,  43,
                                           47,  53,  59,  61,  67,  71,  73,  79,  83,  89,  97,  101, 103,
                                           107, 109, 113, 127, 131, 137, 139, 149, 151, 157, 163, 167, 173,
@@ -25,7 +25,7 @@ SVKey& SVKey::operator=(const SVKey& other) {
   if (this == &other) return *this;
   if (arLength != other.arLength) {
     if (arLength > kInlineValues) delete[] arData;
-    arLength = 0;  // the key stays whole should the allocation fail
+    arLength = 0;  // if the allocation throws, the key is empty but valid
     Allocate(other.arLength);
   }
   std::copy_n(other.Values(), arLength, Values());
@@ -38,6 +38,7 @@ void SVKey::Allocate(std::int32_t length) {
   arLength = std::max(length, 0);
 }
 
+// Computed unsigned because the products wrap, which signed arithmetic must not.
 void SVKey::ComputeHash() {
   const std::int32_t* values = Values();
   std::uint32_t hash = 0;
@@ -49,7 +50,7 @@ void SVKey::ComputeHash() {
 }
 
 bool SVKey::SameValues(const SVKey& other) const {
-  // A loop of its own: keys are short, and std::equal calls memcmp.
+  // A plain loop is faster than std::equal here: keys have one to three values, and std::equal calls memcmp.
   const std::int32_t* a = Values();
   const std::int32_t* b = other.Values();
   for (std::int32_t i = 0; i < arLength; ++i) {

@@ -4,21 +4,28 @@
 #include <cstdint>
 #include <cstdio>
 
-// SVKey identifies a stratum or a unit: a short list of category codes, with its hash kept beside it.
+// SVKey identifies a stratum or a unit: a short list of category codes, stored together with its hash.
 //
 // Use:        construct with a length, fill by operator[], call ComputeHash() once; then find, compare, copy.
-// Ownership:  owns its values. Up to kInlineValues of them stand in the key itself, more on the heap, so
-//             that millions of keys of one or two codes cost no allocation. Copies are deep.
-// Invariants: arLength >= 0; the hash belongs to the values only after ComputeHash() or a copy.
+//             A key that is filled again needs ComputeHash() again.
+// Ownership:  owns its values. Up to kInlineValues of them are stored in the key itself, more on the heap, so
+//             millions of keys of one or two codes need no allocation. Copies are deep.
+//
+// Invariants: (1) arLength >= 0.
+//             (2) fHash is the hash of the values after ComputeHash() or a copy; after operator[] it is
+//             stale.
+//
+// The hash decides the order in which strata are drawn (see SVHashtable.h), so it must never change.
 class SVKey {
 public:
   static constexpr std::int32_t kInlineValues = 2;
 
-  // The largest code whose product with the largest multiplier of the hash stays below 2^31.
+  // The largest code that can't overflow in the hash: its product with the largest multiplier, 229, is still
+  // below 2^31. Larger codes are allowed; their products wrap.
   static constexpr std::int32_t MaxValue() { return 9377657; }
 
   SVKey() = default;                    // no values, hash 0
-  explicit SVKey(std::int32_t length);  // values are for the caller to fill; 0 or less: no values
+  explicit SVKey(std::int32_t length);  // the caller fills the values; 0 or less means no values
   SVKey(const SVKey& other);
   SVKey& operator=(const SVKey& other);
   ~SVKey() {
@@ -38,19 +45,18 @@ public:
   std::int32_t Length() const { return arLength; }
   std::int32_t Hash() const { return fHash; }
 
-  // The exclusive or of each value times an odd prime that goes by its position; products wrap at 32 bits.
+  // hash = (m_0 * v_0) xor (m_1 * v_1) xor ..., where m_i is the i-th odd prime; products wrap at 32 bits.
   void ComputeHash();
 
-  // Equal hash, length and values; the hashes are compared first.
+  // The hashes are compared first: nearly all pairs of different keys differ in them.
   bool operator==(const SVKey& other) const {
     return fHash == other.fHash && arLength == other.arLength && SameValues(other);
   }
 
-  // The shorter key first; of equally long ones the first value that differs decides.
+  // Shorter keys come first; keys of equal length compare value by value.
   bool operator<(const SVKey& other) const;
 
-  // One diagnostic line, without its end.
-  void Display(std::FILE* out) const;
+  void Display(std::FILE* out) const;  // a diagnostic line without its end
 
 private:
   std::int32_t* Values() { return arLength > kInlineValues ? arData : fInline; }

@@ -1,6 +1,7 @@
 #include "model_components/surveyplans/common/SVStatus.h"
 
 namespace {
+// Every code that doesn't appear here keeps its stage in ints[1].
 std::size_t StageSlotIndex(std::int32_t code) {
   switch (code) {
     case kStatusRecordTooShort:

@@ -3,7 +3,9 @@
 #include <array>
 #include <cstdint>
 
-// Codes of a status.
+// Codes of a status. A code says what happened; the severity of the status says whether it is an error or a
+// warning, and some codes are raised as either. ShowStatus() of SVSProcedure turns a code into a text; codes
+// without a text there can't be caused by a user of the program.
 inline constexpr std::int32_t kStatusCancelled = 1;
 inline constexpr std::int32_t kStatusUserError = 92000;      // steps called out of order, a failed output
 inline constexpr std::int32_t kStatusNoRecords = 92001;      // no record at the start of a pass
@@ -31,7 +33,20 @@ inline constexpr std::int32_t kStatusSizeAboveUnits = 92034;
 inline constexpr std::int32_t kStatusRateAboveOne = 92035;
 inline constexpr std::int32_t kStatusNoMemory = 92036;  // for the joint probabilities
 
-// SVStatus is the common currency of outcome below the entry: a plain value, copied freely.
+// SVStatus is how the computation reports an outcome: OK, a warning or an error, with a code and details.
+//
+// Use:        a function that can fail returns one by value; the caller tests IsError() and passes an error
+//             up unchanged. A warning never stops anything: the caller goes on, and hands the status to the
+//             run's collector (SVSOutSamples) so that the user sees it at the end.
+// Ownership:  a plain value; copied freely.
+// Failures:   nothing here throws, and nothing in the computation throws for an outcome that has a code.
+//
+// Details, by code:
+//   ints    the stage, in the slot that StageSlot() names; for an invalid value, ints[1] is the index of the
+//           variable in the record, and reals[1] the value. All other elements are carried and never set.
+//
+// Two statuses are equal if all of this is equal. The collector drops repeats by that comparison, so a status
+// may be reported again on its way up, by every layer that sees it.
 struct SVStatus {
   std::int32_t code = 0;
   std::int16_t severity = 0;  // negative: error; 0: OK; positive: warning
@@ -48,17 +63,16 @@ struct SVStatus {
 
   bool operator==(const SVStatus&) const = default;
 
-  // Where the stage that the status speaks of stands: in the first of `ints` for the codes whose second holds
-  // a record index, or could; in the second for all others.
+  // The element of `ints` that holds the stage: ints[0] for the codes whose ints[1] is reserved for a record
+  // index, ints[1] for all others. The collector stamps the stage there, and must not overwrite the index. Of
+  // the reserved ones only kStatusInvalidValue sets an index; the rest are odd, but part of the interface.
   std::int32_t& StageSlot();
   std::int32_t StageSlot() const;
 };
 
-// A status of error severity.
 inline SVStatus ErrorStatus(std::int32_t code) {
   return SVStatus(code, false);
 }
-// A status of warning severity.
 inline SVStatus WarningStatus(std::int32_t code) {
   return SVStatus(code, true);
 }

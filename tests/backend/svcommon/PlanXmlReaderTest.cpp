@@ -96,6 +96,7 @@ TEST_F(PlanXmlReader, TellsFaultsOfSampleDesigns) {
       {19, "bounds crossed over all", Pps(Mos("no", Bounds("2", "1")))},
       {0, "fractions of size", Pps(Mos("yes", Bounds("0.5", "1.5")))},
       {19, "rate bounds crossed", Wor(Rate("1", Bounds("3", "2")))},
+      {0, "rate bounds equal", Wor(Rate("1", Bounds("3", "3")))},
       {0, "0 is no bound", Wor(Rate("1", Bounds("3", "0")))},
       {20, "half a unit at least", Wor(Rate("1", Bounds("0.5", "2")))},
       {20, "bad before crossed", Wor(Rate("1", Bounds("3", "-2")))},

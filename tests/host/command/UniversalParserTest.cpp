@@ -129,6 +129,8 @@ TEST(UniversalParser, SaysWhereACommandCannotBeRead) {
       {"/A b)", "job.txt, line 1, column 5: \")\" can't stand here"},
       {"/A (b) " + std::string(60, 'x'),
        "job.txt, line 1, column 8: \"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...\" can't stand here"},
+      {"/A (b) " + std::string(39, 'x') + "東東",  // cut at 40 bytes, within a character
+       "job.txt, line 1, column 8: \"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...\" can't stand here"},
       {"/A (b /C", "job.txt, line 1, column 4: a parenthesis that isn't closed"},
       {"/A (", "job.txt, line 1, column 4: a parenthesis that isn't closed"},
   };

@@ -59,8 +59,8 @@ TEST(OutputDocument, BoundsTheMessages) {
   Issue("again", kWarningLevel, 100);
   for (int i = 0; i < 9900; ++i) Issue(std::to_string(i), kWarningLevel);
   EXPECT_EQ(document.FurtherMessages(), 0);
-  Issue("0", kWarningLevel);  // not yet a hundred of these
   Issue("new", kErrorLevel);
+  Issue("0", kWarningLevel);  // not yet a hundred of these
   Issue("again", kWarningLevel, 7);
   EXPECT_EQ(document.Messages().size(), 10000U);
   EXPECT_EQ(document.FurtherMessages(), 2);
@@ -74,6 +74,18 @@ TEST(OutputDocument, BoundsTheMessages) {
   document.DropErrors();
   EXPECT_EQ(document.AllMessages().size(), 10001U);
   EXPECT_EQ(document.AllMessages().back().level, kWarningLevel);
+}
+
+TEST(OutputDocument, ShowsNotesByGroup) {
+  HostSession session;
+  OutputDocument& document = OutputDocument::Current();
+  document.SetProcedure("SVSelect");
+  document.AddNote({2, "b", "1"});
+  document.AddNote({1, "a label", "2"});
+  document.AddNote({2, "c", "3"});
+  std::ostringstream out;
+  RenderText(document, kDefaultTextWidth, out);
+  EXPECT_EQ(out.str(), "SVSelect\n\na label  2\n\nb        1\nc        3\n");
 }
 
 TEST(OutputDocument, KeepsWarningsWhenErrorsAreDropped) {

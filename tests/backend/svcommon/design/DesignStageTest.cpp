@@ -19,13 +19,4 @@ TEST(DesignStage, TagFollowsWhatWasSetLast) {
   EXPECT_EQ(stage.outputName(6) + stage.outputName(7) + stage.outputName(-1) + stage.outputName(0), "W");
 }
 
-// Goal: the two numberings part at the last four methods.
-TEST(Enumerations, MethodsOfSamplingTypes) {
-  std::vector<int> methods;
-  for (int type = -1; type <= 17; ++type) methods.push_back(MethodOfSamplingType(type));
-  EXPECT_EQ(methods, (std::vector<int>{0, 0, 1, 2, 3, 4, 5, 6, 7, 9, 10, 11, 8, 0, 0, 0, 0, 0, 0}));
-  EXPECT_EQ(MethodTypeText(kMethodPpsBrewer).substr(0, 6), "Brewer");
-  EXPECT_EQ(MethodTypeText(12), MethodTypeText(-1));
-}
-
 }  // namespace

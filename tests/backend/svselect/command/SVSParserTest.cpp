@@ -15,7 +15,8 @@ const std::string kWeight = Out("Weight", "final_weight");
 const std::string kOneStage = Wor(StrataOf(Var("region")) + Size("1"));
 
 // One command parsed on a small frame. "@" stands for the folder of frame and plan in command and messages.
-// The plan stands there twice: beside taken.xml there is a folder where its joint file would be.
+// The plan is there three times: beside taken.xml there is a folder where its joint file would be, and bare
+// has no extension.
 class Parsed {
 public:
   Parsed(const std::string& stages, const std::string& command) {
@@ -23,6 +24,7 @@ public:
     std::ofstream(frame) << kFrame;
     std::ofstream(folder.path / "plan.xml") << Design(stages);
     std::ofstream(folder.path / "taken.xml") << Design(stages);
+    std::ofstream(folder.path / "bare") << Design(stages);
     std::filesystem::create_directory(folder.path / "taken.sav");
     FrameSession session(FrameSession::ExistingFile{frame});
     HostSession::Current().Layer<SessionCommand>().SetCommand(Replace(command, "@", folder.path));
@@ -200,6 +202,23 @@ TEST(SVSParser, TellsWhatIsWrongWithAPlanOnThisFrame) {
            kWeight,
        {"[Plan stage 1...] MATRIX variable region in column 2 has value NN of invalid type or format in row "
         "3..."}},
+      {"a table with a number as long as can be",
+       Wor(StrataOf(Var("size")) + Table(Var("size"), Row("1", {std::string(39, '0') + "1"}))) + kWeight,
+       {}},
+      {"a table with a number too long, in the second column",
+       Wor(StrataOf(Var("region") + Var("size")) +
+           Table(Var("region") + Var("size"), Row("1", {"N", std::string(40, '0') + "1"}))) +
+           kWeight,
+       {"[Plan stage 1...] MATRIX variable size in column 2 has value " + std::string(40, '0') +
+        "1 of invalid type or format in row 1..."}},
+      {"a table with a number too long with its decimal point",
+       Wor(StrataOf(Var("rate")) + Table(Var("rate"), Row("1", {std::string(39, '0') + "1"}))) + kWeight,
+       {"[Plan stage 1...] MATRIX variable rate in column 1 has value " + std::string(39, '0') +
+        "1 of invalid type or format in row 1..."}},
+      {"a table with two decimal points",
+       Wor(StrataOf(Var("rate")) + Table(Var("rate"), Row("1", {"0.5"}) + Row("1", {"0.5.1"}), 2)) + kWeight,
+       {"[Plan stage 1...] MATRIX variable rate in column 1 has value 0.5.1 of invalid type or format in row "
+        "2..."}},
       {"a later stage without the earlier weight",
        Wor(clusters + Size("1")) + Wor(Size("1")) + kWeight,
        {"[Plan stage 1...] Variable name  for parameter CUMWEIGHT is not valid..."},
@@ -259,6 +278,7 @@ TEST(SVSParser, FillsTheSpecifications) {
   EXPECT_TRUE(joint.isGood);
   EXPECT_EQ(joint.joint, "@/plan.sav");
   EXPECT_TRUE(joint.isJointValid);
+  EXPECT_EQ(Parsed(pps + kWeight, "SVSELECT /PLAN FILE='@/bare'").joint, "@/bare.sav");
   EXPECT_EQ(joint.drawn, std::vector<std::int32_t>{1});
   EXPECT_EQ(joint.seed, -1);
   EXPECT_FALSE(Parsed(kOneStage + kWeight, Command("/JOINTPROB OUTFILE='@/j.csv'")).isJointValid);

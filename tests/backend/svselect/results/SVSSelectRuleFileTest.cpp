@@ -43,6 +43,14 @@ TEST(SVSSelectRuleFile, WritesOneClauseForEachCombination) {
   }
 }
 
+TEST(SVSSelectRuleFile, KeepsOneBlankOfABlankValue) {
+  const DrawSession draw("a,b\n\" \",1\nx,2\n",
+                         Stage("simple_wor", Strata("a") + Size("1")) + Out("Weight", "w"),
+                         "/CLASSMISSING INCLUDE /SELECTRULE OUTFILE='@/r.txt' /SAMPLEFILE OUTFILE='@/s.csv'");
+  EXPECT_THAT(draw.messages, IsEmpty());
+  EXPECT_EQ(draw.TextOf("r.txt"), "( ( a EQ   ) ) OR\n( ( a EQ x ) )\n");
+}
+
 TEST(SVSSelectRuleFile, WarnsWithoutDesignVariables) {
   const DrawSession draw("a\n1\n", Stage("simple_wor", Size("1")) + Out("Weight", "w"),
                          "/SAMPLEFILE OUTFILE='@/s.csv' /SELECTRULE OUTFILE='@/r.txt'");

@@ -83,7 +83,17 @@ TEST(SVSELECT, DrawsTheSameTwice) {
   EXPECT_EQ(DrawSession(csv, stages, "/CRITERIA SEED=11" + kOutputs).Cases("s.csv"), drawn);
 }
 
-// Statuses of a run that goes on are told behind it, each once.
+// The key of a table's row is blank beyond a print format that is narrower than its variable.
+TEST(SVSELECT, FindsRowsOfATableByANarrowFormat) {
+  const std::string table = Table(Var("t"), Row("1", {"x"}) + Row("1", {"y"}), 2);
+  const DrawSession draw("t,v\nabcdefghijklmnopqr,\nx,1\ny,1\n",
+                         Stage("simple_wor", StrataOf(Var("t") + Var("v")) + table) + kWeight, kOutputs,
+                         R"({"fields": [{"name": "t", "printFormat": "A1"}]})");
+  EXPECT_THAT(draw.messages, IsEmpty());
+  EXPECT_THAT(draw.files, ElementsAre("sample 2", "rule 2"));
+}
+
+// The statuses of a run that goes on are shown after it, each once.
 TEST(SVSELECT, ReportsStatuses) {
   const DrawSession draw(
       "s,r\na,0.5\na,1\nb,1\nb,0.5\n",

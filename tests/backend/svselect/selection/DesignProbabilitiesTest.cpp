@@ -4,6 +4,7 @@
 
 #include "Outcomes.h"
 #include "StratumDraw.h"
+#include "backend/svcommon/design/MethodTable.h"
 
 namespace {
 
@@ -54,35 +55,32 @@ TEST(DesignProbabilities, AreMetByFrequencies) {
     for (double& p : probs) p -= p * p / 4;  // 1 - (1 - p / 2)^2
     return probs;
   };
-  const std::vector<double> byAttempts = Outcomes(kOneToSeven).TwoByAttempts().Single();
-  const struct {
-    MethodType method;
-    std::vector<double> probs;
-    bool exact = false;
-  } kMethods[] = {{kMethodSimpleWor, equal},
-                  {kMethodSimpleWr, atLeastOnce(equal)},
-                  {kMethodSimpleSystematic, equal},
-                  {kMethodPpsChromy, pps},
-                  {kMethodPpsWor, pps},
-                  {kMethodPpsWr, atLeastOnce(pps)},
-                  {kMethodPpsSystematic, pps},
-                  {kMethodPpsBrewer, byAttempts},
-                  {kMethodPpsSampford, pps, true},
-                  {kMethodPpsMurthy, Outcomes(kOneToSeven).Murthy().Single()}};
-  for (const auto& m : kMethods) {
-    MCCommonMath::MCRandomTwister random;
-    random.Initialize(4711);
-    const int draws = 5000;
-    std::vector<double> counts(7);
-    for (int draw = 0; draw < draws; ++draw) {
-      const StratumDraw drawn = DrawStratum(m.method, kOneToSeven, 2, &random, m.exact);
-      for (std::size_t i = 0; i < counts.size(); ++i) counts[i] += drawn.hits[i] > 0 ? 1 : 0;
+  const auto probsOf = [&](const SVMethod& method, bool exact) {
+    if (method.code == kMethodPpsMurthy) return Outcomes(kOneToSeven).Murthy().Single();
+    if (method.statedProbs == StatedProbs::kApproached && !exact) {
+      return Outcomes(kOneToSeven).TwoByAttempts().Single();
     }
-    double chiSquare = 0;
-    for (std::size_t i = 0; i < counts.size(); ++i) {
-      const double deviation = counts[i] - draws * m.probs[i];
-      chiSquare += deviation * deviation / (draws * m.probs[i] * (1 - m.probs[i]));
+    const std::vector<double> stated = method.equalProbability ? equal : pps;
+    return method.withReplacement ? atLeastOnce(stated) : stated;
+  };
+  for (const SVMethod& method : kMethods) {
+    for (const bool exact : {false, true}) {
+      const std::vector<double> sizes = method.equalProbability ? std::vector<double>(7, 1.0) : kOneToSeven;
+      MCCommonMath::MCRandomTwister random;
+      random.Initialize(4711);
+      const int draws = 5000;
+      std::vector<double> counts(7);
+      for (int draw = 0; draw < draws; ++draw) {
+        const StratumDraw drawn = DrawStratum(method.code, sizes, 2, &random, exact);
+        for (std::size_t i = 0; i < counts.size(); ++i) counts[i] += drawn.hits[i] > 0 ? 1 : 0;
+      }
+      const std::vector<double> probs = probsOf(method, exact);
+      double chiSquare = 0;
+      for (std::size_t i = 0; i < counts.size(); ++i) {
+        const double deviation = counts[i] - draws * probs[i];
+        chiSquare += deviation * deviation / (draws * probs[i] * (1 - probs[i]));
+      }
+      EXPECT_LT(chiSquare, 60) << method.word << exact;
     }
-    EXPECT_LT(chiSquare, 60) << MethodTypeText(m.method) << m.exact;
   }
 }

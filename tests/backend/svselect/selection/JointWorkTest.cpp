@@ -6,7 +6,7 @@
 #include <random>
 
 #include "Outcomes.h"
-#include "backend/svselect/selection/MurthyJoint.h"
+#include "backend/svselect/selection/Murthy.h"
 #include "backend/svselect/selection/PpsWorJoint.h"
 #include "backend/svselect/selection/SVSJointWork.h"
 #include "backend/svselect/selection/SampfordJoint.h"
@@ -22,7 +22,7 @@ struct Stratum {
   std::vector<double> sizes;
   int n;
   std::vector<std::int32_t> selected;
-  std::vector<double> p, cumulative, firstStep, matrix;
+  std::vector<double> p, cumulative, matrix;
 
   Stratum(std::vector<double> s, int drawn) : sizes(std::move(s)), n(drawn), selected(sizes.size()) {
     std::iota(selected.begin(), selected.end(), 1);
@@ -49,8 +49,8 @@ struct Stratum {
       EXPECT_TRUE(work->Prepare(kNever));
       return work;
     }
-    if (steps) firstStep = FirstStepProbs(p, cumulative, n);
-    const PpsWorStratum stratum{sizes, p, cumulative, firstStep, n};
+    const SVSStratumView stratum = {
+        .requested = n, .sizes = sizes, .shares = p, .cumulativeShares = cumulative};
     if (steps) return std::make_unique<PpsWorJoint>(stratum, view, ranges);
     return std::make_unique<PpsWorEqualJoint>(stratum, view, ranges);
   }

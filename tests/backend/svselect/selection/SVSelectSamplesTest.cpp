@@ -2,6 +2,7 @@
 
 #include "ScriptedTwister.h"
 #include "StratumDraw.h"
+#include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/selection/SVSelectSamples.h"
 
 namespace {
@@ -44,7 +45,6 @@ const Case kCases[] = {
     {"no size after no hit", kMethodPpsChromy, {1, 0, 1}, 1, {Closed(0.1), Open(0.6)}, {0, 0, 1}},
     {"all of them", kMethodSimpleChromy, {1, 1, 1, 1}, 4, {Closed(0.6)}, {1, 1, 1, 1}},
     {"size of the limit", kMethodPpsChromy, {4, 2, 2}, 2, {Closed(0.1), Open(0.6)}, {1, 0, 1}},
-    {"above the limit", kMethodPpsChromy, {5, 2, 2}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
     {"largest certain", kMethodPpsWor, kOneToSeven, 2, {Closed(0.1 - kTiny), Closed(0.5)}, {0, 0, 0, 0, 1,
      0, 1}, {6, 4}},
     {"none certain", kMethodPpsWor, kOneToSeven, 2, {Closed(0.1 + kTiny), Closed(0.0741), Closed(0.99)}, {0,
@@ -53,7 +53,6 @@ const Case kCases[] = {
     {"equal, all of them", kMethodPpsWor, {2, 2, 2}, 3, {Closed(0.9), Closed(0), Closed(0.5)}, {1, 1, 1},
      {0, 1, 2}},
     {"one by its share", kMethodPpsWor, {1, 3}, 1, {Closed(0.25)}, {0, 1}, {1}},
-    {"above the limit", kMethodPpsWor, {1, 1, 3}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
     {"fractions out of order", kMethodPpsWor, kFractions, 2, {}, {0, 0, 0, 0, 0}},
     {"fractions in order", kMethodPpsWor, kFractions, 2, {Closed(0), Closed(0)}, {1, 1, 0, 0, 0}, {0, 1}, 0,
      true},
@@ -61,7 +60,6 @@ const Case kCases[] = {
      {1, 2}},
     {"one unit", kMethodPpsWr, {3}, 4, {Open(0.1), Open(0.9), Open(0.5), Open(0.5)}, {4}},
     {"points at an interval", kMethodPpsSystematic, {1, 2, 3, 3}, 3, {Open(1.0 / 3 - kTiny)}, {1, 0, 1, 1}},
-    {"above the limit", kMethodPpsSystematic, {1, 1, 5}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
     {"one unit", kMethodPpsSampford, {1, 2, 3, 4}, 1, {Closed(0.5)}, {0, 0, 1, 0}, {2}},
     {"a rejected attempt draws on", kMethodPpsSampford, {1, 1, 1, 1, 1, 1, 1, 1, 1, 2}, 5, {Closed(0),
      Closed(0.01), Closed(0.02), Closed(0.5), Closed(0.5), Closed(0.95), Closed(0.05), Closed(0.5),
@@ -70,7 +68,6 @@ const Case kCases[] = {
     {"no census", kMethodPpsSampford, {3, 3, 4}, 3, {}, {0, 0, 0}, {}, kStatusInvalidSize},
     {"one unit", kMethodPpsBrewer, {0}, 2, {}, {1}, {0}},
     {"census", kMethodPpsBrewer, {3, 3}, 2, {}, {1, 1}, {0, 1}, 0, true},
-    {"the limit itself", kMethodPpsBrewer, {1, 1, 2}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
     {"always two", kMethodPpsBrewer, {1, 1, 1}, 1, {Closed(0.34), Closed(0.5)}, {0, 1, 1}, {1, 2}},
     {"exact, skipping", kMethodPpsBrewer, {1, 1, 1}, 2, {Open(2.0 / 3 - kTiny), Open(0.5 + kTiny),
      Open(0.999)}, {1, 0, 1}, {0, 2}, 0, true},
@@ -97,6 +94,25 @@ TEST(SVSelectSamples, DrawsAsScripted) {
   }
 }
 
+// Goal: what a method refuses is what the table says of it, to the last digit, and is refused before a number
+// is drawn. The largest unit has n p just below 1, exactly 1, and just above it.
+TEST(SVSelectSamples, RefusesSizesBeyondTheLimitOfTheTable) {
+  for (const SVMethod& method : kMethods) {
+    for (const int side : {-1, 0, 1}) {
+      for (const bool exact : {false, true}) {
+        SCOPED_TRACE(std::string(method.word) + std::to_string(side));
+        const std::vector<double> sizes = {1, 1, 2 + side * 0x1p-40};
+        const bool isRefused = (side == 0 && method.limit == SizeLimit::kBelowOne) ||
+                               (side > 0 && method.limit != SizeLimit::kNone);
+        MCCommonMath::MCRandomTwister random = ScriptedTwister({});
+        const StratumDraw drawn = DrawStratum(method.code, sizes, 2, &random, exact);
+        EXPECT_EQ(drawn.code, isRefused ? kStatusInvalidSize : 0);
+        EXPECT_EQ(DrawsTaken(&random) == 0 && drawn.selected == 0, isRefused);
+      }
+    }
+  }
+}
+
 // Goal: sizes that nobody should ask for, with any n: a status that is told, no more units than there are,
 // and always an end. Sampford's attempts can go on beyond patience, so they would be stopped. A negative size
 // leads the line of PPS_WR back, so that a point can hit twice.
@@ -109,17 +125,17 @@ TEST(SVSelectSamples, AnySizesComeToAnEnd) {
       {5e9, 4e9}, {1e-9, 1e9, 1e9, 1e9, 1e9 + 1e-7},
       // clang-format on
   };
-  for (int method = kMethodSimpleWor; method <= kMethodPpsSampford; ++method) {
+  for (const SVMethod& method : kMethods) {
     for (const auto& sizes : kSizes) {
       for (const int n : {0, 1, 2, 3, static_cast<int>(sizes.size()), 9}) {
         for (const bool exact : {false, true}) {
-          SCOPED_TRACE(testing::PrintToString(std::pair(sizes, n)) + std::to_string(method));
+          SCOPED_TRACE(testing::PrintToString(std::pair(sizes, n)) + std::string(method.word));
           MCCommonMath::MCRandomTwister random;
           random.Initialize(7);
-          const StratumDraw drawn =
-              DrawStratum(static_cast<MethodType>(method), sizes, n, &random, exact, 10000);
-          EXPECT_TRUE(drawn.code == 0 || drawn.code == kStatusInvalidSize) << drawn.code;
-          EXPECT_LE(drawn.selected, IsWithReplacement(method) ? 2 * n : static_cast<int>(sizes.size()));
+          const StratumDraw drawn = DrawStratum(method.code, sizes, n, &random, exact, 10000);
+          const bool refuses = method.limit != SizeLimit::kNone;
+          EXPECT_TRUE(drawn.code == 0 || (refuses && drawn.code == kStatusInvalidSize)) << drawn.code;
+          EXPECT_LE(drawn.selected, method.withReplacement ? 2 * n : static_cast<int>(sizes.size()));
           EXPECT_EQ(drawn.popSize, drawn.selected > 0 ? static_cast<double>(sizes.size()) : 0.0);
         }
       }
@@ -130,21 +146,20 @@ TEST(SVSelectSamples, AnySizesComeToAnEnd) {
 // Goal: a stop at any question ends in status 1, and leaves units written only where a method writes as it
 // goes.
 TEST(SVSelectSamples, StopsAtAnyQuestion) {
-  for (int method = kMethodSimpleWor; method <= kMethodPpsSampford; ++method) {
+  for (const SVMethod& method : kMethods) {
     for (int stopAt = 1, code = kStatusCancelled; code != 0 && stopAt < 100; ++stopAt) {
-      SCOPED_TRACE(std::to_string(method) + '/' + std::to_string(stopAt));
+      SCOPED_TRACE(std::string(method.word) + '/' + std::to_string(stopAt));
       MCCommonMath::MCRandomTwister random;
       random.Initialize(3);
-      const bool exact = method == kMethodPpsBrewer;
-      const StratumDraw drawn =
-          DrawStratum(static_cast<MethodType>(method), kOneToSeven, 3, &random, exact, stopAt);
+      const bool exact = method.code == kMethodPpsBrewer;
+      const StratumDraw drawn = DrawStratum(method.code, kOneToSeven, 3, &random, exact, stopAt);
       code = drawn.code;
-      EXPECT_TRUE(stopAt > 1 || code == (method == kMethodPpsMurthy ? 0 : kStatusCancelled));
+      EXPECT_TRUE(stopAt > 1 || code == (method.code == kMethodPpsMurthy ? 0 : kStatusCancelled));
       if (code == 0) continue;
       ASSERT_EQ(code, kStatusCancelled);
       EXPECT_EQ(drawn.popSize, 0);
-      const bool asItGoes =
-          method == kMethodSimpleWor || method == kMethodSimpleSystematic || method == kMethodPpsWor;
+      const bool asItGoes = method.code == kMethodSimpleWor || method.code == kMethodSimpleSystematic ||
+                            method.code == kMethodPpsWor;
       EXPECT_TRUE(asItGoes || drawn.hits == std::vector<double>(7, 0.0));
       EXPECT_LT(drawn.selected, 3);
     }

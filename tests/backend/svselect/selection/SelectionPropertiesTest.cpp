@@ -5,9 +5,10 @@
 
 #include "KeyOf.h"
 #include "StratumDraw.h"
+#include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/selection/HitCounts.h"
-#include "backend/svselect/selection/MurthySteps.h"
+#include "backend/svselect/selection/Murthy.h"
 #include "backend/svselect/selection/SampfordDesign.h"
 #include "backend/svselect/selection/SampfordFurtherDraws.h"
 #include "backend/svselect/selection/SizeOrder.h"
@@ -34,32 +35,31 @@ int LargestSample(const std::vector<double>& shares) {
 }  // namespace
 
 RC_GTEST_PROP(Selection, HasTheSizeAndTheWeightsOfItsMethod, (unsigned seed)) {
-  const auto method =
-      static_cast<MethodType>(*rc::gen::inRange<int>(kMethodSimpleWor, kMethodPpsSampford + 1));
+  const SVMethod method = kMethods[*rc::gen::inRange<std::size_t>(0, std::size(kMethods))];
   const bool exact = *rc::gen::arbitrary<bool>();
   const std::vector<double> sizes =
-      IsEqualProbability(method) ? std::vector<double>(AnySizes(12).size(), 1.0) : AnySizes(12);
+      method.equalProbability ? std::vector<double>(AnySizes(12).size(), 1.0) : AnySizes(12);
   const std::vector<double> shares = SharesOf(sizes);
   const auto units = static_cast<int>(sizes.size());
-  int n = method == kMethodPpsBrewer || method == kMethodPpsMurthy ? 2 : *rc::gen::inRange(1, units + 3);
+  int n = method.twoUnits ? 2 : *rc::gen::inRange(1, units + 3);
   // Rejection is only practical for few of many units.
-  RC_PRE(method != kMethodPpsSampford || exact || n <= 3);
+  RC_PRE(!method.mayDrawForever || exact || n <= 3);
   const auto draw = [&] {
     MCCommonMath::MCRandomTwister random;
     random.Initialize(seed);
-    return DrawStratum(method, sizes, n, &random, exact);
+    return DrawStratum(method.code, sizes, n, &random, exact);
   };
   const StratumDraw drawn = draw();
   RC_ASSERT(drawn == draw());
-  if (!IsWithReplacement(method)) n = std::min(n, units);
+  if (!method.withReplacement) n = std::min(n, units);
   RC_CLASSIFY(drawn.code != 0);
   if (drawn.code != 0) {
-    RC_ASSERT(drawn.code == kStatusInvalidSize && method >= kMethodPpsWor && drawn.selected == 0);
+    RC_ASSERT(drawn.code == kStatusInvalidSize && method.limit != SizeLimit::kNone && drawn.selected == 0);
     RC_ASSERT(n * *std::max_element(shares.begin(), shares.end()) > 1 - 1e-9);
     return;
   }
   // PPS_WOR orders by whole parts, so it can fall short.
-  const bool bInOrder = method != kMethodPpsWor || exact || sizes == std::vector<double>(sizes.size(), 1.0);
+  const bool bInOrder = !method.ordersBySize || exact || sizes == std::vector<double>(sizes.size(), 1.0);
   RC_ASSERT(drawn.selected == n || (!bInOrder && drawn.selected < n));
   RC_ASSERT(std::accumulate(drawn.hits.begin(), drawn.hits.end(), 0.0) == drawn.selected);
   if (drawn.selected > 0) {
@@ -71,11 +71,11 @@ RC_GTEST_PROP(Selection, HasTheSizeAndTheWeightsOfItsMethod, (unsigned seed)) {
       RC_ASSERT(drawn.inclProb[i] == 0 && drawn.weight[i] == 0);
       continue;
     }
-    const double expected = method == kMethodPpsMurthy ? MurthyInclProbs(shares)[i] : n * shares[i];
+    const double expected = method.code == kMethodPpsMurthy ? MurthyInclProbs(shares)[i] : n * shares[i];
     RC_ASSERT(std::fabs(drawn.weight[i] * expected - 1) < 1e-12);
-    const double inclProb = IsWithReplacement(method) ? 1 - std::pow(1 - shares[i], n) : expected;
+    const double inclProb = method.withReplacement ? 1 - std::pow(1 - shares[i], n) : expected;
     RC_ASSERT(std::fabs(drawn.inclProb[i] / inclProb - 1) < 1e-9);
-    RC_ASSERT(IsWithReplacement(method) || drawn.hits[i] == 1);
+    RC_ASSERT(method.withReplacement || drawn.hits[i] == 1);
   }
 }
 

@@ -7,8 +7,7 @@
 #include "backend/svselect/tabulation/SVSDataTabulator.h"
 #include "host/numeric/MCRandomTwister.h"
 #include "host/numeric/Obs.h"
-#include "model_components/surveyplans/common/SVSOutJointProbs.h"
-#include "model_components/surveyplans/common/SVSOutputSummary.h"
+#include "model_components/surveyplans/common/AbstractOutputs.h"
 
 namespace {
 

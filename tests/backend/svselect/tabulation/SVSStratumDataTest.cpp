@@ -5,9 +5,11 @@
 #include <thread>
 
 #include "KeyOf.h"
+#include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
+#include "backend/svselect/selection/MethodFunctions.h"
 #include "backend/svselect/tabulation/SVSStratumData.h"
 #include "host/environment/MCStopProcessor.h"
 #include "host/numeric/MCMathFun.h"
@@ -247,16 +249,17 @@ TEST(SVSStratumData, JointProbabilitiesOfTheSelected) {
 TEST(SVSStratumData, JointProbabilitiesOnThreads) {
   std::vector<double> rising(45);
   std::iota(rising.begin(), rising.end(), 30.5);
-  for (const std::int32_t method : {kMethodPpsWor, kMethodPpsBrewer, kMethodPpsMurthy, kMethodPpsSampford}) {
-    const Joint one = ComputeJoint(method, rising, 20, 1);
+  for (const SVMethod& method : kMethods) {
+    if (!method.hasJointProbs) continue;
+    const Joint one = ComputeJoint(method.code, rising, 20, 1);
     ASSERT_FALSE(one.matrix.empty());
     for (const std::int32_t threads : {1, 2, 3, 7, 100}) {
-      SCOPED_TRACE(testing::Message() << method << ',' << threads);
-      const Joint joint = ComputeJoint(method, rising, 20, threads);
+      SCOPED_TRACE(testing::Message() << method.word << ',' << threads);
+      const Joint joint = ComputeJoint(method.code, rising, 20, threads);
       EXPECT_EQ(joint.matrix, one.matrix);
-      EXPECT_TRUE(joint.ticks > 0 || method == kMethodPpsMurthy);
+      EXPECT_TRUE(joint.ticks > 0 || FunctionsOf(method.code).sharedItems == nullptr);
       for (int at = 0; at < joint.ticks && threads <= 3; ++at) {
-        EXPECT_EQ(ComputeJoint(method, rising, 20, threads, at).code, kStatusCancelled) << at;
+        EXPECT_EQ(ComputeJoint(method.code, rising, 20, threads, at).code, kStatusCancelled) << at;
       }
     }
   }

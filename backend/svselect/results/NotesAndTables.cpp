@@ -1,4 +1,4 @@
-#include "backend/svselect/results/PrintTables.h"
+#include "backend/svselect/results/NotesAndTables.h"
 
 #include <algorithm>
 
@@ -13,20 +13,28 @@
 
 namespace {
 
+// How a dimension's categories are to be ordered: in this host always as they were added.
+constexpr int kUnsorted = 0;
+constexpr int kAsMade = 2;
+
 // Parts of the notes.
 constexpr int kInputNotes = 1;
 constexpr int kFileNotes = 2;
 constexpr int kVariableNotes = 3;
 constexpr int kMissingNotes = 4;
 
+// A text of the program's own.
 BpString Fixed(const char* text) {
   return {text, true};
 }
 
+// A text from the user: a name or a path.
 BpString Given(const std::string& text) {
   return {text, false, false};
 }
 
+// Whether user-missing values of strata and clusters are categories. The texts end in dots where a host could
+// insert its own sentence; they are shown as they are.
 void PrintMissingNotes(const SVSValidSpecs& validSpecs) {
   const bool exclude = validSpecs.ClassMissingExclude();
   AddNotes(
@@ -35,6 +43,8 @@ void PrintMissingNotes(const SVSValidSpecs& validSpecs) {
   if (exclude) AddNotes(kMissingNotes, Fixed("Cases Used"), Fixed("Cases used selection ..."));
 }
 
+// Without a sample file the new variables go to the active file, and the notes list them instead. The joint
+// probability file is noted if one will be asked for, even if the draw then writes none.
 void PrintFileNotes(const SVSValidSpecs& validSpecs) {
   if (validSpecs.SampleFile().IsValid()) {
     AddNotes(kFileNotes, Fixed("Sample File"), Given(validSpecs.SampleFile().DocumentationString()));
@@ -50,16 +60,25 @@ void PrintFileNotes(const SVSValidSpecs& validSpecs) {
   }
 }
 
+// Opens a table and drops it at once: see the header.
 void AnnounceTable(BpHeading& heading, const char* title) {
   heading.PivotTable(BpString(title, true), BpString(title, false), true);
 }
 
+// Whether this run draws the stage. Without a list of stages none is drawn.
 bool IsSelected(const SVSValidSpecs& validSpecs, int stage) {
   const std::vector<std::int32_t>* stages = validSpecs.SelectStages();
   return stages != nullptr && std::find(stages->begin(), stages->end(), stage) != stages->end();
 }
 
+// One row of the table of cases.
+void AddRow(const BpDimension& cases, const char* label, std::int64_t count) {
+  cases.Category(BpString(label, true)).Cell(BpNumber(static_cast<double>(count), BpProcedure::Count()));
+}
+
 }  // namespace
+
+// --- the notes -------------------------------------------------------------------------------------------
 
 void PrintNotes(const SVSValidSpecs& validSpecs, BpHeading& heading) {
   if (!validSpecs.PlanFile().empty()) AddNotes(kInputNotes, Fixed("Plan File"), Given(validSpecs.PlanFile()));
@@ -70,6 +89,8 @@ void PrintNotes(const SVSValidSpecs& validSpecs, BpHeading& heading) {
   if (validSpecs.PrintCPS()) AnnounceTable(heading, "Case Processing Summary");
 }
 
+// Stages are counted by their position here. The labels are made of the kind's stem and the stage's number:
+// "SampleWeight_1_".
 void PrintOutputVariableNotes(const SVSValidSpecs& validSpecs) {
   int position = 0;
   for (const DesignStage* stage : validSpecs.DesignStages()) {
@@ -88,16 +109,10 @@ void PrintOutputVariableNotes(const SVSValidSpecs& validSpecs) {
     AddNotes(kVariableNotes, Given(kFinalWeightTraits.stem), Given(finalWeight.Text()));
 }
 
-namespace {
+// --- the tables ------------------------------------------------------------------------------------------
 
-constexpr int kAsMade = 2;
-
-void AddRow(const BpDimension& cases, const char* label, std::int64_t count) {
-  cases.Category(BpString(label, true)).Cell(BpNumber(static_cast<double>(count), BpProcedure::Count()));
-}
-
-}  // namespace
-
+// One column, "Unweighted Cases", and three rows. The counts are those of the adapter, which are reset for
+// each pass: the last pass reads all cases, whatever the stages have selected.
 void PrintCaseProcessing(const SVSInputAdapter& adapter, BpHeading& heading) {
   BpPivotTable table = heading.PivotTable(BpString("Case Processing Summary", true),
                                           BpString("Case Processing Summary", false), true);
@@ -111,12 +126,7 @@ void PrintCaseProcessing(const SVSInputAdapter& adapter, BpHeading& heading) {
   AddRow(cases, "Total", adapter.ValidCases() + adapter.InvalidCases());
 }
 
-namespace {
-
-constexpr int kUnsorted = 0;
-
-}  // namespace
-
+// A row for each older variable: its former name, which the new variable has now, and its current one.
 void PrintRenamedVariables(BpHeading& heading, const SVSSampleFile& sampleFile) {
   const KORV_DataSource* target = nullptr;
   const auto& renamed = sampleFile.RenamedVariables(&target);

@@ -4,13 +4,10 @@
 #include <span>
 #include <vector>
 
-// The arithmetic of PPS_WOR, Vijayan's method: n units of N, whose sizes ascend. A first step decides how
-// many of the largest units are certain; the others, i of them, are taken in turns among the first m = N - n
-// + i.
+// The arithmetic of PPS_WOR, which PpsWor.cpp explains.
 //
-// Notation: p(j) and c(j) shares and their running sums, j = 1..N; T = c(N-n), the share of all but the last
-//           n; z(j) = p(N-n+j) for j = 1..n, and z(n+1) = 1/n.
-// Source:   [Vijayan68] in docs/BIBLIOGRAPHY.md. Lists are 0-based: list[j-1] is entry j.
+// Notation: j = 1..N; T = c(N-n), the share of all but the last n units; z(j) = p(N-n+j) for j = 1..n, the
+//           shares of these n, and z(n+1) = 1/n. Lists are 0-based: list[j-1] is entry j.
 // Domain:   1 <= n <= N; with z(1) = z(n) the first step has no meaning and the turns take i = n. All values
 //           are computed as written for any sizes; lists that don't ascend are the caller's to bear.
 

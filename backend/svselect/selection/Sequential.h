@@ -2,13 +2,13 @@
 
 #include <cstdint>
 
-// The sequential procedure goes round the units and keeps the number of hits so far next to what is expected
-// of it: at each position it has the whole part of the expectation, or one more.
+// The steps of the sequential procedure, which Sequential.cpp explains: the number of hits up to a position
+// is the whole part of its expectation, or one more.
 
 // The expected number of hits up to a position.
 struct ExpectedHits {
-  std::int32_t count = 0;  // whole part
-  double rest = 0.0;       // the expectation less its whole part
+  std::int32_t count = 0;  // I, the whole part
+  double rest = 0.0;       // F, the expectation less its whole part
 };
 
 // `expected` split into whole part and rest.

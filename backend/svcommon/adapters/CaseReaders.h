@@ -1,0 +1,127 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "host/model/CaseValue.h"
+#include "host/model/ObsVecMap.h"
+#include "host/numeric/Obs.h"
+
+struct SVMatrixSpec;
+
+// From the current case of the host to the doubles of a record: one reader for each kind of slot.
+//
+//   CaseValueReader     a category code, for strata and cluster variables
+//   SVAdaptContVar      a number, for rates, sizes, weights and measures of size
+//   SVAdaptMatrixSpec   the number that a stage's table has for the case
+//
+// Each is bound to one or more columns of a case iterator and always reads the case on which the iterator is
+// now. A further pass over the data has a new iterator, to which Rebind() moves the reader.
+//
+// Ownership:  all borrow the iterator, which must outlive the pass.
+// Threads:    the thread of the run only.
+// Cost:       reading allocates nothing, except for a value that CaseValueReader::Encode() sees first.
+
+// SVCaseValue is one variable's value in the current case, with a rule for what counts as missing.
+class SVCaseValue : public CaseValue {
+public:
+  SVCaseValue(KORV_InputCaseIterator* iterator, int column, bool includeUserMissing)
+      : CaseValue(iterator, column), fbIncludeUserMissing(includeUserMissing) {}
+
+  // Whether the current case has a value. If user-missing values are included, only a system-missing number
+  // counts as missing; every string is a value, even a blank one.
+  bool IsPresent() const;
+
+  const OBS* Cells() const { return fpObs; }
+
+private:
+  bool fbIncludeUserMissing;
+};
+
+// CaseValueReader numbers the values of one categorical variable: 1, 2, 3, ... in the order in which they
+// first appear. The computation works with these codes alone; a value keeps its code for the whole run.
+//
+// The order of appearance matters beyond this class: codes make the keys, keys make the order of the strata,
+// and that order decides the sample.
+//
+// Ownership:  owns a copy of each value that has a code.
+class CaseValueReader {
+public:
+  CaseValueReader(KORV_InputCaseIterator* iterator, std::int32_t variable, bool includeUserMissing);
+
+  // The code of the current case's value; 0 if it is missing. For a value without a code, Encode() assigns
+  // the next one and Lookup() returns 0.
+  std::int32_t Encode();
+  std::int32_t Lookup() const;
+
+  // The value of a code, valid as long as the reader; null for a code that was never assigned.
+  const OBS* ObsOfCode(std::int32_t code) const;
+
+  // The code of the value in `obs`. If it has none, `*wasNew` is set, and it gets one if `addIfNew`, else the
+  // result is 0.
+  std::int32_t CodeOfObs(const OBS* obs, bool* wasNew, bool addIfNew);
+
+  std::size_t CategoryCount() const { return fValueMap.Size(); }
+
+  // Reads from another iterator from now on; the codes stay.
+  void Rebind(KORV_InputCaseIterator* iterator, bool includeUserMissing);
+
+private:
+  std::int32_t CodeOf(const OBS* obs) const;
+  std::int32_t Add(const OBS* obs);
+  std::size_t WholeOf(const OBS* obs) const;
+
+  std::int32_t fVarIndex;
+  ObsVecMap fValueMap;                   // value to code
+  std::size_t fKeyCells;                 // cells of one value
+  SVCaseValue fCaseValue;                // of the current iterator
+  std::vector<const OBS*> fvEncodedObs;  // the value of code c is at c - 1; points into fValueMap
+  // A shortcut for small whole numbers, which nearly all identifiers are: the code by the number, 0 for none.
+  // In a file in random order this compact table stays in the processor's caches where the map's entries
+  // don't. Every such number that has a code is within its size.
+  std::vector<std::int32_t> fvWholeCodes;
+};
+
+// SVAdaptContVar reads one continuous variable and checks it according to its role.
+class SVAdaptContVar {
+public:
+  // `isSize`: the variable holds a sample size; `isRate`: a sampling rate. Any other role, such as a weight
+  // or a measure of size, accepts every value here; those are checked later.
+  SVAdaptContVar(KORV_InputCaseIterator* iterator, std::int32_t variable, bool includeUserMissing,
+                 bool isSize, bool isRate);
+  virtual ~SVAdaptContVar();
+
+  // The current case's value, or the missing value. A size within the host's tolerance of a whole number is
+  // rounded to it. `*invalid` reports a size that isn't whole and positive, or a rate outside (0, 1]; the
+  // value is returned nevertheless. `*missing` reports a size or rate without a value.
+  virtual double Get(bool* invalid, bool* missing) const;
+
+  void Rebind(KORV_InputCaseIterator* iterator, bool includeUserMissing);
+
+private:
+  std::int32_t fVarIndex;
+  SVCaseValue fCaseValue;  // of the current iterator
+  bool fbIsSize;
+  bool fbIsRate;
+};
+
+// SVAdaptMatrixSpec looks up what a stage's table holds for the values of the current case.
+//
+// Ownership:  borrows the table.
+class SVAdaptMatrixSpec {
+public:
+  // REQUIRES: the table has a map whose key has the table's variables, in their order.
+  SVAdaptMatrixSpec(KORV_InputCaseIterator* iterator, const SVMatrixSpec* matrixSpec,
+                    bool includeUserMissing);
+
+  // The table's number for the case. If it has none, or if one of the case's values is missing, `*notFound`
+  // is set and the result is the missing value.
+  double Get(bool* notFound);
+
+  void Rebind(KORV_InputCaseIterator* iterator, bool includeUserMissing);
+
+private:
+  const SVMatrixSpec* fpMatrixSpec;
+  std::vector<SVCaseValue> fvCaseValues;  // of the current iterator, in the order of the table's variables
+  std::vector<OBS> fKeyBuffer;            // scratch: one key
+};

@@ -1,0 +1,41 @@
+#include "backend/svselect/selection/MethodFunctions.h"
+
+#include <iterator>
+
+namespace {
+
+constexpr MethodFunctions kFunctions[] = {
+    {kMethodSimpleWor, SizeLists::kNone, DrawSimpleWor},
+    {kMethodSimpleWr, SizeLists::kNone, DrawSimpleWr},
+    {kMethodSimpleSystematic, SizeLists::kNone, DrawSimpleSystematic},
+    {kMethodSimpleChromy, SizeLists::kShares, DrawSequential},
+    {kMethodPpsWor, SizeLists::kShares, DrawPpsWor, PpsWorJointWork, PpsWorSharedSteps},
+    {kMethodPpsWr, SizeLists::kLine, DrawPpsWr},
+    {kMethodPpsSystematic, SizeLists::kLine, DrawPpsSystematic},
+    {kMethodPpsChromy, SizeLists::kShares, DrawSequential},
+    {kMethodPpsBrewer, SizeLists::kShares, DrawSampford, SampfordJointWork},
+    {kMethodPpsMurthy, SizeLists::kShares, DrawMurthy, MurthyJointWork},
+    {kMethodPpsSampford, SizeLists::kShares, DrawSampford, SampfordJointWork, SampfordSharedRows},
+};
+
+static_assert(std::size(kFunctions) == std::size(kMethods), "a row for each method");
+static_assert(
+    [] {
+      for (std::size_t i = 0; i < std::size(kMethods); ++i) {
+        const MethodFunctions& row = kFunctions[i];
+        if (row.code != kMethods[i].code) return false;
+        if ((row.joint != nullptr) != kMethods[i].hasJointProbs) return false;
+      }
+      return true;
+    }(),
+    "the rows of kMethods in the same order, with joint probabilities where the method has them");
+
+// Sizes are looked at, so that a missing one is reported.
+constexpr MethodFunctions kNoFunctions = {kMethodNone, SizeLists::kShares, nullptr};
+
+}  // namespace
+
+const MethodFunctions& FunctionsOf(std::int32_t code) {
+  const std::size_t index = static_cast<std::uint32_t>(code) - 1U;
+  return index < std::size(kFunctions) ? kFunctions[index] : kNoFunctions;
+}

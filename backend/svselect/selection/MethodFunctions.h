@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "backend/svselect/selection/SVSJointMatrix.h"
+#include "backend/svselect/selection/SVSJointWork.h"
+#include "backend/svselect/selection/SVSStratumView.h"
+#include "model_components/surveyplans/common/SVStatus.h"
+
+namespace MCCommonMath {
+class MCRandomTwister;
+}
+
+// The second column of the table of methods (backend/svcommon/design/MethodTable.h): how each one draws and
+// where its joint inclusion probabilities come from. The rows are the same in the same order.
+
+// Draws the sample of a stratum. The first line of each draw's comment says which random numbers it takes:
+// neither their kind nor their order may ever change.
+// Errors: 1 when cancelled, 92032 for a size beyond the method's limit.
+using DrawFunction = SVStatus(const SVSStratumView& stratum, MCCommonMath::MCRandomTwister* random,
+                              SVSTakenUnits* taken);
+
+// The work of computing the joint probabilities of the selected units, cut into these ranges of its items.
+// Throws std::bad_alloc where there is no memory.
+using JointFunction = std::unique_ptr<SVSJointWork>(const SVSStratumView& stratum, SVSJointMatrix matrix,
+                                                    std::vector<SVSJointWork::Range> ranges);
+
+// How many items of that work threads can share; 0 when one thread does all of it, and the items are the
+// selected units.
+using SharedItemsFunction = std::int32_t(const SVSStratumView& stratum, std::int32_t selected);
+
+// Each in the file of its name; DrawSequential serves both Chromy methods, DrawSampford Brewer's as well.
+DrawFunction DrawSimpleWor, DrawSimpleWr, DrawSimpleSystematic, DrawSequential, DrawPpsWor, DrawPpsWr,
+    DrawPpsSystematic, DrawSampford, DrawMurthy;
+JointFunction PpsWorJointWork, SampfordJointWork, MurthyJointWork;
+SharedItemsFunction PpsWorSharedSteps, SampfordSharedRows;
+
+// The lists of sizes that a method reads. A list of a large stratum takes megabytes, so no others are formed.
+enum class SizeLists {
+  kNone,
+  kLine,    // s, p, S: points on a line of length M fall to units
+  kShares,  // s, p, c: units are drawn by probabilities
+};
+
+struct MethodFunctions {
+  MethodType code;
+  SizeLists lists;
+  DrawFunction* draw;
+  JointFunction* joint = nullptr;
+  SharedItemsFunction* sharedItems = nullptr;  // null: none
+};
+
+// The functions of a code. A code that no method has draws nothing.
+const MethodFunctions& FunctionsOf(std::int32_t code);

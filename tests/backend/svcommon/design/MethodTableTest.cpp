@@ -1,0 +1,40 @@
+#include <set>
+
+#include "backend/svcommon/design/MethodTable.h"
+
+namespace {
+
+// Goal: the two numberings part at the last four methods, and what is no method has none of their properties.
+TEST(MethodTable, FindsMethodsByTheirNumbers) {
+  std::vector<int> codes;
+  for (int type = -1; type <= 17; ++type) codes.push_back(MethodOfType(type).code);
+  EXPECT_EQ(codes, (std::vector<int>{0, 0, 1, 2, 3, 4, 5, 6, 7, 9, 10, 11, 8, 0, 0, 0, 0, 0, 0}));
+  for (const int code : {-1, 0, 1000}) {
+    EXPECT_FALSE(MethodOf(code).IsPps() || MethodOf(code).equalProbability) << code;
+    EXPECT_EQ(MethodTypeText(code), code == 0 ? "method not defined" : "unrecognized");
+  }
+  EXPECT_EQ(MethodTypeText(kMethodPpsBrewer).substr(0, 6), "Brewer");
+}
+
+// Goal: a row that was copied and not quite filled in.
+TEST(MethodTable, TellsMethodsApart) {
+  std::set<std::string_view> words, texts;
+  for (const SVMethod& method : kMethods) {
+    EXPECT_TRUE(words.insert(method.word).second) << method.word;
+    for (const std::string_view text : {method.inWords, method.text, method.title}) {
+      EXPECT_TRUE(texts.insert(text).second) << method.word << ": " << text;
+    }
+    EXPECT_FALSE(method.word.empty() || method.estimator.empty()) << method.word;
+  }
+}
+
+TEST(MethodTable, ListsNames) {
+  const auto none = [](const SVMethod&) { return false; };
+  const auto one = [](const SVMethod& method) { return method.mayDrawForever; };
+  const auto three = [](const SVMethod& method) { return method.statedProbs != StatedProbs::kMet; };
+  EXPECT_EQ(MethodNames(none, ", ", " and "), "");
+  EXPECT_EQ(MethodNames(one, ", ", " and "), "PPS_SAMPFORD");
+  EXPECT_EQ(MethodNames(three, ", ", " and "), "PPS_WOR, PPS_BREWER and PPS_SAMPFORD");
+}
+
+}  // namespace
