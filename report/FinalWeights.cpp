@@ -26,7 +26,8 @@ bool IsNumber(const Dictionary& dictionary, int column) {
 }
 
 // Opens the sample as any reader would: what is summed up is what was really written.
-std::optional<FinalWeights> OfSampleFile(HostSession& session, const OutputFile& file, const std::string& variable) {
+std::optional<FinalWeights> OfSampleFile(HostSession& session, const OutputFile& file,
+                                         const std::string& variable) {
   const DataFrame frame = OpenDataFile(session, file.target);
   const int column = frame.dictionary.Find(variable);
   if (!IsNumber(frame.dictionary, column)) return std::nullopt;
