@@ -11,25 +11,25 @@ constexpr double kMissing = MCMV::gMissingValue;
 // Worked by hand. 1, 2, 3, 6: mean 3, squares about it 4 + 1 + 0 + 9 = 14, cv^2 = 14 / 4 / 9; and by the
 // other form of the design effect, 4 * (1 + 4 + 9 + 36) / 12^2 = 200 / 144.
 TEST(WeightSummary, AgreesWithHandWork) {
+  using Numbers = std::vector<double>;
+  using Counts = std::vector<std::int64_t>;
   struct Case {
     const char* aim;
-    std::vector<double> weights;
+    Numbers weights;
     double sum, mean, smallest, largest, designEffect;
-    std::vector<double> edges;
-    std::vector<std::int64_t> bins;
+    Numbers edges = {};
+    Counts bins = {};
   };
   const Case kCases[] = {
-      {"none", {}, 0, 0, 0, 0, 1, {}, {}},
-      {"only missing ones", {kMissing, kMissing}, 0, 0, 0, 0, 1, {}, {}},
-      {"equal ones", {2.5, 2.5, kMissing}, 5, 2.5, 2.5, 2.5, 1, {}, {}},
-      {"equal but for rounding", {0.3, 0.1 + 0.2}, 0.6, 0.3, 0.3, 0.3, 1, {}, {}},
-      {"equal, their mean not quite", {0.1, 0.1, 0.1}, 0.1 + 0.1 + 0.1, 0.1, 0.1, 0.1, 1, {}, {}},
-      // clang-format off
-      {"uneven ones", {6, 1, kMissing, 3, 2}, 12, 3, 1, 6, 200.0 / 144.0,
-       {1, 1.5, 2, 2.5, 3, 3.5, 4, 4.5, 5, 5.5, 6, 6.5}, {1, 0, 1, 0, 1, 0, 0, 0, 0, 0, 1}},
-      {"orders of magnitude", {1, 1, 4, 100}, 106, 26.5, 1, 100, 4.0 * 10018.0 / (106.0 * 106.0),
-       {1, 2, 5, 10, 20, 50, 100, 200}, {2, 1, 0, 0, 0, 0, 1}},
-      // clang-format on
+      {"none", {}, 0, 0, 0, 0, 1},
+      {"only missing ones", {kMissing, kMissing}, 0, 0, 0, 0, 1},
+      {"equal ones", {2.5, 2.5, kMissing}, 5, 2.5, 2.5, 2.5, 1},
+      {"equal but for rounding", {0.3, 0.1 + 0.2}, 0.6, 0.3, 0.3, 0.3, 1},
+      {"equal, their mean not quite", {0.1, 0.1, 0.1}, 0.1 + 0.1 + 0.1, 0.1, 0.1, 0.1, 1},
+      {"uneven ones", Numbers{6, 1, kMissing, 3, 2}, 12, 3, 1, 6, 200.0 / 144.0,
+       Numbers{1, 1.5, 2, 2.5, 3, 3.5, 4, 4.5, 5, 5.5, 6, 6.5}, Counts{1, 0, 1, 0, 1, 0, 0, 0, 0, 0, 1}},
+      {"orders of magnitude", Numbers{1, 1, 4, 100}, 106, 26.5, 1, 100, 4.0 * 10018.0 / (106.0 * 106.0),
+       Numbers{1, 2, 5, 10, 20, 50, 100, 200}, Counts{2, 1, 0, 0, 0, 0, 1}},
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);

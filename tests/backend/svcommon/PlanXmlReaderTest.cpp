@@ -5,23 +5,27 @@
 #include <limits>
 
 #include "PlanText.h"
+#include "backend/svcommon/PlanReadErrors.h"
 #include "backend/svcommon/PlanXmlReader.h"
+#include "backend/svcommon/design/Enumerations.h"
 #include "host/environment/HostSession.h"
+
+using namespace SV_XML;
 
 namespace {
 
-class PlanXmlReader : public testing::Test {
+class PlanReader : public testing::Test {
 protected:
   int Sample(const std::string& path) {
     fPlan = SVPlanSpecs();
-    return SV_XML::PlanXmlReader(&fPlan).readSamplePlan(path);
+    return PlanXmlReader(&fPlan).readSamplePlan(path);
   }
   int SampleText(const std::string& text) { return Sample(PlanFile(text).Path()); }
   int Analysis(const std::string& inner) {
     fPlan = SVPlanSpecs();
     const PlanFile file("<!DOCTYPE KORVSurveyPlans SYSTEM 'x'>" +
                         In("KORVSurveyPlans", In("AnalysisDesign", inner)));
-    return SV_XML::PlanXmlReader(&fPlan).readAnalysisPlan(file.Path());
+    return PlanXmlReader(&fPlan).readAnalysisPlan(file.Path());
   }
 
   HostSession fSession;
@@ -49,72 +53,82 @@ std::string Mos(const std::string& fromData, const std::string& inner = "") {
 }
 
 // One fault each, or two where the order of reading says which is told.
-TEST_F(PlanXmlReader, TellsFaultsOfSampleDesigns) {
+TEST_F(PlanReader, TellsFaultsOfSampleDesigns) {
   const Case kCases[] = {
       {0, "no stage at all", ""},
       {0, "one stage", kPlain},
       {0, "holder without a form", Wor("<InputSampleSize/>")},
-      {2, "no letter first", Wor(StrataOf(Var("9lives")) + kSizeOf3)},
-      {2, "no name", Wor(StrataOf("<Variable/>") + kSizeOf3)},
-      {2, "good after bad", Wor(StrataOf(Var("") + kType) + kSizeOf3)},
-      {2, "invalid after repeated", Wor(StrataOf(kType + kType + kOne) + kSizeOf3)},
-      {22, "repeated after invalid", Wor(StrataOf(kOne + kType + kType) + kSizeOf3)},
-      {22, "invalid and repeated", Wor(StrataOf(kOne + kOne) + kSizeOf3)},
-      {22, "other case, other role", Wor(kByType + kSizeOf3) + In("Weight", Var("TYPE"))},
-      {22, "the weights", kPlain + In("PreviousWeight", Var("w")) + In("Weight", Var("W"))},
+      {kPlanInvalidVariable, "no letter first", Wor(StrataOf(Var("9lives")) + kSizeOf3)},
+      {kPlanInvalidVariable, "no name", Wor(StrataOf("<Variable/>") + kSizeOf3)},
+      {kPlanInvalidVariable, "good after bad", Wor(StrataOf(Var("") + kType) + kSizeOf3)},
+      {kPlanInvalidVariable, "invalid after repeated", Wor(StrataOf(kType + kType + kOne) + kSizeOf3)},
+      {kPlanRepeatedInSampleDesign, "repeated after invalid", Wor(StrataOf(kOne + kType + kType) + kSizeOf3)},
+      {kPlanRepeatedInSampleDesign, "invalid and repeated", Wor(StrataOf(kOne + kOne) + kSizeOf3)},
+      {kPlanRepeatedInSampleDesign, "other case, other role",
+       Wor(kByType + kSizeOf3) + In("Weight", Var("TYPE"))},
+      {kPlanRepeatedInSampleDesign, "the weights",
+       kPlain + In("PreviousWeight", Var("w")) + In("Weight", Var("W"))},
       {0, "weight without a variable", kPlain + "<Weight/>"},
-      {7, "first of two", kPlain + kPlain},
-      {7, "second of three", kFirst + kPlain + Wor(ClustersOf(Var("d")) + kSizeOf3)},
+      {kPlanClustersRequired, "first of two", kPlain + kPlain},
+      {kPlanClustersRequired, "second of three", kFirst + kPlain + Wor(ClustersOf(Var("d")) + kSizeOf3)},
       {0, "last needs none", kFirst + kPlain},
-      {8, "not of the design", Wor(Table(kType, Row("5")))},
-      {8, "bad name isn't of the design either", Wor(Table(kOne, Row("5")))},
-      {8, "cluster of its own stage", Wor(ClustersOf(kType) + Table("<v name='TYPE'/>", Row("5")))},
+      {kPlanBadMatrixVariable, "not of the design", Wor(Table(kType, Row("5")))},
+      {kPlanBadMatrixVariable, "bad name isn't of the design either", Wor(Table(kOne, Row("5")))},
+      {kPlanBadMatrixVariable, "cluster of its own stage",
+       Wor(ClustersOf(kType) + Table("<v name='TYPE'/>", Row("5")))},
       {0, "cluster of an earlier stage", kFirst + Wor(Table(Var("COUNTY"), Row("5")))},
-      {9, "two categories for one variable", Wor(kByType + Table(kType, Row("5", {"E", "E"})))},
-      {12, "bad size over bad list", Wor(kByType + Table(kType, Row("0", {})))},
-      {9, "bad list over bad variable, good row after", Wor(Table(kType, Row("1", {}) + Row("5"), 2))},
-      {1, "fewer rows than told", Wor(kByType + Table(kType, Row("5"), 2))},
+      {kPlanBadCategoryList, "two categories for one variable",
+       Wor(kByType + Table(kType, Row("5", {"E", "E"})))},
+      {kPlanBadSampleSize, "bad size over bad list", Wor(kByType + Table(kType, Row("0", {})))},
+      {kPlanBadCategoryList, "bad list over bad variable, good row after",
+       Wor(Table(kType, Row("1", {}) + Row("5"), 2))},
+      {kPlanInvalidFile, "fewer rows than told", Wor(kByType + Table(kType, Row("5"), 2))},
       {0, "more rows than told", Wor(kByType + Table(kType, Row("5") + Row("-1")))},
-      {10, "four stages and other faults", Stage("x", "") + kPlain + kPlain + kPlain + kBadWeight},
-      {12, "half a unit", Wor(Size("2.5"))},
-      {12, "bad value, good variable", Wor(In("InputSampleSize", "<SingleValue/>" + kType))},
+      {kPlanTooManyStages, "four stages and other faults",
+       Stage("x", "") + kPlain + kPlain + kPlain + kBadWeight},
+      {kPlanBadSampleSize, "half a unit", Wor(Size("2.5"))},
+      {kPlanBadSampleSize, "bad value, good variable", Wor(In("InputSampleSize", "<SingleValue/>" + kType))},
       {0, "good matrix over bad value",
        Wor(kByType + In("InputSampleSize", "<SingleValue/><Matrix numberOfValues='0'/>"))},
-      {13, "rate of 0", Wor(Rate("0"))},
+      {kPlanBadSampleRate, "rate of 0", Wor(Rate("0"))},
       {0, "rate above 1", Wor(Rate("1.5"))},
       {0, "size given, rate not read", Wor(kSizeOf3 + Rate("0"))},
-      {15, "no method", Stage("", kSizeOf3)},
-      {15, "other case", Stage("Simple_wor", kSizeOf3)},
-      {15, "PPS at stage 2, and not 23", kFirst + Stage("pps_wr", kSizeOf3 + kMosOfPupils)},
-      {16, "no size", Wor("")},
+      {kPlanIllegalMethod, "no method", Stage("", kSizeOf3)},
+      {kPlanIllegalMethod, "other case", Stage("Simple_wor", kSizeOf3)},
+      {kPlanIllegalMethod, "PPS at stage 2, not a replacement before the last",
+       kFirst + Stage("pps_wr", kSizeOf3 + kMosOfPupils)},
+      {kPlanNoSizeOrRate, "no size", Wor("")},
       {0, "two units without a size", Stage("pps_brewer", kByCounty + kMosOfPupils)},
-      {17, "no measure of size", Pps("")},
-      {18, "no variable", Pps(Mos("no"))},
+      {kPlanNoMos, "no measure of size", Pps("")},
+      {kPlanNoMosSource, "no variable", Pps(Mos("no"))},
       {0, "neither yes nor no", Pps(Mos("Yes"))},
-      {2, "later good bounds keep a bad name", Pps(Mos("no", kOne + Bounds("0", "0")))},
-      {20, "later bad bound", Pps(Mos("no", Bounds("0", "-1")))},
-      {19, "bounds crossed over all", Pps(Mos("no", Bounds("2", "1")))},
+      {kPlanInvalidVariable, "later good bounds keep a bad name", Pps(Mos("no", kOne + Bounds("0", "0")))},
+      {kPlanBadBound, "later bad bound", Pps(Mos("no", Bounds("0", "-1")))},
+      {kPlanMinAboveMax, "bounds crossed over all", Pps(Mos("no", Bounds("2", "1")))},
       {0, "fractions of size", Pps(Mos("yes", Bounds("0.5", "1.5")))},
-      {19, "rate bounds crossed", Wor(Rate("1", Bounds("3", "2")))},
+      {kPlanMinAboveMax, "rate bounds crossed", Wor(Rate("1", Bounds("3", "2")))},
       {0, "rate bounds equal", Wor(Rate("1", Bounds("3", "3")))},
       {0, "0 is no bound", Wor(Rate("1", Bounds("3", "0")))},
-      {20, "half a unit at least", Wor(Rate("1", Bounds("0.5", "2")))},
-      {20, "bad before crossed", Wor(Rate("1", Bounds("3", "-2")))},
-      {1, "bound without a value", Wor(Rate("1", "<MinSize/>"))},
-      {21, "joint probabilities without clusters", Stage("pps_sampford", kSizeOf3 + kMosOfPupils)},
+      {kPlanBadBound, "half a unit at least", Wor(Rate("1", Bounds("0.5", "2")))},
+      {kPlanBadBound, "bad before crossed", Wor(Rate("1", Bounds("3", "-2")))},
+      {kPlanInvalidFile, "bound without a value", Wor(Rate("1", "<MinSize/>"))},
+      {kPlanClusterMissing, "joint probabilities without clusters",
+       Stage("pps_sampford", kSizeOf3 + kMosOfPupils)},
       {0, "none with replacement", Stage("pps_wr", kSizeOf3 + kMosOfPupils)},
-      {23, "replacement before the last", Stage("simple_wr", kByCounty + kSizeOf3) + kPlain},
-      {23, "PPS likewise", Stage("pps_wr", kByCounty + kSizeOf3 + kMosOfPupils) + kPlain},
-      {1, "output without a variable", Wor(kSizeOf3 + "<Index/>")},
-      {2, "stage before weight", Wor(kSizeOf3 + In("Index", kOne)) + kBadWeight},
-      {16, "size before output", Wor("<Index/>") + kBadWeight},
+      {kPlanReplacementBeforeLast, "replacement before the last",
+       Stage("simple_wr", kByCounty + kSizeOf3) + kPlain},
+      {kPlanReplacementBeforeLast, "PPS likewise",
+       Stage("pps_wr", kByCounty + kSizeOf3 + kMosOfPupils) + kPlain},
+      {kPlanInvalidFile, "output without a variable", Wor(kSizeOf3 + "<Index/>")},
+      {kPlanInvalidVariable, "stage before weight", Wor(kSizeOf3 + In("Index", kOne)) + kBadWeight},
+      {kPlanNoSizeOrRate, "size before output", Wor("<Index/>") + kBadWeight},
   };
   for (const Case& c : kCases) EXPECT_EQ(SampleText(Design(c.design)), c.code) << c.aim;
-  EXPECT_EQ(SampleText("<p><x><SampleDesign/></x></p>"), 14);
+  EXPECT_EQ(SampleText("<p><x><SampleDesign/></x></p>"), kPlanNoSampleDesign);
   EXPECT_EQ(SampleText("<p><SampleDesign/><Other/></p>"), 0);
 }
 
-TEST_F(PlanXmlReader, TellsFaultsOfAnalysisDesigns) {
+TEST_F(PlanReader, TellsFaultsOfAnalysisDesigns) {
   const auto stage = [](const std::string& method, const std::string& inner) {
     return "<AnalysisStage estimationMethod='" + method + "'>" + inner + "</AnalysisStage>";
   };
@@ -123,33 +137,38 @@ TEST_F(PlanXmlReader, TellsFaultsOfAnalysisDesigns) {
   };
   const Case kCases[] = {
       {0, "unequal first", stage("unequal_wor", kByCounty) + stage("wr", given("PopulationSize", "0"))},
-      {3, "repeated", stage("wr", kByType) + In("Weight", kType)},
-      {4, "unequal later", stage("wr", kByCounty) + stage("unequal_wor", "")},
-      {5, "half a population", stage("equal_wor", given("PopulationSize", "0.5") + given("IncProb", "1"))},
-      {2, "a value and a bad name",
+      {kPlanRepeatedVariable, "repeated", stage("wr", kByType) + In("Weight", kType)},
+      {kPlanIllegalEstimation, "unequal later", stage("wr", kByCounty) + stage("unequal_wor", "")},
+      {kPlanBadPopulationSize, "half a population",
+       stage("equal_wor", given("PopulationSize", "0.5") + given("IncProb", "1"))},
+      {kPlanInvalidVariable, "a value and a bad name",
        stage("equal_wor", In("PopulationSize", "<SingleValue value='9'/>" + kOne))},
-      {6, "above 1", stage("equal_wor", given("IncProb", "1.5"))},
+      {kPlanBadInclusionProbability, "above 1", stage("equal_wor", given("IncProb", "1.5"))},
       {0, "certainty", stage("equal_wor", given("IncProb", "1"))},
-      {7, "no clusters", stage("wr", "") + stage("wr", "")},
-      {10, "four stages", stage("wr", "") + stage("wr", "") + stage("wr", "") + stage("wr", "")},
+      {kPlanClustersRequired, "no clusters", stage("wr", "") + stage("wr", "")},
+      {kPlanTooManyStages, "four stages",
+       stage("wr", "") + stage("wr", "") + stage("wr", "") + stage("wr", "")},
   };
   for (const Case& c : kCases) EXPECT_EQ(Analysis(c.design), c.code) << c.aim;
-  EXPECT_EQ(SampleText("<p/>"), 14);
+  EXPECT_EQ(SampleText("<p/>"), kPlanNoSampleDesign);
   const struct {
     const char* word;
     int code, estimator;
-  } kEstimators[] = {{"wor", 0, 16}, {"wr", 0, 15}, {"", 0, 16}, {"x", 24, 16}};
+  } kEstimators[] = {{"wor", 0, kSamplingWor},
+                     {"wr", 0, kSamplingWr},
+                     {"", 0, kSamplingWor},
+                     {"x", kPlanIllegalSrsEstimator, kSamplingWor}};
   for (const auto& c : kEstimators) {
     fPlan = SVPlanSpecs();
     const PlanFile file("<p><AnalysisDesign SRSestimator='" + std::string(c.word) + "'/></p>");
-    EXPECT_EQ(SV_XML::PlanXmlReader(&fPlan).readAnalysisPlan(file.Path()), c.code) << c.word;
+    EXPECT_EQ(PlanXmlReader(&fPlan).readAnalysisPlan(file.Path()), c.code) << c.word;
     EXPECT_EQ(fPlan.srsEstimator, c.estimator) << c.word;
-    EXPECT_EQ(SV_XML::PlanXmlReader(&fPlan).readAnalysisPlan(PlanFile("<p/>").Path()), 11);
+    EXPECT_EQ(PlanXmlReader(&fPlan).readAnalysisPlan(PlanFile("<p/>").Path()), kPlanNoAnalysisDesign);
   }
 }
 
 // What the words for this plan don't tell.
-TEST_F(PlanXmlReader, KeepsWhatThePlanSays) {
+TEST_F(PlanReader, KeepsWhatThePlanSays) {
   ASSERT_EQ(Sample(SV_EXAMPLES "/plans/two-stages.xml"), 0);
   EXPECT_EQ(fPlan.mode, kSampleMode);
   EXPECT_EQ(fPlan.file, SV_EXAMPLES "/plans/two-stages.xml");
@@ -165,10 +184,10 @@ TEST_F(PlanXmlReader, KeepsWhatThePlanSays) {
 }
 
 // All of a plan is kept though it is refused; the names of a table stand though the design lacks them.
-TEST_F(PlanXmlReader, ReadsOnBehindAFault) {
+TEST_F(PlanReader, ReadsOnBehindAFault) {
   EXPECT_EQ(SampleText("<p><SampleDesign wrEstimation='yes'>" + Stage("", Table(kType, Row("-2", {}))) +
                        kPlain + kPlain + kPlain + In("PreviousWeight", Var("w")) + "</SampleDesign></p>"),
-            10);
+            kPlanTooManyStages);
   EXPECT_EQ(fPlan.numStages(), 4);
   EXPECT_EQ(fPlan.getStage(4)->paramValue, 3.0);
   EXPECT_EQ(fPlan.getStage(1)->paramMatrix.getMapSize(), 1U);
@@ -176,7 +195,7 @@ TEST_F(PlanXmlReader, ReadsOnBehindAFault) {
   EXPECT_EQ(fPlan.estimation, kSamplingWr);
 }
 
-TEST_F(PlanXmlReader, ReadsNumbersAsAStreamDoes) {
+TEST_F(PlanReader, ReadsNumbersAsAStreamDoes) {
   const struct {
     const char* text;
     int integer;
@@ -204,7 +223,7 @@ TEST_F(PlanXmlReader, ReadsNumbersAsAStreamDoes) {
   }
 }
 
-TEST_F(PlanXmlReader, ReadsEveryExample) {
+TEST_F(PlanReader, ReadsEveryExample) {
   int read = 0;
   for (const auto& entry : std::filesystem::directory_iterator(SV_EXAMPLES "/plans")) {
     if (entry.path().extension() != ".xml") continue;  // what a draw has left there
@@ -215,7 +234,7 @@ TEST_F(PlanXmlReader, ReadsEveryExample) {
 }
 
 // What no grammar stands before: each of these is code 1, soon and within little memory.
-TEST_F(PlanXmlReader, RefusesHostileFiles) {
+TEST_F(PlanReader, RefusesHostileFiles) {
   const auto typed = [](const std::string& subset, const std::string& inner = "") {
     return "<!DOCTYPE KORVSurveyPlans SYSTEM 'http://nowhere.invalid/x.dtd' [" + subset + "]>" +
            Design(inner);
@@ -249,31 +268,33 @@ TEST_F(PlanXmlReader, RefusesHostileFiles) {
     const char* aim;
     std::string text;
   } kTexts[] = {
-      {1, "empty", ""},
-      {1, "not well-formed", "<p><SampleDesign></p>"},
-      {1, "no XML", std::string("\0\xff\xfe\x01", 4)},
-      {1, "unknown encoding", "<?xml version='1.0' encoding='klingon'?>" + Design("")},
-      {1, "element that the DTD lacks", typed("", "<Bogus/>")},
-      {1, "order against the DTD", typed("", In("Weight", Var("w")) + kPlain)},
+      {kPlanInvalidFile, "empty", ""},
+      {kPlanInvalidFile, "not well-formed", "<p><SampleDesign></p>"},
+      {kPlanInvalidFile, "no XML", std::string("\0\xff\xfe\x01", 4)},
+      {kPlanInvalidFile, "unknown encoding", "<?xml version='1.0' encoding='klingon'?>" + Design("")},
+      {kPlanInvalidFile, "element that the DTD lacks", typed("", "<Bogus/>")},
+      {kPlanInvalidFile, "order against the DTD", typed("", In("Weight", Var("w")) + kPlain)},
       {0, "any DTD is ours", typed("", kPlain + "<PreviousWeight/>")},
       {0, "as a parameter entity too",
        "<!DOCTYPE KORVSurveyPlans [<!ENTITY % d SYSTEM 'file:///etc/passwd'> %d;]>" + Design(kPlain)},
-      {1, "an external entity isn't read", typed("<!ENTITY e SYSTEM 'file:///etc/hostname'>", "&e;")},
+      {kPlanInvalidFile, "an external entity isn't read",
+       typed("<!ENTITY e SYSTEM 'file:///etc/hostname'>", "&e;")},
       {0, "an entity of ours",
        "<!DOCTYPE KORVSurveyPlans SYSTEM 'x' [<!ENTITY e 'type'>]>" +
            Design(Wor(StrataOf(Var("&e;")) + kSizeOf3))},
-      {1, "laughs in text", typed(laughs, "&a9;")},
-      {1, "laughs in an attribute", typed(laughs, "<SampleStage label='&a9;'/>")},
-      {1, "laughs in a default", typed(laughs + "<!ATTLIST SampleDesign wrEstimation CDATA '&a9;'>")},
-      {1, "laughs in parameters", typed(parameters + "%p9;")},
-      {1, "a long entity", typed("<!ENTITY e '" + std::string(5000, 'x') + "'>", "")},
-      {1, "many entities", typed(entities)},
-      {1, "attributes declared in the plan", typed("<!ATTLIST q r CDATA ''>")},
-      {1, "many names", Design(names)},
-      {1, "many attributes", Design(attributes + "/>")},
-      {1, "many nodes", Design(nodes)},
-      {1, "a long label", Design("<x label='" + std::string(2'000'000, 'x') + "'/>")},
-      {1, "many variables of a table", Design(Wor(kByType + Table(types, Row("5", {}))))},
+      {kPlanInvalidFile, "laughs in text", typed(laughs, "&a9;")},
+      {kPlanInvalidFile, "laughs in an attribute", typed(laughs, "<SampleStage label='&a9;'/>")},
+      {kPlanInvalidFile, "laughs in a default",
+       typed(laughs + "<!ATTLIST SampleDesign wrEstimation CDATA '&a9;'>")},
+      {kPlanInvalidFile, "laughs in parameters", typed(parameters + "%p9;")},
+      {kPlanInvalidFile, "a long entity", typed("<!ENTITY e '" + std::string(5000, 'x') + "'>", "")},
+      {kPlanInvalidFile, "many entities", typed(entities)},
+      {kPlanInvalidFile, "attributes declared in the plan", typed("<!ATTLIST q r CDATA ''>")},
+      {kPlanInvalidFile, "many names", Design(names)},
+      {kPlanInvalidFile, "many attributes", Design(attributes + "/>")},
+      {kPlanInvalidFile, "many nodes", Design(nodes)},
+      {kPlanInvalidFile, "a long label", Design("<x label='" + std::string(2'000'000, 'x') + "'/>")},
+      {kPlanInvalidFile, "many variables of a table", Design(Wor(kByType + Table(types, Row("5", {}))))},
   };
   for (const auto& c : kTexts) EXPECT_EQ(SampleText(c.text), c.code) << c.aim;
 
@@ -283,12 +304,12 @@ TEST_F(PlanXmlReader, RefusesHostileFiles) {
   for (const std::string& path :
        {pipe.Path(), std::string("/"), std::string("/dev/zero"), std::string("/dev/tty"),
         std::string("/no/such"), std::string(), std::string("http://nowhere.invalid/")}) {
-    EXPECT_EQ(Sample(path), 1) << path;
+    EXPECT_EQ(Sample(path), kPlanInvalidFile) << path;
   }
 }
 
 // Sound plans of an odd shape: deep, long, in UTF-16, under a name that is no text.
-TEST_F(PlanXmlReader, ReadsUnusualFiles) {
+TEST_F(PlanReader, ReadsUnusualFiles) {
   constexpr int kDeep = 100'000;
   std::string open;
   std::string close;
@@ -298,7 +319,7 @@ TEST_F(PlanXmlReader, ReadsUnusualFiles) {
     close += "</x>";
     rows += Row("5");
   }
-  EXPECT_EQ(SampleText(Design(open + Wor("") + close)), 16);
+  EXPECT_EQ(SampleText(Design(open + Wor("") + close)), kPlanNoSizeOrRate);
   EXPECT_EQ(SampleText(Design(Wor(kByType + Table(kType, rows, kDeep)))), 0);
   EXPECT_EQ(fPlan.getStage(1)->paramMatrix.getMapSize(), 100'000U);
 

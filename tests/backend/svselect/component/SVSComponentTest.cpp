@@ -108,23 +108,28 @@ TEST(SVSComponent, CancelledAtAnyQuestion) {
 }
 
 TEST(SVSComponent, StatusesOfARun) {
+  using Stages = std::vector<int>;
   struct Case {
     const char* aim;
-    std::vector<int> select;
+    Stages select;
     void (*change)(SVSCompSettings&, MemoryRecords&);
     std::int32_t code, stage;
   };
   const Case kCases[] = {
-      {"sound", {1, 2, 3}, [](auto&, auto&) {}, 0, 0},
-      {"stages in falling order", {3, 2}, [](auto&, auto&) {}, 92021, 0},
-      {"no stage selected", {}, [](auto&, auto&) {}, 92021, 0},
-      {"a stage that isn't there", {2, 4}, [](auto&, auto&) {}, 92021, 0},
-      {"unsound settings", {1}, [](auto& s, auto&) { s.SetMethod(1, 5); }, 92023, 0},
-      {"joint output missing", {1}, [](auto& s, auto&) { s.SetMethod(kMethodPpsWor, 1); }, 92012, 0},
-      {"none needed", {2}, [](auto& s, auto&) { s.SetMethod(kMethodPpsWor, 1), s.SetEstimator(1, 1); }, 0, 0},
-      {"no records", {2, 3}, [](auto&, auto& r) { r = MemoryRecords(kWidth, {}); }, 92001, 0},
-      {"second pass fails", {2, 3}, [](auto&, auto& r) { r.fFailReset = 1; }, 92001, 2},
-      {"source fails", {2, 3}, [](auto&, auto& r) { r.fFailAt = 9; }, 92000, 2},
+      {"sound", Stages{1, 2, 3}, [](auto&, auto&) {}, 0, 0},
+      {"stages in falling order", Stages{3, 2}, [](auto&, auto&) {}, kStatusNoStages, 0},
+      {"no stage selected", Stages{}, [](auto&, auto&) {}, kStatusNoStages, 0},
+      {"a stage that isn't there", Stages{2, 4}, [](auto&, auto&) {}, kStatusNoStages, 0},
+      {"unsound settings", Stages{1}, [](auto& s, auto&) { s.SetMethod(kMethodSimpleWor, 5); },
+       kStatusLastStageNumber, 0},
+      {"joint output missing", Stages{1}, [](auto& s, auto&) { s.SetMethod(kMethodPpsWor, 1); },
+       kStatusNoJointOutput, 0},
+      {"none needed", Stages{2},
+       [](auto& s, auto&) { s.SetMethod(kMethodPpsWor, 1), s.SetEstimator(kEstimatorWr, 1); }, 0, 0},
+      {"no records", Stages{2, 3}, [](auto&, auto& r) { r = MemoryRecords(kWidth, {}); }, kStatusNoRecords,
+       0},
+      {"second pass fails", Stages{2, 3}, [](auto&, auto& r) { r.fFailReset = 1; }, kStatusNoRecords, 2},
+      {"source fails", Stages{2, 3}, [](auto&, auto& r) { r.fFailAt = 9; }, kStatusUserError, 2},
   };
   const auto frame = Frame(300, 3);
   for (const Case& c : kCases) {

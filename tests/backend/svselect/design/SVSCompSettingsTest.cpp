@@ -26,19 +26,27 @@ TEST(SVSCompSettings, ValidateFindsTheFirstFault) {
   };
   const Case kCases[] = {
       {"sound", [](auto&) {}, 0, 0},
-      {"no stages", [](auto& s) { s = SVSCompSettings(); }, 92021, 0},
-      {"first isn't 1", [](auto& s) { s.FindStage(0); }, 92022, 0},
-      {"a gap", [](auto& s) { s.SetMethod(1, 4); }, 92023, 0},
-      {"inner stage without clusters", [](auto& s) { s.FindStage(1).setClusters({}); }, 92025, 1},
+      {"no stages", [](auto& s) { s = SVSCompSettings(); }, kStatusNoStages, 0},
+      {"first isn't 1", [](auto& s) { s.FindStage(0); }, kStatusFirstStageNumber, 0},
+      {"a gap", [](auto& s) { s.SetMethod(kMethodSimpleWor, 4); }, kStatusLastStageNumber, 0},
+      {"inner stage without clusters", [](auto& s) { s.FindStage(1).setClusters({}); }, kStatusNoClusters, 1},
       {"last stage without clusters", [](auto& s) { s.FindStage(2).setClusters({}); }, 0, 0},
-      {"late estimator", [](auto& s) { s.FindStage(2).setEstimatorType(1); }, 92026, 2},
-      {"estimator 2", [](auto& s) { s.FindStage(1).setEstimatorType(2); }, 92027, 1},
-      {"Brewer asks for nothing", [](auto& s) { s.FindStage(1).setInclusionType(0), s.SetMethod(9, 1); }, 0,
-       0},
-      {"Sampford does", [](auto& s) { s.FindStage(1).setInclusionType(0), s.SetMethod(11, 1); }, 92028, 1},
-      {"no size or rate", [](auto& s) { s.FindStage(2).setInclusionType(0); }, 92028, 2},
-      {"rate 0", [](auto& s) { s.FindStage(1).setRateValue(0.0); }, 92029, 1},
-      {"size 2.5", [](auto& s) { s.FindStage(2).setSizeValue(2.5); }, 92030, 2},
+      {"late estimator", [](auto& s) { s.FindStage(2).setEstimatorType(kEstimatorWr); }, kStatusLateEstimator,
+       2},
+      {"estimator 2", [](auto& s) { s.FindStage(1).setEstimatorType(kEstimatorEqualWor); }, kStatusEstimator,
+       1},
+      {"Brewer asks for nothing",
+       [](auto& s) { s.FindStage(1).setInclusionType(kInclProbTypeNone), s.SetMethod(kMethodPpsBrewer, 1); },
+       0, 0},
+      {"Sampford does",
+       [](auto& s) {
+         s.FindStage(1).setInclusionType(kInclProbTypeNone), s.SetMethod(kMethodPpsSampford, 1);
+       },
+       kStatusNoSpec, 1},
+      {"no size or rate", [](auto& s) { s.FindStage(2).setInclusionType(kInclProbTypeNone); }, kStatusNoSpec,
+       2},
+      {"rate 0", [](auto& s) { s.FindStage(1).setRateValue(0.0); }, kStatusRateValue, 1},
+      {"size 2.5", [](auto& s) { s.FindStage(2).setSizeValue(2.5); }, kStatusSizeValue, 2},
       {"size by variable", [](auto& s) { s.AddSpecVar(7, kSizeVariable, 2); }, 0, 0},
   };
   for (const Case& c : kCases) {
@@ -58,16 +66,15 @@ TEST(SVSCompSettings, SettersRefuse) {
   EXPECT_TRUE(s.SetWeightVar(6));
   EXPECT_TRUE(s.SetCaseIdVar(8));
   EXPECT_TRUE(s.AddSpecVar(5, kRateVariable, 1));
-  // clang-format off
-  const std::vector<bool> refused = {
-      s.AddDesignVar(-1, kRoleStrata, 1), s.AddDesignVar(0, kRoleCluster, 2),
-      s.AddDesignVar(5, kRoleStrata, 1), s.AddDesignVar(6, kRoleStrata, 1), s.AddSpecVar(5, kRateVariable, 2),
-      s.AddSpecVar(3, kSizeVariable, 2), s.AddSpecVar(-1, kSizeVariable, 2), s.AddSpecVar(7, kRateMatrix, 2),
-      s.SetSpecValue(0.0, kRateValue, 2), s.SetSpecValue(2.5, kSizeValue, 2),
-      s.SetSpecValue(1, kPopSizeValue, 2), s.SetEstimator(1, 2), s.SetEstimator(2, 1),
-      s.SetMethod(kMethodPpsWor, 2), s.SetMOSVar(0), s.SetMOSVar(-1), s.SetWeightVar(5)};
-  // clang-format on
-  EXPECT_EQ(refused, std::vector<bool>(refused.size(), false));
+  EXPECT_FALSE(s.AddDesignVar(-1, kRoleStrata, 1) || s.AddDesignVar(0, kRoleCluster, 2) ||
+               s.AddDesignVar(5, kRoleStrata, 1) || s.AddDesignVar(6, kRoleStrata, 1));
+  EXPECT_FALSE(s.AddSpecVar(5, kRateVariable, 2) || s.AddSpecVar(3, kSizeVariable, 2) ||
+               s.AddSpecVar(-1, kSizeVariable, 2) || s.AddSpecVar(7, kRateMatrix, 2));
+  EXPECT_FALSE(s.SetSpecValue(0.0, kRateValue, 2) || s.SetSpecValue(2.5, kSizeValue, 2) ||
+               s.SetSpecValue(1, kPopSizeValue, 2));
+  EXPECT_FALSE(s.SetEstimator(kEstimatorWr, 2) || s.SetEstimator(kEstimatorEqualWor, 1) ||
+               s.SetMethod(kMethodPpsWor, 2));
+  EXPECT_FALSE(s.SetMOSVar(0) || s.SetMOSVar(-1) || s.SetWeightVar(5));
   EXPECT_EQ(s.VariableTypes(), (Indices{1, 1, 1, 1, 0, 2, 4, 0, 0}));
   EXPECT_EQ(s.CatDesignVars(), (Indices{0, 1, 2, 3}));
   EXPECT_EQ(s.ContDesignVars(), (Indices{5}));
@@ -83,7 +90,7 @@ TEST(SVSCompSettings, SettersRefuse) {
 TEST(SVSCompSettings, JointProbabilitiesGoByTheFirstStage) {
   SVSCompSettings s = TwoStages();
   std::string needed;
-  for (int method = 0; method <= 11; ++method) {
+  for (int method = kMethodNone; method <= kMethodPpsSampford; ++method) {
     s.SetMethod(method, 1);
     needed += s.JointProbNeeded() ? 'y' : '-';
   }

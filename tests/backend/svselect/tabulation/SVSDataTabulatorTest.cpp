@@ -106,7 +106,7 @@ TEST(SVSDataTabulator, FitnessOfRecords) {
     };
     for (const double value : c.passing) run(value, 0, 1);
     for (const double value : c.dropped) run(value, 0, 0);
-    for (const double value : c.invalid) run(value, 92006, 0);
+    for (const double value : c.invalid) run(value, kStatusInvalidValue, 0);
   }
 }
 
@@ -117,12 +117,12 @@ TEST(SVSDataTabulator, FaultsOfThePass) {
     return stage.tabulator.ProcessData(stage.records).code;
   };
   EXPECT_EQ(code([](Stage&) {}), 0);
-  EXPECT_EQ(code([](Stage& s) { s.records.fFailAt = 1; }), 92000);
-  EXPECT_EQ(code([](Stage& s) { s.records.fNullAt = 1; }), 92002);
-  EXPECT_EQ(code([](Stage& s) { s.settings.SetWeightVar(4); }), 92004);
-  EXPECT_EQ(code([](Stage& s) { s.records = MemoryRecords(4, {}); }), 92001);
+  EXPECT_EQ(code([](Stage& s) { s.records.fFailAt = 1; }), kStatusUserError);
+  EXPECT_EQ(code([](Stage& s) { s.records.fNullAt = 1; }), kStatusIteratorError);
+  EXPECT_EQ(code([](Stage& s) { s.settings.SetWeightVar(4); }), kStatusRecordTooShort);
+  EXPECT_EQ(code([](Stage& s) { s.records = MemoryRecords(4, {}); }), kStatusNoRecords);
   EXPECT_EQ(code([](Stage& s) { s.cancel.Cancel(); }), kStatusCancelled);
-  EXPECT_EQ(code([](Stage& s) { s.tabulator.ProcessData(s.records), s.records.Reset(); }), 92000);
+  EXPECT_EQ(code([](Stage& s) { s.tabulator.ProcessData(s.records), s.records.Reset(); }), kStatusUserError);
 }
 
 // Goal: one warning for the stage, and the first value of each stratum is asked for.
@@ -151,8 +151,8 @@ TEST(SVSDataTabulator, SummaryProtocol) {
   const Case kCases[] = {
       {"all well", 0, 0, 0, {"start 1", "3: 1 1", "7: 1 1", "end"}, true},
       {"stop at the start", 1, 1, 0, {"start 1", "end"}, true},
-      {"fail at a stratum", 2, 2, 92000, {"start 1", "3: 1 1", "end"}, false},
-      {"fail at the end", 4, 2, 92000, {"start 1", "3: 1 1", "7: 1 1", "end"}, false},
+      {"fail at a stratum", 2, 2, kStatusUserError, {"start 1", "3: 1 1", "end"}, false},
+      {"fail at the end", 4, 2, kStatusUserError, {"start 1", "3: 1 1", "7: 1 1", "end"}, false},
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
@@ -182,7 +182,7 @@ TEST(SVSDataTabulator, JointProtocol) {
     joint.at = failAt, joint.answer = MCSV::kJointFailed;
     const SVStatus status = stage.tabulator.SelectSamples(nullptr, &joint);
     const bool inWriting = failAt > 1 && failAt < all.size();
-    EXPECT_EQ(status.code, inWriting ? 92012 : 0);
+    EXPECT_EQ(status.code, inWriting ? kStatusNoJointOutput : 0);
     Calls expected(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(failAt == 0 ? all.size() : failAt));
     if (expected.back() != "close") expected.push_back("close");
     EXPECT_EQ(joint.calls, expected);

@@ -61,20 +61,20 @@ TEST(SVSStratumData, RequestedSizeAndRate) {
   // Ten units each; a bound of -1 is none.
   const Case kCases[] = {
       {"size", 1, 10, 4, -1, -1, 4, 0.4, {}},
-      {"size above the units", 1, 10, 20, -1, -1, 20, 2.0, {92034}},
+      {"size above the units", 1, 10, 20, -1, -1, 20, 2.0, {kStatusSizeAboveUnits}},
       {"hits above the units", 2, 10, 20, -1, -1, 20, 2.0, {}},
       {"size beyond 32 bits", 2, 10, 1e12, -1, -1, 2147483647, 214748364.7, {}},
       {"a size isn't bounded", 1, 10, 4, 5, 3, 4, 0.4, {}},
-      {"missing size", 1, 11, kMissing, -1, -1, 0, 0.0, {92008}},
+      {"missing size", 1, 11, kMissing, -1, -1, 0, 0.0, {kStatusMissingSpec}},
       {"size variable", 3, 11, 7, -1, -1, 7, 0.7, {}},
       {"rate, half rounds up", 1, 7, 0.25, -1, -1, 3, 0.25, {}},
       {"rate, below a half", 1, 7, 0.2499, -1, -1, 2, 0.2499, {}},
       {"least size keeps the rate", 1, 7, 0.2, 5, -1, 5, 0.2, {}},
       {"bounds are cut to whole", 1, 7, 0.2, 5.9, 4.9, 4, 0.2, {}},
       {"most alone", 1, 8, 0.9, -1, 4, 4, 0.9, {}},
-      {"rate above 1", 4, 8, 1.5, -1, -1, 15, 1.5, {92035}},
+      {"rate above 1", 4, 8, 1.5, -1, -1, 15, 1.5, {kStatusRateAboveOne}},
       {"rate above 1, hits", 6, 8, 1.5, -1, -1, 15, 1.5, {}},
-      {"missing rate", 2, 8, kMissing, -1, -1, 0, 0.0, {92008}},
+      {"missing rate", 2, 8, kMissing, -1, -1, 0, 0.0, {kStatusMissingSpec}},
       {"enormous rate", 2, 7, 1e300, -1, -1, 2147483647, 1e300, {}},
       {"another tag", 1, 4, 3, -1, -1, 0, 0.0, {}},
       {"Brewer takes two", 9, 10, 4, -1, -1, 2, 0.2, {}},
@@ -152,8 +152,8 @@ TEST(SVSStratumData, SizesAndTheirWarning) {
   };
   // Unit 1: sizes 2, 9; unit 2: size 4; unit 3: sizes missing, 6.
   const Case kCases[] = {
-      {"first value stays, one warning", 6, false, -1, -1, 2.0 / 12, {92033}},
-      {"bounds", 6, false, 3, 5, 3.0 / 12, {92033}},
+      {"first value stays, one warning", 6, false, -1, -1, 2.0 / 12, {kStatusUnequalSize}},
+      {"bounds", 6, false, 3, 5, 3.0 / 12, {kStatusUnequalSize}},
       {"records counted, no bounds", 6, true, 3, 1, 2.0 / 5, {}},
       {"equal sizes", 2, false, 3, 5, 1.0 / 3, {}},
   };
