@@ -1,7 +1,7 @@
-# DuckDB's shared library and C header: a system-wide one first, else the pinned packages that
-# tools/install-dependencies has put under third_party/duckdb.
+# Finds DuckDB's shared library and C header: first a system-wide installation, else the pinned packages that
+# tools/install-dependencies puts under third_party/duckdb.
 #
-# Defines the imported target DuckDB::DuckDB, and DuckDB_IS_PINNED when it isn't the system's.
+# Defines the imported target DuckDB::DuckDB, and DuckDB_IS_PINNED, true unless it is the system's.
 set(_sv_duckdb_packages "${CMAKE_SOURCE_DIR}/third_party/duckdb/node_modules")
 find_path(DuckDB_INCLUDE_DIR duckdb.h)
 find_library(DuckDB_LIBRARY duckdb)

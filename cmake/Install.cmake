@@ -1,5 +1,5 @@
-# What `cmake --install` and the Debian package hold. The libraries stand in a folder of their own, since no other
-# program uses them; the program finds them from its own place, so that an installation can be moved as a whole.
+# What `cmake --install` and the Debian package contain. The libraries go to a folder of their own, since no other
+# program uses them. The program finds them by a relative path, so an installation can be moved as a whole.
 set(SV_LIBRARY_FOLDER "${CMAKE_INSTALL_LIBDIR}/svselect")
 
 file(RELATIVE_PATH libraries_from_program "/${CMAKE_INSTALL_BINDIR}" "/${SV_LIBRARY_FOLDER}")
@@ -32,7 +32,7 @@ set(CPACK_PACKAGING_INSTALL_PREFIX "/usr")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
-# Which packages the libraries come from is read off them; ours and DuckDB's are in the package itself.
+# The packages that we depend on are worked out from the libraries that we link; ours and DuckDB's are in the package.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 get_filename_component(duckdb_folder "${DuckDB_LIBRARY}" DIRECTORY)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}" "${duckdb_folder}")
