@@ -1,5 +1,5 @@
 # Two commands do everything on a fresh Debian machine: `make demo` and `make test`. Each first installs what is
-# missing, and says what it does.
+# missing, and prints what it installs. CMAKE_FLAGS has further options for CMake.
 BUILD := build/release
 JOBS  := $(shell nproc)
 
@@ -17,7 +17,11 @@ dependencies:
 	@tools/install-dependencies
 
 $(BUILD)/build.ninja: | dependencies
-	cmake --preset release
+	cmake --preset release $(CMAKE_FLAGS)
+# A build that is there already may have been configured with other flags.
+ifdef CMAKE_FLAGS
+.PHONY: $(BUILD)/build.ninja
+endif
 
 program: dependencies $(BUILD)/build.ninja
 	cmake --build $(BUILD) -j$(JOBS) --target svselect_program

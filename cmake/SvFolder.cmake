@@ -2,9 +2,9 @@
 #
 #   sv_folders(<name> DIRS <folder>... [LIBS <target>...])
 #
-# makes an object library of the sources in these folders, each folder alone and not what lies below it. A new file
-# needs no change of the build. Headers are included by their path from the root of the repository; which folder may
-# include which is checked by tools/check-layers.
+# builds an object library from the sources in these folders, without their subfolders. A new file needs no change of
+# the build. Headers are included by their path from the root of the repository; tools/check-layers checks which
+# folder may include which.
 function(sv_folders name)
   cmake_parse_arguments(ARG "" "" "DIRS;LIBS" ${ARGN})
   set(sources)
@@ -12,7 +12,7 @@ function(sv_folders name)
     file(GLOB found CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/${dir}/*.cpp")
     file(GLOB headers CONFIGURE_DEPENDS RELATIVE "${CMAKE_SOURCE_DIR}" "${CMAKE_SOURCE_DIR}/${dir}/*.h")
     if(NOT found AND NOT headers)
-      message(FATAL_ERROR "${dir} holds no source and no header")
+      message(FATAL_ERROR "${dir} has no source and no header")
     endif()
     list(APPEND sources ${found})
     set_property(GLOBAL APPEND PROPERTY SV_HEADERS ${headers})
@@ -20,9 +20,10 @@ function(sv_folders name)
   add_library(${name} OBJECT ${sources})
   target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
   target_link_libraries(${name} PUBLIC ${ARG_LIBS} PRIVATE sv_options)
+  target_precompile_headers(${name} REUSE_FROM sv_common_headers)
 endfunction()
 
-# Target `headers`: each header compiled on its own.
+# Target `headers`: compiles each header on its own, to show that it includes all that it uses.
 function(sv_check_headers)
   cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})
   get_property(headers GLOBAL PROPERTY SV_HEADERS)
