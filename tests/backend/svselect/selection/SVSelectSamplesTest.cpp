@@ -2,9 +2,13 @@
 
 #include <cmath>
 
+#include "KeyOf.h"
 #include "ScriptedTwister.h"
 #include "StratumDraw.h"
 #include "backend/svcommon/design/MethodTable.h"
+#include "backend/svselect/design/SVCancelInfo.h"
+#include "backend/svselect/design/SVSCompSettings.h"
+#include "backend/svselect/design/SVSOutSamples.h"
 
 namespace {
 constexpr double kTiny =
@@ -46,6 +50,7 @@ const Case kCases[] = {
     {"no size after no hit", kMethodPpsChromy, {1, 0, 1}, 1, {Closed(0.1), Open(0.6)}, {0, 0, 1}},
     {"all of them", kMethodSimpleChromy, {1, 1, 1, 1}, 4, {Closed(0.6)}, {1, 1, 1, 1}},
     {"size of the limit", kMethodPpsChromy, {4, 2, 2}, 2, {Closed(0.1), Open(0.6)}, {1, 0, 1}},
+    {"above the limit", kMethodPpsChromy, {5, 2, 2}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
     {"largest certain", kMethodPpsWor, kOneToSeven, 2, {Closed(0.1 - kTiny), Closed(0.5)}, {0, 0, 0, 0, 1,
      0, 1}, {6, 4}},
     {"none certain", kMethodPpsWor, kOneToSeven, 2, {Closed(0.1 + kTiny), Closed(0.0741), Closed(0.99)}, {0,
@@ -54,6 +59,7 @@ const Case kCases[] = {
     {"equal, all of them", kMethodPpsWor, {2, 2, 2}, 3, {Closed(0.9), Closed(0), Closed(0.5)}, {1, 1, 1},
      {0, 1, 2}},
     {"one by its share", kMethodPpsWor, {1, 3}, 1, {Closed(0.25)}, {0, 1}, {1}},
+    {"above the limit", kMethodPpsWor, {1, 1, 3}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
     {"fractions out of order", kMethodPpsWor, kFractions, 2, {}, {0, 0, 0, 0, 0}},
     {"fractions in order", kMethodPpsWor, kFractions, 2, {Closed(0), Closed(0)}, {1, 1, 0, 0, 0}, {0, 1}, 0,
      true},
@@ -61,6 +67,7 @@ const Case kCases[] = {
      {1, 2}},
     {"one unit", kMethodPpsWr, {3}, 4, {Open(0.1), Open(0.9), Open(0.5), Open(0.5)}, {4}},
     {"points at an interval", kMethodPpsSystematic, {1, 2, 3, 3}, 3, {Open(1.0 / 3 - kTiny)}, {1, 0, 1, 1}},
+    {"above the limit", kMethodPpsSystematic, {1, 1, 5}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
     {"one unit", kMethodPpsSampford, {1, 2, 3, 4}, 1, {Closed(0.5)}, {0, 0, 1, 0}, {2}},
     {"a rejected attempt draws on", kMethodPpsSampford, {1, 1, 1, 1, 1, 1, 1, 1, 1, 2}, 5, {Closed(0),
      Closed(0.01), Closed(0.02), Closed(0.5), Closed(0.5), Closed(0.95), Closed(0.05), Closed(0.5),
@@ -69,6 +76,7 @@ const Case kCases[] = {
     {"no census", kMethodPpsSampford, {3, 3, 4}, 3, {}, {0, 0, 0}, {}, kStatusInvalidSize},
     {"one unit", kMethodPpsBrewer, {0}, 2, {}, {1}, {0}},
     {"census", kMethodPpsBrewer, {3, 3}, 2, {}, {1, 1}, {0, 1}, 0, true},
+    {"the limit itself", kMethodPpsBrewer, {1, 1, 2}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
     {"always two", kMethodPpsBrewer, {1, 1, 1}, 1, {Closed(0.34), Closed(0.5)}, {0, 1, 1}, {1, 2}},
     {"exact, skipping", kMethodPpsBrewer, {1, 1, 1}, 2, {Open(2.0 / 3 - kTiny), Open(0.5 + kTiny),
      Open(0.999)}, {1, 0, 1}, {0, 2}, 0, true},
@@ -164,5 +172,37 @@ TEST(SVSelectSamples, StopsAtAnyQuestion) {
       EXPECT_TRUE(asItGoes || drawn.hits == std::vector<double>(7, 0.0));
       EXPECT_LT(drawn.selected, 3);
     }
+  }
+}
+
+// Goal: threads are used where there is work to share: first steps of PPS_WOR, rows of Sampford's matrix.
+TEST(SVSelectSamples, SharesJointProbabilitiesAmongThreads) {
+  const struct {
+    MethodType method;
+    std::vector<double> sizes;
+    int n, threads;
+  } kCases[] = {
+      {kMethodPpsWor, kOneToSeven, 2, 2},    {kMethodPpsWor, kOneToSeven, 3, 3},
+      {kMethodPpsWor, kOnes, 3, 1},          {kMethodPpsSampford, kOnes, 4, 3},
+      {kMethodPpsSampford, kOnes, 1, 1},     {kMethodPpsBrewer, kOnes, 2, 1},
+      {kMethodPpsMurthy, kOneToSeven, 2, 1}, {kMethodSimpleWor, kOnes, 4, 1},
+  };
+  for (const auto& c : kCases) {
+    SVSCompSettings settings;
+    settings.FindStage(1).setMethodType(c.method);
+    settings.SetNumThreads(3);
+    SVCancelInfo cancelInfo(nullptr);
+    SVSOutSamples outSamples;
+    ClusterTable table;
+    ClusterPairs units, selected;
+    for (const double size : c.sizes) units.push_back(table.Insert(KeyOf({table.Count()}), size));
+    MCCommonMath::MCRandomTwister random;
+    SVSelectSamples engine(&settings, 1, &cancelInfo);
+    engine.SetRandom(&random);
+    engine.Prepare(&units, &selected, &outSamples, c.n, 0.5);
+    ASSERT_FALSE(engine.SelectSamples().IsError());
+    std::int32_t threads = 0;
+    EXPECT_FALSE(engine.PrepareThreads(&threads).IsError());
+    EXPECT_EQ(threads, c.threads) << MethodOf(c.method).word << c.n;
   }
 }
