@@ -181,13 +181,13 @@ TEST(SVSelectSamples, SharesJointProbabilitiesAmongThreads) {
     MethodType method;
     std::vector<double> sizes;
     int n, threads;
-  } kCases[] = {
+  } kDraws[] = {
       {kMethodPpsWor, kOneToSeven, 2, 2},    {kMethodPpsWor, kOneToSeven, 3, 3},
       {kMethodPpsWor, kOnes, 3, 1},          {kMethodPpsSampford, kOnes, 4, 3},
       {kMethodPpsSampford, kOnes, 1, 1},     {kMethodPpsBrewer, kOnes, 2, 1},
       {kMethodPpsMurthy, kOneToSeven, 2, 1}, {kMethodSimpleWor, kOnes, 4, 1},
   };
-  for (const auto& c : kCases) {
+  for (const auto& c : kDraws) {
     SVSCompSettings settings;
     settings.FindStage(1).setMethodType(c.method);
     settings.SetNumThreads(3);
