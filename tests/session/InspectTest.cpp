@@ -1,11 +1,10 @@
-#include "session/Inspect.h"
-
 #include <gmock/gmock.h>
 
 #include "FrameSession.h"
 #include "PlanText.h"
 #include "host/environment/MCStopProcessor.h"
 #include "host/model/Dictionary.h"
+#include "session/Inspect.h"
 
 using testing::ElementsAre;
 using testing::HasSubstr;

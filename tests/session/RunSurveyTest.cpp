@@ -1,5 +1,3 @@
-#include "session/RunSurvey.h"
-
 #include <gmock/gmock.h>
 
 #include <atomic>
@@ -20,6 +18,7 @@
 #include "session/ProcedureLibrary.h"
 #include "session/RunReport.h"
 #include "session/RunReview.h"
+#include "session/RunSurvey.h"
 
 using testing::Contains;
 using testing::ElementsAre;

@@ -1,5 +1,3 @@
-#include "host/files/TemporaryFile.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,6 +7,7 @@
 #include <optional>
 #include <sstream>
 
+#include "host/files/TemporaryFile.h"
 #include "host/files/TemporaryFolder.h"
 
 namespace fs = std::filesystem;

@@ -28,6 +28,18 @@ TEST(MethodTable, TellsMethodsApart) {
   }
 }
 
+// Goal: the assumption that a sample's documents tell about its method; it decides how variances are
+// estimated.
+TEST(MethodTable, TellsTheEstimatorsOfMethodsWithoutReplacement) {
+  std::string equal, unequal;
+  for (const SVMethod& method : kMethods) {
+    if (method.estimator == MethodTexts::kEqualWor) equal += std::string(method.word) + ' ';
+    if (method.estimator == MethodTexts::kUnequalWor) unequal += std::string(method.word) + ' ';
+  }
+  EXPECT_EQ(equal, "simple_wor ");
+  EXPECT_EQ(unequal, "pps_wor pps_brewer pps_murthy pps_sampford ");
+}
+
 TEST(MethodTable, ListsNames) {
   const auto none = [](const SVMethod&) { return false; };
   const auto one = [](const SVMethod& method) { return method.mayDrawForever; };
