@@ -1,6 +1,6 @@
+#include "StratumDraw.h"
 #include "KeyOf.h"
 #include "StopAt.h"
-#include "StratumDraw.h"
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"

@@ -4,102 +4,98 @@
 #include "ScriptedTwister.h"
 #include "StratumDraw.h"
 #include "backend/svcommon/design/MethodTable.h"
-#include "backend/svselect/selection/SVSelectSamples.h"
-== == == =
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
-             >>>>>>> methods
+#include "backend/svselect/selection/MethodFunctions.h"
+#include "backend/svselect/selection/SVSelectSamples.h"
 
-             namespace {
-  // How far a draw is from a threshold: comparing it the wrong way round would put it on the other side.
-  constexpr double kTiny = 1e-12;
+namespace {
+// How far a draw is from a threshold: comparing it the wrong way round would put it on the other side.
+constexpr double kTiny = 1e-12;
 
-  using Sizes = std::vector<double>;
-  using Draws = std::vector<ScriptedDraw>;
-  using Hits = std::vector<double>;
-  using Order = std::vector<int>;
+using Sizes = std::vector<double>;
+using Draws = std::vector<ScriptedDraw>;
+using Hits = std::vector<double>;
+using Order = std::vector<int>;
 
-  struct Case {
-    const char* aim;
-    MethodType method;
-    Sizes sizes;
-    int n;
-    Draws draws;  // exactly those that may be taken
-    Hits hits;
-    Order order = {};  // for the methods that name their units
-    int code = 0;
-    bool exact = false;
-  };
-  const std::vector<double> kOneToSeven = {1, 2, 3, 4, 5, 6, 7};
-  const std::vector<double> kFractions = {0.9, 0.2, 0.5, 0.7, 0.4};
-  const std::vector<double> kOnes(10, 1);
+struct Case {
+  const char* aim;
+  MethodType method;
+  Sizes sizes;
+  int n;
+  Draws draws;  // exactly those that may be taken
+  Hits hits;
+  Order order = {};  // for the methods that name their units
+  int code = 0;
+  bool exact = false;
+};
+const std::vector<double> kOneToSeven = {1, 2, 3, 4, 5, 6, 7};
+const std::vector<double> kFractions = {0.9, 0.2, 0.5, 0.7, 0.4};
+const std::vector<double> kOnes(10, 1);
 
-  const Case kCases[] = {
-<<<<<<< HEAD
-      {"all, though certain, are drawn for", kMethodSimpleWor, Sizes{1, 1, 1}, 5,
-       Draws{Open(0.9), Open(0.9), Open(0.9)}, Hits{1, 1, 1}},
-      {"ends when full", kMethodSimpleWor, Sizes{1, 1, 1}, 1, Draws{Open(1.0 / 3 - kTiny)}, Hits{1, 0, 0}},
-      {"the last is certain", kMethodSimpleWor, Sizes{1, 1, 1}, 1,
-       Draws{Open(1.0 / 3 + kTiny), Open(0.5 + kTiny), Open(0.999)}, Hits{0, 0, 1}},
-      {"more hits than units", kMethodSimpleWr, Sizes{1, 1, 1, 1}, 6,
-       Draws{Closed(0), Closed(0.25), Closed(0.25 - 0x1p-53), Closed(1 - 0x1p-53), Closed(0.5), Closed(0.5)},
-       Hits{2, 1, 2, 1}},
-      {"interval no whole number", kMethodSimpleSystematic, kOnes, 3, Draws{Open(0.5)},
-       Hits{0, 1, 0, 0, 0, 1, 0, 0, 1, 0}},
-      {"interval of one", kMethodSimpleSystematic, Sizes{1, 1, 1}, 3, Draws{Open(0.999)}, Hits{1, 1, 1}},
-      {"hit, no hit, hit left over", kMethodPpsChromy, Sizes{1, 2, 2, 3}, 2,
-       Draws{Closed(0.5), Open(0.5 - kTiny), Open(0.5 + kTiny), Open(0.34)}, Hits{0, 1, 1, 0}},
-      {"no hit, certain, hit ahead", kMethodPpsChromy, Sizes{1, 2, 2, 3}, 2,
-       Draws{Closed(0.5), Open(0.6), Open(1.0 / 3 - kTiny), Open(kTiny)}, Hits{1, 0, 0, 1}},
-      {"no size after a hit", kMethodPpsChromy, Sizes{1, 0, 1}, 1, Draws{Closed(0.1), Open(0.4), Open(kTiny)},
-       Hits{1, 0, 0}},
-      {"no size after no hit", kMethodPpsChromy, Sizes{1, 0, 1}, 1, Draws{Closed(0.1), Open(0.6)},
-       Hits{0, 0, 1}},
-      {"all of them", kMethodSimpleChromy, Sizes{1, 1, 1, 1}, 4, Draws{Closed(0.6)}, Hits{1, 1, 1, 1}},
-      {"size of the limit", kMethodPpsChromy, Sizes{4, 2, 2}, 2, Draws{Closed(0.1), Open(0.6)},
-       Hits{1, 0, 1}},
-      {"largest certain", kMethodPpsWor, kOneToSeven, 2, Draws{Closed(0.1 - kTiny), Closed(0.5)},
-       Hits{0, 0, 0, 0, 1, 0, 1}, Order{6, 4}},
-      {"none certain", kMethodPpsWor, kOneToSeven, 2,
-       Draws{Closed(0.1 + kTiny), Closed(0.0741), Closed(0.99)}, Hits{0, 1, 0, 0, 0, 0, 1}, Order{1, 6}},
-      {"largest at the limit", kMethodPpsWor, Sizes{5, 1, 4}, 2, Draws{Closed(0.999), Closed(0.5)},
-       Hits{1, 0, 1}, Order{0, 2}},
-      {"equal, all of them", kMethodPpsWor, Sizes{2, 2, 2}, 3, Draws{Closed(0.9), Closed(0), Closed(0.5)},
-       Hits{1, 1, 1}, Order{0, 1, 2}},
-      {"one by its share", kMethodPpsWor, Sizes{1, 3}, 1, Draws{Closed(0.25)}, Hits{0, 1}, Order{1}},
-      {"fractions out of order", kMethodPpsWor, kFractions, 2, Draws{}, Hits{0, 0, 0, 0, 0}},
-      {"fractions in order", kMethodPpsWor, kFractions, 2, Draws{Closed(0), Closed(0)}, Hits{1, 1, 0, 0, 0},
-       Order{0, 1}, 0, true},
-      {"points on a line", kMethodPpsWr, Sizes{1, 2}, 3,
-       Draws{Open(1.0 / 3 + kTiny), Open(1.0 / 3 - kTiny), Open(0.9)}, Hits{1, 2}},
-      {"one unit", kMethodPpsWr, Sizes{3}, 4, Draws{Open(0.1), Open(0.9), Open(0.5), Open(0.5)}, Hits{4}},
-      {"points at an interval", kMethodPpsSystematic, Sizes{1, 2, 3, 3}, 3, Draws{Open(1.0 / 3 - kTiny)},
-       Hits{1, 0, 1, 1}},
-      {"one unit", kMethodPpsSampford, Sizes{1, 2, 3, 4}, 1, Draws{Closed(0.5)}, Hits{0, 0, 1, 0}, Order{2}},
-      {"a rejected attempt draws on", kMethodPpsSampford, Sizes{1, 1, 1, 1, 1, 1, 1, 1, 1, 2}, 5,
-       Draws{Closed(0), Closed(0.01), Closed(0.02), Closed(0.5), Closed(0.5), Closed(0.95), Closed(0.05),
-             Closed(0.5), Closed(0.3), Closed(0.9)},
-       Hits{1, 0, 1, 0, 1, 0, 0, 0, 1, 1}, Order{9, 0, 4, 2, 8}},
-      {"census", kMethodPpsSampford, Sizes{3, 3, 3}, 3, Draws{}, Hits{1, 1, 1}, Order{0, 1, 2}},
-      {"no census", kMethodPpsSampford, Sizes{3, 3, 4}, 3, Draws{}, Hits{0, 0, 0}, Order{},
-       kStatusInvalidSize},
-      {"one unit", kMethodPpsBrewer, Sizes{0}, 2, Draws{}, Hits{1}, Order{0}},
-      {"census", kMethodPpsBrewer, Sizes{3, 3}, 2, Draws{}, Hits{1, 1}, Order{0, 1}, 0, true},
-      {"always two", kMethodPpsBrewer, Sizes{1, 1, 1}, 1, Draws{Closed(0.34), Closed(0.5)}, Hits{0, 1, 1},
-       Order{1, 2}},
-      {"exact, skipping", kMethodPpsBrewer, Sizes{1, 1, 1}, 2,
-       Draws{Open(2.0 / 3 - kTiny), Open(0.5 + kTiny), Open(0.999)}, Hits{1, 0, 1}, Order{0, 2}, 0, true},
-      {"exact, ends when full", kMethodPpsSampford, Sizes{1, 1, 1}, 2, Draws{Open(0.1), Open(0.5 - kTiny)},
-       Hits{1, 1, 0}, Order{0, 1}, 0, true},
-      {"two draws", kMethodPpsMurthy, Sizes{5, 3, 2}, 2, Draws{Closed(0.1), Closed(0.7)}, Hits{1, 0, 1},
-       Order{0, 2}},
-      {"one unit", kMethodPpsMurthy, Sizes{5}, 2, Draws{Closed(0.1)}, Hits{1}, Order{0}},
-      {"one unit has all", kMethodPpsMurthy, Sizes{0, 4, 0}, 2, Draws{Closed(0.1), Closed(0.7)},
-       Hits{0, 1, 0}, Order{1}},
-      {"a missing size", kMethodPpsMurthy, Sizes{1, MCMV::gMissingValue}, 2, Draws{}, Hits{0, 0}, Order{},
-       kStatusMissingSize},
-      // clang-format off
+const Case kCases[] = {
+    {"all, though certain, are drawn for", kMethodSimpleWor, Sizes{1, 1, 1}, 5,
+     Draws{Open(0.9), Open(0.9), Open(0.9)}, Hits{1, 1, 1}},
+    {"ends when full", kMethodSimpleWor, Sizes{1, 1, 1}, 1, Draws{Open(1.0 / 3 - kTiny)}, Hits{1, 0, 0}},
+    {"the last is certain", kMethodSimpleWor, Sizes{1, 1, 1}, 1,
+     Draws{Open(1.0 / 3 + kTiny), Open(0.5 + kTiny), Open(0.999)}, Hits{0, 0, 1}},
+    {"more hits than units", kMethodSimpleWr, Sizes{1, 1, 1, 1}, 6,
+     Draws{Closed(0), Closed(0.25), Closed(0.25 - 0x1p-53), Closed(1 - 0x1p-53), Closed(0.5), Closed(0.5)},
+     Hits{2, 1, 2, 1}},
+    {"interval no whole number", kMethodSimpleSystematic, kOnes, 3, Draws{Open(0.5)},
+     Hits{0, 1, 0, 0, 0, 1, 0, 0, 1, 0}},
+    {"interval of one", kMethodSimpleSystematic, Sizes{1, 1, 1}, 3, Draws{Open(0.999)}, Hits{1, 1, 1}},
+    {"hit, no hit, hit left over", kMethodPpsChromy, Sizes{1, 2, 2, 3}, 2,
+     Draws{Closed(0.5), Open(0.5 - kTiny), Open(0.5 + kTiny), Open(0.34)}, Hits{0, 1, 1, 0}},
+    {"no hit, certain, hit ahead", kMethodPpsChromy, Sizes{1, 2, 2, 3}, 2,
+     Draws{Closed(0.5), Open(0.6), Open(1.0 / 3 - kTiny), Open(kTiny)}, Hits{1, 0, 0, 1}},
+    {"no size after a hit", kMethodPpsChromy, Sizes{1, 0, 1}, 1, Draws{Closed(0.1), Open(0.4), Open(kTiny)},
+     Hits{1, 0, 0}},
+    {"no size after no hit", kMethodPpsChromy, Sizes{1, 0, 1}, 1, Draws{Closed(0.1), Open(0.6)},
+     Hits{0, 0, 1}},
+    {"all of them", kMethodSimpleChromy, Sizes{1, 1, 1, 1}, 4, Draws{Closed(0.6)}, Hits{1, 1, 1, 1}},
+    {"size of the limit", kMethodPpsChromy, Sizes{4, 2, 2}, 2, Draws{Closed(0.1), Open(0.6)}, Hits{1, 0, 1}},
+    {"largest certain", kMethodPpsWor, kOneToSeven, 2, Draws{Closed(0.1 - kTiny), Closed(0.5)},
+     Hits{0, 0, 0, 0, 1, 0, 1}, Order{6, 4}},
+    {"none certain", kMethodPpsWor, kOneToSeven, 2, Draws{Closed(0.1 + kTiny), Closed(0.0741), Closed(0.99)},
+     Hits{0, 1, 0, 0, 0, 0, 1}, Order{1, 6}},
+    {"largest at the limit", kMethodPpsWor, Sizes{5, 1, 4}, 2, Draws{Closed(0.999), Closed(0.5)},
+     Hits{1, 0, 1}, Order{0, 2}},
+    {"equal, all of them", kMethodPpsWor, Sizes{2, 2, 2}, 3, Draws{Closed(0.9), Closed(0), Closed(0.5)},
+     Hits{1, 1, 1}, Order{0, 1, 2}},
+    {"one by its share", kMethodPpsWor, Sizes{1, 3}, 1, Draws{Closed(0.25)}, Hits{0, 1}, Order{1}},
+    {"fractions out of order", kMethodPpsWor, kFractions, 2, Draws{}, Hits{0, 0, 0, 0, 0}},
+    {"fractions in order", kMethodPpsWor, kFractions, 2, Draws{Closed(0), Closed(0)}, Hits{1, 1, 0, 0, 0},
+     Order{0, 1}, 0, true},
+    {"points on a line", kMethodPpsWr, Sizes{1, 2}, 3,
+     Draws{Open(1.0 / 3 + kTiny), Open(1.0 / 3 - kTiny), Open(0.9)}, Hits{1, 2}},
+    {"one unit", kMethodPpsWr, Sizes{3}, 4, Draws{Open(0.1), Open(0.9), Open(0.5), Open(0.5)}, Hits{4}},
+    {"points at an interval", kMethodPpsSystematic, Sizes{1, 2, 3, 3}, 3, Draws{Open(1.0 / 3 - kTiny)},
+     Hits{1, 0, 1, 1}},
+    {"one unit", kMethodPpsSampford, Sizes{1, 2, 3, 4}, 1, Draws{Closed(0.5)}, Hits{0, 0, 1, 0}, Order{2}},
+    {"a rejected attempt draws on", kMethodPpsSampford, Sizes{1, 1, 1, 1, 1, 1, 1, 1, 1, 2}, 5,
+     Draws{Closed(0), Closed(0.01), Closed(0.02), Closed(0.5), Closed(0.5), Closed(0.95), Closed(0.05),
+           Closed(0.5), Closed(0.3), Closed(0.9)},
+     Hits{1, 0, 1, 0, 1, 0, 0, 0, 1, 1}, Order{9, 0, 4, 2, 8}},
+    {"census", kMethodPpsSampford, Sizes{3, 3, 3}, 3, Draws{}, Hits{1, 1, 1}, Order{0, 1, 2}},
+    {"no census", kMethodPpsSampford, Sizes{3, 3, 4}, 3, Draws{}, Hits{0, 0, 0}, Order{}, kStatusInvalidSize},
+    {"one unit", kMethodPpsBrewer, Sizes{0}, 2, Draws{}, Hits{1}, Order{0}},
+    {"census", kMethodPpsBrewer, Sizes{3, 3}, 2, Draws{}, Hits{1, 1}, Order{0, 1}, 0, true},
+    {"always two", kMethodPpsBrewer, Sizes{1, 1, 1}, 1, Draws{Closed(0.34), Closed(0.5)}, Hits{0, 1, 1},
+     Order{1, 2}},
+    {"exact, skipping", kMethodPpsBrewer, Sizes{1, 1, 1}, 2,
+     Draws{Open(2.0 / 3 - kTiny), Open(0.5 + kTiny), Open(0.999)}, Hits{1, 0, 1}, Order{0, 2}, 0, true},
+    {"exact, ends when full", kMethodPpsSampford, Sizes{1, 1, 1}, 2, Draws{Open(0.1), Open(0.5 - kTiny)},
+     Hits{1, 1, 0}, Order{0, 1}, 0, true},
+    {"two draws", kMethodPpsMurthy, Sizes{5, 3, 2}, 2, Draws{Closed(0.1), Closed(0.7)}, Hits{1, 0, 1},
+     Order{0, 2}},
+    {"one unit", kMethodPpsMurthy, Sizes{5}, 2, Draws{Closed(0.1)}, Hits{1}, Order{0}},
+    {"one unit has all", kMethodPpsMurthy, Sizes{0, 4, 0}, 2, Draws{Closed(0.1), Closed(0.7)}, Hits{0, 1, 0},
+     Order{1}},
+    {"a missing size", kMethodPpsMurthy, Sizes{1, MCMV::gMissingValue}, 2, Draws{}, Hits{0, 0}, Order{},
+     kStatusMissingSize},
+    // clang-format off
     {"all, though certain, are drawn for", kMethodSimpleWor, {1, 1, 1}, 5, {Open(0.9), Open(0.9),
      Open(0.9)}, {1, 1, 1}},
     {"ends when full", kMethodSimpleWor, {1, 1, 1}, 1, {Open(1.0 / 3 - kTiny)}, {1, 0, 0}},
@@ -155,8 +151,8 @@
     {"one unit", kMethodPpsMurthy, {5}, 2, {Closed(0.1)}, {1}, {0}},
     {"one unit has all", kMethodPpsMurthy, {0, 4, 0}, 2, {Closed(0.1), Closed(0.7)}, {0, 1, 0}, {1}},
     {"a missing size", kMethodPpsMurthy, {1, MCMV::gMissingValue}, 2, {}, {0, 0}, {}, kStatusMissingSize},
-      // clang-format on
-  };
+    // clang-format on
+};
 }  // namespace
 
 // Goal: which units come of which numbers, in which order, and that not one number more is drawn.
@@ -250,6 +246,13 @@ TEST(SVSelectSamples, StopsAtAnyQuestion) {
       EXPECT_TRUE(asItGoes || drawn.hits == std::vector<double>(7, 0.0));
       EXPECT_LT(drawn.selected, 3);
     }
+  }
+}
+
+// Goal: the two tables of methods agree on who has joint probabilities.
+TEST(MethodFunctions, HaveJointProbabilitiesWhereTheTableSaysSo) {
+  for (const SVMethod& method : kMethods) {
+    EXPECT_EQ(FunctionsOf(method.code).joint != nullptr, method.hasJointProbs) << method.word;
   }
 }
 
