@@ -39,7 +39,7 @@ const char* const kWholeGroup = "THE COMMAND AS A WHOLE";
 const char* const kSessionGroup = "THE RUN";
 const char* const kHelpGroup = "HELP";
 
-// The sections after the options. tools/check-docs doesn't look at them: whoever changes an option checks
+// The sections after the options. tools/check-docs doesn't look at them: if you change an option, check
 // them and docs/svselect.1 by eye.
 const char* const kRunAfter = R"(EXIT STATUS
   0    the run ended without an error

@@ -16,7 +16,7 @@ bool Fail(const std::string& text);
 
 // Claims the data file of a frame and the schema file that is read with it. A schema file that could be read
 // but isn't there is kept free: written by the run, it would describe the frame the next time.
-// Errors: false after a message if a file is in use. Any other fault is left to whoever opens the file.
+// Errors: false after a message if a file is in use. Any other fault is left to the code that opens the file.
 bool ClaimFrame(HostSession& session, const FrameOptions& frame);
 
 // Claims the files of reports, and returns those that can be written. `isGood` is set to false, after a

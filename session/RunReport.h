@@ -13,7 +13,7 @@ struct SurveyOutcome;
 // The reports on a run: a page and a text for people, JSON for programs.
 enum class ReportKind { kHtml, kJson, kText, kUnknown };
 
-// The kind that the end of a file's name stands for, upper or lower case: .html, .json or .txt.
+// The kind of a report by the end of its file's name, in upper or lower case: .html, .json or .txt.
 ReportKind KindOfReport(const std::string& path);
 
 // Writes the report of that kind.

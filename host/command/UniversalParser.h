@@ -31,7 +31,7 @@ class SubComObj;
 // The loop has no recursion and never goes back, so a command of any length is read in linear time with a
 // stack of constant depth. Reading stops at the first error.
 //
-// Ownership:  borrows tokens and spec, which must outlive it; the spec keeps copies of the tokens.
+// Ownership:  borrows both arguments, which must outlive it. The CommandSpec holds copies of the tokens.
 // Failures:   the one error is issued as a message of the host: source, line, column, what was found.
 class UniversalParser {
 public:

@@ -9,7 +9,7 @@
 
 // Whether another process holds a lock on a regular file (flock or fcntl) that keeps us from reading it, or,
 // with `forWriting`, from replacing it; also whether another run of ours is writing a file of that name. A
-// file that can't be opened counts as free: whoever uses it next finds the real reason.
+// file that can't be opened counts as free: the code that uses it next finds the real reason.
 // REQUIRES: this process holds no fcntl lock on the file. POSIX drops all of them as soon as any descriptor
 //           of the file is closed, and looking closes one.
 bool IsLockedByOthers(const std::string& path, bool forWriting);

@@ -7,7 +7,7 @@
 // TemporaryFolder is a folder of this process under the system's temporary folder (TMPDIR).
 //
 // A killed process can't remove its folder. So each folder is locked by its owner for as long as it lives,
-// and whoever makes a new one removes those of our name that nobody has locked. Making and locking are two
+// and making a new one removes those with our name that no process has locked. Making and locking are two
 // calls: a folder that another process removes in between is made anew.
 //
 // Ownership:  owns the folder and all that is put into it; both go with the object.

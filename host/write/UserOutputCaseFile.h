@@ -10,7 +10,7 @@ class UserCaseFileSpec;
 //
 // Ownership:  owns the store. Destroyed before the store is closed, it leaves no file.
 // Failures:   DataSource() is null, after an error of the host that names file and reason. A specification
-//             that isn't valid opens nothing, in silence: whoever made it has reported that.
+//             that isn't valid opens nothing, without a message: the caller has reported that.
 class UserOutputCaseFile {
 public:
   explicit UserOutputCaseFile(const UserCaseFileSpec& spec);

@@ -4,7 +4,7 @@
 #include <string_view>
 
 // The vocabulary of a sampling design. The values are fixed: they travel in plan records, settings and files.
-// Fields hold them as 32-bit integers, since a plan can carry a code that no name stands for.
+// Fields hold them as 32-bit integers, because a plan can carry a code that has no name here.
 
 // What a plan is for.
 enum PlanMode : std::int32_t { kNoMode = 0, kSampleMode = 1, kAnalysisMode = 2, kViewMode = 3 };

@@ -6,9 +6,18 @@
 
 #include "backend/svcommon/design/Enumerations.h"
 
-// The table of methods: whatever anybody asks about a method of selection, one row for each. Plan reader,
-// parser, computation, documents and messages all read it, and the tests loop over it. How a method draws is
-// in the second column, backend/svselect/selection/MethodFunctions.h, with the same rows in the same order.
+// The table of selection methods, one row for each, with everything that the rest of the system asks about a
+// method. The plan reader, the parser, the computation, documents and messages read it, and the tests loop
+// over it. The draw of each method is in a second table with the same rows in the same order,
+// backend/svselect/selection/MethodFunctions.h, because the stages of a design know nothing of selection.
+//
+// Adding a method: CONTRIBUTING.md has the steps. A row that leaves out a text doesn't compile; a property
+// that it doesn't name is false. Write "what holds for the method" as a property here, and never compare a
+// code with the code of a method elsewhere.
+//
+// Units:      everything is constant and known to the compiler; the texts live as long as the process.
+// Texts:      they are in the output files and reports of all samples drawn so far, misspelt ones too. Don't
+//             change them.
 
 // The largest inclusion probability n p(i) that a method lets a unit have. A unit beyond it is refused.
 enum class SizeLimit { kNone, kAtMostOne, kBelowOne };
@@ -41,11 +50,11 @@ struct SVMethod {
   SizeLimit limit = SizeLimit::kNone;
   StatedProbs statedProbs = StatedProbs::kMet;
 
-  // The method draws by a measure of size; false for kNoMethod.
+  // Whether the method draws with probability proportional to a measure of size; false for kNoMethod.
   constexpr bool IsPps() const { return code != kMethodNone && !equalProbability; }
 };
 
-// What stands for a code or a type that no method has.
+// The row for a code or a type that belongs to no method.
 inline constexpr SVMethod kNoMethod = {.code = kMethodNone,
                                        .type = kSamplingNoValue,
                                        .word = "",
@@ -174,13 +183,13 @@ inline constexpr SVMethod kMethods[] = {
      .statedProbs = StatedProbs::kApproached},
 };
 
-// The method of a code; kNoMethod for a code that no method has.
+// The method with this code; kNoMethod for any other code.
 constexpr const SVMethod& MethodOf(std::int32_t code) {
   const std::size_t index = static_cast<std::uint32_t>(code) - 1U;
   return index < std::size(kMethods) ? kMethods[index] : kNoMethod;
 }
 
-// The method of a stage's selection type; kNoMethod for a type that names no method.
+// The method for a stage's selection type; kNoMethod for a type that isn't a method's.
 constexpr const SVMethod& MethodOfType(std::int32_t samplingType) {
   for (const SVMethod& method : kMethods) {
     if (method.type == samplingType) return method;

@@ -12,10 +12,11 @@ class MCStopProcessor;
 
 // SVSCompSettings is a design as a computation needs it: its variables are indices into a record of doubles.
 //
-// Setters that name a stage make it when there is none of that number. A setter that may refuse gives false
-// and leaves everything but that as it was; Validate() finds the gaps that this leaves.
-//
+// Use:        call the setters, then Validate(), then only read.
 // Ownership:  owns its stages; borrows the stop processor.
+// Failures:   a setter that takes a stage number creates that stage if it doesn't exist. A setter that can
+//             refuse its value returns false and then changes nothing else; Validate() reports the gap that
+//             this leaves. Nothing is thrown.
 //
 // Invariants:
 //   (1) DesignStages() ascends by stage number, without repeats.
@@ -40,8 +41,8 @@ public:
   void AddRequestedOutput(std::int32_t kind, std::int32_t stage, const std::string& name) {
     FindStage(stage).requestOutput(kind, name);
   }
-  // The stage of that number, made with its initial values at its place if there is none. The reference holds
-  // until the next stage is made.
+  // The stage with that number. A missing one is created with initial values, in order. The reference is
+  // valid until the next stage is created.
   DesignStage& FindStage(std::int32_t stage);
 
   // --- the run ---------------------------------------------------------------------------------------------
@@ -63,7 +64,7 @@ public:
 
   // --- reads -----------------------------------------------------------------------------------------------
   const std::vector<DesignStage>& DesignStages() const { return fDesignStages; }
-  // The stage of that number, null if there is none; valid until the next stage is made.
+  // The stage with that number, or null; valid until the next stage is created.
   const DesignStage* GetStage(std::int32_t stage) const;
   const std::vector<std::int32_t>& CatDesignVars() const { return fCatDesignVars; }
   const std::vector<std::int32_t>& ContDesignVars() const { return fContDesignVars; }
@@ -84,21 +85,22 @@ public:
   MCStopProcessor* StopProcessor() const { return fpStopProcessor; }
   bool ExactDesign() const { return fbExactDesign; }
 
-  // The variable that carries the stage's rate or size; -1 when none does, also for a stage that isn't there.
+  // The variable that holds the stage's rate or size; -1 if no variable does, or the stage doesn't exist.
   std::int32_t StageSpecVar(std::int32_t stage) const;
-  // The tag of the stage, kInclProbTypeNone for a stage that isn't there.
+  // The tag of the stage; kInclProbTypeNone if the stage doesn't exist.
   std::int32_t StageSpecType(std::int32_t stage) const;
 
-  // The variables that make the keys of `stage`. A stratum is told by all strata and cluster variables of the
-  // stages before and the stage's own strata variables, stage by stage; a unit by the stage's clusters.
+  // The variables that form the keys of `stage`. The key of a stratum has all strata and cluster variables of
+  // the earlier stages and the stage's own strata variables, stage by stage. The key of a unit has the
+  // stage's cluster variables.
   void KeyVars(std::int32_t stage, std::vector<std::int32_t>* strataKeyVars,
                std::vector<std::int32_t>* clusterKeyVars) const;
 
   // The first stage's method has joint probabilities, and its estimator doesn't do without them.
   bool JointProbNeeded() const;
 
-  // Whether a run can be made of these settings. Errors: 92021 to 92023 for the list of stages, 92025 to
-  // 92030 for the first stage at fault, with its number in the stage slot.
+  // Whether these settings describe a run. Errors: 92021 to 92023 for the list of stages; 92025 to 92030 for
+  // the first faulty stage, whose number is then in the stage slot.
   SVStatus Validate() const;
 
 private:
@@ -118,10 +120,10 @@ private:
   double fMOSMax = -1.0;
   std::vector<std::int32_t> fSelectStages;  // in the order given
   std::int32_t fSeed = -1;
-  bool fbPreSorted = false;                 // carried and shown; the computation takes records in any order
+  bool fbPreSorted = false;                 // carried, never read: the computation takes records in any order
   std::vector<std::int32_t> fVariableType;  // VariableType by record index
   std::int32_t fNumThreads = 1;             // for the joint probabilities
   MCStopProcessor* fpStopProcessor = nullptr;  // borrowed, may be null
-  // Brewer's, Sampford's and PPS_WOR's draws keep their stated probabilities exactly.
+  // The draws of Brewer, Sampford and PPS_WOR have exactly the inclusion probabilities that they state.
   bool fbExactDesign = false;
 };

@@ -5,21 +5,26 @@
 
 #include "backend/svselect/design/SVSOutputStats.h"
 
-// SVSOutSamples collects the statuses of a run: stages, tabulators, strata and engines add what they have as
-// soon as they have it. Repeats are dropped, so a status may arrive again on its way up, or from each
-// stratum.
+// SVSOutSamples collects the statuses of a run. Stages, tabulators, strata and engines each add a status as
+// soon as they have one. Repeats are dropped, so the same status may be added again on its way up the call
+// chain, or once for each stratum.
 //
-// Threads: the thread of the run only.
-// Cost:    an OK status costs one comparison; any other a search of the list, which the stages and the kinds
-//          of status bound.
+// Use:        SetStage() at the start of a stage; AddStatus() from then on.
+// Threads:    the thread of the run only.
+// Cost:       one comparison for an OK status. Any other searches the list, whose length is at most the
+// number
+//             of stages times the number of codes.
+//
+// Invariant:  no two kept statuses are equal, and none is OK.
 class SVSOutSamples : public SVSOutputStats {
 public:
   ~SVSOutSamples() override;
 
-  // The stage that the statuses to come speak of. 0, the initial one, means none.
+  // Stage stamped on statuses added from now on; 0, the initial value, means none.
   void SetStage(std::int32_t stage) { fStage = stage; }
 
-  // Stamps the status with the stage and keeps it, unless it is OK or already kept. True when it was kept.
+  // Stamps the status with the stage and keeps it, unless it is OK or a repeat. Returns whether it was kept.
+  // The caller's own copy is stamped too.
   bool AddStatus(SVStatus& status) { return !status.IsOK() && KeepStatus(status); }
 
   const std::vector<SVStatus>& Statuses() const override { return fStatuses; }

@@ -143,7 +143,7 @@ SVStatus TakeTurns(const SVSStratumView& stratum, std::int32_t turns, std::span<
     TurnProbs(shares, ratios, last, upTo, turns - turn, cumulative);
     const double u = random->GetRealClosedOpen();
     const std::int32_t unit = FindPosition(cumulative, last, upTo, u);
-    if (!LiesInInterval(cumulative, last, unit, u)) continue;  // the turn counts all the same
+    if (!LiesInInterval(cumulative, last, unit, u)) continue;  // the turn still counts
     taken->TakeBySize(stratum, unit);
     last = unit + 1;
   }

@@ -5,11 +5,11 @@
 #include <span>
 #include <vector>
 
-// SVSJointMatrix is the view of the k x k matrix of joint probabilities through which they are computed.
+// SVSJointMatrix is a view of the k x k matrix of joint probabilities, for the code that computes them.
 //
-// The matrix stands in order of selection: entry (a, b) of the 0-based positions a, b is at a k + b. The
-// formulas run over the units in list order, so here a selected unit goes by its rank r = 0..k-1 among the
-// selected ones, ascending by unit number: "unit ia comes before unit ib" is r < s.
+// The matrix is in order of selection: the entry for the 0-based positions a and b is at a k + b. The
+// formulas run over the units in list order, so here a selected unit is identified by its rank r = 0..k-1
+// among the selected units, ascending by unit number: "unit ia comes before unit ib" is r < s.
 //
 // Ownership:  borrows the matrix; the list of selected units is only read by the constructor.
 // Threads:    Set() of different pairs may run in parallel.

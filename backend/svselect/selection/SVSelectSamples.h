@@ -25,7 +25,7 @@ class MCRandomTwister;
 //
 // Use:        SetRandom(), Prepare(), SelectSamples(), once each; then, only where joint probabilities are
 //             written, JointProbs() or PrepareThreads(), JointProbsRange() per range and FinishThreads();
-//             then ClearWork(). The results stand in the units and in GetStageValues().
+//             then ClearWork(). The results are in the units and in GetStageValues().
 // Ownership:  owns its arrays. Borrows everything that it points to: settings, stage and cancel view for its
 //             own life, the rest from SetRandom() and Prepare() on.
 // Threads:    the thread of the run; JointProbsRange() of different ranges may run in parallel.

@@ -122,7 +122,7 @@ void SVSelectSamples::SplitItems(std::int32_t items, std::int32_t ranges) {
   }
 }
 
-// Null where the method has no joint probabilities. Throws std::bad_alloc where there is no memory.
+// Null if the method has no joint probabilities. Throws std::bad_alloc.
 std::unique_ptr<SVSJointWork> SVSelectSamples::MakeJointWork() {
   JointFunction* const joint = FunctionsOf(fSelectMethod).joint;
   if (joint == nullptr) return nullptr;
@@ -133,14 +133,17 @@ std::unique_ptr<SVSJointWork> SVSelectSamples::MakeJointWork() {
   return joint(View(), SVSJointMatrix(fJointProbs, fSelectSampleInds), std::move(ranges));
 }
 
-// On any thread. What threads may share asks with Tick(), which changes nothing.
+// Runs on any thread. Work that is shared by threads asks with Tick(), which changes nothing.
 void SVSelectSamples::RunJointWork(std::int32_t range) {
   const bool shared = fpJointWork->RunsOnThreads();
   const auto stop = [this, shared] { return shared ? fpCancelInfo->Tick() : fpCancelInfo->IsCancelled(); };
   std::int32_t code = kStatusCancelled;
   try {
     if (fpJointWork->Run(static_cast<std::size_t>(range), stop) && !stop()) return;
-  } catch (...) {  // want of memory, or of what else a thread needs; whoever waits for the range must go on
+  } catch (...) {
+    // The work allocates and does arithmetic, nothing else, so in practice this is std::bad_alloc. Whatever
+    // it is, it must not leave the thread's function, and the code says what the run lacks: the joint
+    // probabilities.
     code = kStatusNoMemory;
   }
   const OptionalLock lock(fpMutex.get());

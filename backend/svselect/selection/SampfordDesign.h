@@ -64,7 +64,7 @@ public:
   // taken. Gives fewer than n only when cancelled.
   std::vector<std::int32_t> Draw(MCCommonMath::MCRandomTwister* random, SVCancelInfo* cancelInfo) const;
 
-  // R and H of some suffix of the list. Entries m below a bound that goes by the use may be left at any
+  // R and H of some suffix of the list. Entries below the smallest m that the caller needs may have any
   // value.
   struct Cell {
     double r;
