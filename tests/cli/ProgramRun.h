@@ -9,7 +9,7 @@
 #include <string>
 
 // A folder of the test's own, gone with it, and command lines run in it by the shell as a user types them.
-// $S stands for the program, $E for the folder of the examples.
+// $S is the program, $E the folder of the examples.
 class ProgramFolder {
 public:
   ProgramFolder() {

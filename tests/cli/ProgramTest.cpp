@@ -19,7 +19,7 @@ const std::string kAdvice =
     "exactly "
     "these\n";
 
-// Whoever calls the program wrongly is told so in one line that names the fault and where help is.
+// A usage error gets one line that names the fault and says where help is.
 TEST(Program, TellsWrongUseInOneLine) {
   struct Case {
     const char* commandLine;
@@ -167,7 +167,7 @@ TEST(Program, LeavesNothingOfARunThatFails) {
     const ProgramFolder::Result result = folder.Run(c.commandLine);
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.err, HasSubstr(c.error));
-    folder.Run("rm -f j.csv j.schema.json r.txt");  // reports tell of failures too
+    folder.Run("rm -f j.csv j.schema.json r.txt");  // reports describe failures too
     EXPECT_EQ(folder.Files(), "f.csv\np.xml\n");
   }
   EXPECT_EQ(folder.Run("cat f.csv p.xml").out, before);
@@ -250,7 +250,7 @@ TEST(Program, MissesOnlyTheFilesThatItWasAskedFor) {
   EXPECT_EQ(folder.Files(), "1.parquet\n2.parquet\nj.sav\np.xml\n");
 }
 
-// A number that isn't read as it stands is told, by whoever reads the plan.
+// A number that isn't read as it is written gets a message, whichever command reads the plan.
 TEST(Program, TellsHowItReadsANumber) {
   const ProgramFolder folder;
   const std::string plan = "$E/plans/simple-systematic.xml ";

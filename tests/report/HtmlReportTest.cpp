@@ -101,7 +101,7 @@ Page Report(const FinalWeights* weights = nullptr, const std::vector<ReportFile>
 
 }  // namespace
 
-// What comes from outside stands in the page as it is, wherever it comes from, and never as markup.
+// Text from outside appears in the page as it is, wherever it comes from, and never as markup.
 TEST(HtmlReport, EscapesWhatComesFromOutside) {
   const std::string hostile = "<script>x</script> &amp; \"q\" 'a' ]]> -- 東京";
   const std::string bytes = "\x01\x1B\x7F|\xFF|\xEF\xBF\xBE|\xEF\xBF\xBF|\u0085";

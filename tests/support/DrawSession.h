@@ -47,7 +47,7 @@ inline Texts AllCases() {
 }
 
 // A draw from a small frame in a folder of its own, from the text of the command to all that it leaves. In
-// the texts of plan and command and in what comes back, "@" stands for that folder.
+// the texts of plan and command and in what comes back, "@" is that folder.
 class DrawSession {
 public:
   DrawSession(const std::string& csv, const std::string& stages, const std::string& command,

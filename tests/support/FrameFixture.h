@@ -35,7 +35,7 @@ protected:
     return Path(name);
   }
   void OpenFrame(const FrameOptions& options) { ::OpenFrame(fSession, options); }
-  // Runs SQL in which $ stands for the folder.
+  // Runs SQL in which $ is the folder.
   void Sql(std::string sql) {
     for (std::size_t at = sql.find('$'); at != std::string::npos; at = sql.find('$'))
       sql.replace(at, 1, fFolder.Path());

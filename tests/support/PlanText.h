@@ -59,7 +59,7 @@ inline const std::string kSizeOf3 = Size("3");
 inline const std::string kByCounty = ClustersOf(Var("county"));
 inline const std::string kMosOfPupils = "<MOS fromData='no'><Variable name='pupils'/></MOS>";
 
-// `text` with every `what` replaced; "@" mostly stands for the folder of a test.
+// `text` with every `what` replaced; "@" is usually the folder of a test.
 inline std::string Replace(std::string text, const std::string& what, const std::string& by) {
   for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
     text.replace(at, what.size(), by);

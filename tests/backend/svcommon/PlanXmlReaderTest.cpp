@@ -52,7 +52,7 @@ std::string Mos(const std::string& fromData, const std::string& inner = "") {
   return "<MOS fromData='" + fromData + "'>" + inner + "</MOS>";
 }
 
-// One fault each, or two where the order of reading says which is told.
+// One fault each, or two where the order of reading decides which is reported.
 TEST_F(PlanReader, TellsFaultsOfSampleDesigns) {
   const Case kCases[] = {
       {0, "no stage at all", ""},

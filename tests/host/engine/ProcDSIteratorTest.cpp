@@ -128,7 +128,7 @@ TEST_F(ProcDSIteratorTest, EndsWhenAnExceptionPasses) {
   EXPECT_THROW(leave(), DataError);
 }
 
-// Goal: a file that changes, shrinks or goes during a run is told of once, and the source can't go on.
+// Goal: a file that changes, shrinks or disappears during a run is reported once, and the source can't go on.
 TEST_F(ProcDSIteratorTest, FailsOnceWhenTheFileChanges) {
   OpenMany();
   Attach();

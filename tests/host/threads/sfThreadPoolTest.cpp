@@ -36,7 +36,7 @@ private:
   bool fbThrows;
 };
 
-// Each job runs once and is destroyed, whatever the number of threads and whoever throws; -1 stands for a
+// Each job runs once and is destroyed, whatever the number of threads and whichever job throws; -1 is a
 // system that grants no thread.
 TEST(sfThreadPool, RunsAndDestroysEachJob) {
   for (const int threads : {-1, 1, 2, 7}) {

@@ -216,7 +216,7 @@ TEST_F(Store, DestroyedWithoutClosing) {
   }
 }
 
-// A file that can't be begun is told once, by whatever comes next.
+// A file that can't be started is reported once, by the next call.
 TEST_F(Store, CannotBegin) {
   std::filesystem::create_directory(Path(".a.csv.svselect-new"));
   EXPECT_EQ(WithoutFolder(WriteNumbers(Path("a.csv"), 1)), "a.csv can't be written: Is a directory");

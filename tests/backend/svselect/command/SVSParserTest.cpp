@@ -14,7 +14,7 @@ const char* const kFrame = "region,district,name,size,rate,w\nN,1,a,10,0.5,1\nS,
 const std::string kWeight = Out("Weight", "final_weight");
 const std::string kOneStage = Wor(StrataOf(Var("region")) + Size("1"));
 
-// One command parsed on a small frame. "@" stands for the folder of frame and plan in command and messages.
+// One command parsed on a small frame. "@" in command and messages is the folder of frame and plan.
 // The plan is there three times: beside taken.xml there is a folder where its joint file would be, and bare
 // has no extension.
 class Parsed {
@@ -66,14 +66,14 @@ constexpr const char* kBadList =
     "Parameter STAGES of subcommand CRITERIA does not have a valid integer list...";
 constexpr const char* kBadSeed = "Parameter SEED of subcommand CRITERIA has incorrect value type...";
 
-// A whole command, or what stands behind the plan in one.
+// A whole command, or the part of one after the plan.
 std::string Command(const std::string& text) {
   return text.starts_with("SVSELECT") ? text : "SVSELECT /PLAN FILE='@/plan.xml' " + text;
 }
 
 }  // namespace
 
-// Each row a command that a person could have written, and what it is told.
+// Each row: a command that a user could write, and the message it gets.
 TEST(SVSParser, TellsWhatIsWrongWithACommand) {
   struct Case {
     const char* command;  // behind the plan, unless it begins with SVSELECT
@@ -153,7 +153,7 @@ TEST(SVSParser, TellsWhatIsWrongWithACommand) {
   }
 }
 
-// What a plan is told when it meets the dictionary and the command.
+// The messages about a plan that doesn't fit the dictionary or the command.
 TEST(SVSParser, TellsWhatIsWrongWithAPlanOnThisFrame) {
   const std::string clusters = ClustersOf(Var("district"));
   const std::string pps = "<MOS fromData='no'><Variable name='size'/></MOS>";

@@ -148,7 +148,7 @@ TEST(SVSComponent, StatusesOfARun) {
   }
 }
 
-// Goal: a warning doesn't stop the run and is told with its stage; a record at fault loses its weight only.
+// Goal: a warning doesn't stop the run and carries its stage; a faulty record loses nothing but its weight.
 TEST(SVSComponent, WarningsAndFaultyCases) {
   SVSCompSettings settings = Settings({1, 2}, 1);
   settings.SetWeightVar(kWeight);

@@ -83,7 +83,7 @@ TEST(SVSCompSettings, SettersRefuse) {
   EXPECT_EQ(s.StageSpecVar(1) + s.StageSpecVar(2) + s.StageSpecVar(3), 3);
   s.AddSelectStage(3), s.AddSelectStage(2), s.AddSelectStage(3);
   EXPECT_EQ(s.SelectStages(), (Indices{3, 2}));
-  EXPECT_FALSE(s.SetMethod(kMethodPpsWr, 3));  // the stage is there all the same, and has no method
+  EXPECT_FALSE(s.SetMethod(kMethodPpsWr, 3));  // the stage is still created, without a method
   EXPECT_TRUE(s.GetStage(3) != nullptr && s.GetStage(3)->methodType() == kMethodNone);
 }
 

@@ -65,7 +65,7 @@ TEST(SVSDocumentStrings, CutsByBytes) {
   EXPECT_EQ(strings.Line(3, 0, 71), "");
 }
 
-// The tag decides which of the quantities is told.
+// The tag decides which of the quantities is described.
 TEST(SampleDocument, TellsTheQuantityOfAStage) {
   const std::string from = "Obtained from variable ";
   const struct {

@@ -92,7 +92,7 @@ TEST(SVSJointProbOutFile, WritesTheMatrixOfEachStratum) {
   EXPECT_EQ(last.GetMeasurementLevel(), kLevelScale);
 }
 
-// The strata stand in the order in which they appear in the frame, whatever the order of the draw; a variable
+// The strata are in the order in which they appear in the frame, whatever the order of the draw; a variable
 // that has the name of a new one gives way.
 TEST(SVSJointProbOutFile, ComesOutOfADraw) {
   const DrawSession draw("UNIT_NO_,c,m\nz,1,3\nz,2,3\nz,3,2\na,4,5\na,5,5\n,6,1\n",

@@ -18,7 +18,7 @@ const std::string kTwoStages =
 
 }  // namespace
 
-// Rows stand in the order of the values, whatever the order of the draw; groups nest by variable.
+// Rows are in the order of the values, whatever the order of the draw; groups nest by variable.
 TEST(SVSSummaryTable, ShowsTheStrataOfEachStage) {
   const DrawSession draw(kFrame, kTwoStages, "/CRITERIA SEED=1");
   const std::string title = " (Summary) Plan File @/plan.xml";

@@ -107,7 +107,7 @@ TEST(SVSELECT, ReportsStatuses) {
 TEST(StatusTexts, DependOnSpecificationAndStrata) {
   const struct {
     std::int32_t code, inclusionType;
-    std::string text;  // without "..."; empty when nothing is told
+    std::string text;  // without "..."; empty if there is no message
   } kCases[] = {
       {kStatusNoRecords, 0, "There are no valid cases "},
       {kStatusUnequalSpec, kRateVariable, "Unequal sample rate in stage ^1 "},

@@ -226,7 +226,8 @@ TEST(JointWork, SelectedUnitsHaveTheirPlaces) {
       for (std::size_t b = 0; b < 11; ++b) {
         const auto ia = static_cast<std::size_t>(some.selected[a]) - 1;
         const auto ib = static_cast<std::size_t>(some.selected[b]) - 1;
-        const double tolerance = method == Method::kSampford ? 1e-13 : 0.0;  // its rows go by the selected
+        const double tolerance =
+            method == Method::kSampford ? 1e-13 : 0.0;  // its rows depend on the selected
         EXPECT_NEAR(some.At(a, b), all.At(ia, ib), tolerance) << ia << ',' << ib;
       }
     }

@@ -187,7 +187,7 @@ TEST(SVSelectSamples, RefusesSizesBeyondTheLimitOfTheTable) {
   }
 }
 
-// Goal: sizes that nobody should ask for, with any n: a status that is told, no more units than there are,
+// Goal: sizes that nobody should ask for, with any n: a known status, no more units than there are,
 // and always an end. Sampford's attempts can go on beyond patience, so they would be stopped. A negative size
 // leads the line of PPS_WR back, so that a point can hit twice.
 TEST(SVSelectSamples, AnySizesComeToAnEnd) {

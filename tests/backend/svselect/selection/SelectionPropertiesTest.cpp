@@ -98,7 +98,7 @@ RC_GTEST_PROP(HitCounts, AreThoseOfAPlainScan, ()) {
   RC_ASSERT(hits == expected);
 }
 
-// Goal: the shortcut gives the position in the list as it is told, at and beside its every entry.
+// Goal: the shortcut finds the right position in the list, at every entry and just beside it.
 RC_GTEST_PROP(SampfordFurtherDraws, FindAsTheListTells, ()) {
   std::vector<double> shares = SharesOf(AnySizes(40));
   RC_PRE(shares.size() > 1);
