@@ -204,6 +204,7 @@ std::string SortKey(const CaseRelation& relation, const std::string& variable) {
 CaseRelation Sorted(WorkDatabase& work, CaseRelation relation, const std::vector<std::string>& variables) {
   if (variables.empty()) return relation;
   std::vector<std::string> keys;
+  keys.reserve(variables.size() + 1);
   for (const std::string& variable : variables) keys.push_back(SortKey(relation, variable));
   keys.emplace_back("place");
   CaseRelation sorted = relation;
