@@ -153,14 +153,6 @@ const Case kCases[] = {
     {"a missing size", kMethodPpsMurthy, {1, MCMV::gMissingValue}, 2, {}, {0, 0}, {}, kStatusMissingSize},
     // clang-format on
 };
-// Goal: both tables agree on which methods have joint probabilities. The compiler can't compare functions
-// under the sanitizers.
-TEST(MethodFunctions, HaveJointProbabilitiesWhereTheTableSaysSo) {
-  for (const SVMethod& method : kMethods) {
-    EXPECT_EQ(FunctionsOf(method.code).joint != nullptr, method.hasJointProbs) << method.word;
-  }
-}
-
 }  // namespace
 
 // Goal: which units come of which numbers, in which order, and that not one number more is drawn.
