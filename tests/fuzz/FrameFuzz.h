@@ -74,7 +74,7 @@ inline bool Opens(const std::string& path, const std::string& schema = "") {
   options.path = path;
   options.schema = schema;
   try {
-    OpenFrame(options);
+    OpenFrame(HostSession::Current(), options);
   } catch (const DataError& error) {
     Require(*error.what() != '\0');
     return false;

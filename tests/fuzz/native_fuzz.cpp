@@ -96,18 +96,18 @@ const Words kStatements = {"UPDATE f.$t SET \"$c\" = $v",
 // The file that inputs change: numbers and texts with labels, missing values and a document.
 std::string MakeFile(const std::string& path) {
   remove(path.c_str());
-  DuckConnection connection = WorkDatabase::Current().Connect();
+  DuckConnection connection = HostSession::Current().Layer<WorkDatabase>().Connect();
   connection.Run("ATTACH '" + path + "' AS f (BLOCK_SIZE 16384)");
   connection.Run(NativeDictionarySql(*ActiveFile::Current().SharedDictionary(), "f"));
   connection.Run("CREATE TABLE f.cases AS SELECT i % 4 AS n, 't' || i AS s FROM range(300) r(i)");
   return path;
 }
 void CloseFile() {
-  WorkDatabase::Current().Connect().Run("DETACH f");
+  HostSession::Current().Layer<WorkDatabase>().Connect().Run("DETACH f");
 }
 
 void ChangeTables(FuzzedDataProvider& choose) {
-  DuckConnection connection = WorkDatabase::Current().Connect();
+  DuckConnection connection = HostSession::Current().Layer<WorkDatabase>().Connect();
   for (int count = choose.ConsumeIntegralInRange(1, 6); count > 0; --count) {
     const char* const statement =
         kStatements[choose.ConsumeIntegralInRange<std::size_t>(0, kStatements.size() - 1)];
