@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <sstream>
+#include <string>
 #include <utility>
 
 #include "host/command/KORV_TokenSequence.h"
@@ -161,7 +162,7 @@ private:
     const bool hasPage = std::any_of(fvReports.begin(), fvReports.end(), [](const std::string& report) {
       return KindOfReport(report) == ReportKind::kHtml;
     });
-    fReview = ReviewSample(fSession, hasPage || fRequest.summarizeWeights);
+    if (hasPage || fRequest.summarizeWeights) fpOutcome->weights = ReviewWeights(fSession, &fReviewProblem);
   }
 
   void CompleteOutcome() {
@@ -170,8 +171,7 @@ private:
     }
     std::vector<std::string>& remarks = fpOutcome->remarks;
     remarks = RemarksOnRun(fSession, fRequest, fpOutcome->status);
-    remarks.insert(remarks.end(), fReview.remarks.begin(), fReview.remarks.end());
-    fpOutcome->weights = std::move(fReview.weights);
+    if (!fReviewProblem.empty()) remarks.push_back(fReviewProblem);
     fpOutcome->facts = FactsOf(fSession, fRequest);
   }
 
@@ -191,7 +191,7 @@ private:
 
   std::vector<std::string> fvReports;  // those of the request that can be written
   UserCaseFileSpec fSave{FileRole::kSaved};
-  SampleReview fReview;
+  std::string fReviewProblem;
 };
 
 }  // namespace

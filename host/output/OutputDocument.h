@@ -22,7 +22,9 @@ struct OutputNote {
   std::string text;
 };
 
-// OutputDocument collects all output of a session as data: messages, notes and tables. It knows nothing of
+// OutputDocument collects all output of a session as data: messages, remarks, notes and tables. Remarks are
+// whole sentences beside the messages, each on one cause, about what a user should know; they set no flag. It
+// knows nothing of
 // how they are displayed; the renderers in host/render read it when the run is over.
 //
 // Limits. A frame of ten million cases can give ten million messages, and the document is in memory. So there
@@ -59,12 +61,14 @@ public:
   // Removes the errors; those that were only counted stay counted, as warnings. For a cancelled run, whose
   // errors are only consequences of the cancellation. REQUIRES: no AddMessage() afterwards.
   void DropErrors();
+  void AddRemark(std::string text) { fvRemarks.push_back(std::move(text)); }
   void AddNote(OutputNote note) { fvNotes.push_back(std::move(note)); }
   // Closes the table, and keeps it if it has a cell or a note.
   void AddTable(std::shared_ptr<OutputTable> table);
 
   const std::string& Procedure() const { return fProcedure; }
   const std::vector<OutputMessage>& Messages() const { return fvMessages; }
+  const std::vector<std::string>& Remarks() const { return fvRemarks; }
   const std::vector<OutputNote>& Notes() const { return fvNotes; }
   const std::vector<std::shared_ptr<OutputTable>>& Tables() const { return fvTables; }
 
@@ -83,6 +87,7 @@ private:
 
   std::string fProcedure;
   std::vector<OutputMessage> fvMessages;
+  std::vector<std::string> fvRemarks;
   std::vector<OutputNote> fvNotes;
   std::vector<std::shared_ptr<OutputTable>> fvTables;
   std::unordered_map<std::string, Kept> fKeptOfKind;  // by level, group and text

@@ -157,7 +157,7 @@ TEST(SizeOrder, BoundsAndSorts) {
     ClusterTable table;
     ClusterPairs units;
     for (const double size : kSizes) units.push_back(table.Insert(KeyOf({table.Count()}), size));
-    BoundSizes(units, c.minimum, c.maximum);
+    BoundSizes(units, {c.minimum, c.maximum});
     for (std::size_t i = 0; i < units.size(); ++i) EXPECT_EQ(units[i]->value.GetSize(), c.bounded[i]);
     for (const bool exact : {false, true}) {
       SortBySize(&units, exact);
