@@ -14,10 +14,7 @@ namespace {
 // The example's plan that needs a frame of schools, and whose draw comes to 173 of them by this seed.
 const std::string kRun =
     "$S run --data $E/schools.csv --plan $E/plans/two-stages.xml --seed 4711 --joint j.csv ";
-const std::string kAdvice =
-    "svselect: PPS_SAMPFORD comes only near the probabilities that it states; --exact-design draws with "
-    "exactly "
-    "these\n";
+const std::string kAdvice = "svselect: PPS_SAMPFORD comes only near the probabilities that it states, ";
 
 // A usage error gets one line that names the fault and says where help is.
 TEST(Program, TellsWrongUseInOneLine) {
@@ -190,7 +187,7 @@ TEST(Program, DrawsTheSameWhateverSurroundsIt) {
   const ProgramFolder::Result plain = folder.Run(run);
   const std::string files = folder.Run("cat s.csv s.schema.json j.csv r.json rule.txt").out;
   EXPECT_EQ(plain.status, 0);
-  EXPECT_EQ(plain.err, kAdvice);
+  EXPECT_THAT(plain.err, StartsWith(kAdvice));
   const nlohmann::json report = nlohmann::json::parse(folder.Text("r.json"));
   EXPECT_EQ(report["status"], "ok");
   EXPECT_EQ(report["files"][1]["role"], "sample");
@@ -203,7 +200,7 @@ TEST(Program, DrawsTheSameWhateverSurroundsIt) {
     EXPECT_EQ(result.out, plain.out);
     EXPECT_EQ(folder.Run("cat s.csv s.schema.json j.csv r.json rule.txt").out, files);
   }
-  EXPECT_EQ(folder.Run("(" + run + "; echo $? >&2) | true").err, kAdvice + "0\n");
+  EXPECT_EQ(folder.Run("(" + run + "; echo $? >&2) | true").err, plain.err + "0\n");
   // More than a pipe holds, and a reader that sees one line of it.
   folder.Run("seq -s ',' 20000 > wide.csv");
   EXPECT_EQ(folder.Run("($S describe wide.csv; echo $? >&2) | head -n 1").err, "0\n");

@@ -192,7 +192,11 @@ TEST(JsonReport, HasItsFixedForm) {
     const BpPivotTable empty = procedure.PivotTable(Fixed("Renamed"), Fixed("Renamed"), true);
   }
   std::ostringstream out;
-  WriteJsonReport({RunStatus::kOk, &OutputDocument::Current(), {{"sample", "s.csv", 120}}}, out);
+  WriteJsonReport({.status = RunStatus::kOk,
+                   .document = &OutputDocument::Current(),
+                   .files = {{"sample", "s.csv", 120}},
+                   .remarks = {"2 of 9 cases are left out"}},
+                  out);
   const std::string kAt = R"("Variables":["Region = North","district =","7"]})";
   EXPECT_EQ(out.str(), R"({"procedure": "SVSelect", "status": "ok",
 "messages": [
@@ -222,7 +226,9 @@ TEST(JsonReport, HasItsFixedForm) {
 "cells": [
 {"at":{"Name":["old"]},"text":"new"}]}],
 "files": [
-{"role":"sample","path":"s.csv","cases":120}]}
+{"role":"sample","path":"s.csv","cases":120}],
+"remarks": [
+"2 of 9 cases are left out"]}
 )");
   EXPECT_TRUE(AsText().starts_with("\nSVSelect\n\nPlan File  plan.xml\n\nSummary"));
 }
