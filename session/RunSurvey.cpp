@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "backend/svselect/results/SummaryTableKind.h"
 #include "host/command/KORV_TokenSequence.h"
 #include "host/engine/ActiveFile.h"
 #include "host/environment/HostErrors.h"
@@ -166,6 +167,7 @@ private:
   }
 
   void CompleteOutcome() {
+    DropResults();
     for (const OutputFile& file : fSession.Layer<SessionFiles>().CommittedFiles()) {
       fpOutcome->files.push_back({RoleName(file.role), file.path, file.cases});
     }
@@ -173,6 +175,13 @@ private:
     remarks = RemarksOnRun(fSession, fRequest, fpOutcome->status);
     if (!fReviewProblem.empty()) remarks.push_back(fReviewProblem);
     fpOutcome->facts = FactsOf(fSession, fRequest);
+  }
+
+  // Of a run that kept no file, the numbers of units drawn would look like those of a sample.
+  void DropResults() const {
+    if (fpOutcome->status == RunStatus::kOk) return;
+    if (!fSession.Layer<SessionFiles>().CommittedFiles().empty()) return;
+    fSession.Layer<OutputDocument>().DropTables(SummaryTableKind::kKind);
   }
 
   // Composed in memory first, and written under a temporary name: a report is whole or the old one stays.

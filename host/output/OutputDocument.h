@@ -31,7 +31,7 @@ struct OutputNote {
 // are two limits, and what exceeds them is counted, not lost silently:
 //
 //   - Of messages of the same kind (equal level, group and text) the first kMaxOfOneKind are kept. The first
-//     of them counts the others in `repeats`. Renderers show that count after the last one that was kept.
+//     of them counts the others in `repeats`. People are shown one message of each kind, with its number.
 //   - Of all messages the first kMaxMessages are kept. FurtherMessages() counts the rest, of whatever kind.
 //
 // The first limit is checked first, so a kind that is full doesn't use up the second. The host's error flag
@@ -62,6 +62,8 @@ public:
   // errors are only consequences of the cancellation. REQUIRES: no AddMessage() afterwards.
   void DropErrors();
   void AddRemark(std::string text) { fvRemarks.push_back(std::move(text)); }
+  // Removes the tables of a kind.
+  void DropTables(const std::string& kind);
   void AddNote(OutputNote note) { fvNotes.push_back(std::move(note)); }
   // Closes the table, and keeps it if it has a cell or a note.
   void AddTable(std::shared_ptr<OutputTable> table);
@@ -77,8 +79,13 @@ public:
   std::string FurtherText() const { return "... and " + std::to_string(fFurther) + " more messages"; }
   // Messages(), followed by one message with FurtherText() if any were only counted.
   std::vector<OutputMessage> AllMessages() const;
+  // The same with one message of each kind, in the order of the first ones; `repeats` is how many more there
+  // were, kept or not. For people, to whom a hundred equal messages say no more than one.
+  std::vector<OutputMessage> MessagesByKind() const;
 
 private:
+  static std::string KindOf(const OutputMessage& message);
+
   // What is known about a kind of message.
   struct Kept {
     std::size_t first = 0;   // its first message's index in fvMessages
