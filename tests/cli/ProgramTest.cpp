@@ -144,7 +144,9 @@ TEST(Program, DrawsTheSameWhateverSurroundsIt) {
   const ProgramFolder folder;
   const std::string run = kRun + "--sample s.csv --report r.json --print selection,cps --rule rule.txt";
   const ProgramFolder::Result plain = folder.Run(run);
-  const std::string files = folder.Run("cat s.csv s.schema.json j.csv r.json rule.txt").out;
+  // Their documents hold the day, which depends on the time zone.
+  const std::string files = "grep -hv Date: s.csv s.schema.json j.csv r.json rule.txt";
+  const std::string written = folder.Run(files).out;
   EXPECT_EQ(plain.status, 0);
   EXPECT_EQ(plain.err, kAdvice);
   const std::string sample = folder.Text("s.csv");
@@ -153,7 +155,7 @@ TEST(Program, DrawsTheSameWhateverSurroundsIt) {
     const ProgramFolder::Result result = folder.Run(surroundings + run + " --threads 3");
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.out, plain.out);
-    EXPECT_EQ(folder.Run("cat s.csv s.schema.json j.csv r.json rule.txt").out, files);
+    EXPECT_EQ(folder.Run(files).out, written);
   }
   EXPECT_THAT(folder.Run(run + " --progress always").err, StartsWith("svselect: reading "));
   EXPECT_EQ(folder.Run("(" + run + "; echo $? >&2) | true").err, kAdvice + "0\n");
