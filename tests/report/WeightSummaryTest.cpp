@@ -44,11 +44,10 @@ TEST(WeightSummary, AgreesWithHandWork) {
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
     const WeightSummary summary = SummaryOf(c.weights);
-    EXPECT_DOUBLE_EQ(summary.sum, c.sum);
-    EXPECT_DOUBLE_EQ(summary.mean, c.mean);
-    EXPECT_DOUBLE_EQ(summary.smallest, c.smallest);
-    EXPECT_DOUBLE_EQ(summary.largest, c.largest);
-    EXPECT_DOUBLE_EQ(summary.designEffect, c.designEffect);
+    const Numbers found = {summary.sum, summary.mean, summary.smallest, summary.largest,
+                           summary.designEffect};
+    const Numbers expected = {c.sum, c.mean, c.smallest, c.largest, c.designEffect};
+    EXPECT_THAT(found, testing::Pointwise(testing::DoubleEq(), expected));
     EXPECT_NEAR(1.0 + summary.cv * summary.cv, c.designEffect, 1e-15);
     EXPECT_EQ(summary.cv == 0, c.designEffect == 1);
     EXPECT_THAT(summary.edges, testing::Pointwise(testing::DoubleNear(1e-12), c.edges));

@@ -180,6 +180,7 @@ TEST(RunSurvey, EndsWhereACallbackStopsOrThrows) {
     const bool isError = c.status == RunStatus::kError;
     EXPECT_EQ(Messages(*outcome.document), std::vector<std::string>(isError ? 1 : 0, "out of memory"));
     EXPECT_EQ(fs::exists(folder.Path("s.csv")), c.step == RunStep::kReport);
+    EXPECT_THAT(folder.Names(), testing::Not(HasSubstr("svselect-new")));
     const std::string status = isError ? "" : std::string("Status: ") + StatusWord(c.status);
     EXPECT_THAT(folder.Text("r.txt"), testing::StartsWith(status));
   }

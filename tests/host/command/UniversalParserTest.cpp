@@ -74,6 +74,8 @@ TEST(UniversalParser, CutsCommands) {
     const char* parts;
   };
   const Case kCases[] = {
+      {"the name alone", "\xEF\xBB\xBFsvSelect .\r\n", ""},
+      {"another command", "OTHER /PLAN", "/ OTHER!/PLAN"},
       {"name and full stop left out", "/print cps", "/PRINT CPS!"},
       {"a full stop right behind a word", "SVSELECT /PRINT CPS.", "/PRINT CPS!"},
       {"only the last full stop", "/PLAN FILE='a.xml.' /PRINT a.b..", "/PLAN FILE=L<a.xml.>/PRINT A.B.!"},

@@ -18,6 +18,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
+struct FileCase {
+  const char* aim;
+  FileRole role;
+  std::string name;
+  const char* says;
+};
+
 class Claims : public FrameFixture {
 protected:
   // "ok", r for read-only, u for used, or why there can't be such a file.
@@ -64,13 +71,7 @@ TEST_F(Claims, NamesOfFilesToWrite) {
   Write("old.sav", "x");
   fs::create_directory(Path("old.schema.json"));
   mkfifo(Path("pipe").c_str(), 0600);
-  struct Case {
-    const char* aim;
-    FileRole role;
-    std::string name;
-    const char* says;
-  };
-  const Case kCases[] = {
+  const FileCase kCases[] = {
       {"an old file", FileRole::kSample, "old.sav", "ok"},
       {"a new one", FileRole::kSaved, "new.PARQUET", "ok"},
       {"a rule of any extension", FileRole::kRule, "rule.txt", "ok"},
@@ -85,7 +86,7 @@ TEST_F(Claims, NamesOfFilesToWrite) {
        "its schema file old.schema.json: a folder, expected a file"},
       {"a name too long", FileRole::kSample, std::string(240, 'n') + ".csv", "its name is too long"},
   };
-  for (const Case& c : kCases) EXPECT_EQ(ForWriting(c.role, c.name), c.says) << c.aim;
+  for (const FileCase& c : kCases) EXPECT_EQ(ForWriting(c.role, c.name), c.says) << c.aim;
   EXPECT_EQ(ForReading(FileRole::kPlan, "old.sav"), "ok");
   EXPECT_EQ(ForReading(FileRole::kPlan, "none"), "there is no such file");
   EXPECT_EQ(ForReading(FileRole::kPlan, "pipe"), "a pipe or device, expected a file");
@@ -103,13 +104,7 @@ TEST_F(Claims, OneFileHasOneUse) {
   ASSERT_TRUE(fClaims.ClaimForWriting(FileRole::kSample, "s.csv", Path("s.csv"), &sample).CanBeWritten());
   int later = PathClaims::kNone;
   fClaims.ClaimForWriting(FileRole::kSaved, "later.csv", Path("later.csv"), &later);
-  struct Case {
-    const char* aim;
-    FileRole role;
-    const char* name;
-    const char* says;
-  };
-  const Case kCases[] = {
+  const FileCase kCases[] = {
       {"what is read", FileRole::kSample, "frame.csv", "u"},
       {"by a hard link", FileRole::kSample, "hard.csv", "u"},
       {"by a symbolic link", FileRole::kSample, "soft.csv", "u"},
@@ -121,7 +116,7 @@ TEST_F(Claims, OneFileHasOneUse) {
       {"two outputs with one schema", FileRole::kJoint, "s.tsv", "u"},
       {"case tells names apart", FileRole::kJoint, "S.sav", "ok"},
   };
-  for (const Case& c : kCases) EXPECT_EQ(ForWriting(c.role, c.name), c.says) << c.aim;
+  for (const FileCase& c : kCases) EXPECT_EQ(ForWriting(c.role, c.name), c.says) << c.aim;
   Write("s.csv", "x");
   EXPECT_EQ(ForReading(FileRole::kPlan, "s.csv"), "u") << "this session is to write it";
   fClaims.Release(sample);

@@ -3,30 +3,6 @@
 #include "host/environment/HostErrors.h"
 #include "host/model/TableSchema.h"
 
-TEST(TableSchema, ReadsThePublishedMembersAndOurs) {
-  const TableSchema schema = ParseTableSchema(R"({"fields": [
-      {"name": "pay", "type": "number", "title": "Pay", 
-       "missingValues": ["", "-9", {"value": 99, "label": "refused"}],
-       "categories": [{"value": 1.5, "label": "low"}, 7], "printFormat": "F10.3", "level": 2},
-      {"name": "Straße", "writeFormat": "A12", "width": 12, "level": "nominal", "constraints": {"x": [1]}}],
-      "missingValues": ["", "NA"], "documents": [["a", "b"], []]})",
-                                              "s.json");
-  ASSERT_EQ(schema.fields.size(), 2U);
-  const SchemaField& pay = schema.fields[0];
-  EXPECT_EQ(pay.title, "Pay");
-  EXPECT_EQ(pay.missingValues, (std::vector<std::string>{"", "-9", "99"}));
-  ASSERT_EQ(pay.categories.size(), 2U) << "a value without a label is none";
-  EXPECT_EQ(pay.categories[0].value + pay.categories[0].label, "1.5low");
-  EXPECT_EQ(pay.categories[1].value + pay.categories[1].label, "99refused");
-  EXPECT_EQ(pay.printFormat, (KORV_Format{10, kFormatF, 3}));
-  EXPECT_EQ(pay.level, kLevelOrdinal);
-  EXPECT_EQ(schema.fields[1].writeFormat, (KORV_Format{12, kFormatA, 0}));
-  EXPECT_EQ(schema.fields[1].width, 12);
-  EXPECT_FALSE(schema.fields[1].title || schema.fields[1].missingValues || schema.fields[1].printFormat);
-  EXPECT_EQ(schema.missingValues, (std::vector<std::string>{"", "NA"}));
-  EXPECT_EQ(schema.documents, (std::vector<DocumentLines>{{"a", "b"}, {}}));
-}
-
 TEST(TableSchema, SaysWhatIsWrongAndWhere) {
   const std::pair<const char*, std::string> kCases[] = {
       {"", ", line 1: no valid JSON"},

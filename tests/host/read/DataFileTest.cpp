@@ -74,16 +74,24 @@ TEST_F(DataFileTest, TypesTextFilesOverAllRows) {
   }
 }
 
-// Goal: values in a dictionary have no trailing blanks, as the cases have none: else a label never finds its
-// value.
-TEST_F(DataFileTest, TrimsTheValuesOfASchema) {
-  Write("l.schema.json",
-        R"({"fields":[{"name":"s","categories":[{"value":"a ","label":"A"},)"
-        R"({"value":" b","label":"B"}],"missingValues":[{"value":"x  ","label":"none"}]}]})");
-  OpenFrame({.path = Write("l.csv", "s\na \n b\nx\n")});
+// Goal: the published members of a schema and ours reach the dictionary, and others do no harm. Values have
+// no trailing blanks, as the cases have none: else a label never finds its value.
+TEST_F(DataFileTest, TakesTheDictionaryFromASchema) {
+  Write("l.schema.json", R"({"fields": [{"name": "Ä", "type": "string", "title": "T", "level": 2, "width": 9,
+      "categories": [{"value": "a ", "label": "A"}, {"value": " b", "label": "B"}, "no label"],
+      "missingValues": ["", {"value": "x  ", "label": "none"}], "writeFormat": "A5", "constraints": {"x": [1]}}],
+      "documents": [["a", "b"], []]})");
+  OpenFrame({.path = Write("l.csv", "ä\na \n b\nx\n")});
   EXPECT_EQ(ShowCases(), "a; b;x~");
-  EXPECT_EQ(ActiveFile::Current().SharedDictionary()->variables[0].ValueLabels(),
+  EXPECT_EQ(ShowDictionary(), "ä A9 VARCHAR");
+  const Dictionary& dictionary = *ActiveFile::Current().SharedDictionary();
+  const KORV_Variable& variable = dictionary.variables[0];
+  EXPECT_EQ(variable.ValueLabels(),
             (std::vector<ValueLabel>{{{0.0, "a"}, "A"}, {{0.0, " b"}, "B"}, {{0.0, "x"}, "none"}}));
+  EXPECT_EQ(variable.GetLabel(), "T");
+  EXPECT_EQ(variable.GetMeasurementLevel(), kLevelOrdinal);
+  EXPECT_EQ(variable.GetWriteFormat(), (KORV_Format{5, kFormatA, 0}));
+  EXPECT_EQ(dictionary.documents, (std::vector<DocumentLines>{{"a", "b"}, {}}));
 }
 
 TEST_F(DataFileTest, LeavesNestedValuesOutWithOneWarning) {

@@ -47,10 +47,13 @@ TEST(sfThreadPool, RunsAndDestroysEachJob) {
         pool.invoke(nullptr, nullptr, sfThreadPoolBase::kProcessScope);
         for (int i = 0; i < 20; ++i)
           pool.invoke(new Job(&tally, &task), nullptr, sfThreadPoolBase::kProcessScope);
-        if (early) pool.init();
-        task.waitAll();
-        EXPECT_EQ(tally.done, 20);
-      }
+        if (early) {
+          pool.init();
+          task.waitAll();
+          EXPECT_EQ(tally.done, 20);
+        }
+      }  // the end of the pool waits as well
+      EXPECT_EQ(tally.done, 20);
       EXPECT_EQ(tally.alive, 0);
     }
   }
