@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <regex>
 #include <sstream>
 #include <xercesc/framework/MemBufInputSource.hpp>

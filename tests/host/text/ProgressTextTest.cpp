@@ -3,16 +3,18 @@
 #include "host/text/ReadableNumber.h"
 
 TEST(ReadableNumber, KeepsDigitsAndGroups) {
-  const std::pair<double, std::string> kCases[] = {{0, "0"},
-                                                   {999, "999"},
-                                                   {1000, "1,000"},
-                                                   {-1234567.8, "-1,234,568"},
-                                                   {173.0167, "173.017"},
-                                                   {-0.5, "-0.5"},
-                                                   {999999.6, "1,000,000"},
-                                                   {0.00025, "0.00025"},
-                                                   {1e-5, "1e-05"},
-                                                   {1e15, "1e+15"}};
+  const std::pair<double, std::string> kCases[] = {
+      {0, "0"},
+      {999, "999"},
+      {1000, "1,000"},
+      {-1234567.8, "-1,234,568"},
+      {173.0167, "173.017"},
+      {-0.5, "-0.5"},
+      {999999.6, "1,000,000"},
+      {0.00025, "0.00025"},
+      {1e-5, "1e-05"},
+      {1e15, "1e+15"},
+  };
   for (const auto& [number, text] : kCases) {
     EXPECT_EQ(GroupedNumber(number), text);
     EXPECT_EQ(ReadableNumber(number), Replace(text, ",", ""));
