@@ -12,8 +12,7 @@
 // Use:        SetStage() at the start of a stage; AddStatus() from then on.
 // Threads:    the thread of the run only.
 // Cost:       one comparison for an OK status. Any other searches the list, whose length is at most the
-// number
-//             of stages times the number of codes.
+//             number of stages times the number of codes.
 //
 // Invariant:  no two kept statuses are equal, and none is OK.
 class SVSOutSamples : public SVSOutputStats {
