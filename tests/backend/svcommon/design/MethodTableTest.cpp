@@ -13,7 +13,6 @@ TEST(MethodTable, FindsMethodsByTheirNumbers) {
     EXPECT_FALSE(MethodOf(code).IsPps() || MethodOf(code).equalProbability) << code;
     EXPECT_EQ(MethodTypeText(code), code == 0 ? "method not defined" : "unrecognized");
   }
-  EXPECT_EQ(MethodTypeText(kMethodPpsBrewer).substr(0, 6), "Brewer");
 }
 
 // Goal: a row that was copied and not quite filled in.
@@ -42,10 +41,8 @@ TEST(MethodTable, TellsTheEstimatorsOfMethodsWithoutReplacement) {
 
 TEST(MethodTable, ListsNames) {
   const auto none = [](const SVMethod&) { return false; };
-  const auto one = [](const SVMethod& method) { return method.mayDrawForever; };
   const auto three = [](const SVMethod& method) { return method.statedProbs != StatedProbs::kMet; };
   EXPECT_EQ(MethodNames(none, ", ", " and "), "");
-  EXPECT_EQ(MethodNames(one, ", ", " and "), "PPS_SAMPFORD");
   EXPECT_EQ(MethodNames(three, ", ", " and "), "PPS_WOR, PPS_BREWER and PPS_SAMPFORD");
 }
 
