@@ -115,12 +115,8 @@ TEST(JointWork, GivesTheKnownNumbers) {
     double value;
   } kCases[] = {
       {Method::kPpsWor, {1, 2, 3, 4, 5, 6, 7}, 2, 1, 2, 0.005128},
-      {Method::kPpsWor, {1, 2, 3, 4, 5, 6, 7}, 2, 6, 7, 0.163375},
-      {Method::kPpsWor, {1, 2, 3, 4, 5, 6, 7}, 3, 1, 2, 0.014756},
       {Method::kPpsWor, {1, 2, 3, 4, 5, 6, 7}, 3, 6, 7, 0.469612},
       {Method::kSampford, {1, 2, 3, 4, 5, 6, 7}, 2, 1, 2, 0.004384},
-      {Method::kSampford, {1, 2, 3, 4, 5, 6, 7}, 2, 6, 7, 0.153886},
-      {Method::kSampford, {1, 2, 3, 4, 5, 6, 7}, 3, 1, 2, 0.012180},
       {Method::kSampford, {1, 2, 3, 4, 5, 6, 7}, 3, 6, 7, 0.448836},
       {Method::kMurthy, {0.5, 0.3, 0.2}, 2, 1, 2, 0.514286},
       {Method::kMurthy, {5, 0, 5}, 2, 1, 2, 0.0},
