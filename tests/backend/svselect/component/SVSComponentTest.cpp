@@ -69,14 +69,9 @@ TEST(SVSComponent, AgreesWithSlowDraw) {
       double finalWeight = 0.0;
       for (std::size_t i = 0; i < frame.size(); ++i) {
         ASSERT_TRUE(component.CaseStats(source.At(i), &values, &finalWeight).IsOK());
-        ASSERT_EQ(values.size(), 3U);
-        std::size_t drawn = 0;
-        for (int stage = 1; stage <= 3; ++stage) {
-          const auto& got = values[static_cast<std::size_t>(stage - 1)];
-          const bool selected = select.front() <= stage && stage <= select.back();
-          ASSERT_EQ(got, selected ? expected[i].stages[drawn++] : std::vector<double>())
-              << i << ", " << stage;
-        }
+        std::vector<std::vector<double>> wanted(3);
+        std::copy(expected[i].stages.begin(), expected[i].stages.end(), wanted.begin() + select.front() - 1);
+        ASSERT_EQ(values, wanted) << i;
         ASSERT_EQ(finalWeight, expected[i].finalWeight) << i;
       }
     }
@@ -118,8 +113,6 @@ TEST(SVSComponent, StatusesOfARun) {
       {"sound", Stages{1, 2, 3}, [](auto&, auto&) {}, 0, 0},
       {"stages in falling order", Stages{3, 2}, [](auto&, auto&) {}, kStatusNoStages, 0},
       {"a stage that isn't there", Stages{2, 4}, [](auto&, auto&) {}, kStatusNoStages, 0},
-      {"unsound settings", Stages{1}, [](auto& s, auto&) { s.SetMethod(kMethodSimpleWor, 5); },
-       kStatusLastStageNumber, 0},
       {"joint output missing", Stages{1}, [](auto& s, auto&) { s.SetMethod(kMethodPpsWor, 1); },
        kStatusNoJointOutput, 0},
       {"none needed", Stages{2},

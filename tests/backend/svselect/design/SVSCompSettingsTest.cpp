@@ -2,8 +2,6 @@
 
 namespace {
 
-using Indices = std::vector<std::int32_t>;
-
 // Two sound stages: strata 0, clusters 1; then strata 2, clusters 3.
 SVSCompSettings TwoStages() {
   SVSCompSettings s;
@@ -38,16 +36,10 @@ TEST(SVSCompSettings, ValidateFindsTheFirstFault) {
       {"Brewer asks for nothing",
        [](auto& s) { s.FindStage(1).setInclusionType(kInclProbTypeNone), s.SetMethod(kMethodPpsBrewer, 1); },
        0, 0},
-      {"Sampford does",
-       [](auto& s) {
-         s.FindStage(1).setInclusionType(kInclProbTypeNone), s.SetMethod(kMethodPpsSampford, 1);
-       },
-       kStatusNoSpec, 1},
       {"no size or rate", [](auto& s) { s.FindStage(2).setInclusionType(kInclProbTypeNone); }, kStatusNoSpec,
        2},
       {"rate 0", [](auto& s) { s.FindStage(1).setRateValue(0.0); }, kStatusRateValue, 1},
       {"size 2.5", [](auto& s) { s.FindStage(2).setSizeValue(2.5); }, kStatusSizeValue, 2},
-      {"size by variable", [](auto& s) { s.AddSpecVar(7, kSizeVariable, 2); }, 0, 0},
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
@@ -58,28 +50,6 @@ TEST(SVSCompSettings, ValidateFindsTheFirstFault) {
     EXPECT_EQ(status.IsError(), c.code != 0);
     EXPECT_EQ(status.ints, (std::array<std::int32_t, 3>{0, c.stage, 0}));
   }
-}
-
-// Goal: a variable has one role, and what a setter refuses changes nothing.
-TEST(SVSCompSettings, SettersRefuse) {
-  SVSCompSettings s = TwoStages();
-  EXPECT_TRUE(s.SetWeightVar(6) && s.SetCaseIdVar(8) && s.AddSpecVar(5, kRateVariable, 1));
-  EXPECT_FALSE(s.AddDesignVar(0, kRoleCluster, 2) || s.AddDesignVar(5, kRoleStrata, 1) ||
-               s.AddSpecVar(5, kRateVariable, 2) || s.AddSpecVar(3, kSizeVariable, 2) || s.SetMOSVar(0) ||
-               s.SetWeightVar(5));
-  EXPECT_EQ(s.VariableTypes(), (Indices{1, 1, 1, 1, 0, 2, 4, 0, 0}));
-}
-
-TEST(SVSCompSettings, JointProbabilitiesGoByTheFirstStage) {
-  SVSCompSettings s = TwoStages();
-  std::string needed;
-  for (int method = kMethodNone; method <= kMethodPpsSampford; ++method) {
-    s.SetMethod(method, 1);
-    needed += s.JointProbNeeded() ? 'y' : '-';
-  }
-  EXPECT_EQ(needed, "-----y---yyy");
-  s.SetEstimator(kEstimatorWr, 1);
-  EXPECT_FALSE(s.JointProbNeeded() || SVSCompSettings().JointProbNeeded());
 }
 
 }  // namespace

@@ -86,10 +86,8 @@ TEST(SVSStratumData, RequestedSizeAndRate) {
     const double record[] = {1.0, c.value};
     if (carried) stratum.data.InitConstValues(record, {1});
     for (std::int32_t unit = 1; unit <= 10; ++unit) stratum.Add(unit, 1.0);
-    for (int again = 0; again < 2; ++again) {
-      EXPECT_EQ(stratum.data.GetRequestSize(), c.size);
-      EXPECT_EQ(stratum.data.GetRequestRate(), c.rate);
-    }
+    EXPECT_EQ(stratum.data.GetRequestSize(), c.size);
+    EXPECT_EQ(stratum.data.GetRequestRate(), c.rate);
     EXPECT_EQ(stratum.Codes(), c.codes);
   }
 }
