@@ -11,7 +11,6 @@ TEST(MethodTable, FindsMethodsByTheirNumbers) {
   EXPECT_EQ(codes, (std::vector<int>{0, 0, 1, 2, 3, 4, 5, 6, 7, 9, 10, 11, 8, 0, 0, 0, 0, 0, 0}));
   for (const int code : {-1, 0, 1000}) {
     EXPECT_FALSE(MethodOf(code).IsPps() || MethodOf(code).equalProbability) << code;
-    EXPECT_EQ(MethodTypeText(code), code == 0 ? "method not defined" : "unrecognized");
   }
 }
 
@@ -37,13 +36,6 @@ TEST(MethodTable, TellsTheEstimatorsOfMethodsWithoutReplacement) {
   }
   EXPECT_EQ(equal, "simple_wor ");
   EXPECT_EQ(unequal, "pps_wor pps_brewer pps_murthy pps_sampford ");
-}
-
-TEST(MethodTable, ListsNames) {
-  const auto none = [](const SVMethod&) { return false; };
-  const auto three = [](const SVMethod& method) { return method.statedProbs != StatedProbs::kMet; };
-  EXPECT_EQ(MethodNames(none, ", ", " and "), "");
-  EXPECT_EQ(MethodNames(three, ", ", " and "), "PPS_WOR, PPS_BREWER and PPS_SAMPFORD");
 }
 
 }  // namespace
