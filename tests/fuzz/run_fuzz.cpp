@@ -3,9 +3,8 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
+#include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <thread>
 
 #include "DrawSession.h"
@@ -17,27 +16,16 @@
 namespace {
 
 // Ends a draw that goes on for long: a rejective one may never end.
-class Patience {
-public:
-  Patience()
-      : fThread([this](const std::stop_token& end) {
-          std::unique_lock lock(fMutex);
-          fWake.wait_for(lock, end, std::chrono::seconds(20), [] { return false; });
-          if (!end.stop_requested()) RequestStop();
-        }) {}
-  ~Patience() {
-    fThread.request_stop();
-    fThread.join();
-    ClearStopRequest();
-  }
-  Patience(const Patience&) = delete;
-  Patience& operator=(const Patience&) = delete;
-
-private:
-  std::mutex fMutex;
-  std::condition_variable_any fWake;
-  std::jthread fThread;
-};
+void StartPatience() {
+  static std::atomic<int> seconds;  // that the draw has taken
+  static const std::jthread kWatch([](const std::stop_token& end) {
+    for (; !end.stop_requested(); std::this_thread::sleep_for(std::chrono::seconds(1))) {
+      if (++seconds == 20) RequestStop();
+    }
+  });
+  seconds = 0;
+  ClearStopRequest();
+}
 
 using Words = std::vector<const char*>;
 
@@ -178,7 +166,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string design = choose.Design();
   const std::string command = choose.Command();
   const std::string frame = choose.Frame();
-  const Patience patience;
+  StartPatience();
   try {
     const DrawSession draw(frame, design, command);
     if (StopRequested()) return 0;
