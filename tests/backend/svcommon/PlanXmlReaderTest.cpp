@@ -87,6 +87,8 @@ TEST_F(PlanReader, TellsFaultsOfSampleDesigns) {
        Stage("x", "") + kPlain + kPlain + kPlain + kBadWeight},
       {kPlanBadSampleSize, "half a unit", Wor(Size("2.5"))},
       {kPlanBadSampleSize, "bad value, good variable", Wor(In("InputSampleSize", "<SingleValue/>" + kType))},
+      {0, "good matrix over bad value",
+       Wor(kByType + In("InputSampleSize", "<SingleValue/><Matrix numberOfValues='0'/>"))},
       {kPlanBadSampleRate, "rate of 0", Wor(Rate("0"))},
       {0, "rate above 1", Wor(Rate("1.5"))},
       {0, "size given, rate not read", Wor(kSizeOf3 + Rate("0"))},
