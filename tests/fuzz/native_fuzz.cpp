@@ -62,9 +62,6 @@ std::string MakeFile(const std::string& path) {
   connection.Run("CREATE TABLE f.cases AS SELECT i % 4 AS n, 't' || i AS s FROM range(300) r(i)");
   return path;
 }
-void CloseFile() {
-  HostSession::Current().Layer<WorkDatabase>().Connect().Run("DETACH f");
-}
 
 void ChangeTables(FuzzedDataProvider& choose) {
   DuckConnection connection = HostSession::Current().Layer<WorkDatabase>().Connect();
@@ -125,7 +122,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string path = MakeFile(session.Path("native.sav"));
   const bool changesBytes = choose.ConsumeBool();
   if (!changesBytes) ChangeTables(choose);
-  CloseFile();
+  HostSession::Current().Layer<WorkDatabase>().Connect().Run("DETACH f");
   if (changesBytes) ChangeBytes(path, choose);
   if (Opens(path)) Require(ReadAllCases() || changesBytes);
   return 0;

@@ -136,8 +136,6 @@ TEST_F(PlanReader, TellsFaultsOfAnalysisDesigns) {
       {kPlanIllegalEstimation, "unequal later", stage("wr", kByCounty) + stage("unequal_wor", "")},
       {kPlanBadPopulationSize, "half a population",
        stage("equal_wor", given("PopulationSize", "0.5") + given("IncProb", "1"))},
-      {kPlanInvalidVariable, "a value and a bad name",
-       stage("equal_wor", In("PopulationSize", "<SingleValue value='9'/>" + kOne))},
       {kPlanBadInclusionProbability, "above 1", stage("equal_wor", given("IncProb", "1.5"))},
       {0, "certainty", stage("equal_wor", given("IncProb", "1"))},
       {kPlanClustersRequired, "no clusters", stage("wr", "") + stage("wr", "")},

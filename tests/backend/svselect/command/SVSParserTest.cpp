@@ -42,14 +42,12 @@ public:
     if (table != nullptr && table->map != nullptr) {
       for (const OBS* row : table->map->Sort()) rows.emplace_back(row[0].number, row[1].number);
     }
-    if (specs.SelectStages() != nullptr) drawn = *specs.SelectStages();
     previousWeight = specs.PreviousWeightVar();
   }
 
   TestFolder folder;
   bool isGood = false;
   Texts messages;
-  std::vector<std::int32_t> drawn;
   std::int32_t previousWeight = -1;
   std::vector<std::pair<double, double>> rows;  // of the first stage's table: its one variable and the size
 };
@@ -224,9 +222,8 @@ TEST(SVSParser, TellsWhatIsWrongWithAPlanOnThisFrame) {
 TEST(SVSParser, FillsTheSpecifications) {
   const std::string later =
       Wor(ClustersOf(Var("district")) + Size("1") + Out("CumulativeWeight", "w")) + Wor(Size("1")) + kWeight;
-  const Parsed parsed(later, Command("/CRITERIA STAGES=2"));
-  EXPECT_EQ(parsed.drawn, std::vector<std::int32_t>{2});
-  EXPECT_EQ(parsed.previousWeight, 5);  // the cumulative weight of the stage that was drawn before
+  // The cumulative weight of the stage that was drawn before.
+  EXPECT_EQ(Parsed(later, Command("/CRITERIA STAGES=2")).previousWeight, 5);
 
   // A number of a table as it is written; of rows with the same categories the last stays.
   const std::string rows = Row("3", {"1"}) + Row("5", {"0.5"}) + Row("4", {"1."});

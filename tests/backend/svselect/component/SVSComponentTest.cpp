@@ -59,9 +59,7 @@ TEST(SVSComponent, AgreesWithSlowDraw) {
       const std::vector<SlowStage> stages(kStages.begin(), kStages.begin() + select.back());
       const std::vector<SlowCase> expected = SlowDraw(frame, stages, select.front(), weightVar, seed);
       SVSCompSettings settings = Settings(select, seed);
-      if (weightVar >= 0) {
-        ASSERT_TRUE(settings.SetWeightVar(weightVar));
-      }
+      EXPECT_EQ(settings.SetWeightVar(weightVar), weightVar >= 0);
       SVSComponent component(settings, nullptr);
       MemoryRecords source = Source(frame);
       ASSERT_TRUE(component.Run(source, nullptr));
