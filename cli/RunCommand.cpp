@@ -27,8 +27,7 @@ RunRequest RequestOf(const RunOptions& options) {
   return request;
 }
 
-// What the progress line says during a step of the library, which has no words for its steps itself. Empty
-// while the passes over the cases are shown.
+// Text of the progress line for each step; empty while the passes over the cases are shown.
 std::string TaskOf(RunStep step, const RunOptions& options) {
   switch (step) {
     case RunStep::kReadFrame:

@@ -20,5 +20,6 @@ int TerminalWidth(int descriptor);
 void PrintFolded(const std::string& line);
 
 // Flushes standard output; to be called once, after the last output. False, after a problem on standard
-// error, if something couldn't be written. A reader that has closed the pipe, such as `head`, is no failure.
+// error, if something couldn't be written. A reader that has closed the pipe, such as `head`, isn't a
+// failure.
 bool FinishOutput();

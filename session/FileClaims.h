@@ -14,8 +14,9 @@ class HostSession;
 // Issues an error message in the current session. Always false, so that a function can return it.
 bool Fail(const std::string& text);
 
-// Claims the data file of a frame and the schema file that is read with it. A schema file that could be read
-// but isn't there is kept free: written by the run, it would describe the frame the next time.
+// Claims the data file of a frame and the schema file that is read with it. If the frame has no
+// schema file, the path of one is reserved: a file that this run wrote there would be read with the frame the
+// next time.
 // Errors: false after a message if a file is in use. Any other fault is left to the code that opens the file.
 bool ClaimFrame(HostSession& session, const FrameOptions& frame);
 

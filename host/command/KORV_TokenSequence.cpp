@@ -25,8 +25,8 @@ bool EndsWord(char c) {
   return IsSeparator(c) || IsQuote(c) || IsControl(c) || c == '=' || c == '/' || c == '(' || c == ')';
 }
 
-// The text between the byte order mark and the closing full stop. Leading separators stay: columns count
-// them.
+// The text between the byte order mark and the closing full stop. Leading separators are kept, because
+// columns in messages count them.
 std::string_view Body(std::string_view text) {
   if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) text.remove_prefix(kByteOrderMark.size());
   while (!text.empty() && (IsLineEnd(text.back()) || text.back() == ' ' || text.back() == '\t')) {

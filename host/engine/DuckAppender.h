@@ -30,14 +30,14 @@ public:
   }
   void SetNull(std::size_t column);
 
-  // True when the row was the last of a block, which the table has now.
+  // Ends the row. True if that completed a block, which is then in the table.
   bool EndRow() {
     if (++fRows < fBlockRows) return false;
     Flush();
     return true;
   }
 
-  // Brings the rest of the rows to the table.
+  // Appends the remaining rows.
   void Close();
 
 private:

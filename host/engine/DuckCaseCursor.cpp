@@ -90,7 +90,8 @@ std::size_t DuckCaseCursor::NextBlock() {
 }
 
 void DuckCaseCursor::Refuse(std::size_t place, std::size_t row, const std::string& what) const {
-  fEngine.Guard([&] { fEngine.CheckUnchanged(); });  // else a fault of the new contents would be blamed
+  // First, whether the file has changed; otherwise a value of its new contents would be blamed.
+  fEngine.Guard([&] { fEngine.CheckUnchanged(); });
   throw DataError(fmt::format("{}, case {}: {} \"{}\"", fEngine.Name(),
                               fFirstRow + static_cast<std::int64_t>(row) + 1, what, fvColumns[place].name));
 }

@@ -90,8 +90,8 @@ std::string CleanReason(const char* message) {
   std::string_view reason(message == nullptr ? "" : message);
   reason = reason.substr(0, reason.find('\n'));
   constexpr std::string_view kClass = " Error: ";
-  // A class is in front if the first colon of the text is that of " Error: " (6 bytes into it). So "IO Error:
-  // " deep inside a reason stays, but "Invalid Error: IO Error: " goes as a whole.
+  // A class is in front if the first colon of the text is that of " Error: " (6 bytes into it). So the words
+  // "IO Error: " deep inside a reason stay, but "Invalid Error: IO Error: " goes as a whole.
   for (std::size_t at = reason.find(kClass); at != std::string_view::npos && reason.find(':') == at + 6;
        at = reason.find(kClass)) {
     reason.remove_prefix(at + kClass.size());

@@ -4,7 +4,7 @@
 
 // Files that are read as they are, and the tests that a name must pass first.
 
-// Whether a name is taken: by a file, a folder or anything else. A link that leads nowhere is no file.
+// Whether a name is taken: by a file, a folder or anything else. A link that leads nowhere isn't a file.
 bool FileExists(const std::string& path);
 
 // The file to read for a name that a user gives, which may leave out the extension of a native file: a name

@@ -54,17 +54,17 @@ public:
 
   const std::string& TemporaryPath() const { return fTemporary; }
 
-  // Gives the written file the permissions of the file that it is to replace, and brings it to the disk.
+  // Gives the written file the permissions of the file that it is to replace, and flushes it.
   bool Finish(std::string* why);
   // Gives the old file a second name, for Restore().
   bool KeepOldFile(std::string* why);
   // Puts the file in the target's place: one rename. REQUIRES: Finish() and KeepOldFile() were true.
   bool Replace(std::string* why);
-  // Brings the rename to the disk.
+  // Flushes the folder, so that the rename survives a power cut.
   bool SyncPlace(std::string* why) const;
   // Undoes Replace(); without one it does nothing. Where the old file couldn't be kept, the new one stays.
   void Restore();
-  // Gives up the old file: there is no way back.
+  // Deletes the old file; Restore() is no longer possible.
   void Settle();
 
 private:

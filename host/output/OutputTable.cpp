@@ -54,8 +54,8 @@ std::vector<int> OutputTable::Path(int category) const {
   return path;
 }
 
-int OutputTable::Child(int parent, char sort, const BpCellText& text) {
-  std::string key = std::to_string(parent) + sort + std::to_string(text.ValueKey().size()) + ':';
+int OutputTable::Child(int parent, char kind, const BpCellText& text) {
+  std::string key = std::to_string(parent) + kind + std::to_string(text.ValueKey().size()) + ':';
   key += text.ValueKey();
   key += text.Text();
   const int node = static_cast<int>(fvNodes.size());

@@ -72,8 +72,8 @@ public:
   std::vector<int> Path(int category) const;
 
 private:
-  // `sort` is 'g' or 'c': a group and a category with the same text are different nodes.
-  int Child(int parent, char sort, const BpCellText& text);
+  // `kind` is 'g' or 'c': a group and a category with the same text are different nodes.
+  int Child(int parent, char kind, const BpCellText& text);
 
   std::string fTitle;
   std::string fKind;

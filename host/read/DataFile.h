@@ -7,7 +7,7 @@
 
 class HostSession;
 
-// Opening data files and queries as frames. How the cases get behind the engine depends on the kind of file:
+// Opening data files and queries as frames. How cases reach the engine depends on the kind of file:
 //
 //   native          attached read-only; cases are read in place
 //   Parquet         scanned by each query; cases are read in place
@@ -19,7 +19,7 @@ class HostSession;
 // dictionary comes from the schema that the user names, else from the file or the schema beside it, else from
 // the columns.
 //
-// The frame borrows the session's work database and must go before it.
+// The frame borrows the session's work database and must be destroyed before it.
 
 // How the cases of a frame are to be read.
 struct FrameRules {

@@ -20,8 +20,7 @@ std::string RunOf(const std::string& run) {
 
 // Each file by its bytes; the native one, a database, by what the program says of it.
 std::vector<std::string> FilesOf(const ProgramFolder& folder) {
-  EXPECT_EQ(folder.Run("cmp -s s.sav ../seen || { cp s.sav ../seen && $S describe s.sav >../told; }").status,
-            0);
+  folder.Run("cmp -s s.sav ../seen || { cp s.sav ../seen && $S describe s.sav >../told; }");
   return {folder.Text("../told"), folder.Text("j.csv"), folder.Text("j.schema.json"), folder.Text("r.txt")};
 }
 
@@ -56,10 +55,8 @@ TEST(Program, LeavesWholeFilesWhenKilled) {
                                "sleep " + std::to_string(delay) + "; kill -9 $p; wait $p";
     if (folder.Run(script).status == kKilled) ++kills;
     const std::vector<std::string> files = FilesOf(folder);
-    for (std::size_t i = 0; i < files.size(); ++i) {
-      EXPECT_TRUE(files[i] == filesOfA[i] || files[i] == filesOfB[i]) << "round " << round << "\n"
-                                                                      << files[i];
-    }
+    for (std::size_t i = 0; i < files.size(); ++i)
+      EXPECT_THAT(files[i], testing::AnyOf(filesOfA[i], filesOfB[i])) << "round " << round;
     if (files == filesOfA || files == filesOfB) continue;
     ++mixed;
     ASSERT_EQ(folder.Run(RunOf("a")).status, 0);

@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 #include "ProgramRun.h"
 
@@ -26,17 +25,12 @@ TEST(Program, TellsWrongUseInOneLine) {
   const Case kCases[] = {
       {"$S", "a subcommand is needed: run, plan or describe", "(svselect --help"},
       {"$S rnu", "'rnu' is no subcommand; did you mean run?", "(svselect --help"},
-      {"$S desc x", "'desc' is no subcommand; did you mean describe?", "(svselect --help"},
       {"$S pl", "'pl' is no subcommand; did you mean plan?", "(svselect --help"},
       {"$S p", "'p' is no subcommand (", "(svselect --help"},
-      {"$S ''", "'' is no subcommand (", "(svselect --help"},
       {"$S --plan x", "there is no option '--plan'", "(svselect --help"},
-      {"$S run --smaple s.csv", "run has no option '--smaple'; did you mean --sample?"},
       {"$S run --smaple=s.csv", "run has no option '--smaple'; did you mean --sample?"},
-      {"$S run --wholly-else", "run has no option '--wholly-else' ("},
       {"$S run --$(printf %9999s | tr ' ' x)", "xxx...' ("},
       {"$S run --plan", "--plan needs a value"},
-      {"$S run --plan ''", "--plan: the value is empty"},
       {"$S run --drop= --plan x", "--drop: the value is empty"},
       {"$S run --plan --data x", "--plan: needs a value, and '--data' follows"},
       {"$S describe --schema -- x", "--schema: needs a value, and '--' follows", "svselect describe --help"},
@@ -51,26 +45,21 @@ TEST(Program, TellsWrongUseInOneLine) {
       {"$S run --plan p --seed 1e3", "--seed: '1e3' isn't a seed"},
       {"$S run --plan p --seed 00", "--seed: '00' isn't a seed: a whole number from 1 to 2147483647, or"},
       {"$S run --plan p --seed 2147483648", "--seed: '2147483648' isn't a seed"},
-      {"$S run --plan p --seed 4294967297", "--seed: '4294967297' isn't a seed"},
       {"$S run --plan p --print all", "--print: 'all' isn't a table: selection or cps"},
       {"$S run --plan p --data f --print cps,CPS", "--print: 'CPS' is given twice"},
       {"$S run --plan p --data f --sample s.csv --keep 'a, ,b'", "--keep: the value is empty"},
       {"$S run --plan p --data f --sample s.csv --keep 'a , A'", "--keep: 'A' is given twice"},
       {"$S run --plan p --data f --drop a", "--drop needs --sample FILE"},
       {"$S run --plan p --threads 0", "--threads: '0' isn't a number of threads"},
-      {"$S run --plan p --data f --report r.doc", "--report 'r.doc': the name must end in"},
       {"$S run --plan p", "a frame is needed: --data FRAME or --sql QUERY"},
-      {"$S run --plan p --data f --sql q", "--data and --sql exclude each other"},
       {"$S run --plan p --data f --sql q --explain", "--data and --sql exclude each other"},
       {"$S run --plan p --report r.doc --explain", "--report 'r.doc': the name must end in"},
       {"$S run --data f", "a plan is needed"},
       {"$S run --data f --command c --print cps", "--print is a part of the command; with --command"},
       {"$S run --data f --command c --command-file d", "--command and --command-file exclude each other"},
       {"$S plan", "a plan is needed", "svselect plan --help"},
-      {"$S plan a b", "'b' isn't expected", "svselect plan --help"},
       {"$S plan a --schema b", "--schema needs --data FRAME", "svselect plan --help"},
       {"$S describe -- a -b", "'-b' isn't expected", "svselect describe --help"},
-      {"$S describe a --sort b", "describe has no option '--sort'", "svselect describe --help"},
   };
   const ProgramFolder folder;
   for (const Case& c : kCases) {
@@ -99,8 +88,6 @@ TEST(Program, TakesWhatIsMeantWell) {
       {"$S run --plan p --explain --sample s --keep ' a , b' --keep c --print 'cps, selection'",
        "KEEP=a b c\n  /PRINT CPS SELECTION.\n"},
       {"$S run --plan p --explain --stages '1, 2' --seed 2147483647", "STAGES=1 2 SEED=2147483647."},
-      {"$S run --plan p --explain --seed 01 --report r.HTML", "SEED=01."},
-      {"$S run --version", "svselect "},
   };
   const ProgramFolder folder;
   folder.Run("head $E/schools.csv > ./-f.csv; cp $E/plans/two-stages.xml ./-p.xml");
@@ -122,37 +109,13 @@ TEST(Program, LeavesNothingOfARunThatFails) {
   };
   const Case kCases[] = {
       {"no frame", "$S run --data no.csv --plan p.xml", "no.csv: there is no such file"},
-      {"no plan", "$S run --data f.csv --plan no.xml", "no.xml: there is no such file"},
-      {"no plan to tell", "$S plan no.xml", "no.xml: there is no such file"},
-      {"folder for a plan", "$S run --data f.csv --plan .", ".: a folder, expected a file"},
-      {"not XML", "$S run --data f.csv --plan f.csv", "Invalid plan file"},
       {"not XML, told where", "$S plan f.csv", "f.csv, line 1, column 1: not well-formed XML"},
-      {"command in UTF-16",
-       "printf '\\377\\376S\\0' >c; $S run --data f.csv --command-file c; s=$?; rm c; exit $s",
-       "c: the command file is in UTF-16"},
       {"sample over the frame", "$S run --data f.csv --plan p.xml --sample ./f.csv",
        "f.csv: the file is in use"},
-      {"joint over the frame", "$S run --data f.csv --plan p.xml --joint f.csv", "f.csv: the file is in use"},
-      {"rule over the plan", "$S run --data f.csv --plan p.xml --rule p.xml", "p.xml: the file is in use"},
-      {"saved over the frame", "$S run --data f.csv --plan p.xml --save f.csv", "f.csv: the file is in use"},
-      {"two reports", "$S run --data f.csv --plan p.xml --report r.txt --report ./r.txt",
-       "the file is in use"},
-      {"no folder", kRun + "--sample no/s.csv", "no/s.csv: its folder doesn't exist"},
-      {"a device", "ln -s /dev/full d.csv; " + kRun + "--sample d.csv; s=$?; rm d.csv; exit $s", "d.csv: "},
-      {"unknown kind", kRun + "--sample s.doc", "s.doc: data files are written as .sav,"},
-      {"a folder", kRun + "--sample ./", "./: a folder, expected a file"},
-      {"a stream", "$S run --data f.csv --plan p.xml --rule /dev/stdout", "/dev/stdout: a pipe or device"},
-      {"a schema for the frame", "$S run --data f.csv --plan p.xml --sample f.tsv",
-       "f.tsv: its schema file f.schema.json: the file is in use"},
-      {"no command", "$S run --data f.csv --command-file no.txt", "no.txt: there is no such file"},
-      {"a command that fails to be read", "$S run --data f.csv --command-file /proc/self/mem",
-       "/proc/self/mem: Input/output error"},
       {"no disk space, a sample", "(ulimit -f 8; " + kRun + "--sample s.csv)", "s.csv can't be written"},
-      {"no disk space, a native file", "(ulimit -f 8; " + kRun + "--sample s.sav)", "s.sav can't be written"},
       {"no output", kRun + ">/dev/full", "standard output can't be written: No space left on device"},
       {"no output for help", "$S run --help >/dev/full", "standard output can't be written"},
       {"no output for a command", "$S run --plan p --explain >/dev/full", "standard output can't be written"},
-      {"no temporary folder", "TMPDIR=/nowhere $S describe f.csv", "no temporary folder, see TMPDIR"},
       {"no temporary folder for a run", "TMPDIR=/nowhere $S run --data f.csv --plan p.xml --sample s.csv",
        "no temporary folder, see TMPDIR"},
   };
@@ -175,31 +138,26 @@ TEST(Program, DrawsTheSameWhateverSurroundsIt) {
   // Nothing but the places of the program and of the examples, and what a build with sanitizers overlooks.
   const char* const kNothing = "env -i S=$S E=$E LSAN_OPTIONS=\"$LSAN_OPTIONS\" ";
   const char* const kSurroundings[] = {
-      "LC_ALL=de_DE.UTF-8 ",
-      "LC_ALL=C ",
-      kNothing,
-      "env -u HOME ",
-      "TZ=Asia/Kathmandu TERM=dumb ",
+      "LC_ALL=de_DE.UTF-8 ", kNothing, "TZ=Asia/Kathmandu TERM=dumb ",
       "SOURCE_DATE_EPOCH=67768036191676799 ",  // of no day that a calendar has
   };
   const ProgramFolder folder;
   const std::string run = kRun + "--sample s.csv --report r.json --print selection,cps --rule rule.txt";
   const ProgramFolder::Result plain = folder.Run(run);
-  const std::string files = folder.Run("cat s.csv s.schema.json j.csv r.json rule.txt").out;
+  // Their documents hold the day, which depends on the time zone.
+  const std::string files = "grep -hv Date: s.csv s.schema.json j.csv r.json rule.txt";
+  const std::string written = folder.Run(files).out;
   EXPECT_EQ(plain.status, 0);
   EXPECT_THAT(plain.err, StartsWith(kAdvice));
-  const nlohmann::json report = nlohmann::json::parse(folder.Text("r.json"));
-  EXPECT_EQ(report["status"], "ok");
-  EXPECT_EQ(report["files"][1]["role"], "sample");
   const std::string sample = folder.Text("s.csv");
-  EXPECT_EQ(report["files"][1]["cases"].get<int>() + 1, std::count(sample.begin(), sample.end(), '\n'));
   for (const std::string surroundings : kSurroundings) {
     SCOPED_TRACE(surroundings);
     const ProgramFolder::Result result = folder.Run(surroundings + run + " --threads 3");
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.out, plain.out);
-    EXPECT_EQ(folder.Run("cat s.csv s.schema.json j.csv r.json rule.txt").out, files);
+    EXPECT_EQ(folder.Run(files).out, written);
   }
+  EXPECT_THAT(folder.Run(run + " --progress always").err, StartsWith("svselect: reading "));
   EXPECT_EQ(folder.Run("(" + run + "; echo $? >&2) | true").err, plain.err + "0\n");
   // More than a pipe holds, and a reader that sees one line of it.
   folder.Run("seq -s ',' 20000 > wide.csv");
@@ -226,112 +184,39 @@ END)");
             "        user-missing: -9\n");
 }
 
-// The stages of a plan drawn run by run. The joint probabilities are those of the first stage: the run of the
-// second does without their file, unless it was named.
-TEST(Program, MissesOnlyTheFilesThatItWasAskedFor) {
-  const ProgramFolder folder;
-  folder.Run(
-      "sed 's#<IncProb><Variable name=\"county_prob.*#&"
-      "<CumulativeWeight><Variable name=\"county_weight\"/></CumulativeWeight>#' "
-      "$E/plans/two-stages.xml > p.xml");
-  const std::string first =
-      "$S run --data $E/schools.csv --plan p.xml --stages 1 --sample 1.parquet --joint j.sav --quiet";
-  EXPECT_EQ(folder.Run(first).status, 0);
-  const std::string second =
-      "$S run --data 1.parquet --plan p.xml --stages 2 --rename --sample 2.parquet --quiet ";
-  EXPECT_EQ(folder.Run(second).status, 0);
-  EXPECT_EQ(folder.Files(), "1.parquet\n2.parquet\nj.sav\np.xml\n");
-  const ProgramFolder::Result named = folder.Run(second + "--joint k.sav");
-  EXPECT_EQ(named.status, 1);
-  EXPECT_THAT(named.err, HasSubstr("svselect: k.sav: the file didn't come into being\n"));
-  EXPECT_EQ(folder.Files(), "1.parquet\n2.parquet\nj.sav\np.xml\n");
-}
-
 // A number that isn't read as it is written gets a message, whichever command reads the plan.
 TEST(Program, TellsHowItReadsANumber) {
   const ProgramFolder folder;
   const std::string plan = "$E/plans/simple-systematic.xml ";
   EXPECT_THAT(folder.Run("sed 's/\"2\"/\" 2 \"/' " + plan + "> p.xml; $S plan p.xml").err, IsEmpty());
-  EXPECT_THAT(folder.Run("sed 's/0.05/0,05/' " + plan + "> p.xml; $S plan p.xml").err,
-              StartsWith("svselect: p.xml: \"0,05\" is read as 0\nError: "));
+  const ProgramFolder::Result wrong = folder.Run("sed 's/0.05/0,05/' " + plan + "> p.xml; $S plan p.xml");
+  EXPECT_EQ(wrong.status, 1);
+  EXPECT_THAT(wrong.err, StartsWith("svselect: p.xml: \"0,05\" is read as 0\nError: "));
   folder.Run("sed 's/\"30\"/\"30,5\"/' " + plan + "> p.xml");
   EXPECT_EQ(folder.Run("$S run --data $E/schools.csv --plan p.xml --sample s.csv --quiet").err,
             "svselect: p.xml: \"30,5\" is read as 30\n");
 }
 
-// Where the draw comes only near what it states, that is said once, however the command is given. PPS_WOR
-// does so where the sizes have fractions.
-TEST(Program, SaysWhereTheDrawIsOnlyNear) {
-  struct Case {
-    std::string options;
-    const char* advised;
-  };
-  const std::string wor = "--sql \"SELECT *, population / 2 AS half FROM '$E/municipalities.csv'\" --plan ";
-  const std::string brewer =
-      "$E/municipalities.csv --command \"SVSELECT /PLAN FILE='$E/plans/pps-brewer.xml' ";
-  const Case kCases[] = {
-      {"--data " + brewer + "/SAMPLEFILE OUTFILE='s.csv' /JOINTPROB OUTFILE='j.csv'.\"", "PPS_BREWER"},
-      {"--exact-design --data " + brewer + "/SAMPLEFILE OUTFILE='s.csv' /JOINTPROB OUTFILE='j.csv'.\"", ""},
-      {wor + "$E/plans/pps-wor.xml --joint j.csv --sample s.csv", ""},
-      {wor + "half.xml --joint j.csv --sample s.csv", "PPS_WOR"},
-  };
-  const ProgramFolder folder;
-  folder.Run("sed 's/name=\"population\"/name=\"half\"/' $E/plans/pps-wor.xml > half.xml");
-  for (const Case& c : kCases) {
-    SCOPED_TRACE(c.options);
-    const ProgramFolder::Result result = folder.Run("$S run --quiet " + c.options);
-    EXPECT_EQ(result.status, 0);
-    if (*c.advised == '\0') {
-      EXPECT_THAT(result.err, IsEmpty());
-    } else {
-      EXPECT_THAT(result.err, StartsWith(std::string("svselect: ") + c.advised + " comes only near"));
-    }
-  }
-  EXPECT_THAT(folder.Run(kRun + "--sample s.csv --quiet --progress always").err,
-              StartsWith("svselect: reading "));
-}
-
 // The reports for people say how the run ended and all that is said on standard error, and hold what it takes
 // to run it again.
 TEST(Program, ReportsTellHowTheRunWentAndHowToRepeatIt) {
-  struct Case {
-    const char* aim;
-    std::string options;
-    const char* status;
-    const char* line;
-  };
-  const Case kCases[] = {
-      {"no plan", "--data f.csv --plan no.xml --seed 4711", "error", "no.xml: there is no such file"},
-      {"no final weight", "--data f.csv --plan p.xml --seed 4711", "error", "nothing was drawn: "},
-      {"not kept", "--data f.csv --plan $E/plans/pps-brewer.xml --seed 4711 --joint j.csv", "ok",
-       "the draw isn&#39;t kept: "},
-      {"the whole command", "--data no.csv --command 'SVSELECT /CRITERIA SEED=4711'", "error",
-       "no.csv: there is no such file"},
-      {"exact", "--data f.csv --sort region,name --exact-design --plan p.xml --seed 4711", "error",
-       "region, name"},
-  };
   const ProgramFolder folder;
-  folder.Run("cp $E/municipalities.csv f.csv; sed '/<Weight>/d' $E/plans/pps-brewer.xml >p.xml");
-  for (const Case& c : kCases) {
-    SCOPED_TRACE(c.aim);
-    const ProgramFolder::Result result =
-        folder.Run("SOURCE_DATE_EPOCH=0 $S run --quiet --report r.txt --report r.html " + c.options);
-    const std::string page = folder.Text("r.html");
-    const std::string text = folder.Text("r.txt");
-    EXPECT_THAT(text, StartsWith(std::string("Status: ") + c.status + ". The run "));
-    EXPECT_THAT(page, HasSubstr(c.line));
-    EXPECT_THAT(page, testing::Not(HasSubstr("<ul>\n</ul>")));
-    std::istringstream lines(result.err);
-    for (std::string line; std::getline(lines, line);) {
-      const std::string own = "svselect: ";
-      EXPECT_THAT(text, HasSubstr("\n" + (line.starts_with(own) ? line.substr(own.size()) : line) + "\n"));
-    }
-    for (const std::string& report : {page, text}) {
-      EXPECT_THAT(report, HasSubstr("/CRITERIA SEED=4711"));
-      EXPECT_THAT(report, HasSubstr("1970-01-01"));
-      const bool isExact = report.find("Exact design") != std::string::npos;
-      EXPECT_EQ(isExact, c.options.find("--exact-design") != std::string::npos);
-    }
+  folder.Run("sed '/<Weight>/d' $E/plans/pps-brewer.xml >p.xml");
+  const std::string error =
+      folder
+          .Run(
+              "SOURCE_DATE_EPOCH=0 $S run --quiet --report r.txt --report r.html --exact-design "
+              "--data $E/municipalities.csv --sort region,name --plan p.xml --seed 4711")
+          .err;
+  const std::string own = "svselect: ";
+  EXPECT_THAT(error, StartsWith(own + "nothing was drawn: the plan names no final weight"));
+  EXPECT_THAT(folder.Text("r.txt"), StartsWith("Status: error. The run "));
+  EXPECT_THAT(folder.Text("r.txt"), HasSubstr("\n" + error.substr(own.size())));
+  for (const std::string& report : {folder.Text("r.txt"), folder.Text("r.html")}) {
+    for (const char* part :
+         {"nothing was drawn: ", "region, name", "SEED=4711", "1970-01-01", "Exact design"})
+      EXPECT_THAT(report, HasSubstr(part));
+    EXPECT_THAT(report, testing::Not(HasSubstr("<ul>\n</ul>")));
   }
 }
 
@@ -340,7 +225,7 @@ TEST(Program, ReportsTellHowTheRunWentAndHowToRepeatIt) {
 TEST(Program, EndsInGoodOrderWhenInterrupted) {
   const std::string run =
       "$S run --sql 'SELECT range AS district, hash(range) AS county FROM range(1000000000) ORDER BY 2' "
-      "--plan $E/plans/three-stages.xml --sample s.csv --report r.json --report r.txt";
+      "--plan $E/plans/three-stages.xml --sample s.csv --report r.txt";
   const ProgramFolder folder;
   for (const std::string signal : {"INT", "TERM"}) {
     const ProgramFolder::Result result =
@@ -349,9 +234,8 @@ TEST(Program, EndsInGoodOrderWhenInterrupted) {
                    signal + " $!; wait $!");
     EXPECT_EQ(result.status, 130);
     EXPECT_EQ(result.err, "svselect: interrupted; no sample was written\n");
-    EXPECT_EQ(folder.Files(), "r.json\nr.txt\n");
+    EXPECT_EQ(folder.Files(), "r.txt\n");
     EXPECT_THAT(folder.Text("r.txt"), StartsWith("Status: cancelled. "));
-    EXPECT_EQ(nlohmann::json::parse(folder.Text("r.json"))["status"], "cancelled");
     EXPECT_THAT(folder.Run("ls ../tmp").out, IsEmpty());
   }
 }
@@ -364,10 +248,7 @@ TEST(Program, HelpsInTheFormOfAManualPage) {
     SCOPED_TRACE(command);
     const ProgramFolder::Result help = folder.Run(command);
     EXPECT_EQ(help.status, 0);
-    EXPECT_THAT(help.out, StartsWith("NAME\n  svselect"));
-    for (const char* section : {"\nSYNOPSIS\n", "\nDESCRIPTION\n", "\nEXAMPLES\n"}) {
-      EXPECT_THAT(help.out, HasSubstr(section));
-    }
+    EXPECT_THAT(help.out, testing::ContainsRegex("^NAME\n  svselect(.|\n)*\nSYNOPSIS\n(.|\n)*\nEXAMPLES\n"));
     std::istringstream lines(help.out);
     for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 79U) << line;
   }

@@ -1,13 +1,13 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdlib>
 #include <fstream>
 #include <memory>
 #include <string>
 #include <string_view>
 
 #include "FrameSession.h"
+#include "Require.h"
 #include "host/engine/ProcedureDataSource.h"
 #include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
@@ -15,10 +15,6 @@
 #include "host/numeric/Obs.h"
 
 // Shared by the fuzz targets that open data files.
-
-inline void Require(bool holds) {
-  if (!holds) std::abort();
-}
 
 // A session that many inputs use in turn: to open one takes longer than to open a small file. It is renewed
 // now and then, since an input that is refused halfway leaves tables in the session's database.

@@ -3,10 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "Require.h"
 #include "host/command/CommandSpec.h"
 #include "host/command/KORV_TokenSequence.h"
 #include "host/command/UniversalParser.h"
@@ -15,10 +15,6 @@
 #include "host/output/OutputDocument.h"
 
 namespace {
-
-void Require(bool holds) {
-  if (!holds) std::abort();
-}
 
 void CheckParameter(const ParamObj& parameter) {
   std::string text;
@@ -46,19 +42,19 @@ void CheckParameter(const ParamObj& parameter) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static HostSession session;
-  OutputDocument& document = OutputDocument::Current();
+  const auto issued = [&document = OutputDocument::Current()] {
+    return document.FurtherMessages() + static_cast<std::int64_t>(document.Messages().size());
+  };
+  const std::int64_t before = issued();
   pvGetCmnGlb()->errorFlag = 0;
-  const std::int64_t before =
-      document.FurtherMessages() + static_cast<std::int64_t>(document.Messages().size());
 
   session.Layer<SessionCommand>().SetCommand(std::string(reinterpret_cast<const char*>(data), size));
   const KORV_TokenSequence tokens(true);
   CommandSpec spec;
   const bool isRead = UniversalParser(tokens, spec).getCommandSpecifications() == 0;
   Require(isRead == (pvGetCmnGlb()->errorFlag == 0));
-  const std::int64_t issued =
-      document.FurtherMessages() + static_cast<std::int64_t>(document.Messages().size()) - before;
-  Require(issued == 0 || (!isRead && issued == 1));  // a message met often before is only counted
+  Require(issued() == before ||
+          (!isRead && issued() == before + 1));  // a message met often before is only counted
   for (std::size_t i = 0; i < spec.getSubComListSize(); ++i) {
     const SubComObj& subcommand = *spec.getSubComObj(i);
     for (std::size_t p = 0; p < subcommand.getParamListSize(); ++p)

@@ -4,6 +4,7 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <cstring>
+#include <map>
 #include <sstream>
 
 #include "FrameFuzz.h"
@@ -16,74 +17,22 @@ namespace {
 using Words = std::vector<const char*>;
 
 const Words kTables = {"variables", "cases", "missing_values", "value_labels", "documents", "file_info"};
-const Words kColumns = {"position",
-                        "name",
-                        "type",
-                        "print_type",
-                        "print_width",
-                        "print_decimals",
-                        "write_type",
-                        "write_width",
-                        "write_decimals",
-                        "level",
-                        "label",
-                        "ordinal",
-                        "number",
-                        "text",
-                        "document",
-                        "line",
-                        "key",
-                        "value",
-                        "n",
-                        "s"};
-const Words kValues = {"NULL",
-                       "0",
-                       "1",
-                       "-1",
-                       "2",
-                       "3",
-                       "8",
-                       "255",
-                       "256",
-                       "'n'",
-                       "'N'",
-                       "''",
-                       "'a b'",
-                       "2147483647",
-                       "1000000",
-                       "-2147483648",
-                       "1e300",
-                       "'nan'::DOUBLE",
-                       "repeat('x', 70000)",
-                       "'\xC3\xA9'",
-                       "rowid",
-                       "position + 1"};
+const Words kColumns = {"position",       "name",  "type",  "print_type", "print_width", "write_type",
+                        "write_decimals", "level", "label", "ordinal",    "number",      "text",
+                        "document",       "line",  "key",   "value",      "n",           "s"};
+const Words kValues = {
+    "NULL",       "0",     "1",           "-1",         "2",       "8",           "255",   "256",
+    "'n'",        "''",    "'a b'",       "2147483647", "1000000", "-2147483648", "1e300", "'nan'::DOUBLE",
+    "'\xC3\xA9'", "rowid", "position + 1"};
 const Words kTypes = {"VARCHAR", "INTEGER",   "DOUBLE", "BLOB",     "HUGEINT", "DECIMAL(38,9)", "INTEGER[]",
                       "UUID",    "TIMESTAMP", "DATE",   "INTERVAL", "BIT",     "STRUCT(a INT)", "BOOLEAN"};
-
-// `statement` with table, column, value and type put in for t, c, v and y behind a dollar sign.
-std::string Filled(const char* statement, FuzzedDataProvider& choose) {
-  const auto pick = [&](const Words& words) {
-    return words[choose.ConsumeIntegralInRange<std::size_t>(0, words.size() - 1)];
-  };
-  std::string filled;
-  for (const char* c = statement; *c != '\0'; ++c) {
-    if (*c != '$') {
-      filled += *c;
-      continue;
-    }
-    ++c;
-    filled += *c == 't'   ? pick(kTables)
-              : *c == 'c' ? pick(kColumns)
-              : *c == 'v' ? pick(kValues)
-                          : pick(kTypes);
-  }
-  return filled;
-}
-
+// In a statement, "$t" is one of the tables, and so on.
+const std::map<char, const Words*> kPlaces = {
+    {'t', &kTables}, {'c', &kColumns}, {'v', &kValues}, {'y', &kTypes}};
 const Words kStatements = {"UPDATE f.$t SET \"$c\" = $v",
                            "UPDATE f.$t SET \"$c\" = $v WHERE \"$c\" = $v",
                            "UPDATE f.$t SET \"$c\" = $v WHERE rowid = 0",
+                           "UPDATE f.$t SET \"$c\" = repeat('x', 70000)",
                            "INSERT INTO f.$t SELECT * FROM f.$t",
                            "DELETE FROM f.$t WHERE \"$c\" = $v",
                            "DELETE FROM f.$t",
@@ -92,6 +41,17 @@ const Words kStatements = {"UPDATE f.$t SET \"$c\" = $v",
                            "ALTER TABLE f.$t RENAME COLUMN \"$c\" TO \"$c\"",
                            "ALTER TABLE f.$t ADD COLUMN \"$c\" $y DEFAULT $v",
                            "ALTER TABLE f.$t ALTER COLUMN \"$c\" TYPE $y"};
+
+std::string Pick(const Words& words, FuzzedDataProvider& choose) {
+  return words[choose.ConsumeIntegralInRange<std::size_t>(0, words.size() - 1)];
+}
+std::string AnyStatement(FuzzedDataProvider& choose) {
+  std::string statement = Pick(kStatements, choose);
+  for (std::size_t at = statement.find('$'); at != std::string::npos; at = statement.find('$')) {
+    statement.replace(at, 2, Pick(*kPlaces.at(statement[at + 1]), choose));
+  }
+  return statement;
+}
 
 // The file that inputs change: numbers and texts with labels, missing values and a document.
 std::string MakeFile(const std::string& path) {
@@ -102,17 +62,12 @@ std::string MakeFile(const std::string& path) {
   connection.Run("CREATE TABLE f.cases AS SELECT i % 4 AS n, 't' || i AS s FROM range(300) r(i)");
   return path;
 }
-void CloseFile() {
-  HostSession::Current().Layer<WorkDatabase>().Connect().Run("DETACH f");
-}
 
 void ChangeTables(FuzzedDataProvider& choose) {
   DuckConnection connection = HostSession::Current().Layer<WorkDatabase>().Connect();
   for (int count = choose.ConsumeIntegralInRange(1, 6); count > 0; --count) {
-    const char* const statement =
-        kStatements[choose.ConsumeIntegralInRange<std::size_t>(0, kStatements.size() - 1)];
     try {
-      connection.Run(Filled(statement, choose));
+      connection.Run(AnyStatement(choose));
     } catch (const DataError&) {
       // no such column in this table, or a value that doesn't fit it
     }
@@ -167,7 +122,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string path = MakeFile(session.Path("native.sav"));
   const bool changesBytes = choose.ConsumeBool();
   if (!changesBytes) ChangeTables(choose);
-  CloseFile();
+  HostSession::Current().Layer<WorkDatabase>().Connect().Run("DETACH f");
   if (changesBytes) ChangeBytes(path, choose);
   if (Opens(path)) Require(ReadAllCases() || changesBytes);
   return 0;

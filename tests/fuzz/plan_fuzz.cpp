@@ -5,18 +5,14 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
+#include "Require.h"
 #include "backend/svcommon/PlanInWords.h"
 #include "backend/svcommon/PlanXmlReader.h"
 #include "host/environment/HostSession.h"
 
 namespace {
-
-void Require(bool holds) {
-  if (!holds) std::abort();
-}
 
 // A file of memory, which the reader finds by its path.
 struct MemoryFile {

@@ -3,65 +3,43 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include <array>
+#include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <cstdlib>
-#include <mutex>
 #include <thread>
 
 #include "DrawSession.h"
+#include "Require.h"
 #include "backend/svcommon/design/MethodTable.h"
 #include "host/environment/HostErrors.h"
 #include "host/environment/MCStopProcessor.h"
 
 namespace {
 
-void Require(bool holds) {
-  if (!holds) std::abort();
-}
-
 // Ends a draw that goes on for long: a rejective one may never end.
-class Patience {
-public:
-  Patience()
-      : fThread([this](const std::stop_token& end) {
-          std::unique_lock lock(fMutex);
-          fWake.wait_for(lock, end, std::chrono::seconds(20), [] { return false; });
-          if (!end.stop_requested()) RequestStop();
-        }) {}
-  ~Patience() {
-    fThread.request_stop();
-    fThread.join();
-    ClearStopRequest();
-  }
-  Patience(const Patience&) = delete;
-  Patience& operator=(const Patience&) = delete;
-
-private:
-  std::mutex fMutex;
-  std::condition_variable_any fWake;
-  std::jthread fThread;
-};
+void StartPatience() {
+  static std::atomic<int> seconds;  // that the draw has taken
+  static const std::jthread kWatch([](const std::stop_token& end) {
+    for (; !end.stop_requested(); std::this_thread::sleep_for(std::chrono::seconds(1))) {
+      if (++seconds == 20) RequestStop();
+    }
+  });
+  seconds = 0;
+  ClearStopRequest();
+}
 
 using Words = std::vector<const char*>;
-
-Words MethodWords(bool (*isGood)(const SVMethod&), Words others = {}) {
-  Words words;
-  for (const SVMethod& method : kMethods) {
-    if (isGood(method)) words.push_back(method.word.data());  // a literal, so it ends in a zero
-  }
-  words.insert(words.end(), others.begin(), others.end());
-  return words;
-}
 
 // What stands first is what makes a good design.
 const Words kVariables = {"s", "t", "g", "c", "d", "e", "m", "n", "r", "w", "no", "Weight1", "2bad"};
 const Words kStrata = {"s", "t", "g"};
 const Words kClusters = {"c", "d", "e"};
-const Words kAnyStage =
-    MethodWords([](const SVMethod& m) { return m.equalProbability && !m.withReplacement; });
-const Words kFirstStage = MethodWords([](const SVMethod&) { return true; }, {"other"});
+const Words kAnyStage = {"simple_wor", "simple_systematic", "simple_chromy"};
+const Words kFirstStage = [] {
+  Words words;
+  for (const SVMethod& method : kMethods) words.push_back(method.word.data());  // ends in a zero
+  words.push_back("other");
+  return words;
+}();
 const Words kSizes = {"1", "2", "3", "4", "2147483647"};
 const Words kRates = {"0.5", "0.1", "0.9", "1", "1e-300"};
 const Words kNumbers = {"1",      "0.5",        "1.5", "0", "-1",    "2.5",
@@ -88,12 +66,13 @@ public:
   Chooser(const std::uint8_t* data, std::size_t size) : fBytes(data, size) {}
 
   std::string Frame() {
-    const std::array<const Words*, 9> columns = {&kTexts, &kKeys,     &kKeys,  &kKeys, &kTexts,
-                                                 &kKeys,  &kMeasures, &kSizes, &kRates};
     std::string csv = "s,t,g,c,d,e,m,n,r,w\n";
     for (int rows = UpTo(40); rows > 0; --rows) {
-      for (const Words* words : columns) csv += std::string(Pick(*words)) + ',';
-      csv += std::string(Pick(kMeasures)) + '\n';
+      for (const Words* words :
+           {&kTexts, &kKeys, &kKeys, &kKeys, &kTexts, &kKeys, &kMeasures, &kSizes, &kRates, &kMeasures}) {
+        csv += std::string(Pick(*words)) + ',';
+      }
+      csv.back() = '\n';
     }
     return csv;
   }
@@ -130,21 +109,13 @@ private:
            (UpTo(3) == 3 ? In("MaxSize", Value({"3", "1000"})) : "");
   }
   std::string Holder(const Words& good, const char* variable, const std::string& stratum) {
-    switch (UpTo(stratum == "s" ? 1 : 2)) {
-      case 0:
-        return Value(good);
-      case 1:
-        return Var(PickOrAny({variable}, kVariables));
-      default: {
-        const Words& categories = kKeys;
-        const std::size_t rows = UpTo(60) == 7 ? 2 : categories.size();
-        std::string table = In("MatrixVarList", Var(stratum));  // of numbers: a text may be too long
-        for (std::size_t row = 0; row < rows; ++row) {
-          table += Row(PickOrAny(good, kNumbers), {categories[row]});
-        }
-        return "<Matrix numberOfValues='" + std::to_string(rows) + "'>" + table + "</Matrix>";
-      }
-    }
+    const int kind = UpTo(stratum == "s" ? 1 : 2);
+    if (kind == 0) return Value(good);
+    if (kind == 1) return Var(PickOrAny({variable}, kVariables));
+    const std::size_t rows = UpTo(60) == 7 ? 2 : kKeys.size();
+    std::string table = In("MatrixVarList", Var(stratum));  // of numbers: a text may be too long
+    for (std::size_t row = 0; row < rows; ++row) table += Row(PickOrAny(good, kNumbers), {kKeys[row]});
+    return "<Matrix numberOfValues='" + std::to_string(rows) + "'>" + table + "</Matrix>";
   }
   std::string OneStage(int number, bool isLast) {
     const auto place = static_cast<std::size_t>(number - 1);
@@ -154,8 +125,8 @@ private:
     if (!isLast || UpTo(1) == 1) inner += ClustersOf(Var(PickOrAny({kClusters[place]}, kVariables)));
     inner += UpTo(1) == 1 ? In("InputSampleSize", Holder(kSizes, "n", stratum))
                           : In("InputSampleRate", Holder(kRates, "r", stratum) + Extremes());
-    inner += UpTo(1) == 1 ? "<MOS fromData='yes'>" + Extremes() + "</MOS>"
-                          : "<MOS fromData='no'>" + Var(PickOrAny({"m"}, kVariables)) + Extremes() + "</MOS>";
+    const std::string measure = UpTo(1) == 1 ? "'yes'>" : "'no'>" + Var(PickOrAny({"m"}, kVariables));
+    inner += "<MOS fromData=" + measure + Extremes() + "</MOS>";
     for (const char* output : kOutputs) {
       if (UpTo(1) == 1) inner += Out(output, output + std::to_string(number));
     }
@@ -167,22 +138,18 @@ private:
 
 constexpr double kRounding = 1e-12;
 
+Texts Fields(const std::string& line) {
+  Texts fields;
+  std::istringstream rest(line + ',');
+  for (std::string field; std::getline(rest, field, ',');) fields.push_back(field);
+  return fields;
+}
+
 // Numbers are numbers, probabilities lie in (0, 1] but for rounding.
 void CheckSample(const Texts& lines) {
-  const auto fields = [](const std::string& line) {
-    Texts cells(1);
-    for (const char c : line) {
-      if (c == ',') {
-        cells.emplace_back();
-      } else {
-        cells.back() += c;
-      }
-    }
-    return cells;
-  };
-  const Texts names = fields(lines.front());
+  const Texts names = Fields(lines.front());
   for (std::size_t row = 1; row < lines.size(); ++row) {
-    const Texts cells = fields(lines[row]);
+    const Texts cells = Fields(lines[row]);
     Require(cells.size() == names.size());
     for (std::size_t i = 0; i < cells.size(); ++i) {
       if (!names[i].starts_with("IncProb") || cells[i] == ".") continue;
@@ -199,7 +166,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string design = choose.Design();
   const std::string command = choose.Command();
   const std::string frame = choose.Frame();
-  const Patience patience;
+  StartPatience();
   try {
     const DrawSession draw(frame, design, command);
     if (StopRequested()) return 0;

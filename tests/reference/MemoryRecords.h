@@ -29,7 +29,7 @@ public:
   MCCommon::Record* Next() override {
     const std::size_t position = fNext++;
     fbFailed = fbFailed || position == fFailAt;
-    return fbFailed || position == fNullAt ? nullptr : &At(position);
+    return fbFailed ? nullptr : &At(position);
   }
   int Status() override {
     if (fbFailed) return MCCommon::kSourceFailed;
@@ -43,7 +43,6 @@ public:
   }
 
   std::size_t fFailAt = kNever;     // the record at which the source fails
-  std::size_t fNullAt = kNever;     // the record that isn't delivered, without a word
   std::size_t fFailReset = kNever;  // the call of Reset() that fails, from 1
 
 private:

@@ -28,9 +28,8 @@ public:
   double Of(const Sample& units) const {
     double sum = 0;
     for (const auto& [sample, prob] : fProbs) {
-      bool all = true;
-      for (const int unit : units) all = all && std::find(sample.begin(), sample.end(), unit) != sample.end();
-      sum += all ? prob : 0;
+      const auto isIn = [&s = sample](int unit) { return std::find(s.begin(), s.end(), unit) != s.end(); };
+      if (std::all_of(units.begin(), units.end(), isIn)) sum += prob;
     }
     return sum;
   }

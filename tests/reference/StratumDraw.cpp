@@ -19,6 +19,7 @@ StratumDraw DrawStratum(MethodType method, const std::vector<double>& sizes, int
   SVSCompSettings settings;
   settings.FindStage(1).setMethodType(method);
   settings.SetExactDesign(exact);
+  settings.SetNumThreads(3);
   StopAt stop(stopAt);
   SVCancelInfo cancelInfo(&stop);
   SVSOutSamples outSamples;
@@ -36,6 +37,7 @@ StratumDraw DrawStratum(MethodType method, const std::vector<double>& sizes, int
 
   StratumDraw drawn;
   drawn.code = engine.SelectSamples().code;
+  engine.PrepareThreads(&drawn.jointThreads);
   drawn.selected = engine.GetNumSelected();
   engine.GetStageValues(&drawn.popSize, &drawn.sampleSize, &drawn.rate);
   for (double* value : {&drawn.popSize, &drawn.sampleSize, &drawn.rate}) *value = OrZero(*value);

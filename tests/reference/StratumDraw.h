@@ -12,7 +12,7 @@ struct StratumDraw {
   int code = 0;  // of the status
   std::vector<double> inclProb, weight, hits;
   std::vector<int> order;  // 0-based units in the order of selection, of methods that name them one by one
-  int selected = 0;
+  int selected = 0, jointThreads = 0;  // of three that may compute joint probabilities
   double popSize = 0, sampleSize = 0, rate = 0;
 
   bool operator==(const StratumDraw&) const = default;

@@ -4,8 +4,8 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "FrameSession.h"
 #include "PlanText.h"
+#include "TestFolder.h"
 #include "host/environment/HostSession.h"
 #include "session/RunReport.h"
 #include "session/RunSurvey.h"

@@ -7,15 +7,13 @@
 #include "session/Inspect.h"
 
 using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 namespace {
 
 struct PlanAndFrame {
   explicit PlanAndFrame(const std::string& plan, const std::string& csv = "a\n1\n") {
-    std::ofstream(folder.path / "p.xml") << plan;
-    std::ofstream(frame.path = folder.path / "f.csv") << csv;
+    folder.Write("p.xml", plan);
+    frame.path = folder.Write("f.csv", csv);
   }
   TestFolder folder;
   FrameOptions frame;
@@ -43,50 +41,17 @@ TEST(CheckPlan, ListsTheVariablesThatTheFrameLacks) {
   EXPECT_THAT(missing, ElementsAre("w", "size", "s", "s", "take"));
 }
 
-TEST(ReadPlan, SaysWhereAPlanIsWrong) {
-  struct Case {
-    const char* aim;
-    std::string plan;
-    RunStatus status;
-    const char* problem;
-  };
-  const Case kCases[] = {
-      {"good", Design(Wor(Size("3"))), RunStatus::kOk, ""},
-      {"not XML", "<KORVSurveyPlans>", RunStatus::kError, "line 1, column 18: not well-formed"},
-      {"no size", Design(Wor("")), RunStatus::kError, ""},
-  };
-  for (const Case& c : kCases) {
-    SCOPED_TRACE(c.aim);
-    const PlanAndFrame files(c.plan);
-    HostSession session;
-    const PlanReading reading = ReadPlan(session, files.folder.path / "p.xml");
-    EXPECT_EQ(reading.status, c.status);
-    EXPECT_THAT(testing::PrintToString(reading.problems), HasSubstr(c.problem));
-    EXPECT_EQ(OutputDocument::Current().Messages().empty(), c.status == RunStatus::kOk);
-  }
-}
-
 TEST(DescribeFrame, CountsFailsAndStops) {
-  const PlanAndFrame files("", "a,b\n1,x\n2,y\n");
-  {
+  PlanAndFrame files("", "a,b\n1,x\n2,y\n");
+  for (const RunStatus status : {RunStatus::kOk, RunStatus::kCancelled, RunStatus::kError}) {
+    SCOPED_TRACE(StatusWord(status));
     HostSession session;
+    if (status == RunStatus::kCancelled) RequestStop();
+    if (status == RunStatus::kError) files.frame.path += ".no.csv";
     const FrameDescription described = DescribeFrame(session, files.frame);
-    EXPECT_EQ(described.status, RunStatus::kOk);
-    EXPECT_EQ(described.cases, 2);
-    EXPECT_EQ(described.dictionary->variables.size(), 2U);
+    EXPECT_EQ(described.status, status);
+    EXPECT_EQ(described.problems.empty(), status != RunStatus::kError);
+    EXPECT_EQ(described.dictionary != nullptr, status == RunStatus::kOk);
+    EXPECT_EQ(described.cases, status == RunStatus::kOk ? 2 : 0);
   }
-  {
-    HostSession session;
-    FrameOptions gone;
-    gone.path = files.folder.path / "no.csv";
-    const FrameDescription described = DescribeFrame(session, gone);
-    EXPECT_EQ(described.status, RunStatus::kError);
-    EXPECT_EQ(described.dictionary, nullptr);
-    EXPECT_THAT(described.problems, ElementsAre(HasSubstr("no.csv: there is no such file")));
-  }
-  HostSession session;
-  RequestStop();
-  const FrameDescription stopped = DescribeFrame(session, files.frame);
-  EXPECT_EQ(stopped.status, RunStatus::kCancelled);
-  EXPECT_THAT(stopped.problems, IsEmpty());
 }

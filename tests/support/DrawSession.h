@@ -1,18 +1,18 @@
 #pragma once
 
-#include <sstream>
+#include <fmt/format.h>
+
 #include <vector>
 
 #include "FrameSession.h"
 #include "PlanText.h"
+#include "ShowCase.h"
 #include "backend/svselect/run/SVSELECT.h"
 #include "host/command/KORV_TokenSequence.h"
 #include "host/environment/CommonBlocks.h"
 #include "host/environment/HostErrors.h"
 #include "host/files/SessionFiles.h"
 #include "host/model/KORV_DataSource.h"
-#include "host/model/Values.h"
-#include "host/numeric/Obs.h"
 #include "host/output/OutputTable.h"
 
 using Texts = std::vector<std::string>;
@@ -29,19 +29,14 @@ inline std::string Clusters(const std::string& name) {
 inline Texts AllCases() {
   ProcedureDataSource source;
   Texts lines(1);
-  const auto columns = static_cast<int>(source.ColumnCount());
-  for (int i = 0; i < columns; ++i) lines[0] += (i > 0 ? "," : "") + source.GetVariable(i).GetName();
+  for (unsigned i = 0; i < source.ColumnCount(); ++i)
+    lines[0] += (i > 0 ? "," : "") + source.GetVariable(static_cast<int>(i)).GetName();
   const std::unique_ptr<KORV_InputCaseIterator> cases(source.MakeInputCaseIterator(0));
+  const std::vector<CaseValue> columns = AllColumns(cases.get());
   while (cases->NextCase() != 0) {
-    lines.emplace_back();
-    for (int i = 0; i < columns; ++i) {
-      if (i > 0) lines.back() += ",";
-      const OBS* cells = cases->BindColumn(i);
-      const int width = source.GetVariable(i).GetType();
-      lines.back() += width > 0 ? std::string(TrimRight({cells->text, static_cast<std::size_t>(width)}))
-                      : cells->number == MCMV::gMissingValue ? "."
-                                                             : NumberText(cells->number);
-    }
+    Texts cells;
+    for (const CaseValue& column : columns) cells.push_back(Show(column));
+    lines.push_back(fmt::format("{}", fmt::join(cells, ",")));
   }
   return lines;
 }
@@ -52,9 +47,9 @@ class DrawSession {
 public:
   DrawSession(const std::string& csv, const std::string& stages, const std::string& command,
               const std::string& schema = "") {
-    Write("frame.csv", csv);
-    if (!schema.empty()) Write("frame.schema.json", schema);
-    Write("plan.xml", Design(stages));
+    fFolder.Write("frame.csv", csv);
+    if (!schema.empty()) fFolder.Write("frame.schema.json", schema);
+    fFolder.Write("plan.xml", Design(stages));
     FrameSession session(FrameSession::ExistingFile{fFolder.path / "frame.csv"});
     HostSession::Current().Layer<SessionCommand>().SetCommand(
         Replace("SVSELECT /PLAN FILE='@/plan.xml' " + command, "@", fFolder.path));
@@ -80,11 +75,7 @@ public:
     FrameSession session(FrameSession::ExistingFile{fFolder.path / name});
     return session.Source().GetDictionary();
   }
-  std::string TextOf(const std::string& name) const {
-    std::ostringstream text;
-    text << std::ifstream(fFolder.path / name).rdbuf();
-    return text.str();
-  }
+  std::string TextOf(const std::string& name) const { return fFolder.Text(name); }
   bool Exists(const std::string& name) const { return std::filesystem::exists(fFolder.path / name); }
   std::string Shown(const std::string& text) const { return Replace(text, fFolder.path, "@"); }
 
@@ -97,9 +88,6 @@ public:
   bool isCommitted = false;
 
 private:
-  void Write(const char* name, const std::string& content) const {
-    std::ofstream(fFolder.path / name, std::ios::binary) << content;
-  }
   void AddTable(const OutputTable& table) {
     tables.push_back(table.Title() + " (" + table.Kind() + ") " + Shown(table.Caption()));
     for (const std::string& note : table.Notes()) tables.push_back("note " + note);

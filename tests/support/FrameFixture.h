@@ -3,11 +3,11 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string>
 
+#include "PlanText.h"
+#include "ShowCase.h"
 #include "host/engine/ActiveFile.h"
 #include "host/engine/DuckDb.h"
 #include "host/engine/ProcDSIterator.h"
@@ -29,17 +29,14 @@ protected:
     };
   }
 
-  std::string Path(const std::string& name) const { return fFolder.Path() + '/' + name; }
+  std::string Path(const std::string& name) const { return fFolder.Path(name); }
   std::string Write(const std::string& name, const std::string& bytes) const {
-    std::ofstream(Path(name), std::ios::binary) << bytes;
-    return Path(name);
+    return fFolder.Write(name, bytes);
   }
   void OpenFrame(const FrameOptions& options) { ::OpenFrame(fSession, options); }
   // Runs SQL in which $ is the folder.
-  void Sql(std::string sql) {
-    for (std::size_t at = sql.find('$'); at != std::string::npos; at = sql.find('$'))
-      sql.replace(at, 1, fFolder.Path());
-    fSession.Layer<WorkDatabase>().Connect().Run(sql);
+  void Sql(const std::string& sql) {
+    fSession.Layer<WorkDatabase>().Connect().Run(Replace(sql, "$", fFolder.path));
   }
   // What opening says when it fails; the folder is left out.
   std::string ErrorOf(const FrameOptions& options) {
@@ -50,12 +47,7 @@ protected:
     }
     return "opened";
   }
-  std::string WithoutFolder(std::string text) const {
-    const std::string folder = fFolder.Path() + '/';
-    for (std::size_t at = text.find(folder); at != std::string::npos; at = text.find(folder))
-      text.erase(at, folder.size());
-    return text;
-  }
+  std::string WithoutFolder(const std::string& text) const { return Replace(text, fFolder.Path(""), ""); }
 
   // "id F8.0 BIGINT, name A3 VARCHAR"; a string whose format is of another width shows both: "name A3:5
   // VARCHAR".
@@ -71,19 +63,14 @@ protected:
     }
     return shown;
   }
-  static std::string Show(const CaseValue& value) {
-    if (value.fWidth > 0)
-      return std::string(TrimRight({value.fpObs->text, static_cast<std::size_t>(value.fWidth)}));
-    return value.fpObs->number == MCMV::gMissingValue ? "." : NumberText(value.fpObs->number);
-  }
-  // The cases that follow: "1|ab;2|cd", with a slash where a split group ends and ~ behind what is missing.
-  static std::string ShowCases(KORV_InputCaseIterator* iterator) {
-    std::vector<CaseValue> values;
-    for (unsigned i = 0; i < iterator->GetDataSource().ColumnCount(); ++i)
-      values.emplace_back(iterator, static_cast<int>(i));
+  // All cases: "1|ab;2|cd", with a slash where a split group ends and ~ behind what is missing.
+  static std::string ShowCases() {
+    ProcedureDataSource source;
+    const std::unique_ptr<KORV_InputCaseIterator> iterator(source.MakeInputCaseIterator(0));
+    const std::vector<CaseValue> values = AllColumns(iterator.get());
     std::string shown;
     while (iterator->NextCase() != 0) {
-      if (static_cast<ProcDSIterator*>(iterator)->SplitGroupEnd()) {
+      if (static_cast<ProcDSIterator*>(iterator.get())->SplitGroupEnd()) {
         shown += '/';
         continue;
       }
@@ -94,13 +81,8 @@ protected:
     }
     return shown;
   }
-  static std::string ShowCases() {
-    ProcedureDataSource source;
-    const std::unique_ptr<KORV_InputCaseIterator> iterator(source.MakeInputCaseIterator(0));
-    return ShowCases(iterator.get());
-  }
 
   HostSession fSession;
-  TemporaryFolder fFolder;
+  TestFolder fFolder;
   std::string fMessages;
 };

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <unistd.h>
-
-#include <fstream>
 #include <string>
 #include <vector>
+
+#include "TestFolder.h"
 
 // Plans as a person would write them, in pieces, and a file to put one in.
 
@@ -67,18 +66,13 @@ inline std::string Replace(std::string text, const std::string& what, const std:
   return text;
 }
 
-// A file of the test's own, gone with it.
+// A plan in a file, gone with it.
 class PlanFile {
 public:
-  explicit PlanFile(const std::string& content) {
-    close(mkstemp(fPath.data()));
-    std::ofstream(fPath, std::ios::binary) << content;
-  }
-  ~PlanFile() { unlink(fPath.c_str()); }
-  PlanFile(const PlanFile&) = delete;
-  PlanFile& operator=(const PlanFile&) = delete;
+  explicit PlanFile(const std::string& content) : fPath(fFolder.Write("plan.xml", content)) {}
   const std::string& Path() const { return fPath; }
 
 private:
-  std::string fPath = "/tmp/plan-XXXXXX";
+  TestFolder fFolder;
+  std::string fPath;
 };

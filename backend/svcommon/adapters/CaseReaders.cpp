@@ -30,9 +30,7 @@ CaseValueReader::CaseValueReader(KORV_InputCaseIterator* iterator, std::int32_t 
       fCaseValue(iterator, variable, includeUserMissing) {}
 
 std::int32_t CaseValueReader::Encode() {
-  if (!fCaseValue.IsPresent()) return 0;
-  const std::int32_t code = CodeOf(fCaseValue.Cells());
-  return code != 0 ? code : Add(fCaseValue.Cells());
+  return fCaseValue.IsPresent() ? CodeOfObs(fCaseValue.Cells()) : 0;
 }
 
 std::int32_t CaseValueReader::Lookup() const {
@@ -44,10 +42,9 @@ const OBS* CaseValueReader::ObsOfCode(std::int32_t code) const {
   return fvEncodedObs[static_cast<std::size_t>(code) - 1];
 }
 
-std::int32_t CaseValueReader::CodeOfObs(const OBS* obs, bool* wasNew, bool addIfNew) {
+std::int32_t CaseValueReader::CodeOfObs(const OBS* obs) {
   const std::int32_t code = CodeOf(obs);
-  *wasNew = code == 0;
-  return *wasNew && addIfNew ? Add(obs) : code;
+  return code != 0 ? code : Add(obs);
 }
 
 void CaseValueReader::Rebind(KORV_InputCaseIterator* iterator, bool includeUserMissing) {

@@ -57,9 +57,8 @@ public:
   // The value of a code, valid as long as the reader; null for a code that was never assigned.
   const OBS* ObsOfCode(std::int32_t code) const;
 
-  // The code of the value in `obs`. If it has none, `*wasNew` is set, and it gets one if `addIfNew`, else the
-  // result is 0.
-  std::int32_t CodeOfObs(const OBS* obs, bool* wasNew, bool addIfNew);
+  // The code of the value in `obs`. If it has none, it gets the next one.
+  std::int32_t CodeOfObs(const OBS* obs);
 
   std::size_t CategoryCount() const { return fValueMap.Size(); }
 

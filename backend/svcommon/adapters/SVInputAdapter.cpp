@@ -100,10 +100,9 @@ const OBS* SVInputAdapter::ObsOfCode(std::int32_t variable, std::int32_t code) c
   return reader == nullptr ? nullptr : reader->ObsOfCode(code);
 }
 
-std::int32_t SVInputAdapter::CodeOfObs(std::int32_t variable, const OBS* obs, bool* wasNew, bool addIfNew) {
-  *wasNew = false;
+std::int32_t SVInputAdapter::CodeOfObs(std::int32_t variable, const OBS* obs) {
   CaseValueReader* reader = ReaderOf(variable);
-  return reader == nullptr ? 0 : reader->CodeOfObs(obs, wasNew, addIfNew);
+  return reader == nullptr ? 0 : reader->CodeOfObs(obs);
 }
 
 bool SVInputAdapter::FatalError() const {

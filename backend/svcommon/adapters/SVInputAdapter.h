@@ -93,7 +93,7 @@ public:
   // variable or code. Variables are dictionary indices here.
   const OBS* ObsOfCode(std::int32_t variable, std::int32_t code) const;
   // The opposite, as CaseValueReader::CodeOfObs(); 0 for an unknown variable.
-  std::int32_t CodeOfObs(std::int32_t variable, const OBS* obs, bool* wasNew, bool addIfNew);
+  std::int32_t CodeOfObs(std::int32_t variable, const OBS* obs);
 
   const std::vector<std::unique_ptr<CaseValueReader>>& CatReaders() const { return fvCatReaders; }
   // Dictionary indices.

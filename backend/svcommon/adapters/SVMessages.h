@@ -21,7 +21,7 @@ public:
   void InvalidRate(std::int32_t variable) const;
   void InvalidSize(std::int32_t variable) const;
 
-  // A stage's table has no number for the values of `variables` in the current case of `iterator`. The text
+  // The stage's table has no row for the values of `variables` in the current case of `iterator`. The text
   // lists each variable with its value.
   void NoRate(std::int32_t stage, const std::vector<std::int32_t>& variables,
               KORV_InputCaseIterator* iterator) const;

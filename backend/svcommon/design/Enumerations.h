@@ -9,8 +9,8 @@
 // What a plan is for.
 enum PlanMode : std::int32_t { kNoMode = 0, kSampleMode = 1, kAnalysisMode = 2, kViewMode = 3 };
 
-// One list for three fields: the selection type of a stage (0 to 13 and 15), the estimation setting of a plan
-// (14 and 15) and the SRS estimator of a plan (15 and 16).
+// One list for three fields: the selection type of a stage (the methods, and 15), the estimation setting of a
+// plan (14 and 15) and the SRS estimator of a plan (15 and 16).
 enum SamplingType : std::int32_t {
   kSamplingNoValue = 0,
   kSamplingSimpleWor = 1,

@@ -11,9 +11,9 @@
 // over it. The draw of each method is in a second table with the same rows in the same order,
 // backend/svselect/selection/MethodFunctions.h, because the stages of a design know nothing of selection.
 //
-// Adding a method: CONTRIBUTING.md has the steps. A row that leaves out a text doesn't compile; a property
-// that it doesn't name is false. Write "what holds for the method" as a property here, and never compare a
-// code with the code of a method elsewhere.
+// Adding a method: CONTRIBUTING.md has the steps. A row that leaves out a text doesn't compile (see the
+// assertion below); a property that it doesn't name is false. Write "what holds for the method" as a property
+// here, and never compare a code with the code of a method elsewhere.
 //
 // Units:      everything is constant and known to the compiler; the texts live as long as the process.
 // Texts:      they are in the output files and reports of all samples drawn so far, misspelt ones too. Don't
@@ -30,7 +30,7 @@ enum class StatedProbs {
 };
 
 struct SVMethod {
-  // Without initial values, so that a row that leaves one out doesn't compile.
+  // Every row has to name these.
   MethodType code;
   SamplingType type;           // in plan records
   std::string_view word;       // in plans; in capitals it is the method's name in messages
@@ -46,7 +46,7 @@ struct SVMethod {
   bool namesUnits = false;          // lists its selected units one by one, in the order of selection
   bool hasJointProbs = false;       // has joint inclusion probabilities; REQUIRES: namesUnits
   bool writesJointUnasked = false;  // writes them even when the command names no file for them
-  bool mayDrawForever = false;      // rejects samples, and accepts one of many units too rarely to wait for
+  bool mayDrawForever = false;  // repeats until a sample is accepted; with many units that may take for ever
   SizeLimit limit = SizeLimit::kNone;
   StatedProbs statedProbs = StatedProbs::kMet;
 
@@ -182,6 +182,18 @@ inline constexpr SVMethod kMethods[] = {
      .limit = SizeLimit::kBelowOne,
      .statedProbs = StatedProbs::kApproached},
 };
+
+static_assert(
+    [] {
+      for (const SVMethod& method : kMethods) {
+        if (method.word.empty() || method.inWords.empty() || method.text.empty() || method.title.empty() ||
+            method.estimator.empty()) {
+          return false;
+        }
+      }
+      return true;
+    }(),
+    "each method has all its texts");
 
 // The method with this code; kNoMethod for any other code.
 constexpr const SVMethod& MethodOf(std::int32_t code) {

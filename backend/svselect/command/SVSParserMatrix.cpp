@@ -11,9 +11,9 @@
 //
 // A text is read by the variable's own format, with two changes. A number gets a width of kNumberWidth,
 // because the width of a print format says how a number is shown and not how a plan writes it. And its
-// decimal character becomes the host's, with one appended if the format has decimals and the text has none,
-// as a reader that implies decimals would take "12" with two of them as 0.12. A number that is blank or a
-// single dot is the missing value; no case finds its row.
+// decimal character becomes the host's. If the format has decimals and the text has no such character, one is
+// appended: a reader that implies decimals would take "12" with two of them as 0.12. A number that is blank
+// or a single dot is the missing value; no case finds its row.
 //
 // A text that can't be converted is refused with its variable, row and column. That each row has a category
 // for each variable was checked by the plan reader. That the variables exist was checked too, when the strata

@@ -147,7 +147,7 @@ bool SVSParser::ReadStages(const ParamObj& parameter) {
     return false;
   }
   std::vector<double> values;
-  // The first number is tested by what would come before it, so that the loop needs no first case.
+  // `previous` starts one below the first number, so that the loop treats all numbers alike.
   bool isGood = parameter.getNumberList(values) && !values.empty() && IsValidInteger(values.front() - 1);
   double previous = isGood ? values.front() - 1 : 0.0;
   for (std::size_t i = 0; isGood && i < values.size(); ++i) {

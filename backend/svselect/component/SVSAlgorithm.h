@@ -40,7 +40,7 @@ public:
                      double* finalWeight);
 
   // Whether the current stage has tabulated its data; whether it has drawn its sample. Both stay set after
-  // the last stage, and so tell a finished run.
+  // the last stage, and so identify a finished run.
   bool DataProcessed() const { return fbDataProcessed; }
   bool ModelBuilt() const { return fbModelBuilt; }
   SVSOutSamples& OutSamples() { return fOutSamples; }

@@ -118,7 +118,7 @@ private:
   std::int32_t fWeightVar = -1;  // of an earlier sampling; below 0 means none
   std::int32_t fMOSVar = -1;     // measure of size
   bool fbMOSFromData = false;    // a unit's size is its number of records
-  double fMOSMin = -1.0;         // bounds of the measures of size; only a positive one bounds
+  double fMOSMin = -1.0;         // bounds of the measures of size; 0 or less: no bound
   double fMOSMax = -1.0;
   std::vector<std::int32_t> fSelectStages;  // in the order given
   std::int32_t fSeed = -1;

@@ -47,8 +47,7 @@ std::int32_t SVSSelectRuleFile::AddCase(KORV_InputCaseIterator& caseIterator, Ke
   if (!IsGood()) return fState = kFailed;
   for (std::int32_t i = 0; i < KeyLength(); ++i) {
     const std::int32_t variable = fKeyVars[static_cast<std::size_t>(i)];
-    bool wasNew = false;
-    key[i] = fpInputAdapter->CodeOfObs(variable, caseIterator.BindColumn(variable), &wasNew, true);
+    key[i] = fpInputAdapter->CodeOfObs(variable, caseIterator.BindColumn(variable));
   }
   key.ComputeHash();
   fState = kWriting;

@@ -18,8 +18,8 @@ namespace {
 
 constexpr std::int32_t kAnyInclusionType = -1;
 
-// One message: for a stage with strata or clusters, and for one without. The first row that fits is used. A
-// status with no row is never shown: its cause is a fault of the program or of a source that has been
+// One row per message: its text for a stage with strata or clusters, and without. The first that fits is
+// used. A status with no row is never shown: its cause is a fault of the program or of a source that has been
 // reported already. The wordings are fixed, also where they don't say what a user needs: "Pop size too big"
 // means that more units were asked for than the population has.
 struct Row {

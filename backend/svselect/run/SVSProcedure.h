@@ -30,9 +30,8 @@ StatusText TextOfStatus(std::int32_t code, std::int32_t inclusionType, bool isSt
 // SVSProcedure connects the record layer to the computation: the cases of the active file go in as records,
 // and the statuses that the computation returns come out as messages.
 //
-// Use:        construct, SetSummary(), Run(), GetOutputStats() if the sample is written, Report(). Single
-// use. Ownership:  owns the record layer and the component; borrows specifications, data source and summary,
-// which
+// Use:        once: construct, SetSummary(), Run(), GetOutputStats() if the sample is written, Report().
+// Ownership:  owns the record layer and the component; borrows specifications, data source and summary, which
 //             must outlive it.
 // Threads:    the thread of the run only.
 // Failures:   an error is kept in the object: Run() returns false and Report() shows it. A source without

@@ -16,7 +16,7 @@ inline std::int32_t FindPosition(std::span<const double> cumulative, std::int32_
 }
 
 // Whether `u` really lies in the interval of a position found; that of `low` begins at 0. False only where
-// rounding left the last entry below `u`, or with sizes that make the list no ascending one.
+// rounding left the last entry below `u`, or for sizes that make the list not ascend.
 inline bool LiesInInterval(std::span<const double> cumulative, std::int32_t low, std::int32_t position,
                            double u) {
   const double begin = position > low ? cumulative[static_cast<std::size_t>(position) - 1] : 0.0;

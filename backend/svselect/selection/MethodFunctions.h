@@ -16,8 +16,8 @@ class MCRandomTwister;
 // The second column of the table of methods (backend/svcommon/design/MethodTable.h): how each one draws and
 // where its joint inclusion probabilities come from. The rows are the same in the same order.
 
-// Draws the sample of a stratum. The first line of each draw's comment says which random numbers it takes:
-// neither their kind nor their order may ever change.
+// Draws the sample of a stratum. "Random numbers:" at the head of each draw's file says which ones it takes,
+// and in which order. Neither may ever change.
 // Errors: 1 when cancelled, 92032 for a size beyond the method's limit.
 using DrawFunction = SVStatus(const SVSStratumView& stratum, MCCommonMath::MCRandomTwister* random,
                               SVSTakenUnits* taken);

@@ -13,7 +13,7 @@
 // 0.5, 0.3 and 0.2 have 0.839, 0.675 and 0.486.
 //
 // Where one unit has the whole size, 1 - p is 0 and Q infinite. The first draw takes that unit, with an
-// inclusion probability that is no number and so without a weight; the second finds no unit.
+// inclusion probability of NaN and so without a weight; the second finds no unit.
 //
 // Results:  inclusion probability pi(i), weight 1 / pi(i).
 // Source:   [Murthy57] in docs/BIBLIOGRAPHY.md.

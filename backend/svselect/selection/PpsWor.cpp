@@ -124,7 +124,7 @@ void TurnProbs(std::span<const double> shares, std::span<const double> ratios, s
 namespace {
 
 // s(N) against s(N-n+1): 1 when it is above, so that the first step has a meaning; 0 when the n largest sizes
-// are equal, and the turns take them all; -1 when the list is out of order, or one of the two is no number.
+// are equal, and the turns take them all; -1 when the list is out of order, or one of the two is NaN.
 int CompareLargest(const SVSStratumView& stratum) {
   const double last = stratum.sizes.back();
   const double first = stratum.sizes[Index(stratum.units - stratum.requested)];

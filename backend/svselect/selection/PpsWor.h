@@ -9,7 +9,7 @@
 // Notation: j = 1..N; T = c(N-n), the share of all but the last n units; z(j) = p(N-n+j) for j = 1..n, the
 //           shares of these n, and z(n+1) = 1/n. Lists are 0-based: list[j-1] is entry j.
 // Domain:   1 <= n <= N; with z(1) = z(n) the first step has no meaning and the turns take i = n. All values
-//           are computed as written for any sizes; lists that don't ascend are the caller's to bear.
+//           are computed as written for any sizes; lists that don't ascend are the caller's responsibility.
 
 // a(i) = n (z(i+1) - z(i)) (T + i z(1)) / T, for i = 1..n.
 std::vector<double> FirstStepProbs(std::span<const double> shares, std::span<const double> cumulativeShares,

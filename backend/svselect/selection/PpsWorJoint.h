@@ -24,8 +24,9 @@
 //
 // Source:    [Vijayan68] in docs/BIBLIOGRAPHY.md. a(i) is used as it stands, without a division by the sum.
 // Domain:    a(i) >= 0, which the order by size gives. Otherwise the values are still computed, but mean
-// nothing. Digits:    an entry is the sum of its n terms in ascending order of i, whatever the number of
-// ranges. Cost:      time of order n (N + k k); memory 24 n k bytes.
+//            nothing.
+// Digits:    an entry is the sum of its n terms in ascending order of i, whatever the number of ranges.
+// Cost:      time of order n (N + k k); memory 24 n k bytes.
 //
 // Two phases. Range r first makes the factors of its own steps i, and those of other ranges that nobody has
 // begun; then it sums up its share of the rows of the matrix over all i. Each range's factors are made once.

@@ -52,7 +52,7 @@ double SampfordDesign::TakeProbability(double w, double a, const Cell& less, con
   const double take = w * ((a + out) * less.r + less.h);
   const double leave = out * (a * same.r + same.h);
   // Both vanish only in a state whose own probability is below the range of a double. Any answer will do that
-  // keeps the size.
+  // keeps the sample size.
   return take + leave > 0.0 ? take / (take + leave) : static_cast<double>(m) / (following + 1.0);
 }
 

@@ -14,7 +14,7 @@ struct ExpectedHits {
 // `expected` split into whole part and rest.
 ExpectedHits SplitExpected(double expected);
 
-// How many hits there are to be up to a position: `count`, and one more with probability `chance`. A number
+// Number of hits wanted up to a position: `count`, and one more with probability `chance`. A number
 // is drawn only if `bDraw`.
 struct HitsStep {
   std::int32_t count = 0;

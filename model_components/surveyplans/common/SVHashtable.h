@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <iterator>
 #include <limits>
 #include <memory>
@@ -140,24 +139,9 @@ public:
   }
 
   std::int32_t Count() const { return fCount; }
-  std::int32_t RehashCount() const { return fRehashCount; }  // how often the table has grown
 
   Iterator begin() const { return Iterator(this, 0); }  // Insert() invalidates iterators
   Iterator end() const { return Iterator(this, fBuckets.size()); }
-
-  // Diagnostic listing, in iteration order, with the values' own Display.
-  void Display(std::FILE* out) const {
-    std::fputs("Start of Hashtable.\n", out);
-    for (std::size_t bucket = 0; bucket < fBuckets.size(); ++bucket) {
-      if (fBuckets[bucket] == nullptr) continue;
-      std::fprintf(out, "Bucket %d :", static_cast<int>(bucket));
-      for (const Entry* entry = fBuckets[bucket]; entry != nullptr; entry = entry->next) {
-        entry->key.Display(out);
-        entry->value.Display(out);
-      }
-    }
-    std::fputs("End of Hashtable.\n", out);
-  }
 
 private:
   static constexpr std::size_t kFirstBuckets = 89;  // fixed for ever, as is the next: see the head
@@ -252,7 +236,6 @@ private:
     }
     std::vector<Entry*> old(size, nullptr);
     old.swap(fBuckets);
-    ++fRehashCount;
     fThreshold = static_cast<std::int32_t>(static_cast<float>(size) * kLoadFactor);
     for (Entry* head : old) {
       while (head != nullptr) {
@@ -265,7 +248,6 @@ private:
   std::vector<Entry*> fBuckets = std::vector<Entry*>(kFirstBuckets, nullptr);  // chain heads, into the chunks
   std::int32_t fCount = 0;
   std::int32_t fThreshold = static_cast<std::int32_t>(kFirstBuckets * kLoadFactor);
-  std::int32_t fRehashCount = 0;
   std::vector<Chunk> fChunks;
   std::vector<Entry*> fvIndex;  // entries of indexed keys, null for a free slot; its size is a power of two
   std::size_t fIndexed = 0;     // entries in fvIndex

@@ -64,8 +64,3 @@ bool SVKey::operator<(const SVKey& other) const {
   return std::lexicographical_compare(Values(), Values() + arLength, other.Values(),
                                       other.Values() + arLength);
 }
-
-void SVKey::Display(std::FILE* out) const {
-  std::fputs("\t Key: ", out);
-  for (std::int32_t i = 0; i < arLength; ++i) std::fprintf(out, "  %d", (*this)[i]);
-}

@@ -2,7 +2,6 @@
 
 #include <cassert>
 #include <cstdint>
-#include <cstdio>
 
 // SVKey identifies a stratum or a unit: a short list of category codes, stored together with its hash.
 //
@@ -55,8 +54,6 @@ public:
 
   // Shorter keys come first; keys of equal length compare value by value.
   bool operator<(const SVKey& other) const;
-
-  void Display(std::FILE* out) const;  // a diagnostic line without its end
 
 private:
   std::int32_t* Values() { return arLength > kInlineValues ? arData : fInline; }

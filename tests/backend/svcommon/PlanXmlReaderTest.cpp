@@ -1,4 +1,5 @@
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <climits>
 #include <filesystem>
@@ -35,7 +36,7 @@ protected:
 struct Case {
   int code;
   const char* aim;
-  std::string design;
+  std::string text;
 };
 
 const std::string kType = Var("type");
@@ -45,6 +46,12 @@ const std::string kPlain = Wor(kSizeOf3);
 const std::string kFirst = Wor(kByCounty + kSizeOf3);
 const std::string kBadWeight = In("Weight", kOne);
 
+// `piece` repeated, with "@" in it replaced by 0, 1, 2 and so on.
+std::string Repeated(int count, const std::string& piece) {
+  std::string all;
+  for (int i = 0; i < count; ++i) all += Replace(piece, "@", std::to_string(i));
+  return all;
+}
 std::string Pps(const std::string& mos) {
   return Stage("pps_wor", kByCounty + kSizeOf3 + mos);
 }
@@ -56,14 +63,10 @@ std::string Mos(const std::string& fromData, const std::string& inner = "") {
 TEST_F(PlanReader, TellsFaultsOfSampleDesigns) {
   const Case kCases[] = {
       {0, "no stage at all", ""},
-      {0, "one stage", kPlain},
       {0, "holder without a form", Wor("<InputSampleSize/>")},
-      {kPlanInvalidVariable, "no letter first", Wor(StrataOf(Var("9lives")) + kSizeOf3)},
       {kPlanInvalidVariable, "no name", Wor(StrataOf("<Variable/>") + kSizeOf3)},
-      {kPlanInvalidVariable, "good after bad", Wor(StrataOf(Var("") + kType) + kSizeOf3)},
       {kPlanInvalidVariable, "invalid after repeated", Wor(StrataOf(kType + kType + kOne) + kSizeOf3)},
       {kPlanRepeatedInSampleDesign, "repeated after invalid", Wor(StrataOf(kOne + kType + kType) + kSizeOf3)},
-      {kPlanRepeatedInSampleDesign, "invalid and repeated", Wor(StrataOf(kOne + kOne) + kSizeOf3)},
       {kPlanRepeatedInSampleDesign, "other case, other role",
        Wor(kByType + kSizeOf3) + In("Weight", Var("TYPE"))},
       {kPlanRepeatedInSampleDesign, "the weights",
@@ -73,15 +76,12 @@ TEST_F(PlanReader, TellsFaultsOfSampleDesigns) {
       {kPlanClustersRequired, "second of three", kFirst + kPlain + Wor(ClustersOf(Var("d")) + kSizeOf3)},
       {0, "last needs none", kFirst + kPlain},
       {kPlanBadMatrixVariable, "not of the design", Wor(Table(kType, Row("5")))},
-      {kPlanBadMatrixVariable, "bad name isn't of the design either", Wor(Table(kOne, Row("5")))},
       {kPlanBadMatrixVariable, "cluster of its own stage",
        Wor(ClustersOf(kType) + Table("<v name='TYPE'/>", Row("5")))},
       {0, "cluster of an earlier stage", kFirst + Wor(Table(Var("COUNTY"), Row("5")))},
       {kPlanBadCategoryList, "two categories for one variable",
        Wor(kByType + Table(kType, Row("5", {"E", "E"})))},
       {kPlanBadSampleSize, "bad size over bad list", Wor(kByType + Table(kType, Row("0", {})))},
-      {kPlanBadCategoryList, "bad list over bad variable, good row after",
-       Wor(Table(kType, Row("1", {}) + Row("5"), 2))},
       {kPlanInvalidFile, "fewer rows than told", Wor(kByType + Table(kType, Row("5"), 2))},
       {0, "more rows than told", Wor(kByType + Table(kType, Row("5") + Row("-1")))},
       {kPlanTooManyStages, "four stages and other faults",
@@ -93,8 +93,7 @@ TEST_F(PlanReader, TellsFaultsOfSampleDesigns) {
       {kPlanBadSampleRate, "rate of 0", Wor(Rate("0"))},
       {0, "rate above 1", Wor(Rate("1.5"))},
       {0, "size given, rate not read", Wor(kSizeOf3 + Rate("0"))},
-      {kPlanIllegalMethod, "no method", Stage("", kSizeOf3)},
-      {kPlanIllegalMethod, "other case", Stage("Simple_wor", kSizeOf3)},
+      {kPlanIllegalMethod, "method in capitals", Stage("Simple_wor", kSizeOf3)},
       {kPlanIllegalMethod, "PPS at stage 2, not a replacement before the last",
        kFirst + Stage("pps_wr", kSizeOf3 + kMosOfPupils)},
       {kPlanNoSizeOrRate, "no size", Wor("")},
@@ -110,20 +109,17 @@ TEST_F(PlanReader, TellsFaultsOfSampleDesigns) {
       {0, "rate bounds equal", Wor(Rate("1", Bounds("3", "3")))},
       {0, "0 is no bound", Wor(Rate("1", Bounds("3", "0")))},
       {kPlanBadBound, "half a unit at least", Wor(Rate("1", Bounds("0.5", "2")))},
-      {kPlanBadBound, "bad before crossed", Wor(Rate("1", Bounds("3", "-2")))},
       {kPlanInvalidFile, "bound without a value", Wor(Rate("1", "<MinSize/>"))},
       {kPlanClusterMissing, "joint probabilities without clusters",
        Stage("pps_sampford", kSizeOf3 + kMosOfPupils)},
       {0, "none with replacement", Stage("pps_wr", kSizeOf3 + kMosOfPupils)},
       {kPlanReplacementBeforeLast, "replacement before the last",
        Stage("simple_wr", kByCounty + kSizeOf3) + kPlain},
-      {kPlanReplacementBeforeLast, "PPS likewise",
-       Stage("pps_wr", kByCounty + kSizeOf3 + kMosOfPupils) + kPlain},
       {kPlanInvalidFile, "output without a variable", Wor(kSizeOf3 + "<Index/>")},
       {kPlanInvalidVariable, "stage before weight", Wor(kSizeOf3 + In("Index", kOne)) + kBadWeight},
       {kPlanNoSizeOrRate, "size before output", Wor("<Index/>") + kBadWeight},
   };
-  for (const Case& c : kCases) EXPECT_EQ(SampleText(Design(c.design)), c.code) << c.aim;
+  for (const Case& c : kCases) EXPECT_EQ(SampleText(Design(c.text)), c.code) << c.aim;
   EXPECT_EQ(SampleText("<p><x><SampleDesign/></x></p>"), kPlanNoSampleDesign);
   EXPECT_EQ(SampleText("<p><SampleDesign/><Other/></p>"), 0);
 }
@@ -141,46 +137,27 @@ TEST_F(PlanReader, TellsFaultsOfAnalysisDesigns) {
       {kPlanIllegalEstimation, "unequal later", stage("wr", kByCounty) + stage("unequal_wor", "")},
       {kPlanBadPopulationSize, "half a population",
        stage("equal_wor", given("PopulationSize", "0.5") + given("IncProb", "1"))},
-      {kPlanInvalidVariable, "a value and a bad name",
-       stage("equal_wor", In("PopulationSize", "<SingleValue value='9'/>" + kOne))},
       {kPlanBadInclusionProbability, "above 1", stage("equal_wor", given("IncProb", "1.5"))},
       {0, "certainty", stage("equal_wor", given("IncProb", "1"))},
       {kPlanClustersRequired, "no clusters", stage("wr", "") + stage("wr", "")},
       {kPlanTooManyStages, "four stages",
        stage("wr", "") + stage("wr", "") + stage("wr", "") + stage("wr", "")},
   };
-  for (const Case& c : kCases) EXPECT_EQ(Analysis(c.design), c.code) << c.aim;
-  EXPECT_EQ(SampleText("<p/>"), kPlanNoSampleDesign);
+  for (const Case& c : kCases) EXPECT_EQ(Analysis(c.text), c.code) << c.aim;
   const struct {
-    const char* word;
+    const char* plan;
     int code, estimator;
-  } kEstimators[] = {{"wor", 0, kSamplingWor},
-                     {"wr", 0, kSamplingWr},
-                     {"", 0, kSamplingWor},
-                     {"x", kPlanIllegalSrsEstimator, kSamplingWor}};
+  } kEstimators[] = {
+      {"<p/>", kPlanNoAnalysisDesign, kSamplingWor},
+      {"<p><AnalysisDesign SRSestimator=''/></p>", 0, kSamplingWor},
+      {"<p><AnalysisDesign SRSestimator='wr'/></p>", 0, kSamplingWr},
+      {"<p><AnalysisDesign SRSestimator='x'/></p>", kPlanIllegalSrsEstimator, kSamplingWor},
+  };
   for (const auto& c : kEstimators) {
     fPlan = SVPlanSpecs();
-    const PlanFile file("<p><AnalysisDesign SRSestimator='" + std::string(c.word) + "'/></p>");
-    EXPECT_EQ(PlanXmlReader(&fPlan).readAnalysisPlan(file.Path()), c.code) << c.word;
-    EXPECT_EQ(fPlan.srsEstimator, c.estimator) << c.word;
-    EXPECT_EQ(PlanXmlReader(&fPlan).readAnalysisPlan(PlanFile("<p/>").Path()), kPlanNoAnalysisDesign);
+    EXPECT_EQ(PlanXmlReader(&fPlan).readAnalysisPlan(PlanFile(c.plan).Path()), c.code) << c.plan;
+    EXPECT_EQ(fPlan.srsEstimator, c.estimator) << c.plan;
   }
-}
-
-// What the words for this plan don't tell.
-TEST_F(PlanReader, KeepsWhatThePlanSays) {
-  ASSERT_EQ(Sample(SV_EXAMPLES "/plans/two-stages.xml"), 0);
-  EXPECT_EQ(fPlan.mode, kSampleMode);
-  EXPECT_EQ(fPlan.file, SV_EXAMPLES "/plans/two-stages.xml");
-  EXPECT_EQ(fPlan.estimation, kSamplingDefault);
-  ASSERT_EQ(fPlan.numStages(), 2);
-  EXPECT_EQ(fPlan.getStage(0), nullptr);
-  EXPECT_EQ(fPlan.getStage(3), nullptr);
-  const SVPlanStageSpecs& second = *fPlan.getStage(2);
-  EXPECT_EQ(second.paramKind, kParamRate);
-  EXPECT_EQ(second.paramSource, kParamByVarCatList);
-  EXPECT_TRUE(fPlan.allVariableNames.contains("SAMPLING_WEIGHT"));
-  EXPECT_EQ(fPlan.designVariableNames, (std::set<KorvVarName>{"COUNTY", "TYPE"}));
 }
 
 // All of a plan is kept though it is refused; the names of a table stand though the design lacks them.
@@ -202,35 +179,20 @@ TEST_F(PlanReader, ReadsNumbersAsAStreamDoes) {
     double number;
   } kNumbers[] = {
       {"12abc", 12, 12.0},
-      {"abc", 0, 0.0},
       {"", 0, 0.0},
       {" \t7", 7, 7.0},
-      {"1,5", 1, 1.0},
-      {"2.75", 2, 2.75},
       {"0x10", 0, 0.0},
       {"1e", 1, 0.0},
-      {"-3", -3, -3.0},
       {"9999999999", INT_MAX, 9999999999.0},
       {"-9999999999", INT_MIN, -9999999999.0},
       {"1e999", 1, std::numeric_limits<double>::max()},
       {"nan", 0, 0.0},
   };
   for (const auto& c : kNumbers) {
-    const std::string text = c.text;
-    SampleText(Design("<SampleStage stageNumber='" + text + "'>" + Size(text) + "</SampleStage>"));
+    SampleText(Design(Replace("<SampleStage stageNumber='@'>" + Size("@") + "</SampleStage>", "@", c.text)));
     EXPECT_EQ(fPlan.getStage(1)->stageNumber, c.integer) << c.text;
     EXPECT_EQ(fPlan.getStage(1)->paramValue, c.number) << c.text;
   }
-}
-
-TEST_F(PlanReader, ReadsEveryExample) {
-  int read = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(SV_EXAMPLES "/plans")) {
-    if (entry.path().extension() != ".xml") continue;  // what a draw has left there
-    EXPECT_EQ(Sample(entry.path()), 0) << entry.path();
-    ++read;
-  }
-  EXPECT_GE(read, 14);
 }
 
 // What no grammar stands before: each of these is code 1, soon and within little memory.
@@ -239,35 +201,15 @@ TEST_F(PlanReader, RefusesHostileFiles) {
     return "<!DOCTYPE KORVSurveyPlans SYSTEM 'http://nowhere.invalid/x.dtd' [" + subset + "]>" +
            Design(inner);
   };
+  constexpr int kMany = 200'000;
   std::string laughs = "<!ENTITY a0 'ha'>";
   std::string parameters = "<!ENTITY % p0 ''>";
   for (int i = 1; i < 10; ++i) {
-    std::string ten;
-    std::string tenParameters;
-    for (int k = 0; k < 10; ++k) {
-      ten += "&a" + std::to_string(i - 1) + ";";
-      tenParameters += "&#37;p" + std::to_string(i - 1) + ";";
-    }
-    laughs += "<!ENTITY a" + std::to_string(i) + " '" + ten + "'>";
-    parameters += "<!ENTITY % p" + std::to_string(i) + " '" + tenParameters + "'>";
+    const auto tenOf = [i](const char* entity) { return Repeated(10, entity + std::to_string(i - 1) + ';'); };
+    laughs += "<!ENTITY a" + std::to_string(i) + " '" + tenOf("&a") + "'>";
+    parameters += "<!ENTITY % p" + std::to_string(i) + " '" + tenOf("&#37;p") + "'>";
   }
-  std::string names;
-  std::string attributes = "<a";
-  std::string entities;
-  for (int i = 0; i < 200'000; ++i) {
-    names += "<n" + std::to_string(i) + "/>";
-    attributes += " n" + std::to_string(i) + "=''";
-    entities += "<!ENTITY n" + std::to_string(i) + " ''>";
-  }
-  std::string types;
-  for (int i = 0; i < 20'000; ++i) types += kType;
-  std::string nodes;
-  for (int i = 0; i < 2'000'000; ++i) nodes += "<n/>";
-  const struct {
-    int code;
-    const char* aim;
-    std::string text;
-  } kTexts[] = {
+  const Case kTexts[] = {
       {kPlanInvalidFile, "empty", ""},
       {kPlanInvalidFile, "not well-formed", "<p><SampleDesign></p>"},
       {kPlanInvalidFile, "no XML", std::string("\0\xff\xfe\x01", 4)},
@@ -288,22 +230,22 @@ TEST_F(PlanReader, RefusesHostileFiles) {
        typed(laughs + "<!ATTLIST SampleDesign wrEstimation CDATA '&a9;'>")},
       {kPlanInvalidFile, "laughs in parameters", typed(parameters + "%p9;")},
       {kPlanInvalidFile, "a long entity", typed("<!ENTITY e '" + std::string(5000, 'x') + "'>", "")},
-      {kPlanInvalidFile, "many entities", typed(entities)},
+      {kPlanInvalidFile, "many entities", typed(Repeated(kMany, "<!ENTITY n@ ''>"))},
       {kPlanInvalidFile, "attributes declared in the plan", typed("<!ATTLIST q r CDATA ''>")},
-      {kPlanInvalidFile, "many names", Design(names)},
-      {kPlanInvalidFile, "many attributes", Design(attributes + "/>")},
-      {kPlanInvalidFile, "many nodes", Design(nodes)},
+      {kPlanInvalidFile, "many names", Design(Repeated(kMany, "<n@/>"))},
+      {kPlanInvalidFile, "many attributes", Design("<a" + Repeated(kMany, " n@=''") + "/>")},
+      {kPlanInvalidFile, "many nodes", Design(Repeated(2'000'000, "<n/>"))},
       {kPlanInvalidFile, "a long label", Design("<x label='" + std::string(2'000'000, 'x') + "'/>")},
-      {kPlanInvalidFile, "many variables of a table", Design(Wor(kByType + Table(types, Row("5", {}))))},
+      {kPlanInvalidFile, "many variables of a table",
+       Design(Wor(kByType + Table(Repeated(20'000, kType), Row("5", {}))))},
   };
   for (const auto& c : kTexts) EXPECT_EQ(SampleText(c.text), c.code) << c.aim;
 
   const PlanFile pipe("");
   unlink(pipe.Path().c_str());
   ASSERT_EQ(mkfifo(pipe.Path().c_str(), 0600), 0);
-  for (const std::string& path :
-       {pipe.Path(), std::string("/"), std::string("/dev/zero"), std::string("/dev/tty"),
-        std::string("/no/such"), std::string(), std::string("http://nowhere.invalid/")}) {
+  for (const char* path :
+       {pipe.Path().c_str(), "/", "/dev/zero", "/dev/tty", "/no/such", "", "http://nowhere.invalid/"}) {
     EXPECT_EQ(Sample(path), kPlanInvalidFile) << path;
   }
 }
@@ -311,16 +253,9 @@ TEST_F(PlanReader, RefusesHostileFiles) {
 // Sound plans of an odd shape: deep, long, in UTF-16, under a name that is no text.
 TEST_F(PlanReader, ReadsUnusualFiles) {
   constexpr int kDeep = 100'000;
-  std::string open;
-  std::string close;
-  std::string rows;
-  for (int i = 0; i < kDeep; ++i) {
-    open += "<x>";
-    close += "</x>";
-    rows += Row("5");
-  }
-  EXPECT_EQ(SampleText(Design(open + Wor("") + close)), kPlanNoSizeOrRate);
-  EXPECT_EQ(SampleText(Design(Wor(kByType + Table(kType, rows, kDeep)))), 0);
+  EXPECT_EQ(SampleText(Design(Repeated(kDeep, "<x>") + Wor("") + Repeated(kDeep, "</x>"))),
+            kPlanNoSizeOrRate);
+  EXPECT_EQ(SampleText(Design(Wor(kByType + Table(kType, Repeated(kDeep, Row("5")), kDeep)))), 0);
   EXPECT_EQ(fPlan.getStage(1)->paramMatrix.getMapSize(), 100'000U);
 
   std::string wide = "\xff\xfe";

@@ -25,7 +25,4 @@ TEST(ParserMessage, FillsItemsAndGroup) {
             (std::vector<std::string>{
                 "|b and a^2, ^3", "Plan stage 0...|a e", "Plan stage 12...|X is not a valid subcommand name.",
                 "|The command has text before its first subcommand, or a slash without a name."}));
-  EXPECT_FALSE(ParserMessage::IsName(nullptr));
-  EXPECT_FALSE(ParserMessage::IsName(""));
-  EXPECT_TRUE(ParserMessage::IsName("1 a"));
 }

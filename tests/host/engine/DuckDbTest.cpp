@@ -7,41 +7,34 @@
 namespace {
 
 TEST(DuckDb, CleansReasons) {
-  struct Case {
-    const char* message;
-    const char* reason;
-  };
-  const Case kCases[] = {
+  const std::pair<const char*, const char*> kCases[] = {
       {nullptr, "DuckDB failed without a reason"},
-      {"", "DuckDB failed without a reason"},
       {"IO Error: ", "DuckDB failed without a reason"},
       {"no class at all", "no class at all"},
       {"Catalog Error: no table x!\nDid you mean y?\n\nLINE 1: FROM x", "no table x!"},
       {"Invalid Input Error: a value: is bad. . ", "a value: is bad"},
       {"Invalid Error: IO Error: no space.", "no space"},
-      {"copying failed: IO Error: no space", "copying failed: IO Error: no space"},
       {"IO Error: copying failed: IO Error: no space", "copying failed: IO Error: no space"},
   };
-  for (const Case& c : kCases) EXPECT_EQ(CleanReason(c.message), c.reason);
-}
-
-TEST(DuckDb, Quotes) {
-  EXPECT_EQ(QuoteIdentifier("a \"b\" 'c'"), "\"a \"\"b\"\" 'c'\"");
-  EXPECT_EQ(QuoteLiteral("a \"b\" 'c'"), "'a \"b\" ''c'''");
-}
-
-// Fetches all rows of a stream.
-void Drain(DuckResult result) {
-  while (result.Fetch()) {
-  }
+  for (const auto& [message, reason] : kCases) EXPECT_EQ(CleanReason(message), reason);
 }
 
 // Goal: DuckDB keeps the reason of a failure in another place for each step; it must reach the message from
 // all of them, as one line.
 TEST_F(FrameFixture, ReasonsOfDuckDb) {
   DuckConnection connection = fSession.Layer<WorkDatabase>().Connect();
-  connection.Run("CREATE TABLE small (n DOUBLE CHECK (n < 5), s VARCHAR)");
-  const std::vector<duckdb_type> types = {DUCKDB_TYPE_DOUBLE, DUCKDB_TYPE_VARCHAR};
+  connection.Run("CREATE TABLE small (n DOUBLE CHECK (n < 5))");
+  const auto stream = [&](const char* sql) {
+    DuckResult result = connection.Stream(sql);
+    while (result.Fetch()) {
+    }
+  };
+  const auto append = [&](const char* table) {
+    DuckAppender appender(connection, table, {DUCKDB_TYPE_DOUBLE});
+    appender.SetNumber(0, 7.0);
+    appender.EndRow();
+    appender.Close();
+  };
   struct Case {
     const char* aim;
     std::function<void()> step;
@@ -49,36 +42,16 @@ TEST_F(FrameFixture, ReasonsOfDuckDb) {
   };
   const Case kCases[] = {
       {"a statement", [&] { connection.Run("SELECT error('boom')"); }, "boom"},
-      {"a query", [&] { connection.Query("SELECT 'x'::DOUBLE"); }, "Could not convert string 'x' to DOUBLE"},
-      {"a stream that can't be prepared", [&] { connection.Stream("FROM none"); },
-       "Table with name none does not exist!"},
-      {"a stream that can't start",
-       [&] { connection.Stream("SELECT error('start') FROM range(3) t(i) ORDER BY i"); }, "start"},
-      {"a stream that breaks off",
-       [&] { Drain(connection.Stream("SELECT if(i = 900000, error('late'), i) FROM range(1000000) t(i)")); },
+      {"a query", [&] { connection.Query("SELECT 'x'::INT"); }, "Could not convert string 'x' to INT32"},
+      {"no stream", [&] { stream("FROM none"); }, "Table with name none does not exist!"},
+      {"its start", [&] { stream("SELECT error('start') FROM range(3) t(i) ORDER BY i"); }, "start"},
+      {"its end", [&] { stream("SELECT if(i > 900000, error('late'), i) FROM range(1000000) t(i)"); },
        "late"},
-      {"columns of nothing", [&] { connection.QueryColumns("FROM none"); },
-       "Table with name none does not exist!"},
-      {"columns of no query", [&] { connection.QueryColumns("DELETE FROM small"); },
-       "a statement that isn't a query"},
-      {"an appender without a table", [&] { DuckAppender(connection, "none", types); },
-       "Table \".main.none\" could not be found"},
-      {"an appender whose rows are refused",
-       [&] {
-         DuckAppender appender(connection, "small", types);
-         appender.SetNumber(0, 7.0);
-         appender.SetNull(1);
-         appender.EndRow();
-         appender.Close();
-       },
+      {"no columns", [&] { connection.QueryColumns("DELETE FROM small"); }, "a statement that isn't a query"},
+      {"no table", [&] { append("none"); }, "Table \".main.none\" could not be found"},
+      {"a row", [&] { append("small"); },
        "Failed to append: CHECK constraint failed on table small with expression CHECK((n < 5))"},
-      {"a stream after a stop request",
-       [&] {
-         DuckResult result = connection.Stream("FROM range(10)");
-         RequestStop();
-         Drain(std::move(result));
-       },
-       "stopped"},
+      {"a stop request", [&] { RequestStop(), stream("FROM range(10)"); }, "stopped"},
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
@@ -107,14 +80,11 @@ TEST_F(FrameFixture, AppendsBlocks) {
   appender.Close();
   EXPECT_EQ(blocks, 2);
   DuckResult result = connection.Query(
-      "SELECT count(*), sum(n)::BIGINT, count(s), count(*) FILTER (s = 'a text longer than a cell ' || "
-      "n::BIGINT) FROM "
-      "t");
+      "SELECT count(*), sum(n)::BIGINT, count(s), count_if(s = 'a text longer than a cell ' || n::BIGINT) "
+      "FROM t");
   const DuckChunk row = result.Fetch();
-  EXPECT_EQ(row.Values<std::int64_t>(0)[0], 5000);
-  EXPECT_EQ(row.Values<std::int64_t>(1)[0], 4999 * 2500);
-  EXPECT_EQ(row.Values<std::int64_t>(2)[0], 5000 - 2048);
-  EXPECT_EQ(row.Values<std::int64_t>(3)[0], 5000 - 2048);
+  const std::int64_t kExpected[] = {5000, 4999 * 2500, 5000 - 2048, 5000 - 2048};
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(row.Values<std::int64_t>(i)[0], kExpected[i]) << i;
 }
 
 }  // namespace

@@ -1,12 +1,8 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <optional>
-#include <sstream>
 
+#include "TestFolder.h"
 #include "host/files/TemporaryFile.h"
 #include "host/files/TemporaryFolder.h"
 
@@ -14,22 +10,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void Put(const std::string& path, const std::string& text) {
-  std::ofstream(path) << text;
-}
-
-std::string Get(const std::string& path) {
-  std::ostringstream text;
-  text << std::ifstream(path).rdbuf();
-  return fs::exists(path) ? text.str() : "none";
-}
-
 // Goal: whichever step a commit ends after, the target is the old file or the new one, and nothing is left
 // beside it.
 TEST(TemporaryFile, LeavesTheOldFileOrTheNewOne) {
   struct Case {
     const char* aim;
-    int steps;  // of Finish, KeepOldFile, Replace, SyncPlace, Settle
+    std::size_t steps;  // of Finish, KeepOldFile, Replace, SyncPlace, Settle
     const char* during;
     const char* after;
   };
@@ -37,53 +23,46 @@ TEST(TemporaryFile, LeavesTheOldFileOrTheNewOne) {
       {"only written", 0, "old", "old"}, {"finished", 1, "old", "old"}, {"kept", 2, "old", "old"},
       {"replaced", 3, "new", "old"},     {"synced", 4, "new", "old"},   {"settled", 5, "new", "new"},
   };
-  for (const bool hasOld : {true, false}) {
+  constexpr fs::perms kPrivate = fs::perms::owner_read | fs::perms::owner_write;
+  for (const std::string old : {"old", ""}) {
     for (const Case& c : kCases) {
-      SCOPED_TRACE(std::string(c.aim) + (hasOld ? "" : ", no old file"));
-      const TemporaryFolder folder;
-      const std::string target = folder.Path() + "/t.csv";
-      const auto expected = [&](const char* text) { return !hasOld && text[0] == 'o' ? "none" : text; };
-      if (hasOld) {
-        Put(target, "old");
-        fs::permissions(target, fs::perms::owner_read | fs::perms::owner_write);
-      }
-      Put(folder.Path() + "/.t.csv.svselect-new", "of a killed run");
-      Put(folder.Path() + "/.t.csv.svselect-new.wal", "of a killed run");
+      SCOPED_TRACE(c.aim + (old.empty() ? ", no old file" : old));
+      const TestFolder folder;
+      const auto expected = [&](const std::string& text) { return text == "old" ? old : text; };
+      if (!old.empty()) fs::permissions(folder.Write("t.csv", old), kPrivate);
+      folder.Write(".t.csv.svselect-new", "of a killed run");
+      folder.Write(".t.csv.svselect-new.wal", "of a killed run");
       std::string why;
-      std::unique_ptr<TemporaryFile> file = TemporaryFile::Open(target, &why);
+      std::unique_ptr<TemporaryFile> file = TemporaryFile::Open(folder.Path("t.csv"), &why);
       ASSERT_NE(file, nullptr) << why;
       EXPECT_FALSE(fs::exists(file->TemporaryPath()));
-      Put(file->TemporaryPath(), "new");
+      std::ofstream(file->TemporaryPath()) << "new";
       const std::function<bool()> steps[] = {
-          [&] { return file->Finish(&why); }, [&] { return file->KeepOldFile(&why); },
-          [&] { return file->Replace(&why); }, [&] { return file->SyncPlace(&why); },
-          [&] {
-            file->Settle();
-            return true;
-          }};
-      for (int i = 0; i < c.steps; ++i) ASSERT_TRUE(steps[i]()) << i << why;
-      EXPECT_EQ(Get(target), expected(c.during));
+          [&] { return file->Finish(&why); },   [&] { return file->KeepOldFile(&why); },
+          [&] { return file->Replace(&why); },  [&] { return file->SyncPlace(&why); },
+          [&] { return file->Settle(), true; },
+      };
+      for (std::size_t i = 0; i < c.steps; ++i) ASSERT_TRUE(steps[i]()) << i << why;
+      EXPECT_EQ(folder.Text("t.csv"), expected(c.during));
       file.reset();
-      EXPECT_EQ(Get(target), expected(c.after));
-      EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), fs::exists(target) ? 1 : 0);
-      if (hasOld) {
-        EXPECT_EQ(fs::status(target).permissions(), fs::perms::owner_read | fs::perms::owner_write);
-      }
+      EXPECT_EQ(folder.Text("t.csv"), expected(c.after));
+      EXPECT_EQ(folder.Names(), expected(c.after).empty() ? "" : "t.csv");
+      EXPECT_TRUE(old.empty() || fs::status(folder.Path("t.csv")).permissions() == kPrivate);
     }
   }
 }
 
 TEST(TemporaryFile, ReplacesWhatALinkLeadsTo) {
-  const TemporaryFolder folder;
-  fs::create_directory(folder.Path() + "/far");
-  fs::create_symlink("far/t.csv", folder.Path() + "/link.csv");
+  const TestFolder folder;
+  fs::create_directory(folder.Path("far"));
+  fs::create_symlink("far/t.csv", folder.Path("link.csv"));
   std::string why;
   for (const char* text : {"one", "two"}) {
-    ASSERT_TRUE(WriteWholeFile(folder.Path() + "/link.csv", text, &why)) << why;
-    EXPECT_EQ(Get(folder.Path() + "/far/t.csv"), text);
-    EXPECT_TRUE(fs::is_symlink(folder.Path() + "/link.csv"));
+    ASSERT_TRUE(WriteWholeFile(folder.Path("link.csv"), text, &why)) << why;
+    EXPECT_EQ(folder.Text("far/t.csv"), text);
+    EXPECT_TRUE(fs::is_symlink(folder.Path("link.csv")));
   }
-  EXPECT_FALSE(WriteWholeFile(folder.Path() + "/none/t.csv", "x", &why));
+  EXPECT_FALSE(WriteWholeFile(folder.Path("none/t.csv"), "x", &why));
   EXPECT_EQ(why, "No such file or directory");
 }
 
@@ -92,8 +71,7 @@ TEST(TemporaryFolder, RemovesStaleFolders) {
   std::optional<TemporaryFolder> living(std::in_place);
   const std::string stale = living->Path() + "stale";
   const std::string other = fs::path(living->Path()).parent_path().string() + "/svselect-test-other";
-  fs::create_directory(stale);
-  Put(stale + "/f", "x");
+  fs::create_directories(stale + "/f");
   fs::create_directory(other);
   const TemporaryFolder next;
   EXPECT_TRUE(fs::is_directory(living->Path()) && fs::is_directory(next.Path()));

@@ -9,24 +9,12 @@
 
 namespace {
 
-OBS Number(double value) {
-  OBS cell;
-  cell.number = value;
-  return cell;
-}
-
-// The cells of a text, padded with blanks.
-std::vector<OBS> Text(const std::string& text, int width) {
-  std::vector<OBS> cells(ObsCells(width));
-  std::memset(cells.data(), ' ', cells.size() * sizeof(OBS));
-  std::memcpy(cells.data(), text.data(), text.size());
-  return cells;
-}
-
+// The cells of a text, padded with blanks, and a number in front of them.
 std::vector<OBS> Key(double number, const std::string& text, int width) {
-  std::vector<OBS> key{Number(number)};
-  const std::vector<OBS> more = Text(text, width);
-  key.insert(key.end(), more.begin(), more.end());
+  std::vector<OBS> key(1 + ObsCells(width));
+  std::memset(key.data(), ' ', key.size() * sizeof(OBS));
+  key[0].number = number;
+  std::memcpy(&key[1], text.data(), text.size());
   return key;
 }
 
@@ -45,10 +33,10 @@ TEST(ObsVecMap, LayoutFollowsTheDictionary) {
   EXPECT_EQ(ObsVecMap(spec, 4).CellSize(), 2u + 1 + 3 + 1 + 4);
   // A column of long texts: the last byte still tells two values apart.
   ObsVecMap wide(ObsVecMap::MakeKeySpec(source, {4}), 1);
-  std::vector<OBS> key = Text("", 40000);
-  wide.Insert(key.data());
+  std::vector<OBS> key = Key(0, "", 40000);
+  wide.Insert(&key[1]);
   key.back().text[7] = 'x';
-  EXPECT_EQ(wide.Contains(key.data()), nullptr);
+  EXPECT_EQ(wide.Contains(&key[1]), nullptr);
 }
 
 TEST(ObsVecMap, ComparesNumbersAsNumbersAndStringsAsBytes) {
@@ -60,7 +48,7 @@ TEST(ObsVecMap, ComparesNumbersAsNumbersAndStringsAsBytes) {
   EXPECT_EQ(map.Contains(Key(5e-324, "abcdefghij", 10).data()), nullptr);
   // The eight bytes of -0 are a text other than that of 0.
   ObsVecMap texts({8}, 1);
-  const OBS zero = Number(0.0), minusZero = Number(-0.0);
+  const OBS zero = {.number = 0.0}, minusZero = {.number = -0.0};
   texts.Insert(&zero);
   EXPECT_EQ(texts.Contains(&minusZero), nullptr);
 }

@@ -115,31 +115,23 @@ TEST(Values, TextsAndTheirReading) {
 TEST(Values, FormatsSuitTypes) {
   constexpr std::uint8_t kUnknownType = 3;
   struct Case {
-    const char* aim;
-    KORV_Format format;
     int type;
+    KORV_Format format;
     bool suits;
   };
   const Case kCases[] = {
-      {"a number", {5, kFormatF, 0}, 0, true},
-      {"a number without any width", {0, kFormatF, 0}, 0, false},
-      {"a string's format for a number", {8, kFormatA, 0}, 0, false},
-      {"hexadecimal digits for a number", {2, kFormatAHex, 0}, 0, false},
-      {"a type of format that nobody knows", {8, kUnknownType, 0}, 0, false},
-      {"a number's format for a string", {8, kFormatF, 2}, 8, false},
-      {"a string without any width", {0, kFormatA, 0}, 8, false},
-      {"the start of a string", {3, kFormatA, 0}, 8, true},
-      {"would read beyond the string", {9, kFormatA, 0}, 8, false},
-      {"two digits for each byte", {16, kFormatAHex, 0}, 8, true},
-      {"half a byte", {15, kFormatAHex, 0}, 8, false},
-      {"digits beyond the string", {18, kFormatAHex, 0}, 8, false},
+      {0, {5, kFormatF, 0}, true},     {0, {0, kFormatF, 0}, false},     {0, {8, kFormatA, 0}, false},
+      {0, {2, kFormatAHex, 0}, false}, {0, {8, kUnknownType, 0}, false}, {8, {8, kFormatF, 2}, false},
+      {8, {0, kFormatA, 0}, false},    {8, {3, kFormatA, 0}, true},      {8, {9, kFormatA, 0}, false},
+      {8, {16, kFormatAHex, 0}, true}, {8, {15, kFormatAHex, 0}, false}, {8, {18, kFormatAHex, 0}, false},
   };
-  for (const Case& c : kCases) {
-    SCOPED_TRACE(c.aim);
-    EXPECT_EQ(FormatSuits(c.format, c.type), c.suits);
-    KORV_Variable variable("v", c.type);
-    variable.SetFormat(c.format.type, c.format.width, c.format.decimals);
-    const KORV_Format byType = c.type == 0 ? KORV_Format{8, kFormatF, 2} : KORV_Format{8, kFormatA, 0};
-    EXPECT_EQ(UsableFormat(variable), c.suits ? c.format : byType);
+  for (const auto& [type, format, suits] : kCases) {
+    SCOPED_TRACE(testing::Message() << "type " << type << ", format " << +format.type << ", width "
+                                    << format.width);
+    EXPECT_EQ(FormatSuits(format, type), suits);
+    KORV_Variable variable("v", type);
+    variable.SetFormat(format.type, format.width, format.decimals);
+    const KORV_Format byType = type == 0 ? KORV_Format{8, kFormatF, 2} : KORV_Format{8, kFormatA, 0};
+    EXPECT_EQ(UsableFormat(variable), suits ? format : byType);
   }
 }

@@ -15,16 +15,13 @@ TEST(BpComposite, FillsTemplates) {
   const Case kCases[] = {
       {"Sample size ^1 [%1 = %2:, ^1 = ^2:]2 ...", {"A", "1", "B", "2"}, "Sample size one A = 1, B = 2 ..."},
       {"[%1:, ^1:]2", {"a", "b", "c"}, "a, b, c"},
-      {"[%1:, ^1:]2", {"a"}, "a"},
       {"<[%1:, ^1:]2>", {}, "<>"},
       {"[%1:, ^1:]2", {"^1", "[%1:, ^1:]2", "%1"}, "^1, [%1:, ^1:]2, %1"},
       {"[%2(%1):; ^2(^1):]2", {"a", "b", "c", "d", "e"}, "b(a); d(c); (e)"},
-      {"[first:next:]2", {"a", "b"}, "firstnext"},
       {"[%1:, ^1:]1", {"a"}, "one"},
       {"^2, ^1, ^2", {"a", "b"}, "a, b, one, a, b"},
       {"^3 ^0 ^ ^x ^^1 [a] [a:b:] [a:b:]3 [a:b", {}, "^3 ^0 ^ ^x ^one [a] [a:b:] [a:b:]3 [a:b"},
       {"^99999999999999999999", {}, "^99999999999999999999"},
-      {"", {}, ""},
   };
   for (const Case& c : kCases) {
     BpComposite composite(c.pattern, true);
@@ -38,23 +35,16 @@ TEST(BpComposite, FillsTemplates) {
 }
 
 TEST(BpNumber, ShowsCountsAndPercentages) {
-  struct Case {
-    double value;
-    const char* count;
-    const char* percent;
+  const std::pair<double, std::string> kCases[] = {
+      {-0.04, "0 0.0%"},
+      {33.349, "33 33.3%"},
+      {-1.96, "-2 -2.0%"},
+      {2147483647.0, "2147483647 2147483647.0%"},
   };
-  const Case kCases[] = {{0.0, "0", "0.0%"},
-                         {-0.0, "0", "0.0%"},
-                         {-0.04, "0", "0.0%"},
-                         {25.0, "25", "25.0%"},
-                         {33.349, "33", "33.3%"},
-                         {-1.96, "-2", "-2.0%"},
-                         {2147483647.0, "2147483647", "2147483647.0%"}};
-  for (const Case& c : kCases) {
-    const BpNumber count(c.value, BpProcedure::Count());
-    EXPECT_EQ(count.Text(), c.count);
-    EXPECT_EQ(count.Number(), c.value);
-    EXPECT_EQ(BpNumber(c.value, BpProcedure::Percent()).Text(), c.percent);
+  for (const auto& [value, shown] : kCases) {
+    const BpNumber count(value, BpProcedure::Count());
+    EXPECT_EQ(count.Text() + ' ' + BpNumber(value, BpProcedure::Percent()).Text(), shown);
+    EXPECT_EQ(count.Number(), value);
   }
   for (const double none : {MCMV::gMissingValue, HUGE_VAL, std::nan("")}) {
     EXPECT_EQ(BpNumber(none, BpProcedure::Percent()).Text(), ".");

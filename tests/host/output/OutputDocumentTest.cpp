@@ -33,66 +33,35 @@ TEST(OutputDocument, KeepsTheOrderAndRaisesTheFlag) {
   EXPECT_EQ(pvGetCmnGlb()->errorFlag, 1);
   EXPECT_EQ(MessagesAsText(),
             "Warning: careful\nWarning: a.csv, line 3: bad bytes\nError: Plan stage 2... wrong\n");
-}
-
-TEST(OutputDocument, CountsRepeatsBeyondAHundred) {
-  HostSession session;
-  OutputDocument& document = OutputDocument::Current();
-  Issue("first", kWarningLevel);
-  for (int i = 0; i < 103; ++i) {
-    Issue("same", kWarningLevel);
-    Issue("same", kErrorLevel, i < 100 ? 1 : 0);
-    if (i < 100) document.AddMessage(kWarningLevel, "same", "group");
-  }
-  EXPECT_EQ(document.Messages().size(), 301U);
-  std::int64_t repeats = 0;
-  for (const OutputMessage& m : document.Messages()) repeats += m.repeats;
-  EXPECT_EQ(repeats, 3);
-  EXPECT_EQ(document.Messages()[1].repeats, 3);
-  const std::string text = MessagesAsText();
-  EXPECT_TRUE(text.ends_with("Warning: same\n  ... and 3 more\nError: same\nWarning: group same\n"));
+  document.DropErrors();
+  EXPECT_EQ(MessagesAsText(), "Warning: careful\nWarning: a.csv, line 3: bad bytes\n");
 }
 
 TEST(OutputDocument, BoundsTheMessages) {
   HostSession session;
   OutputDocument& document = OutputDocument::Current();
-  Issue("again", kWarningLevel, 100);
-  for (int i = 0; i < 9900; ++i) Issue(std::to_string(i), kWarningLevel);
+  // A hundred of each text, level and group; further ones are counted there.
+  Issue("same", kWarningLevel, 103);
+  Issue("same", kErrorLevel, 100);
+  for (int i = 0; i < 100; ++i) document.AddMessage(kWarningLevel, "same", "group");
+  EXPECT_EQ(document.Messages().front().repeats, 3);
+  EXPECT_EQ(MessagesAsText(),
+            "Warning: same (103 times)\nError: same (100 times)\nWarning: group same (100 times)\n");
+  for (int i = 0; i < 9700; ++i) Issue(std::to_string(i), kWarningLevel);
   EXPECT_EQ(document.FurtherMessages(), 0);
   Issue("new", kErrorLevel);
   Issue("0", kWarningLevel);  // not yet a hundred of these
-  Issue("again", kWarningLevel, 7);
+  Issue("same", kWarningLevel, 4);
   EXPECT_EQ(document.Messages().size(), 10000U);
   EXPECT_EQ(document.FurtherMessages(), 2);
   EXPECT_EQ(document.Messages().front().repeats, 7);
   EXPECT_EQ(pvGetCmnGlb()->errorFlag, 1);
-  EXPECT_TRUE(MessagesAsText().ends_with("Warning: 9899\n... and 2 more messages\n"));
+  EXPECT_TRUE(MessagesAsText().ends_with("Warning: 9699\nError: ... and 2 more messages\n"));
   std::ostringstream out;
   WriteJsonReport({RunStatus::kError, &document}, out);
   EXPECT_NE(out.str().find(R"({"level":"error","text":"... and 2 more messages","group":"","repeats":0}],)"),
             std::string::npos);
   document.DropErrors();
-  EXPECT_EQ(document.AllMessages().size(), 10001U);
+  EXPECT_EQ(document.AllMessages().size(), 9901U);
   EXPECT_EQ(document.AllMessages().back().level, kWarningLevel);
-}
-
-TEST(OutputDocument, ShowsNotesByGroup) {
-  HostSession session;
-  OutputDocument& document = OutputDocument::Current();
-  document.SetProcedure("SVSelect");
-  document.AddNote({2, "b", "1"});
-  document.AddNote({1, "a label", "2"});
-  document.AddNote({2, "c", "3"});
-  std::ostringstream out;
-  RenderText(document, kDefaultTextWidth, out);
-  EXPECT_EQ(out.str(), "SVSelect\n\na label  2\n\nb        1\nc        3\n");
-}
-
-TEST(OutputDocument, KeepsWarningsWhenErrorsAreDropped) {
-  HostSession session;
-  Issue("careful", kWarningLevel);
-  Issue("s.parquet can't be written: Interrupted!", kErrorLevel);
-  Issue("again", kWarningLevel);
-  OutputDocument::Current().DropErrors();
-  EXPECT_EQ(MessagesAsText(), "Warning: careful\nWarning: again\n");
 }

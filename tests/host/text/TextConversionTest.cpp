@@ -2,14 +2,13 @@
 
 // Generic text there and back: what is no text comes back as U+FFFD, never as something shorter.
 TEST(TextConversion, ConvertsAnything) {
-  const struct {
+  struct Case {
     std::string text;
     std::u16string wide;
     std::string back;
-  } kCases[] = {
-      {"", u"", ""},
+  };
+  const Case kCases[] = {
       {"a\u00e9\u20ac\U0001F600", u"a\u00e9\u20ac\U0001F600", "a\u00e9\u20ac\U0001F600"},
-      {"\xff", u"\ufffd", "\ufffd"},
       {"x\xc3", u"x\ufffd", "x\ufffd"},
       {"\xc0\xaf", u"\ufffd\ufffd", "\ufffd\ufffd"},
       {std::string("a\0b", 3), std::u16string(u"a\0b", 3), std::string("a\0b", 3)},
@@ -27,17 +26,9 @@ TEST(TextConversion, ConvertsAnything) {
   KORVMBU16ToGeneric(converter, lone, {char16_t{'a'}, char16_t{0xD800}, char16_t{'b'}});
   EXPECT_EQ(lone, "a\ufffdb");
   KORVMBConverterDelete_A(converter);
-  char16_t* const buffer = KORVMBTranscodeGeneric("\u00e9");
-  EXPECT_EQ(std::u16string(buffer), u"\u00e9");
-  KORVMBRelease(buffer);
 }
 
-TEST(TextConversion, TrimsAndFindsCharacters) {
-  for (std::string text : {"", " \t", " a b\t", "a b"}) {
-    const bool isBlank = text.find('a') == std::string::npos;
-    KORVMBstrtrim_A(text);
-    EXPECT_EQ(text, isBlank ? "" : "a b");
-  }
+TEST(TextConversion, FindsStartsOfCharacters) {
   const std::string text = std::string(9, 'x') + "\U0001F600\xff\x80\x80\x80\x80z";
   const std::size_t kStarts[] = {9, 9, 9, 9, 13, 14, 15, 16, 17, 18, 19};
   for (std::size_t i = 0; i < std::size(kStarts); ++i)

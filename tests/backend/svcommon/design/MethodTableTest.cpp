@@ -4,16 +4,11 @@
 
 namespace {
 
-// Goal: the two numberings part at the last four methods, and what is no method has none of their properties.
+// Goal: the two numberings part at the last four methods.
 TEST(MethodTable, FindsMethodsByTheirNumbers) {
   std::vector<int> codes;
   for (int type = -1; type <= 17; ++type) codes.push_back(MethodOfType(type).code);
   EXPECT_EQ(codes, (std::vector<int>{0, 0, 1, 2, 3, 4, 5, 6, 7, 9, 10, 11, 8, 0, 0, 0, 0, 0, 0}));
-  for (const int code : {-1, 0, 1000}) {
-    EXPECT_FALSE(MethodOf(code).IsPps() || MethodOf(code).equalProbability) << code;
-    EXPECT_EQ(MethodTypeText(code), code == 0 ? "method not defined" : "unrecognized");
-  }
-  EXPECT_EQ(MethodTypeText(kMethodPpsBrewer).substr(0, 6), "Brewer");
 }
 
 // Goal: a row that was copied and not quite filled in.
@@ -38,15 +33,6 @@ TEST(MethodTable, TellsTheEstimatorsOfMethodsWithoutReplacement) {
   }
   EXPECT_EQ(equal, "simple_wor ");
   EXPECT_EQ(unequal, "pps_wor pps_brewer pps_murthy pps_sampford ");
-}
-
-TEST(MethodTable, ListsNames) {
-  const auto none = [](const SVMethod&) { return false; };
-  const auto one = [](const SVMethod& method) { return method.mayDrawForever; };
-  const auto three = [](const SVMethod& method) { return method.statedProbs != StatedProbs::kMet; };
-  EXPECT_EQ(MethodNames(none, ", ", " and "), "");
-  EXPECT_EQ(MethodNames(one, ", ", " and "), "PPS_SAMPFORD");
-  EXPECT_EQ(MethodNames(three, ", ", " and "), "PPS_WOR, PPS_BREWER and PPS_SAMPFORD");
 }
 
 }  // namespace

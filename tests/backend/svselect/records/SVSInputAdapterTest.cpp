@@ -1,19 +1,19 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <gmock/gmock.h>
 
 #include <algorithm>
-#include <cstring>
-#include <optional>
 
-#include "FrameSession.h"
+#include "DrawSession.h"
 #include "backend/svcommon/adapters/SVMessages.h"
 #include "backend/svcommon/adapters/SVProcDSMultiIter.h"
 #include "backend/svselect/records/SVSInputAdapter.h"
-#include "host/numeric/Obs.h"
+#include "host/engine/DuckDb.h"
+#include "host/engine/WorkDatabase.h"
 
 namespace {
 
-using Texts = std::vector<std::string>;
+using testing::ElementsAre;
 
 // A stage of a design, by the names of its variables.
 struct Plan {
@@ -22,7 +22,7 @@ struct Plan {
   bool includeUserMissing = false;
 };
 
-// A pass over a frame with the specifications of a plan, or several.
+// Passes over a frame with the specifications of a plan.
 class Passes {
 public:
   Passes(FrameSession& session, const Plan& plan) : fMessages(&session.Source()) {
@@ -34,19 +34,10 @@ public:
     if (!plan.mos.empty()) fSpecs.SetMosVariable(session.Find(plan.mos));
     fSpecs.SetClassMissingExclude(!plan.includeUserMissing);
     fSpecs.AddDesignStage("", &fStage, nullptr, nullptr, nullptr);
-    Start(session);
-  }
-  // A table over `names` gives the stage its rate or size; one number for each key.
-  Passes(FrameSession& session, const Texts& names, InclusionType type,
-         const std::vector<std::pair<std::vector<OBS>, double>>& table, bool includeUserMissing)
-      : fMessages(&session.Source()) {
-    for (const std::string& name : names) fTableVars.push_back(session.Find(name));
-    fTable.emplace(ObsVecMap::MakeKeySpec(session.Source(), fTableVars), 1);
-    for (const auto& [key, number] : table) fTable->Insert(key.data())->number = number;
-    fStage.setInclusionType(type);
-    fSpecs.SetClassMissingExclude(!includeUserMissing);
-    fSpecs.AddDesignStage("", &fStage, &fTableVars, &*fTable, nullptr);
-    Start(session);
+    fSpecs.Validate();
+    auto iterator = SVProcDSMultiIter::MakeIterator(&session.Source());
+    fpAdapter = std::make_unique<SVSInputAdapter>(&fSpecs, &session.Source(), iterator.get(), &fMessages);
+    fpIterator = std::make_unique<SVProcDSMultiIter>(&session.Source(), std::move(iterator), fpAdapter.get());
   }
 
   // The records that are left in the pass, each as "1 2 0.5 0"; a full stop is a missing value.
@@ -54,12 +45,11 @@ public:
     Texts records;
     while (fpIterator->HasMore()) {
       const MCCommon::Record& record = *fpIterator->Next();
-      std::string text;
+      Texts cells;
       for (int i = 0; i < record.Size(); ++i) {
-        text += i == 0 ? "" : " ";
-        text += record[i] == MCMV::gMissingValue ? "." : fmt::format("{}", record[i]);
+        cells.push_back(record[i] == MCMV::gMissingValue ? "." : fmt::format("{}", record[i]));
       }
-      records.push_back(text);
+      records.push_back(fmt::format("{}", fmt::join(cells, " ")));
     }
     return records;
   }
@@ -68,16 +58,7 @@ public:
   SVProcDSMultiIter& Iterator() { return *fpIterator; }
 
 private:
-  void Start(FrameSession& session) {
-    fSpecs.Validate();
-    auto iterator = SVProcDSMultiIter::MakeIterator(&session.Source());
-    fpAdapter = std::make_unique<SVSInputAdapter>(&fSpecs, &session.Source(), iterator.get(), &fMessages);
-    fpIterator = std::make_unique<SVProcDSMultiIter>(&session.Source(), std::move(iterator), fpAdapter.get());
-  }
-
   DesignStage fStage{1};
-  std::vector<std::int32_t> fTableVars;
-  std::optional<ObsVecMap> fTable;
   SVSValidSpecs fSpecs;
   SVMessages fMessages;
   std::unique_ptr<SVSInputAdapter> fpAdapter;
@@ -128,92 +109,100 @@ TEST(SVSInputAdapter, DecidesWhatCasesBecome) {
        "1 1 2", 2, Texts{kBadRate}},
       {"measures of size pass", "m,n\n0,1\n-1.5,1\n,2\n", Plan{.strata = {"n"}, .mos = "m"},
        "1 0 0; 1 -1.5 1; 2 . 2"},
-      {"a stratum that is the size", "n\n30\n10\n30\n", Plan{.strata = {"n"}, .mos = "n"},
-       "1 30 0; 2 10 1; 1 30 2"},
-      {"no valid case", "n\n\"\"\n\"\"\n", Plan{.strata = {"n"}}, "", 2},
-      {"no case", "n\n", Plan{.strata = {"n"}}, ""},
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
     FrameSession session(c.csv, c.schema);
     Passes passes(session, c.plan);
-    const auto valid = c.records.empty() ? 0 : 1 + std::count(c.records.begin(), c.records.end(), ';');
+    const auto valid = 1 + std::count(c.records.begin(), c.records.end(), ';');
     Texts messages;
     for (int pass = 0; pass < 2; ++pass) {
       SCOPED_TRACE(pass);
       if (pass == 1) passes.Iterator().Reset();
-      EXPECT_EQ(passes.Iterator().Status(), valid > 0 ? MCCommon::kRecordReady : MCCommon::kCasesExhausted);
+      EXPECT_EQ(passes.Iterator().Status(), MCCommon::kRecordReady);
       EXPECT_EQ(fmt::format("{}", fmt::join(passes.Rest(), "; ")), c.records);
       EXPECT_EQ(passes.Iterator().Status(), MCCommon::kCasesExhausted);
-      EXPECT_EQ(passes.Iterator().Next(), nullptr);
       EXPECT_EQ(passes.Adapter().PassCounter(), pass);
       EXPECT_EQ(passes.Adapter().ValidCases(), valid);
-      EXPECT_EQ(passes.Adapter().RecordsPassed(), valid);
       EXPECT_EQ(passes.Adapter().InvalidCases(), c.rejected);
-      EXPECT_EQ(passes.Adapter().CasesRead(), valid + c.rejected);
       messages.insert(messages.end(), c.messages.begin(), c.messages.end());
       EXPECT_EQ(session.Messages(), messages);
     }
   }
 }
 
+// A case whose key isn't in the table of its stage is left out, and told. User-missing values are keys.
 TEST(SVSInputAdapter, LooksTablesUp) {
-  OBS one, nine;
-  one.number = 1;
-  nine.number = 9;
-  const auto key = [](OBS number, const char* text) {  // a number and a string of width 10
-    std::vector<OBS> cells(3);
-    std::memset(cells.data(), ' ', 24);
-    cells[0] = number;
-    std::memcpy(&cells[1], text, std::strlen(text));
-    return cells;
-  };
-  const char kFrame[] = "n,s\n1,abcdefghij\n9,zz\n2,zz\n1,\n";
-  struct Case {
-    const char* aim;
-    bool includeUserMissing;
-    InclusionType type;
-    Texts records, messages;
-  };
-  const Case kCases[] = {
-      {"excluded", false, kRateMatrix, Texts{"0.25 0"},
-       Texts{"No sampling rate 1 n = 9, s = zz ...", "No sampling rate 1 n = 2, s = zz ...",
-             "No sampling rate 1 n = 1, s =  ..."}},
-      {"included", true, kSizeMatrix, Texts{"0.25 0", "3 1"},
-       Texts{"No sample size 1 n = 2, s = zz ...", "No sample size 1 n = 1, s =  ..."}},
-  };
-  for (const Case& c : kCases) {
-    SCOPED_TRACE(c.aim);
-    FrameSession session(kFrame, kMissingNine);
-    Passes passes(session, {"n", "s"}, c.type, {{key(one, "abcdefghij"), 0.25}, {key(nine, "zz"), 3}},
-                  c.includeUserMissing);
-    EXPECT_EQ(passes.Rest(), c.records);
-    EXPECT_EQ(session.Messages(), c.messages);
-    EXPECT_EQ(passes.Adapter().InvalidCases(), static_cast<std::int64_t>(c.messages.size()));
+  const std::string variables = Var("n") + Var("s");
+  const std::string sizes = Table(variables, Row("1", {"1", "abcdefghij"}) + Row("1", {"9", "zz"}), 2);
+  const std::string rates = Replace(sizes, "InputSampleSize", "InputSampleRate");
+  for (const auto& [table, what] : {std::pair(sizes, "sample size"), std::pair(rates, "sampling rate")}) {
+    const DrawSession draw("n,s\n1,abcdefghij\n9,zz\n2,zz\n1,\n",
+                           Wor(StrataOf(variables) + table) + Out("Weight", "w"), "/CLASSMISSING INCLUDE",
+                           kMissingNine);
+    const std::string start = std::string("error: No ") + what + " 1 n = ";
+    EXPECT_THAT(draw.messages, ElementsAre(start + "2, s = zz ...", start + "1, s =  ..."));
   }
 }
 
-TEST(SVSInputAdapter, LeadsFromCodesToValuesAndBack) {
-  FrameSession session("s,n\nbb,5\na,6\n");
-  Passes passes(session, {.strata = {"s"}, .clusters = {"n"}});
-  const std::int32_t s = session.Find("s"), n = session.Find("n");
-  SVSInputAdapter& adapter = passes.Adapter();
-  // The first case has been read ahead, the second hasn't.
-  EXPECT_EQ(adapter.ObsOfCode(n, 2), nullptr);
-  passes.Rest();
-  EXPECT_EQ(adapter.ObsOfCode(n, 2)->number, 6.0);
-  EXPECT_EQ(std::string(adapter.ObsOfCode(s, 1)->text, 2), "bb");
-  for (const std::int32_t code : {-1, 0, 3}) EXPECT_EQ(adapter.ObsOfCode(n, code), nullptr);
-  EXPECT_EQ(adapter.ObsOfCode(99, 1), nullptr);
+TEST(SVProcDSMultiIter, StaysOneValidRecordAhead) {
+  FrameSession session("n\n11\n\"\"\n12\n\"\"\n\"\"\n");
+  Passes passes(session, {.strata = {"n"}});
+  const auto counts = [&adapter = passes.Adapter()] {
+    return std::vector{adapter.CasesRead(), adapter.ValidCases(), adapter.InvalidCases()};
+  };
+  EXPECT_THAT(counts(), ElementsAre(1, 1, 0));
+  // The record handed out is the case before the one that the host stands on, and stays while that is read.
+  const MCCommon::Record* record = passes.Iterator().Next();
+  EXPECT_EQ((*record)[1], 0.0);
+  EXPECT_EQ(passes.Iterator().CaseIterator()->GetNumericValue(0), 12.0);
+  EXPECT_THAT(counts(), ElementsAre(3, 2, 1));
+  // The cases behind the last valid one are read, and counted, before that one is handed out.
+  EXPECT_EQ((*passes.Iterator().Next())[1], 2.0);
+  EXPECT_EQ((*record)[1], 0.0);
+  EXPECT_THAT(counts(), ElementsAre(5, 2, 3));
+}
 
-  OBS seven;
-  seven.number = 7;
-  bool wasNew = false;
-  EXPECT_EQ(adapter.CodeOfObs(n, &seven, &wasNew, false), 0);
-  EXPECT_TRUE(wasNew);
-  EXPECT_EQ(adapter.CodeOfObs(n, &seven, &wasNew, true), 3);
-  EXPECT_TRUE(wasNew);
-  EXPECT_EQ(adapter.CodeOfObs(n, &seven, &wasNew, true), 3);
-  EXPECT_FALSE(wasNew);
-  EXPECT_EQ(adapter.CodeOfObs(99, &seven, &wasNew, true), 0);
+TEST(SVProcDSMultiIter, StartsOverFromWhereverItIs) {
+  FrameSession session("n\n1\n2\n3\n");
+  Passes passes(session, {.strata = {"n"}});
+  passes.Iterator().Reset();
+  passes.Iterator().Reset();
+  EXPECT_EQ(passes.Adapter().PassCounter(), 2);
+  EXPECT_THAT(passes.Rest(), ElementsAre("1 0"));  // the first pass hadn't seen the other cases
+  EXPECT_EQ(passes.Adapter().InvalidCases(), 2);
+}
+
+TEST(SVProcDSMultiIter, ReadsSplitGroupsThroughAsOneFile) {
+  FrameSession session("g,n\na,1\na,2\nb,3\nc,4\nc,5\n", "", {"g"});
+  Passes passes(session, {.strata = {"n"}});
+  EXPECT_THAT(passes.Rest(), ElementsAre("1 0", "2 1", "3 2", "4 3", "5 4"));
+}
+
+// A Parquet file, larger than what the host reads ahead, that goes bad near its end once it is open. What was
+// read isn't the frame, and the iterator says so.
+TEST(SVProcDSMultiIter, TellsABrokenSourceFromAnEnd) {
+  const TestFolder folder;
+  const std::filesystem::path path = folder.path / "frame.parquet";
+  {
+    HostSession session;
+    HostSession::Current().Layer<WorkDatabase>().Connect().Run(
+        "COPY (SELECT (hash(i) % 1000)::DOUBLE AS n FROM range(3000000) t(i)) TO " +
+        QuoteLiteral(path.string()) + " (FORMAT parquet, ROW_GROUP_SIZE 50000)");
+  }
+  FrameSession session(FrameSession::ExistingFile{path});
+  const auto size = static_cast<std::streamoff>(std::filesystem::file_size(path));
+  const auto written = std::filesystem::last_write_time(path);
+  std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+  file.seekp(size / 10 * 9);
+  file << std::string(static_cast<std::size_t>(size / 20), '\xff');
+  file.close();
+  std::filesystem::last_write_time(path, written);  // a disk that fails doesn't tell
+
+  Passes passes(session, {.strata = {"n"}});
+  while (passes.Iterator().Next() != nullptr) continue;
+  EXPECT_LT(passes.Adapter().CasesRead(), 3000000);
+  EXPECT_EQ(passes.Iterator().Status(), MCCommon::kSourceFailed);
+  EXPECT_NE(pvGetCmnGlb()->errorFlag, 0);
+  EXPECT_THAT(session.Messages(), ElementsAre(testing::HasSubstr(path.filename().string())));
 }

@@ -31,30 +31,23 @@ TEST(SVSSampleFile, WritesCopiedAndNewVariablesOfSelectedCases) {
     Texts cases;
   };
   const Case kCases[] = {
-      {"all", counted, "", {"s,a,wt,n,w", "x,1,7,2,1", "x,3,9,2,1", "y,4,7,2,1", "y,5,6,2,1"}},
-      {"kept, by the list", counted, "KEEP=wt a", {"wt,a,n,w", "7,1,2,1", "9,3,2,1", "7,4,2,1", "6,5,2,1"}},
-      {"dropped", counted, "DROP=a wt", {"s,n,w", "x,2,1", "x,2,1", "y,2,1", "y,2,1"}},
-      {"new ones alone", counted, "DROP=ALL", {"n,w", "2,1", "2,1", "2,1", "2,1"}},
-      {"the final weight alone", Census("") + kWeight, "DROP=ALL", {"w", "1", "1", "1", "1"}},
-      {"copies",
-       Stage("simple_wr", Strata("a") + Size("2") + Out("Index", "i")) + kWeight,
-       "KEEP=a",
-       {"a,i,w", "1,1,0.5", "1,2,0.5", "2,1,0.5", "2,2,0.5", "3,1,0.5", "3,2,0.5", "4,1,0.5", "4,2,0.5",
-        "5,1,0.5", "5,2,0.5"}},
+      {"all", counted, "", Texts{"s,a,wt,n,w", "x,1,7,2,1", "x,3,9,2,1", "y,4,7,2,1", "y,5,6,2,1"}},
+      {"kept, by the list", counted, "KEEP=wt a",
+       Texts{"wt,a,n,w", "7,1,2,1", "9,3,2,1", "7,4,2,1", "6,5,2,1"}},
+      {"dropped", counted, "DROP=a wt", Texts{"s,n,w", "x,2,1", "x,2,1", "y,2,1", "y,2,1"}},
+      {"new ones alone", Census("") + kWeight, "DROP=ALL", Texts{"w", "1", "1", "1", "1"}},
+      {"copies", Stage("simple_wr", Strata("a") + Size("2") + Out("Index", "i")) + kWeight, "KEEP=a",
+       Texts{"a,i,w", "1,1,0.5", "1,2,0.5", "2,1,0.5", "2,2,0.5", "3,1,0.5", "3,2,0.5", "4,1,0.5", "4,2,0.5",
+             "5,1,0.5", "5,2,0.5"}},
       {"no copies without the index",
-       Stage("simple_wr", Strata("a") + Size("2") + Out("OutputSampleSize", "k")) + kWeight,
-       "KEEP=a",
-       {"a,k,w", "1,2,0.5", "2,2,0.5", "3,2,0.5", "4,2,0.5", "5,2,0.5"}},
-      {"no copies without replacement",
-       Census(Out("Index", "i")) + kWeight,
-       "KEEP=a",
-       {"a,i,w", "1,1,1", "3,1,1", "4,1,1", "5,1,1"}},
+       Stage("simple_wr", Strata("a") + Size("2") + Out("OutputSampleSize", "k")) + kWeight, "KEEP=a",
+       Texts{"a,k,w", "1,2,0.5", "2,2,0.5", "3,2,0.5", "4,2,0.5", "5,2,0.5"}},
       {"copies by the last stage alone",
        Stage("simple_wor", Clusters("s") + Size("2") + Out("Index", "i")) +
            Stage("simple_wr", Strata("a") + Size("2") + Out("Index", "j")) + kWeight,
        "KEEP=a",
-       {"a,i,j,w", "1,1,1,0.5", "1,1,2,0.5", "3,1,1,0.5", "3,1,2,0.5", "4,1,1,0.5", "4,1,2,0.5", "5,1,1,0.5",
-        "5,1,2,0.5"}},
+       Texts{"a,i,j,w", "1,1,1,0.5", "1,1,2,0.5", "3,1,1,0.5", "3,1,2,0.5", "4,1,1,0.5", "4,1,2,0.5",
+             "5,1,1,0.5", "5,1,2,0.5"}},
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);

@@ -6,6 +6,8 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+const std::string kOutputs = "/CRITERIA SEED=1 /SELECTRULE OUTFILE='@/r.txt' /SAMPLEFILE OUTFILE='@/s.csv' ";
+
 TEST(SVSSelectRuleFile, WritesOneClauseForEachCombination) {
   const std::string frame = "b,a,c\n20,o'neill,1\n10,\"x \"\"y\"\"\",1\n20,o'neill,2\n,z,3\n";
   struct Case {
@@ -34,9 +36,7 @@ TEST(SVSSelectRuleFile, WritesOneClauseForEachCombination) {
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
-    const DrawSession draw(frame, c.stages + Out("Weight", "w"),
-                           "/CRITERIA SEED=1 /SELECTRULE OUTFILE='@/r.txt' /SAMPLEFILE OUTFILE='@/s.csv'",
-                           c.schema);
+    const DrawSession draw(frame, c.stages + Out("Weight", "w"), kOutputs, c.schema);
     EXPECT_THAT(draw.messages, IsEmpty());
     EXPECT_EQ(draw.TextOf("r.txt"), c.rule);
     EXPECT_THAT(draw.files, ElementsAre("sample " + c.cases, "rule " + c.clauses));
@@ -46,14 +46,13 @@ TEST(SVSSelectRuleFile, WritesOneClauseForEachCombination) {
 TEST(SVSSelectRuleFile, KeepsOneBlankOfABlankValue) {
   const DrawSession draw("a,b\n\" \",1\nx,2\n",
                          Stage("simple_wor", Strata("a") + Size("1")) + Out("Weight", "w"),
-                         "/CLASSMISSING INCLUDE /SELECTRULE OUTFILE='@/r.txt' /SAMPLEFILE OUTFILE='@/s.csv'");
+                         kOutputs + "/CLASSMISSING INCLUDE");
   EXPECT_THAT(draw.messages, IsEmpty());
   EXPECT_EQ(draw.TextOf("r.txt"), "( ( a EQ   ) ) OR\n( ( a EQ x ) )\n");
 }
 
 TEST(SVSSelectRuleFile, WarnsWithoutDesignVariables) {
-  const DrawSession draw("a\n1\n", Stage("simple_wor", Size("1")) + Out("Weight", "w"),
-                         "/SAMPLEFILE OUTFILE='@/s.csv' /SELECTRULE OUTFILE='@/r.txt'");
+  const DrawSession draw("a\n1\n", Stage("simple_wor", Size("1")) + Out("Weight", "w"), kOutputs);
   EXPECT_THAT(draw.messages,
               ElementsAre("warning: No SELECTRULE without stratification and cluster variables ..."));
   EXPECT_THAT(draw.files, ElementsAre("sample 1"));

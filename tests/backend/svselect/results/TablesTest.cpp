@@ -47,16 +47,14 @@ TEST(SVSSummaryTable, ShowsTheStrataOfEachStage) {
 // Above the bound the table has a note and no rows.
 TEST(SVSSummaryTable, HasABoundOfVariables) {
   for (const int count : {18, 19}) {
-    std::string names = "v1", values = "1", list;
-    for (int i = 1; i <= count; ++i) {
-      if (i > 1) names += ",v" + std::to_string(i);
-      if (i > 1) values += ",1";
-      list += "<Variable name='v" + std::to_string(i) + "'/>";
+    std::string names = "v", values = "1", strata = Var("v");
+    for (int i = 1; i < count; ++i) {
+      names += ",v" + std::to_string(i);
+      values += ",1";
+      strata += Var("v" + std::to_string(i));
     }
-    const DrawSession draw(
-        names + "\n" + values + "\n",
-        Stage("simple_wor", "<StrataVarList>" + list + "</StrataVarList>" + Size("1")) + Out("Weight", "w"),
-        "");
+    const DrawSession draw(names + "\n" + values + "\n",
+                           Wor(StrataOf(strata) + Size("1")) + Out("Weight", "w"), "");
     EXPECT_EQ(draw.tables.size(), count == 18 ? 5U : 2U);
     EXPECT_EQ(draw.tables.at(1) == "note Too many strata clusters in summary table ...", count == 19);
     EXPECT_EQ(draw.active.back(), values + ",1");
@@ -74,14 +72,11 @@ TEST(PrintNotes, TellsInputsAndOutputs) {
         "4 Definition of Missing: User missing excluded in selection ...",
         "4 Cases Used: Cases used selection ...", "3 Index_1_: i", "3 SampleWeightCumulative_2_: cw",
         "3 SampleWeight_Final_: w"}},
-      {"/CRITERIA SEED=7 STAGES=1 /CLASSMISSING INCLUDE /SELECTRULE OUTFILE='@/r.txt'",
+      {"/CRITERIA SEED=7 STAGES=1 /CLASSMISSING INCLUDE /SELECTRULE OUTFILE='@/r.txt' /SAMPLEFILE "
+       "OUTFILE='@/s.csv'",
        {"1 Plan File: @/plan.xml", "1 Random Number Seed: 7",
-        "4 Definition of Missing: User missing included in selection ...", "3 Index_1_: i",
-        "3 SampleWeight_Final_: w", "2 Selection Rule File: @/r.txt"}},
-      {"/CRITERIA SEED=7 /SAMPLEFILE OUTFILE='@/s.csv'",
-       {"1 Plan File: @/plan.xml", "1 Random Number Seed: 7",
-        "4 Definition of Missing: User missing excluded in selection ...",
-        "4 Cases Used: Cases used selection ...", "2 Sample File: @/s.csv"}},
+        "4 Definition of Missing: User missing included in selection ...", "2 Sample File: @/s.csv",
+        "2 Selection Rule File: @/r.txt"}},
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.command);

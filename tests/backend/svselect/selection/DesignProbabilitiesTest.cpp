@@ -48,20 +48,16 @@ TEST(DesignProbabilities, OfTwoDrawsAreTheKnownOnes) {
 // Goal: the engine draws by these probabilities. Per method a statistic of seven squared deviations, each of
 // expectation below 1; a sound build exceeds 60 with less than one chance in 10^9, and the seed is fixed.
 TEST(DesignProbabilities, AreMetByFrequencies) {
-  const Outcomes stratum(kOneToSeven);
-  const std::vector<double> pps = stratum.Stated(2);
-  const std::vector<double> equal(7, 2.0 / 7);
-  const auto atLeastOnce = [](std::vector<double> probs) {
-    for (double& p : probs) p -= p * p / 4;  // 1 - (1 - p / 2)^2
-    return probs;
-  };
-  const auto probsOf = [&](const SVMethod& method, bool exact) {
+  const auto probsOf = [](const SVMethod& method, bool exact) {
     if (method.code == kMethodPpsMurthy) return Outcomes(kOneToSeven).Murthy().Single();
     if (method.statedProbs == StatedProbs::kApproached && !exact) {
       return Outcomes(kOneToSeven).TwoByAttempts().Single();
     }
-    const std::vector<double> stated = method.equalProbability ? equal : pps;
-    return method.withReplacement ? atLeastOnce(stated) : stated;
+    std::vector<double> probs(7, 2.0 / 7);
+    if (!method.equalProbability) probs = Outcomes(kOneToSeven).Stated(2);
+    if (!method.withReplacement) return probs;
+    for (double& p : probs) p -= p * p / 4;  // 1 - (1 - p / 2)^2
+    return probs;
   };
   for (const SVMethod& method : kMethods) {
     for (const bool exact : {false, true}) {

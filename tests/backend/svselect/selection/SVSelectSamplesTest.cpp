@@ -1,14 +1,9 @@
 #include <cmath>
 
-#include "KeyOf.h"
 #include "ScriptedTwister.h"
 #include "StratumDraw.h"
 #include "backend/svcommon/design/MethodTable.h"
-#include "backend/svselect/design/SVCancelInfo.h"
-#include "backend/svselect/design/SVSCompSettings.h"
-#include "backend/svselect/design/SVSOutSamples.h"
 #include "backend/svselect/selection/MethodFunctions.h"
-#include "backend/svselect/selection/SVSelectSamples.h"
 
 namespace {
 // How far a draw is from a threshold: comparing it the wrong way round would put it on the other side.
@@ -45,7 +40,6 @@ const Case kCases[] = {
      Hits{2, 1, 2, 1}},
     {"interval no whole number", kMethodSimpleSystematic, kOnes, 3, Draws{Open(0.5)},
      Hits{0, 1, 0, 0, 0, 1, 0, 0, 1, 0}},
-    {"interval of one", kMethodSimpleSystematic, Sizes{1, 1, 1}, 3, Draws{Open(0.999)}, Hits{1, 1, 1}},
     {"hit, no hit, hit left over", kMethodPpsChromy, Sizes{1, 2, 2, 3}, 2,
      Draws{Closed(0.5), Open(0.5 - kTiny), Open(0.5 + kTiny), Open(0.34)}, Hits{0, 1, 1, 0}},
     {"no hit, certain, hit ahead", kMethodPpsChromy, Sizes{1, 2, 2, 3}, 2,
@@ -68,9 +62,12 @@ const Case kCases[] = {
     {"fractions out of order", kMethodPpsWor, kFractions, 2, Draws{}, Hits{0, 0, 0, 0, 0}},
     {"fractions in order", kMethodPpsWor, kFractions, 2, Draws{Closed(0), Closed(0)}, Hits{1, 1, 0, 0, 0},
      Order{0, 1}, 0, true},
+    {"whole parts in order", kMethodPpsWor, Sizes{2.9, 2.1, 3e10}, 1, Draws{Closed(0)}, Hits{1, 0, 0},
+     Order{0}},
+    {"all parts in order", kMethodPpsWor, Sizes{2.9, 2.1, 3e10}, 1, Draws{Closed(0)}, Hits{0, 1, 0}, Order{1},
+     0, true},
     {"points on a line", kMethodPpsWr, Sizes{1, 2}, 3,
      Draws{Open(1.0 / 3 + kTiny), Open(1.0 / 3 - kTiny), Open(0.9)}, Hits{1, 2}},
-    {"one unit", kMethodPpsWr, Sizes{3}, 4, Draws{Open(0.1), Open(0.9), Open(0.5), Open(0.5)}, Hits{4}},
     {"points at an interval", kMethodPpsSystematic, Sizes{1, 2, 3, 3}, 3, Draws{Open(1.0 / 3 - kTiny)},
      Hits{1, 0, 1, 1}},
     {"one unit", kMethodPpsSampford, Sizes{1, 2, 3, 4}, 1, Draws{Closed(0.5)}, Hits{0, 0, 1, 0}, Order{2}},
@@ -95,63 +92,6 @@ const Case kCases[] = {
      Order{1}},
     {"a missing size", kMethodPpsMurthy, Sizes{1, MCMV::gMissingValue}, 2, Draws{}, Hits{0, 0}, Order{},
      kStatusMissingSize},
-    // clang-format off
-    {"all, though certain, are drawn for", kMethodSimpleWor, {1, 1, 1}, 5, {Open(0.9), Open(0.9),
-     Open(0.9)}, {1, 1, 1}},
-    {"ends when full", kMethodSimpleWor, {1, 1, 1}, 1, {Open(1.0 / 3 - kTiny)}, {1, 0, 0}},
-    {"the last is certain", kMethodSimpleWor, {1, 1, 1}, 1, {Open(1.0 / 3 + kTiny), Open(0.5 + kTiny),
-     Open(0.999)}, {0, 0, 1}},
-    {"more hits than units", kMethodSimpleWr, {1, 1, 1, 1}, 6, {Closed(0), Closed(0.25), Closed(0.25 -
-     0x1p-53), Closed(1 - 0x1p-53), Closed(0.5), Closed(0.5)}, {2, 1, 2, 1}},
-    {"interval no whole number", kMethodSimpleSystematic, kOnes, 3, {Open(0.5)}, {0, 1, 0, 0, 0, 1, 0, 0, 1,
-     0}},
-    {"interval of one", kMethodSimpleSystematic, {1, 1, 1}, 3, {Open(0.999)}, {1, 1, 1}},
-    {"hit, no hit, hit left over", kMethodPpsChromy, {1, 2, 2, 3}, 2, {Closed(0.5), Open(0.5 - kTiny),
-     Open(0.5 + kTiny), Open(0.34)}, {0, 1, 1, 0}},
-    {"no hit, certain, hit ahead", kMethodPpsChromy, {1, 2, 2, 3}, 2, {Closed(0.5), Open(0.6), Open(1.0 / 3
-     - kTiny), Open(kTiny)}, {1, 0, 0, 1}},
-    {"no size after a hit", kMethodPpsChromy, {1, 0, 1}, 1, {Closed(0.1), Open(0.4), Open(kTiny)}, {1, 0,
-     0}},
-    {"no size after no hit", kMethodPpsChromy, {1, 0, 1}, 1, {Closed(0.1), Open(0.6)}, {0, 0, 1}},
-    {"all of them", kMethodSimpleChromy, {1, 1, 1, 1}, 4, {Closed(0.6)}, {1, 1, 1, 1}},
-    {"size of the limit", kMethodPpsChromy, {4, 2, 2}, 2, {Closed(0.1), Open(0.6)}, {1, 0, 1}},
-    {"above the limit", kMethodPpsChromy, {5, 2, 2}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
-    {"largest certain", kMethodPpsWor, kOneToSeven, 2, {Closed(0.1 - kTiny), Closed(0.5)}, {0, 0, 0, 0, 1,
-     0, 1}, {6, 4}},
-    {"none certain", kMethodPpsWor, kOneToSeven, 2, {Closed(0.1 + kTiny), Closed(0.0741), Closed(0.99)}, {0,
-     1, 0, 0, 0, 0, 1}, {1, 6}},
-    {"largest at the limit", kMethodPpsWor, {5, 1, 4}, 2, {Closed(0.999), Closed(0.5)}, {1, 0, 1}, {0, 2}},
-    {"equal, all of them", kMethodPpsWor, {2, 2, 2}, 3, {Closed(0.9), Closed(0), Closed(0.5)}, {1, 1, 1},
-     {0, 1, 2}},
-    {"one by its share", kMethodPpsWor, {1, 3}, 1, {Closed(0.25)}, {0, 1}, {1}},
-    {"above the limit", kMethodPpsWor, {1, 1, 3}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
-    {"fractions out of order", kMethodPpsWor, kFractions, 2, {}, {0, 0, 0, 0, 0}},
-    {"fractions in order", kMethodPpsWor, kFractions, 2, {Closed(0), Closed(0)}, {1, 1, 0, 0, 0}, {0, 1}, 0,
-     true},
-    {"points on a line", kMethodPpsWr, {1, 2}, 3, {Open(1.0 / 3 + kTiny), Open(1.0 / 3 - kTiny), Open(0.9)},
-     {1, 2}},
-    {"one unit", kMethodPpsWr, {3}, 4, {Open(0.1), Open(0.9), Open(0.5), Open(0.5)}, {4}},
-    {"points at an interval", kMethodPpsSystematic, {1, 2, 3, 3}, 3, {Open(1.0 / 3 - kTiny)}, {1, 0, 1, 1}},
-    {"above the limit", kMethodPpsSystematic, {1, 1, 5}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
-    {"one unit", kMethodPpsSampford, {1, 2, 3, 4}, 1, {Closed(0.5)}, {0, 0, 1, 0}, {2}},
-    {"a rejected attempt draws on", kMethodPpsSampford, {1, 1, 1, 1, 1, 1, 1, 1, 1, 2}, 5, {Closed(0),
-     Closed(0.01), Closed(0.02), Closed(0.5), Closed(0.5), Closed(0.95), Closed(0.05), Closed(0.5),
-     Closed(0.3), Closed(0.9)}, {1, 0, 1, 0, 1, 0, 0, 0, 1, 1}, {9, 0, 4, 2, 8}},
-    {"census", kMethodPpsSampford, {3, 3, 3}, 3, {}, {1, 1, 1}, {0, 1, 2}},
-    {"no census", kMethodPpsSampford, {3, 3, 4}, 3, {}, {0, 0, 0}, {}, kStatusInvalidSize},
-    {"one unit", kMethodPpsBrewer, {0}, 2, {}, {1}, {0}},
-    {"census", kMethodPpsBrewer, {3, 3}, 2, {}, {1, 1}, {0, 1}, 0, true},
-    {"the limit itself", kMethodPpsBrewer, {1, 1, 2}, 2, {}, {0, 0, 0}, {}, kStatusInvalidSize},
-    {"always two", kMethodPpsBrewer, {1, 1, 1}, 1, {Closed(0.34), Closed(0.5)}, {0, 1, 1}, {1, 2}},
-    {"exact, skipping", kMethodPpsBrewer, {1, 1, 1}, 2, {Open(2.0 / 3 - kTiny), Open(0.5 + kTiny),
-     Open(0.999)}, {1, 0, 1}, {0, 2}, 0, true},
-    {"exact, ends when full", kMethodPpsSampford, {1, 1, 1}, 2, {Open(0.1), Open(0.5 - kTiny)}, {1, 1, 0},
-     {0, 1}, 0, true},
-    {"two draws", kMethodPpsMurthy, {5, 3, 2}, 2, {Closed(0.1), Closed(0.7)}, {1, 0, 1}, {0, 2}},
-    {"one unit", kMethodPpsMurthy, {5}, 2, {Closed(0.1)}, {1}, {0}},
-    {"one unit has all", kMethodPpsMurthy, {0, 4, 0}, 2, {Closed(0.1), Closed(0.7)}, {0, 1, 0}, {1}},
-    {"a missing size", kMethodPpsMurthy, {1, MCMV::gMissingValue}, 2, {}, {0, 0}, {}, kStatusMissingSize},
-    // clang-format on
 };
 }  // namespace
 
@@ -192,22 +132,18 @@ TEST(SVSelectSamples, RefusesSizesBeyondTheLimitOfTheTable) {
 // leads the line of PPS_WR back, so that a point can hit twice.
 TEST(SVSelectSamples, AnySizesComeToAnEnd) {
   const double kHuge = 1.7e308;
-  const Sizes kSizes[] = {
-      {0},
-      {-1},
-      {1},
-      {0, 0, 0, 0},
-      {0, 0, 1, 1, 1},
-      {-1, -1, -2},
-      {-3, 2, 2, 2},
-      {1, -1, 1, 0, 3},
-      {kHuge, kHuge, kHuge},
-      {-kHuge, -kHuge, 5},
-      {kHuge, 1, 1, 1e300},
-      {1e-320, 1, 1e-320, 1},
-      {5e9, 4e9},
-      {1e-9, 1e9, 1e9, 1e9, 1e9 + 1e-7},
-  };
+  const Sizes kSizes[] = {{0},
+                          {1},
+                          {0, 0, 0, 0},
+                          {-1, -1, -2},
+                          {-3, 2, 2, 2},
+                          {1, -1, 1, 0, 3},
+                          {kHuge, kHuge, kHuge},
+                          {-kHuge, -kHuge, 5},
+                          {kHuge, 1, 1, 1e300},
+                          {1e-320, 1, 1e-320, 1},
+                          {5e9, 4e9},
+                          {1e-9, 1e9, 1e9, 1e9, 1e9 + 1e-7}};
   for (const SVMethod& method : kMethods) {
     for (const auto& sizes : kSizes) {
       for (const int n : {0, 1, 2, 3, static_cast<int>(sizes.size()), 9}) {
@@ -260,30 +196,15 @@ TEST(MethodFunctions, HaveJointProbabilitiesWhereTheTableSaysSo) {
 TEST(SVSelectSamples, SharesJointProbabilitiesAmongThreads) {
   const struct {
     MethodType method;
-    std::vector<double> sizes;
+    Sizes sizes;
     int n, threads;
-  } kDraws[] = {
-      {kMethodPpsWor, kOneToSeven, 2, 2},    {kMethodPpsWor, kOneToSeven, 3, 3},
-      {kMethodPpsWor, kOnes, 3, 1},          {kMethodPpsSampford, kOnes, 4, 3},
-      {kMethodPpsSampford, kOnes, 1, 1},     {kMethodPpsBrewer, kOnes, 2, 1},
-      {kMethodPpsMurthy, kOneToSeven, 2, 1}, {kMethodSimpleWor, kOnes, 4, 1},
-  };
+  } kDraws[] = {{kMethodPpsWor, kOneToSeven, 2, 2},    {kMethodPpsWor, kOneToSeven, 3, 3},
+                {kMethodPpsWor, kOnes, 3, 1},          {kMethodPpsSampford, kOnes, 4, 3},
+                {kMethodPpsSampford, kOnes, 1, 1},     {kMethodPpsBrewer, kOnes, 2, 1},
+                {kMethodPpsMurthy, kOneToSeven, 2, 1}, {kMethodSimpleWor, kOnes, 4, 1}};
   for (const auto& c : kDraws) {
-    SVSCompSettings settings;
-    settings.FindStage(1).setMethodType(c.method);
-    settings.SetNumThreads(3);
-    SVCancelInfo cancelInfo(nullptr);
-    SVSOutSamples outSamples;
-    ClusterTable table;
-    ClusterPairs units, selected;
-    for (const double size : c.sizes) units.push_back(table.Insert(KeyOf({table.Count()}), size));
     MCCommonMath::MCRandomTwister random;
-    SVSelectSamples engine(&settings, 1, &cancelInfo);
-    engine.SetRandom(&random);
-    engine.Prepare(&units, &selected, &outSamples, c.n, 0.5);
-    ASSERT_FALSE(engine.SelectSamples().IsError());
-    std::int32_t threads = 0;
-    EXPECT_FALSE(engine.PrepareThreads(&threads).IsError());
-    EXPECT_EQ(threads, c.threads) << MethodOf(c.method).word << c.n;
+    const StratumDraw drawn = DrawStratum(c.method, c.sizes, c.n, &random);
+    EXPECT_EQ(drawn.jointThreads, c.threads) << MethodOf(c.method).word << c.n;
   }
 }

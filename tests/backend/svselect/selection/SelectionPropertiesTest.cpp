@@ -3,7 +3,6 @@
 #include <cmath>
 #include <numeric>
 
-#include "KeyOf.h"
 #include "StratumDraw.h"
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVCancelInfo.h"
@@ -11,7 +10,6 @@
 #include "backend/svselect/selection/Murthy.h"
 #include "backend/svselect/selection/SampfordDesign.h"
 #include "backend/svselect/selection/SampfordFurtherDraws.h"
-#include "backend/svselect/selection/SizeOrder.h"
 
 namespace {
 
@@ -138,32 +136,4 @@ RC_GTEST_PROP(SampfordDesign, DrawsTheSameInAnyMemory, (unsigned seed)) {
   const std::vector<int> expected = draw(SampfordDesign::kRowBytes);
   RC_ASSERT(static_cast<int>(expected.size()) == n);
   for (const std::size_t bytes : {0, 1000, 5000}) RC_ASSERT(draw(bytes) == expected);
-}
-
-TEST(SizeOrder, BoundsAndSorts) {
-  const double kNone = MCMV::gMissingValue;
-  const std::vector<double> kSizes = {2.9, kNone, 2.1, -0.5, 0.5, 3e10};
-  const struct {
-    double minimum, maximum;
-    std::vector<double> bounded;
-    std::vector<int> order, exactOrder;
-  } kCases[] = {
-      {kNone, kNone, kSizes, {1, 3, 4, 0, 2, 5}, {1, 3, 4, 2, 0, 5}},
-      {-1, 0, kSizes, {1, 3, 4, 0, 2, 5}, {1, 3, 4, 2, 0, 5}},
-      {2.5, 2.2, {2.2, kNone, 2.5, 2.5, 2.5, 2.2}, {1, 0, 2, 3, 4, 5}, {1, 0, 5, 2, 3, 4}},
-  };
-  for (const auto& c : kCases) {
-    SCOPED_TRACE(c.minimum);
-    ClusterTable table;
-    ClusterPairs units;
-    for (const double size : kSizes) units.push_back(table.Insert(KeyOf({table.Count()}), size));
-    BoundSizes(units, {c.minimum, c.maximum});
-    for (std::size_t i = 0; i < units.size(); ++i) EXPECT_EQ(units[i]->value.GetSize(), c.bounded[i]);
-    for (const bool exact : {false, true}) {
-      SortBySize(&units, exact);
-      std::vector<int> order;
-      for (const auto* unit : units) order.push_back(unit->key[0]);
-      EXPECT_EQ(order, exact ? c.exactOrder : c.order);
-    }
-  }
 }

@@ -51,8 +51,8 @@ struct JointProbs : MCSV::SVSOutJointProbs, Log {
 
 // One stage over records of stratum, cluster, rate or size or weight, case id.
 struct Stage {
-  Stage(const SVSCompSettings& given, std::vector<double> values, int number = 1)
-      : settings(given), records(4, std::move(values)), tabulator(&settings, number, nullptr, &cancel) {
+  Stage(const SVSCompSettings& given, std::vector<double> values)
+      : settings(given), records(4, std::move(values)), tabulator(&settings, 1, nullptr, &cancel) {
     out.SetStage(1), tabulator.SetRandom(&random), tabulator.SetOutputStats(&out);
   }
   SVSCompSettings settings;
@@ -94,49 +94,14 @@ TEST(SVSDataTabulator, FitnessOfRecords) {
       SCOPED_TRACE(testing::Message() << c.slot << ": " << value);
       const double other = c.slot == kCode ? 1.0 : value;
       Stage stage(settings, {1, c.slot == kCode ? value : 1, other, 0});
-      const SVStatus status = stage.tabulator.ProcessData(stage.records);
-      EXPECT_EQ(status.code, code);
-      EXPECT_EQ(stage.tabulator.RecordCount(), 1);
+      EXPECT_EQ(stage.tabulator.ProcessData(stage.records).code, code);
       EXPECT_EQ(stage.tabulator.ValidCount(), valid);
       EXPECT_EQ(stage.out.Statuses().empty(), code == 0);
-      if (code == 0 || value != value) return;
-      EXPECT_EQ(stage.out.Statuses().size(), 1U);
-      EXPECT_EQ(status.ints, (std::array<std::int32_t, 3>{1, c.slot == kCode ? 1 : 2, 0}));
-      EXPECT_EQ(status.reals[1], value);
     };
     for (const double value : c.passing) run(value, 0, 1);
     for (const double value : c.dropped) run(value, 0, 0);
     for (const double value : c.invalid) run(value, kStatusInvalidValue, 0);
   }
-}
-
-TEST(SVSDataTabulator, FaultsOfThePass) {
-  const auto code = [](auto change) {
-    Stage stage(Settings(kMethodSimpleWor), {1, 1, 0, 0, 1, 2, 0, 1});
-    change(stage);
-    return stage.tabulator.ProcessData(stage.records).code;
-  };
-  EXPECT_EQ(code([](Stage&) {}), 0);
-  EXPECT_EQ(code([](Stage& s) { s.records.fFailAt = 1; }), kStatusUserError);
-  EXPECT_EQ(code([](Stage& s) { s.records.fNullAt = 1; }), kStatusIteratorError);
-  EXPECT_EQ(code([](Stage& s) { s.settings.SetWeightVar(4); }), kStatusRecordTooShort);
-  EXPECT_EQ(code([](Stage& s) { s.records = MemoryRecords(4, {}); }), kStatusNoRecords);
-  EXPECT_EQ(code([](Stage& s) { s.cancel.Cancel(); }), kStatusCancelled);
-  EXPECT_EQ(code([](Stage& s) { s.tabulator.ProcessData(s.records), s.records.Reset(); }), kStatusUserError);
-}
-
-// Goal: one warning for the stage, and the first value of each stratum is asked for.
-TEST(SVSDataTabulator, UnequalSizesWarnOnce) {
-  SVSCompSettings settings = Settings(kMethodSimpleWr);
-  settings.AddSpecVar(2, kSizeVariable, 1);
-  Stage stage(settings, {1, 1, 3, 0, 1, 2, 4, 1, 2, 1, 5, 2, 2, 2, 6, 3, 1, 1, 7, 4});
-  EXPECT_FALSE(stage.tabulator.ProcessData(stage.records).IsError());
-  EXPECT_EQ(stage.tabulator.ValidCount(), 5);
-  ASSERT_EQ(stage.out.Statuses().size(), 1U);
-  EXPECT_EQ(stage.out.Statuses()[0].code, kStatusUnequalSpec);
-  Summary summary;
-  EXPECT_FALSE(stage.tabulator.SelectSamples(&summary, nullptr).IsError());
-  EXPECT_EQ(summary.calls, (Calls{"start 1", "1: 3 3", "2: 5 5", "end"}));
 }
 
 TEST(SVSDataTabulator, SummaryProtocol) {
@@ -187,12 +152,6 @@ TEST(SVSDataTabulator, JointProtocol) {
     if (expected.back() != "close") expected.push_back("close");
     EXPECT_EQ(joint.calls, expected);
   }
-  SVSCompSettings settings = Settings(kMethodSimpleWor);
-  settings.SetMethod(kMethodSimpleWor, 2), settings.SetSpecValue(1, kSizeValue, 2);
-  Stage later(settings, {1, 1, 0, 0}, 2);
-  later.tabulator.ProcessData(later.records);
-  JointProbs joint;
-  EXPECT_TRUE(later.tabulator.SelectSamples(nullptr, &joint).IsOK() && joint.calls.empty());
 }
 
 }  // namespace
