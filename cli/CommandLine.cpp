@@ -258,6 +258,10 @@ void AddSession(CLI::App& app, RunOptions& options) {
   group.AddFlag(
       "--exact-design", options.settings.exactDesign,
       "Draw by " + MethodNames(isInexact, ", ", " and ") + " with exactly the probabilities that are stated");
+  group.AddFlag(
+      "--strict", options.settings.strict,
+      "Make an error of everything that would make a probability or weight wrong or unclear, and draw "
+      "nothing. Without it the draw goes on and a remark tells what was found");
   group
       .Add("--threads", options.settings.threads, "N",
            "Number of threads; if not given, the number of processors. The sample is the same with any")

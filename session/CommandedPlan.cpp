@@ -1,10 +1,5 @@
 #include "session/CommandedPlan.h"
 
-#include <fmt/format.h>
-
-#include <algorithm>
-#include <cmath>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -13,7 +8,6 @@
 #include "host/command/CommandSpec.h"
 #include "host/command/KORV_TokenSequence.h"
 #include "host/command/UniversalParser.h"
-#include "host/engine/ActiveFile.h"
 #include "host/files/CheckFileRef.h"
 
 // The command is read with the generic parser and the plan with the plan reader, both without the checks of
@@ -56,25 +50,6 @@ bool DrawsFirstStage(const CommandSpec& command) {
   return stages == nullptr || !stages->getNumberList(numbers) || numbers.front() == 1.0;
 }
 
-// Missing values are negative numbers, and so aren't fractions.
-bool HasFraction(double number) {
-  return number > 0.0 && std::trunc(number) != number;
-}
-
-// Whether any unit can have a size that isn't whole. Bounds count too: they replace sizes beyond them.
-bool MeasureHasFractions(const SVPlanSpecs& plan, ActiveFile& frame) {
-  if (plan.mosVariable.IsEmpty()) return false;  // then the size is a number of cases, without bounds
-  if (HasFraction(plan.mosMin) || HasFraction(plan.mosMax)) return true;
-  const int column = frame.SharedDictionary()->Find(plan.mosVariable.Text());
-  if (column < 0 || column >= frame.ServedColumns()) return false;
-  const std::unique_ptr<CaseCursor> cursor = frame.Engine().Open({column}, 0);
-  while (const std::size_t rows = cursor->NextBlock()) {
-    const double* const sizes = cursor->Numbers(0);
-    if (std::any_of(sizes, sizes + rows, HasFraction)) return true;
-  }
-  return false;
-}
-
 // The method of the first stage; kNoMethod when the command doesn't draw that.
 const SVMethod& FirstMethod(const CommandedPlan& commanded) {
   if (!commanded.drawsFirstStage || commanded.plan.stages.empty()) return kNoMethod;
@@ -95,21 +70,8 @@ std::optional<CommandedPlan> ReadCommandedPlan() {
   SV_XML::PlanXmlReader reader(&commanded.plan);
   const std::string path = PlanPath(command);
   if (reader.readSamplePlan(path) != 0) return std::nullopt;
-  for (const std::string& misread : reader.MisreadNumbers()) {
-    commanded.misreadNumbers.push_back(fmt::format("{}: {}", path, misread));
-  }
   commanded.drawsFirstStage = DrawsFirstStage(command);
   return commanded;
-}
-
-std::string ExactDesignAdvice(const CommandedPlan& commanded, ActiveFile& frame) {
-  const SVMethod& method = FirstMethod(commanded);
-  if (method.statedProbs == StatedProbs::kMet) return "";
-  const bool onlyByFractions = method.statedProbs == StatedProbs::kMetByWholeSizes;
-  if (onlyByFractions && !MeasureHasFractions(commanded.plan, frame)) return "";
-  return MethodName(method) + " comes only near the probabilities that it states" +
-         (onlyByFractions ? ", since the measure of size has fractions" : "") +
-         "; --exact-design draws with exactly these";
 }
 
 std::string EndlessDrawAdvice(const CommandedPlan& commanded) {

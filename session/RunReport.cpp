@@ -59,6 +59,7 @@ std::vector<RunFact> FactsOf(HostSession& session, const RunRequest& request) {
   add("Split by", fmt::format("{}", fmt::join(frame.split, ", ")));
   add("Command", session.Layer<SessionCommand>().Text());
   add("Exact design", session.Settings().exactDesign ? "yes" : "");
+  add("Strict", session.Settings().strict ? "yes" : "");
   // The same program draws the same sample for ever; another version may not know an option.
   add("Program", "svselect " SV_VERSION);
   const CalendarDay today = BCLOCK();

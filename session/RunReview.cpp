@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
-#include "host/engine/ActiveFile.h"
 #include "host/engine/CaseProgress.h"
 #include "host/environment/CommonBlocks.h"
 #include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
 #include "host/environment/MCStopProcessor.h"
 #include "host/files/SessionFiles.h"
+#include "host/output/OutputDocument.h"
 #include "session/CommandedPlan.h"
 #include "session/RunSurvey.h"
 
@@ -105,6 +105,8 @@ Lines RemarksOnRun(HostSession& session, const RunRequest& request, RunStatus st
     return remarks;
   }
   AddRefusals(session, &remarks);
+  const Lines& ofProcedure = session.Layer<OutputDocument>().Remarks();
+  remarks.insert(remarks.end(), ofProcedure.begin(), ofProcedure.end());
   if (ErrorRaised()) return remarks;
   if (status == RunStatus::kError && HasDrawn(session)) AddLostFiles(session, &remarks);
   if (status == RunStatus::kError && !HasDrawn(session)) remarks.emplace_back(WhyNothingDrawn(session));
@@ -114,18 +116,13 @@ Lines RemarksOnRun(HostSession& session, const RunRequest& request, RunStatus st
   return remarks;
 }
 
-SampleReview ReviewSample(HostSession& session, bool wantsWeights) {
-  SampleReview review;
+std::optional<FinalWeights> ReviewWeights(HostSession& session, std::string* problem) {
   const std::optional<CommandedPlan> commanded = ReadCommandedPlan();
-  if (!commanded) return review;
-  review.remarks = commanded->misreadNumbers;
+  if (!commanded) return std::nullopt;
   try {
-    const bool isExact = session.Settings().exactDesign;
-    const std::string advice = isExact ? "" : ExactDesignAdvice(*commanded, session.Layer<ActiveFile>());
-    if (!advice.empty()) review.remarks.push_back(advice);
-    if (wantsWeights) review.weights = ReadFinalWeights(session, commanded->plan.weight.Text());
+    return ReadFinalWeights(session, commanded->plan.weight.Text());
   } catch (const DataError& error) {
-    if (!StopRequested()) review.remarks.emplace_back(error.what());
+    if (!StopRequested()) *problem = error.what();
+    return std::nullopt;
   }
-  return review;
 }

@@ -32,13 +32,6 @@ std::vector<std::string> MissingFiles(HostSession& session);
 // that the sample is lost because no file was named for it, what to do about a draw that might never end.
 std::vector<std::string> RemarksOnRun(HostSession& session, const RunRequest& request, RunStatus status);
 
-// What a second look at plan and sample finds.
-struct SampleReview {
-  std::vector<std::string> remarks;  // numbers of the plan that were misread, advice on the design
-  std::optional<FinalWeights> weights;
-};
-
-// Looks at the sample of a run. A fault of the files that are read back becomes a remark. `wantsWeights` asks
-// for the weights, for which the sample is read.
-// REQUIRES: HasDrawn().
-SampleReview ReviewSample(HostSession& session, bool wantsWeights);
+// The final weights of the sample, which is read back for them. Empty if they can't be read; then `problem`
+// may say why. REQUIRES: HasDrawn().
+std::optional<FinalWeights> ReviewWeights(HostSession& session, std::string* problem);

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <sstream>
+#include <string>
 #include <utility>
 
+#include "backend/svselect/results/SummaryTableKind.h"
 #include "host/command/KORV_TokenSequence.h"
 #include "host/engine/ActiveFile.h"
 #include "host/environment/HostErrors.h"
@@ -161,18 +163,25 @@ private:
     const bool hasPage = std::any_of(fvReports.begin(), fvReports.end(), [](const std::string& report) {
       return KindOfReport(report) == ReportKind::kHtml;
     });
-    fReview = ReviewSample(fSession, hasPage || fRequest.summarizeWeights);
+    if (hasPage || fRequest.summarizeWeights) fpOutcome->weights = ReviewWeights(fSession, &fReviewProblem);
   }
 
   void CompleteOutcome() {
+    DropResults();
     for (const OutputFile& file : fSession.Layer<SessionFiles>().CommittedFiles()) {
       fpOutcome->files.push_back({RoleName(file.role), file.path, file.cases});
     }
     std::vector<std::string>& remarks = fpOutcome->remarks;
     remarks = RemarksOnRun(fSession, fRequest, fpOutcome->status);
-    remarks.insert(remarks.end(), fReview.remarks.begin(), fReview.remarks.end());
-    fpOutcome->weights = std::move(fReview.weights);
+    if (!fReviewProblem.empty()) remarks.push_back(fReviewProblem);
     fpOutcome->facts = FactsOf(fSession, fRequest);
+  }
+
+  // Of a run that kept no file, the numbers of units drawn would look like those of a sample.
+  void DropResults() const {
+    if (fpOutcome->status == RunStatus::kOk) return;
+    if (!fSession.Layer<SessionFiles>().CommittedFiles().empty()) return;
+    fSession.Layer<OutputDocument>().DropTables(SummaryTableKind::kKind);
   }
 
   // Composed in memory first, and written under a temporary name: a report is whole or the old one stays.
@@ -191,7 +200,7 @@ private:
 
   std::vector<std::string> fvReports;  // those of the request that can be written
   UserCaseFileSpec fSave{FileRole::kSaved};
-  SampleReview fReview;
+  std::string fReviewProblem;
 };
 
 }  // namespace

@@ -45,3 +45,7 @@ int GETTHREADS() {
 bool GETEXACTDESIGN() {
   return HostSession::Current().Settings().exactDesign;
 }
+
+bool GETSTRICT() {
+  return HostSession::Current().Settings().strict;
+}

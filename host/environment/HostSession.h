@@ -33,6 +33,7 @@
 struct HostSettings {
   int threads = 0;           // threads for parallel work; 0: as many as the machine has processors
   bool exactDesign = false;  // use draws whose inclusion probabilities are exactly the stated ones
+  bool strict = false;       // what makes a probability or weight wrong or unclear is an error
 };
 
 // Use:        construct; create the layers that must come first (OutputDocument, so that it receives the
@@ -85,7 +86,8 @@ private:
   std::vector<std::pair<std::type_index, std::shared_ptr<void>>> fLayers;
 };
 
-// Threads() and HostSettings::exactDesign of the current session, for the procedure. Where Threads() is 0 the
+// Threads() and two of the HostSettings of the current session, for the procedure. Where Threads() is 0 the
 // caller keeps its own default.
 int GETTHREADS();
 bool GETEXACTDESIGN();
+bool GETSTRICT();

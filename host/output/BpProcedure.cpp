@@ -16,6 +16,10 @@ void BpError(const BpCellText& text, int, BpErrorLevel level) {
   OutputDocument::Current().AddMessage(level, text.Text(), std::string());
 }
 
+void BpRemark(const std::string& text) {
+  OutputDocument::Current().AddRemark(text);
+}
+
 void AddNotes(int group, const BpCellText& label, const BpCellText& text) {
   OutputDocument::Current().AddNote({group, label.Text(), text.Text()});
 }

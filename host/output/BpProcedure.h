@@ -46,6 +46,9 @@ using BpErrorLevel = int;
 // kShowInMessage and unused.
 void BpError(const BpCellText& text, int show, BpErrorLevel level);
 
+// Adds a sentence that a user should read beside the messages. It belongs to no group and sets no flag.
+void BpRemark(const std::string& text);
+
 // Adds a line to the notes. Lines are printed by ascending group, and within a group in the order of the
 // calls.
 void AddNotes(int group, const BpCellText& label, const BpCellText& text);

@@ -27,8 +27,8 @@ OutputDocument& OutputDocument::Current() {
 
 void OutputDocument::AddMessage(int level, const std::string& text, const std::string& group) {
   if (level >= kErrorLevel) pvGetCmnGlb()->errorFlag = 1;
-  // The group's length keeps ("ab", "c") apart from ("a", "bc").
-  const std::string key = std::to_string(level) + ':' + std::to_string(group.size()) + ':' + group + text;
+  OutputMessage message = {.level = level, .text = text, .group = group};
+  const std::string key = KindOf(message);
   const auto known = fKeptOfKind.find(key);
   if (known != fKeptOfKind.end() && known->second.count == kMaxOfOneKind) {
     ++fvMessages[known->second.first].repeats;
@@ -41,7 +41,7 @@ void OutputDocument::AddMessage(int level, const std::string& text, const std::s
   }
   Kept& kept = fKeptOfKind.emplace(key, Kept{.first = fvMessages.size()}).first->second;
   ++kept.count;
-  fvMessages.push_back({.level = level, .text = text, .group = group});
+  fvMessages.push_back(std::move(message));
 }
 
 void OutputDocument::DropErrors() {
@@ -54,6 +54,30 @@ std::vector<OutputMessage> OutputDocument::AllMessages() const {
   std::vector<OutputMessage> messages = fvMessages;
   if (fFurther > 0) messages.push_back({.level = fFurtherLevel, .text = FurtherText(), .group = {}});
   return messages;
+}
+
+// The group's length keeps ("ab", "c") apart from ("a", "bc").
+std::string OutputDocument::KindOf(const OutputMessage& message) {
+  return std::to_string(message.level) + ':' + std::to_string(message.group.size()) + ':' + message.group +
+         message.text;
+}
+
+std::vector<OutputMessage> OutputDocument::MessagesByKind() const {
+  std::vector<OutputMessage> kinds;
+  std::unordered_map<std::string, std::size_t> placeOfKind;
+  for (OutputMessage& message : AllMessages()) {
+    const auto [known, isNew] = placeOfKind.emplace(KindOf(message), kinds.size());
+    if (isNew) {
+      kinds.push_back(std::move(message));
+    } else {
+      ++kinds[known->second].repeats;
+    }
+  }
+  return kinds;
+}
+
+void OutputDocument::DropTables(const std::string& kind) {
+  std::erase_if(fvTables, [&](const std::shared_ptr<OutputTable>& table) { return table->Kind() == kind; });
 }
 
 void OutputDocument::AddTable(std::shared_ptr<OutputTable> table) {

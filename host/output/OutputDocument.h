@@ -22,14 +22,16 @@ struct OutputNote {
   std::string text;
 };
 
-// OutputDocument collects all output of a session as data: messages, notes and tables. It knows nothing of
+// OutputDocument collects all output of a session as data: messages, remarks, notes and tables. Remarks are
+// whole sentences beside the messages, each on one cause, about what a user should know; they set no flag. It
+// knows nothing of
 // how they are displayed; the renderers in host/render read it when the run is over.
 //
 // Limits. A frame of ten million cases can give ten million messages, and the document is in memory. So there
 // are two limits, and what exceeds them is counted, not lost silently:
 //
 //   - Of messages of the same kind (equal level, group and text) the first kMaxOfOneKind are kept. The first
-//     of them counts the others in `repeats`. Renderers show that count after the last one that was kept.
+//     of them counts the others in `repeats`. People are shown one message of each kind, with its number.
 //   - Of all messages the first kMaxMessages are kept. FurtherMessages() counts the rest, of whatever kind.
 //
 // The first limit is checked first, so a kind that is full doesn't use up the second. The host's error flag
@@ -59,12 +61,16 @@ public:
   // Removes the errors; those that were only counted stay counted, as warnings. For a cancelled run, whose
   // errors are only consequences of the cancellation. REQUIRES: no AddMessage() afterwards.
   void DropErrors();
+  void AddRemark(std::string text) { fvRemarks.push_back(std::move(text)); }
+  // Removes the tables of a kind.
+  void DropTables(const std::string& kind);
   void AddNote(OutputNote note) { fvNotes.push_back(std::move(note)); }
   // Closes the table, and keeps it if it has a cell or a note.
   void AddTable(std::shared_ptr<OutputTable> table);
 
   const std::string& Procedure() const { return fProcedure; }
   const std::vector<OutputMessage>& Messages() const { return fvMessages; }
+  const std::vector<std::string>& Remarks() const { return fvRemarks; }
   const std::vector<OutputNote>& Notes() const { return fvNotes; }
   const std::vector<std::shared_ptr<OutputTable>>& Tables() const { return fvTables; }
 
@@ -73,8 +79,13 @@ public:
   std::string FurtherText() const { return "... and " + std::to_string(fFurther) + " more messages"; }
   // Messages(), followed by one message with FurtherText() if any were only counted.
   std::vector<OutputMessage> AllMessages() const;
+  // The same with one message of each kind, in the order of the first ones; `repeats` is how many more there
+  // were, kept or not. For people, to whom a hundred equal messages say no more than one.
+  std::vector<OutputMessage> MessagesByKind() const;
 
 private:
+  static std::string KindOf(const OutputMessage& message);
+
   // What is known about a kind of message.
   struct Kept {
     std::size_t first = 0;   // its first message's index in fvMessages
@@ -83,6 +94,7 @@ private:
 
   std::string fProcedure;
   std::vector<OutputMessage> fvMessages;
+  std::vector<std::string> fvRemarks;
   std::vector<OutputNote> fvNotes;
   std::vector<std::shared_ptr<OutputTable>> fvTables;
   std::unordered_map<std::string, Kept> fKeptOfKind;  // by level, group and text

@@ -37,9 +37,8 @@ struct RunOutcome {
   const OutputDocument* document = nullptr;  // messages, notes and tables
   std::vector<ReportFile> files{};
 
-  // Only in reports for people; the JSON report has neither.
-  std::vector<std::string> remarks{};  // the program's own messages
-  std::vector<RunFact> facts{};
+  std::vector<std::string> remarks{};  // sentences beside the messages, of the procedure and of the program
+  std::vector<RunFact> facts{};        // only in reports for people
 };
 
 // A sentence about how the run ended. Status kError has two: a run can fail without an error message, when

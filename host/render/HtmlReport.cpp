@@ -72,19 +72,17 @@ private:
 
   bool HasMessages() const { return !fDocument.Messages().empty() || !fOutcome.remarks.empty(); }
 
-  // Unlike on a terminal, the number of repeats is on the first message of a kind: a reader of a page sees
-  // the kinds, not their sequence in time.
   void WriteMessages() {
     if (!HasMessages()) return;
     fOut << "<section aria-labelledby=\"messages\">\n<h2 id=\"messages\">Messages</h2>\n<ul "
             "class=\"messages\">\n";
-    for (const OutputMessage& message : fDocument.AllMessages()) {
+    for (const OutputMessage& message : fDocument.MessagesByKind()) {
       const bool isError = message.level >= kErrorLevel;
       fOut << (isError ? "<li class=\"error\"><strong>Error:</strong> "
                        : "<li class=\"warning\"><strong>Warning:</strong> ");
       if (!message.group.empty()) fOut << HtmlText(message.group) << ' ';
       fOut << HtmlText(message.text);
-      if (message.repeats > 0) fOut << " (and " << message.repeats << " more like this)";
+      if (message.repeats > 0) fOut << " (" << message.repeats + 1 << " times)";
       fOut << "</li>\n";
     }
     for (const std::string& remark : fOutcome.remarks) {

@@ -102,5 +102,8 @@ void WriteJsonReport(const RunOutcome& outcome, std::ostream& out) {
   }
   out << "],\n";
   WriteArray("files", outcome.files, FileJson, out);
+  out << ",\n";
+  WriteArray(
+      "remarks", outcome.remarks, [](const std::string& remark) { return Json(remark); }, out);
   out << "}\n";
 }

@@ -60,19 +60,6 @@ bool HasOutput(const OutputDocument& document) {
   return !document.Notes().empty() || !document.Tables().empty();
 }
 
-bool SameKind(const OutputMessage& a, const OutputMessage& b) {
-  return a.level == b.level && a.text == b.text && a.group == b.group;
-}
-
-// Index of the last message of the same kind as messages[first], where the number of repeats is printed.
-// REQUIRES: `first` is the first of its kind. Linear, but called only for kinds that have reached their
-// limit.
-std::size_t LastOfKind(const std::vector<OutputMessage>& messages, std::size_t first) {
-  std::size_t last = messages.size() - 1;
-  while (!SameKind(messages[last], messages[first])) --last;
-  return last;
-}
-
 }  // namespace
 
 void RenderText(const OutputDocument& document, int width, std::ostream& out) {
@@ -86,19 +73,13 @@ void RenderText(const OutputDocument& document, int width, std::ostream& out) {
 }
 
 void RenderMessages(const OutputDocument& document, std::ostream& out) {
-  const std::vector<OutputMessage>& messages = document.Messages();
-  std::vector<std::int64_t> further(messages.size());  // repeats to print after each message
-  for (std::size_t i = 0; i < messages.size(); ++i) {
-    if (messages[i].repeats > 0) further[LastOfKind(messages, i)] = messages[i].repeats;
-  }
-  for (std::size_t i = 0; i < messages.size(); ++i) {
-    const OutputMessage& message = messages[i];
+  for (const OutputMessage& message : document.MessagesByKind()) {
     out << (message.level >= kErrorLevel ? "Error: " : "Warning: ");
     if (!message.group.empty()) out << PrintableText(message.group) << ' ';
-    out << PrintableText(message.text) << '\n';
-    if (further[i] > 0) out << "  ... and " << further[i] << " more\n";
+    out << PrintableText(message.text);
+    if (message.repeats > 0) out << " (" << message.repeats + 1 << " times)";
+    out << '\n';
   }
-  if (document.FurtherMessages() > 0) out << document.FurtherText() << '\n';
 }
 
 void WriteTextReport(const RunOutcome& outcome, std::ostream& out) {

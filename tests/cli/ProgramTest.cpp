@@ -13,10 +13,7 @@ namespace {
 // The example's plan that needs a frame of schools, and whose draw comes to 173 of them by this seed.
 const std::string kRun =
     "$S run --data $E/schools.csv --plan $E/plans/two-stages.xml --seed 4711 --joint j.csv ";
-const std::string kAdvice =
-    "svselect: PPS_SAMPFORD comes only near the probabilities that it states; --exact-design draws with "
-    "exactly "
-    "these\n";
+const std::string kAdvice = "svselect: PPS_SAMPFORD comes only near the probabilities that it states, ";
 
 // A usage error gets one line that names the fault and says where help is.
 TEST(Program, TellsWrongUseInOneLine) {
@@ -151,7 +148,7 @@ TEST(Program, DrawsTheSameWhateverSurroundsIt) {
   const std::string files = "grep -hv Date: s.csv s.schema.json j.csv r.json rule.txt";
   const std::string written = folder.Run(files).out;
   EXPECT_EQ(plain.status, 0);
-  EXPECT_EQ(plain.err, kAdvice);
+  EXPECT_THAT(plain.err, StartsWith(kAdvice));
   const std::string sample = folder.Text("s.csv");
   for (const std::string surroundings : kSurroundings) {
     SCOPED_TRACE(surroundings);
@@ -161,7 +158,7 @@ TEST(Program, DrawsTheSameWhateverSurroundsIt) {
     EXPECT_EQ(folder.Run(files).out, written);
   }
   EXPECT_THAT(folder.Run(run + " --progress always").err, StartsWith("svselect: reading "));
-  EXPECT_EQ(folder.Run("(" + run + "; echo $? >&2) | true").err, kAdvice + "0\n");
+  EXPECT_EQ(folder.Run("(" + run + "; echo $? >&2) | true").err, plain.err + "0\n");
   // More than a pipe holds, and a reader that sees one line of it.
   folder.Run("seq -s ',' 20000 > wide.csv");
   EXPECT_EQ(folder.Run("($S describe wide.csv; echo $? >&2) | head -n 1").err, "0\n");

@@ -62,6 +62,8 @@ public:
 
   std::size_t CategoryCount() const { return fValueMap.Size(); }
 
+  std::int32_t Variable() const { return fVarIndex; }  // in the dictionary
+
   // Reads from another iterator from now on; the codes stay.
   void Rebind(KORV_InputCaseIterator* iterator, bool includeUserMissing);
 

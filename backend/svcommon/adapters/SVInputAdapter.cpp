@@ -42,7 +42,9 @@ bool SVInputAdapter::ReadCategorical(double* record) {
   for (std::size_t i = 0; i < fvCatReaders.size(); ++i) {
     const std::int32_t code = fPassCounter == 0 ? fvCatReaders[i]->Encode() : fvCatReaders[i]->Lookup();
     record[fvCatSlots[i]] = code == 0 ? MCMV::gMissingValue : code;
-    if (code == 0) ok = false;
+    if (code != 0) continue;
+    ok = false;
+    CountLackOf(fvCatReaders[i]->Variable());
   }
   return ok;
 }
@@ -62,6 +64,10 @@ bool SVInputAdapter::KeepIncomplete() const {
 void SVInputAdapter::OnNewIterator(ProcDSIterator*) {}
 
 void SVInputAdapter::SetIterator(ProcDSIterator* iterator) {
+  if (fPassCounter == 0) {
+    fFirstRead = fCasesRead;
+    fFirstInvalid = fInvalidCases;
+  }
   ++fPassCounter;
   fpIterator = iterator;
   fCasesRead = 0;
@@ -72,6 +78,16 @@ void SVInputAdapter::SetIterator(ProcDSIterator* iterator) {
   for (const auto& contVar : fvContVars) contVar->Rebind(iterator, false);
   for (const auto& matrixSpec : fvMatrixSpecs) matrixSpec->Rebind(iterator, fbIncludeUserMissing);
   OnNewIterator(iterator);
+}
+
+// A case can be invalid for another reason, a table without a number for it, which has its own message.
+SVInputAdapter::LeftOut SVInputAdapter::CasesLeftOut() const {
+  if (fLacking.empty()) return {};
+  const bool isFirst = fPassCounter == 0;
+  LeftOut leftOut = {.cases = isFirst ? fInvalidCases : fFirstInvalid,
+                     .of = isFirst ? fCasesRead : fFirstRead};
+  leftOut.byVariable.assign(fLacking.begin(), fLacking.end());
+  return leftOut;
 }
 
 void SVInputAdapter::SetCaseId(double* record) const {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "backend/svcommon/adapters/CaseReaders.h"
@@ -75,6 +76,16 @@ public:
   std::int64_t RecordsPassed() const { return fRecordsPassed; }
   int PassCounter() const { return fPassCounter; }  // 0 in the first pass
 
+  // The cases that the first pass rejected because they have no value of a variable, or a user-missing one:
+  // how many of how many, and by dictionary index how many lack that variable. A case that lacks several
+  // strata or cluster variables counts for each.
+  struct LeftOut {
+    std::int64_t cases = 0;
+    std::int64_t of = 0;
+    std::vector<std::pair<std::int32_t, std::int64_t>> byVariable{};
+  };
+  LeftOut CasesLeftOut() const;
+
   // Writes the position of the current case in the file, from 0, if the record has a slot for it.
   void SetCaseId(double* record) const;
 
@@ -93,6 +104,11 @@ public:
   bool FatalError() const;
 
 protected:
+  // Counts a case that the first pass rejects for a continuous variable, by its dictionary index.
+  void CountLackOf(std::int32_t variable) {
+    if (fPassCounter == 0) ++fLacking[variable];
+  }
+
   SVInputAdapter(const SVPlanValidSpecs* validSpecs, ProcedureDataSource* dataSource,
                  ProcDSIterator* iterator, const SVMessages* messages, bool includeUserMissing);
 
@@ -115,6 +131,9 @@ private:
   std::int64_t fRecordsPassed = 0;
   std::int64_t fValidCases = 0;
   std::int64_t fInvalidCases = 0;
+  std::map<std::int32_t, std::int64_t> fLacking;  // of the first pass: cases by the variable that they lack
+  std::int64_t fFirstRead = 0;                    // cases of the first pass, once it is over
+  std::int64_t fFirstInvalid = 0;
   int fPassCounter = 0;
   bool fbIncludeUserMissing;  // for categorical variables and tables; continuous ones never include them
 };

@@ -8,6 +8,7 @@
 #include "host/command/UniversalParser.h"
 #include "host/environment/CommonBlocks.h"
 #include "host/environment/HostSession.h"
+#include "host/output/BpProcedure.h"
 #include "host/text/VariableNames.h"
 
 // The order of things: command, plan, files, host settings. See the header for the grammar.
@@ -29,7 +30,9 @@ bool SVSParser::Parse() {
   SVPlanSpecs planSpecs;
   plan = &planSpecs;
   const bool isGood = [&] {
-    const int code = SV_XML::PlanXmlReader(plan).readSamplePlan(planFile);
+    SV_XML::PlanXmlReader reader(plan);
+    const int code = reader.readSamplePlan(planFile);
+    if (!AcceptMisread(reader.MisreadNumbers())) return false;
     if (code != 0) {
       SV_XML::PlanReadErrors().report(code);
       return false;
@@ -43,6 +46,16 @@ bool SVSParser::Parse() {
   plan = nullptr;
   if (isGood) LeaveSplitAndWeight();
   return isGood;
+}
+
+// A number that was read as another one than the plan's writer can have meant is remarked, and in a strict
+// run refused.
+bool SVSParser::AcceptMisread(const std::vector<std::string>& misread) {
+  for (const std::string& number : misread) BpRemark(planFile + ": " + number);
+  if (misread.empty() || !specs->Strict()) return true;
+  BpError(BpString("A strict run refuses numbers that are misread; see the remarks", true), kShowInMessage,
+          kErrorLevel);
+  return false;
 }
 
 // A command that the generic parser can't cut up has been reported by it, with line and column.
@@ -76,9 +89,10 @@ bool SVSParser::WalkSubcommands(const CommandSpec& command) {
     messages.SubcommandRequired("PLAN");
     return false;
   }
-  // Two settings of the session, not of the command: neither changes what a command means.
+  // Settings of the session, not of the command: none changes what a command means.
   if (const int threads = GETTHREADS(); threads != 0) specs->SetThreads(threads);
   specs->SetExactDesign(GETEXACTDESIGN());
+  specs->SetStrict(GETSTRICT());
   return true;
 }
 

@@ -132,6 +132,7 @@ private:
   // After the plan: no file may have two purposes, and the active file's own settings are switched off.
   bool CheckOutputFiles();
   void LeaveSplitAndWeight();
+  bool AcceptMisread(const std::vector<std::string>& misread);
 
   // The plan, in the order of the checks: the plan as a whole, the joint probability file, each stage, and
   // last the output variables that exist already.

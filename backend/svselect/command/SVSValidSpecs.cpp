@@ -217,4 +217,5 @@ void SVSValidSpecs::AddRun(std::int32_t* next) {
   fpStopProcessor.reset(new (std::nothrow) MCStopProcessor(0.0));
   fpCompSettings->SetStopProcessor(fpStopProcessor.get());
   fpCompSettings->SetExactDesign(fbExactDesign);
+  fpCompSettings->SetStrict(fbStrict);
 }

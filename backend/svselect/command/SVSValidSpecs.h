@@ -65,6 +65,7 @@ public:
   }
   void SetSelectRuleFile(const std::string& name) { fSelectRuleFile = name; }
   void SetExactDesign(bool exact) { fbExactDesign = exact; }
+  void SetStrict(bool strict) { fbStrict = strict; }
 
   // --- reads
   const KorvVarName& FinalWeightName() const { return fWgtFinalName; }
@@ -99,6 +100,7 @@ public:
   const SVSCompSettings* CompSettings() const { return fpCompSettings.get(); }
   const std::vector<std::int32_t>& DesignVars() const { return fDesignVars; }
   bool ExactDesign() const { return fbExactDesign; }
+  bool Strict() const { return fbStrict; }
   // The largest number of variables that the run can add to the active file.
   unsigned MaxObsAdded() const;
 
@@ -134,4 +136,5 @@ private:
   std::unique_ptr<SVSCompSettings> fpCompSettings;
   std::vector<std::int32_t> fDesignVars;  // all strata and cluster variables, stage by stage, with repeats
   bool fbExactDesign = false;
+  bool fbStrict = false;
 };

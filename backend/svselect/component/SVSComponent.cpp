@@ -31,6 +31,11 @@ const std::vector<SVStatus>& SVSComponent::Statuses() const {
   return fpOutputStats == nullptr ? kNone : fpOutputStats->Statuses();
 }
 
+const SVSFindings& SVSComponent::Findings() const {
+  static const SVSFindings kNone;
+  return fpAlgorithm == nullptr ? kNone : fpAlgorithm->OutSamples().Findings();
+}
+
 std::int32_t SVSComponent::StageOf(const SVStatus& status) const {
   return fpAlgorithm == nullptr ? 0 : status.StageSlot();
 }

@@ -47,6 +47,8 @@ public:
   // The collected statuses. Odd, but relied on: the list is empty until GetOutputStats() was called, so a run
   // whose sample isn't written shows no warnings.
   const std::vector<SVStatus>& Statuses() const;
+  // What was found so far, whether the run failed or not. In the order of the run.
+  const SVSFindings& Findings() const;
   // The stage that a status is about; 0 if none is known.
   std::int32_t StageOf(const SVStatus& status) const;
 

@@ -61,6 +61,7 @@ public:
   void SetStopProcessor(MCStopProcessor* stopProcessor) { fpStopProcessor = stopProcessor; }
   void SetFinalWeightName(std::string name) { fWgtFinalName = std::move(name); }
   void SetExactDesign(bool exact) { fbExactDesign = exact; }
+  void SetStrict(bool strict) { fbStrict = strict; }
 
   // --- reads -----------------------------------------------------------------------------------------------
   const std::vector<DesignStage>& DesignStages() const { return fDesignStages; }
@@ -84,6 +85,7 @@ public:
   std::int32_t NumThreads() const { return fNumThreads; }
   MCStopProcessor* StopProcessor() const { return fpStopProcessor; }
   bool ExactDesign() const { return fbExactDesign; }
+  bool Strict() const { return fbStrict; }
 
   // The variable that holds the stage's rate or size; -1 if no variable does, or the stage doesn't exist.
   std::int32_t StageSpecVar(std::int32_t stage) const;
@@ -126,4 +128,5 @@ private:
   MCStopProcessor* fpStopProcessor = nullptr;  // borrowed, may be null
   // The draws of Brewer, Sampford and PPS_WOR have exactly the inclusion probabilities that they state.
   bool fbExactDesign = false;
+  bool fbStrict = false;  // a finding that makes probabilities or weights wrong or unclear is an error
 };

@@ -5,9 +5,9 @@
 
 #include "backend/svselect/design/SVSOutputStats.h"
 
-// SVSOutSamples collects the statuses of a run. Stages, tabulators, strata and engines each add a status as
-// soon as they have one. Repeats are dropped, so the same status may be added again on its way up the call
-// chain, or once for each stratum.
+// SVSOutSamples collects the statuses and the findings of a run. Stages, tabulators, strata and engines each
+// add a status as soon as they have one. Repeats are dropped, so the same status may be added again on its
+// way up the call chain, or once for each stratum.
 //
 // Use:        SetStage() at the start of a stage; AddStatus() from then on.
 // Threads:    the thread of the run only.
@@ -28,9 +28,13 @@ public:
 
   const std::vector<SVStatus>& Statuses() const override { return fStatuses; }
 
+  SVSFindings& Findings() { return fFindings; }
+  const SVSFindings& Findings() const override { return fFindings; }
+
 private:
   bool KeepStatus(SVStatus& status);
 
   std::int32_t fStage = 0;
   std::vector<SVStatus> fStatuses;
+  SVSFindings fFindings;
 };

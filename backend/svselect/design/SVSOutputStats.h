@@ -2,10 +2,11 @@
 
 #include <vector>
 
+#include "backend/svselect/design/SVSFindings.h"
 #include "model_components/surveyplans/common/SVStatus.h"
 
-// What the procedure can read of a run when it reports: the statuses. An interface, so that the procedure
-// sees neither the collector nor its AddStatus().
+// What the procedure can read of a run when it reports: the statuses and the findings. An interface, so that
+// the procedure sees neither the collector nor its AddStatus().
 //
 // Ownership:  owned by the computation; valid as long as the component that handed it out.
 class SVSOutputStats {
@@ -14,4 +15,5 @@ public:
 
   // Warnings and errors in the order in which they first occurred.
   virtual const std::vector<SVStatus>& Statuses() const = 0;
+  virtual const SVSFindings& Findings() const = 0;
 };

@@ -21,7 +21,10 @@ bool SVSInputAdapter::ReadContinuous(double* record) {
     bool invalid = false;
     bool missing = false;  // set for a rate or size, and ignored on purpose: the stratum deals with it
     record[slot] = (*contVar)->Get(&invalid, &missing);
-    if (record[slot] == MCMV::gMissingValue && variable == fpSelectSpecs->PreviousWeightVar()) ok = false;
+    if (record[slot] == MCMV::gMissingValue && variable == fpSelectSpecs->PreviousWeightVar()) {
+      ok = false;
+      CountLackOf(variable);
+    }
     if (invalid) {
       if (fpSelectSpecs->IsSizeSlot(slot)) {
         fpMessages->InvalidSize(variable);

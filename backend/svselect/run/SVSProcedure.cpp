@@ -7,6 +7,7 @@
 #include "backend/svselect/component/SVSComponent.h"
 #include "backend/svselect/records/SVSInputAdapter.h"
 #include "backend/svselect/results/SVSJointProbOutFile.h"
+#include "backend/svselect/run/FindingTexts.h"
 #include "host/engine/ProcedureDataSource.h"
 #include "host/output/BpComposite.h"
 #include "host/output/BpProcedure.h"
@@ -28,6 +29,9 @@ struct Row {
   const char* stratified;
   const char* plain;
 };
+
+constexpr const char* kNotStrict =
+    "A strict run refuses what makes a probability or weight wrong or unclear; see the remarks";
 
 constexpr Row kRows[] = {
     {kStatusNoRecords, kAnyInclusionType, false, "There are no valid cases ...",
@@ -52,6 +56,7 @@ constexpr Row kRows[] = {
      "Measure of size values unequal or missing ..."},
     {kStatusRateAboveOne, kAnyInclusionType, true, "Sampling rate exceeds 1 in stage ^1 stratum ...",
      "Sampling rate exceeds 1 in stage ^1 ..."},
+    {kStatusNotStrict, kAnyInclusionType, false, kNotStrict, kNotStrict},
     {kStatusNoMemory, kAnyInclusionType, false, "Insufficient memory for joint probabilities ...",
      "Insufficient memory for joint probabilities ..."},
 };
@@ -112,7 +117,19 @@ bool SVSProcedure::Run() {
   if (fStatus.IsError()) return false;
   const bool isGood = fpComponent->Run(*fpRecordIter, fpSummary);
   if (!isGood) fStatus = fpComponent->GetStatus();
+  Remark();
   return isGood;
+}
+
+// A pass that was broken off can't say how many cases of the frame are left out.
+void SVSProcedure::Remark() const {
+  const FindingNames names = {*fpValidSpecs, *fpInputAdapter, *fpDataSource};
+  const bool hasReadAll =
+      fpInputAdapter->PassCounter() > 0 || fpRecordIter->Status() == MCCommon::kCasesExhausted;
+  const std::string leftOut = hasReadAll ? LeftOutText(names) : "";
+  if (!leftOut.empty()) BpRemark(leftOut);
+  const bool failedBySize = fStatus.code == kStatusInvalidSize;
+  for (const std::string& text : FindingTexts(fpComponent->Findings(), names, failedBySize)) BpRemark(text);
 }
 
 const SVSOutputStats* SVSProcedure::GetOutputStats() {

@@ -52,7 +52,8 @@ public:
   void SetSummary(MCSV::SVSOutputSummary* summary) { fpSummary = summary; }
 
   // Draws the selected stages, and writes the joint probabilities if the design needs them. True if all
-  // selected stages were tabulated and drawn.
+  // selected stages were tabulated and drawn. Whether they were or not, what was found on the way becomes
+  // remarks.
   bool Run();
 
   // The component's output statistics; null after an error. The call has an effect: Report() shows the
@@ -71,6 +72,8 @@ public:
   SVSComponent* GetComponent() const { return fpComponent.get(); }
 
 private:
+  void Remark() const;
+
   SVSValidSpecs* fpValidSpecs;        // borrowed
   ProcedureDataSource* fpDataSource;  // borrowed
   std::unique_ptr<SVSInputAdapter> fpInputAdapter;

@@ -9,13 +9,14 @@ constexpr MethodFunctions kFunctions[] = {
     {kMethodSimpleWr, SizeLists::kNone, DrawSimpleWr},
     {kMethodSimpleSystematic, SizeLists::kNone, DrawSimpleSystematic},
     {kMethodSimpleChromy, SizeLists::kShares, DrawSequential},
-    {kMethodPpsWor, SizeLists::kShares, DrawPpsWor, PpsWorJointWork, PpsWorSharedSteps},
+    {kMethodPpsWor, SizeLists::kShares, DrawPpsWor, PpsWorJointWork, PpsWorSharedSteps, PpsWorDrawnProbs},
     {kMethodPpsWr, SizeLists::kLine, DrawPpsWr},
     {kMethodPpsSystematic, SizeLists::kLine, DrawPpsSystematic},
     {kMethodPpsChromy, SizeLists::kShares, DrawSequential},
-    {kMethodPpsBrewer, SizeLists::kShares, DrawSampford, SampfordJointWork},
+    {kMethodPpsBrewer, SizeLists::kShares, DrawSampford, SampfordJointWork, nullptr, SampfordDrawnProbs},
     {kMethodPpsMurthy, SizeLists::kShares, DrawMurthy, MurthyJointWork},
-    {kMethodPpsSampford, SizeLists::kShares, DrawSampford, SampfordJointWork, SampfordSharedRows},
+    {kMethodPpsSampford, SizeLists::kShares, DrawSampford, SampfordJointWork, SampfordSharedRows,
+     SampfordDrawnProbs},
 };
 
 static_assert(std::size(kFunctions) == std::size(kMethods), "a row for each method");

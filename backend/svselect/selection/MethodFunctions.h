@@ -31,11 +31,17 @@ using JointFunction = std::unique_ptr<SVSJointWork>(const SVSStratumView& stratu
 // selected units.
 using SharedItemsFunction = std::int32_t(const SVSStratumView& stratum, std::int32_t selected);
 
+// The inclusion probabilities that the draw of a stratum really has, unit by unit in the order of the list;
+// empty where they are too costly to compute. In DrawnProbs.cpp.
+// REQUIRES: the draw has succeeded, and took units.
+using DrawnProbsFunction = std::vector<double>(const SVSStratumView& stratum);
+
 // Each in the file of its name; DrawSequential serves both Chromy methods, DrawSampford Brewer's as well.
 DrawFunction DrawSimpleWor, DrawSimpleWr, DrawSimpleSystematic, DrawSequential, DrawPpsWor, DrawPpsWr,
     DrawPpsSystematic, DrawSampford, DrawMurthy;
 JointFunction PpsWorJointWork, SampfordJointWork, MurthyJointWork;
 SharedItemsFunction PpsWorSharedSteps, SampfordSharedRows;
+DrawnProbsFunction PpsWorDrawnProbs, SampfordDrawnProbs;
 
 // The lists of sizes that a method reads. A list of a large stratum takes megabytes, so no others are formed.
 enum class SizeLists {
@@ -50,6 +56,8 @@ struct MethodFunctions {
   DrawFunction* draw;
   JointFunction* joint = nullptr;
   SharedItemsFunction* sharedItems = nullptr;  // null: none
+  // Null where the draw has the probabilities that it states.
+  DrawnProbsFunction* drawnProbs = nullptr;
 };
 
 // The functions of a code. A code that no method has draws nothing.

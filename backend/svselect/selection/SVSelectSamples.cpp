@@ -100,6 +100,17 @@ SVSStratumView SVSelectSamples::View() const {
           .cancelInfo = fpCancelInfo};
 }
 
+std::vector<SVSelectSamples::StatedProb> SVSelectSamples::StatedProbs() const {
+  std::vector<StatedProb> probs;
+  DrawnProbsFunction* const drawnProbs = FunctionsOf(fSelectMethod).drawnProbs;
+  if (drawnProbs == nullptr || fSelectSampleInds.empty()) return probs;
+  const SVSStratumView stratum = View();
+  for (const double drawn : drawnProbs(stratum)) {
+    probs.push_back({stratum.RequestedShare(static_cast<std::int32_t>(probs.size())), drawn});
+  }
+  return probs;
+}
+
 void SVSelectSamples::GetStageValues(double* popSize, double* sampleSize, double* rate) const {
   *popSize = fOutPopSize;
   *sampleSize = fOutSampleSize;

@@ -57,6 +57,16 @@ public:
   // Units or, for some methods with replacement, hits.
   std::int32_t GetNumSelected() const { return fNSelectSamples; }
 
+  // The inclusion probability that the draw states for a unit, n p(i), and that which it really has, by the
+  // position of the unit in the list.
+  struct StatedProb {
+    double stated = 0.0;
+    double drawn = 0.0;
+  };
+  // All of them, where they may differ and are cheap to compute; else empty.
+  // REQUIRES: units were selected, and ClearWork() wasn't called.
+  std::vector<StatedProb> StatedProbs() const;
+
   // Missing until something was selected.
   void GetStageValues(double* popSize, double* sampleSize, double* rate) const;
 

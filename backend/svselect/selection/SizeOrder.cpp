@@ -3,19 +3,15 @@
 #include <algorithm>
 #include <cmath>
 
-void BoundSizes(const ClusterPairs& units, double minimum, double maximum) {
-  const bool bMinimum = minimum != MCMV::gMissingValue && minimum > 0.0;
-  const bool bMaximum = maximum != MCMV::gMissingValue && maximum > 0.0;
-  if (!bMinimum && !bMaximum) return;
-  for (ClusterTable::Entry* unit : units) {
-    const double size = unit->value.GetSize();
-    if (size == MCMV::gMissingValue) continue;
-    if (bMinimum && minimum > size) {
-      unit->value.SetSize(minimum);
-    } else if (bMaximum) {
-      unit->value.SetSize(std::min(maximum, size));
-    }
-  }
+double SizeBounds::Apply(double size) const {
+  if (size == MCMV::gMissingValue) return size;
+  if (minimum > 0.0 && minimum > size) return minimum;
+  return maximum > 0.0 ? std::min(maximum, size) : size;
+}
+
+void BoundSizes(const ClusterPairs& units, const SizeBounds& bounds) {
+  if (!bounds.Any()) return;
+  for (ClusterTable::Entry* unit : units) unit->value.SetSize(bounds.Apply(unit->value.GetSize()));
 }
 
 void SortBySize(ClusterPairs* units, bool exact) {

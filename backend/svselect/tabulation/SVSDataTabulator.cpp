@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
@@ -105,7 +106,10 @@ void SVSDataTabulator::TakeRecord(MCCommon::MultiPassRecordIter& iterator) {
     fStatus = ErrorStatus(kStatusRecordTooShort);
   } else {
     ++fRecordCount;
-    if (!Check(*record, fStatus)) return;
+    if (!Check(*record, fStatus)) {
+      if (!fStatus.IsError() && fbFirstStage) Findings().Count(FindingKind::kNoPreviousWeight, fStageInd);
+      return;
+    }
     Tabulate(*record);
     if (!fStatus.IsError()) ++fValidCount;
   }
@@ -176,13 +180,29 @@ void SVSDataTabulator::EnterNext() {
   const Arrival& arrival = ArrivalAt(fEntered++);
   const double* data = arrival.data.data();
   StratumEntry* entry = arrival.stratum != nullptr ? arrival.stratum : fDataTable.Find(arrival.stratumKey);
-  if (entry != nullptr && !fConstVars.empty() && entry->value.CheckConstValues(data, fConstVars) >= 0 &&
-      !fbConstStatus && !fStatus.IsError()) {
-    fStatus = WarningStatus(kStatusUnequalSpec);
-    fbConstStatus = true;
-  }
+  if (entry != nullptr && !fConstVars.empty()) CheckConstant(*entry, data);
   SVSStratumData& stratum = entry != nullptr ? entry->value : NewStratum(arrival.stratumKey, data);
-  stratum.AddRecord(arrival.unitKey, data);
+  const SVSClusterData* disagreeing = stratum.AddRecord(arrival.unitKey, data);
+  if (disagreeing != nullptr) NoteUnequalSize(arrival, disagreeing->GetSize());
+}
+
+// Whether the record has the rate or size of its stratum. The warning is raised once per stage.
+void SVSDataTabulator::CheckConstant(StratumEntry& entry, const double* data) {
+  const double first = entry.value.ConstValue();
+  if (entry.value.CheckConstValues(data, fConstVars) < 0) return;
+  Findings().Note(FindingKind::kUnequalSpec, fStageInd,
+                  {.stratum = entry.key, .unit = {}, .value = first, .other = data[fConstVars.front()]});
+  if (fbConstStatus || fStatus.IsError()) return;
+  fStatus = WarningStatus(kStatusUnequalSpec);
+  fbConstStatus = true;
+}
+
+// Sizes below 0 count as unequal even if they are equal; they are another finding.
+void SVSDataTabulator::NoteUnequalSize(const Arrival& arrival, double size) {
+  const double other = arrival.data[static_cast<std::size_t>(fCompSettings->MOSVar())];
+  if (size == other && size < 0.0) return;
+  Findings().Note(FindingKind::kUnequalSize, fStageInd,
+                  {.stratum = arrival.stratumKey, .unit = arrival.unitKey, .value = size, .other = other});
 }
 
 // InitConstValues() reports a missing rate or size by its result, which isn't needed: a later record may have
@@ -215,10 +235,36 @@ void SVSDataTabulator::MakeKeys(const double* data, SVKey* stratumKey, SVKey* un
 SVStatus SVSDataTabulator::SelectSamples(MCSV::SVSOutputSummary* summary,
                                          MCSV::SVSOutJointProbs* jointProbs) {
   int maxSelected = 0;
-  if (!DrawStrata(&maxSelected)) return fStatus;
+  Review();
+  if (RefusesFindings() || !DrawStrata(&maxSelected)) return fStatus;
   if (summary != nullptr && !Summarize(*summary)) return fStatus;
   if (fStageInd == 1 && jointProbs != nullptr) WriteJointProbs(*jointProbs, maxSelected);
   return fStatus;
+}
+
+// In the order in which the strata appeared, which is the order of the examples that a user sees. A strict
+// draw that would lose hits is refused whether or not a unit is then hit twice: if it depended on that, the
+// samples that are accepted would have other probabilities.
+void SVSDataTabulator::Review() {
+  for (const StratumEntry* entry : fTablePairs) {
+    entry->value.Review(entry->key, &Findings());
+    if (fCompSettings->Strict() && LosesHits()) {
+      Findings().Note(FindingKind::kHitsNotKept, fStageInd, {.stratum = entry->key, .unit = {}});
+    }
+  }
+}
+
+// Whether the sample shows a unit that was hit more than once as if it was hit once.
+bool SVSDataTabulator::LosesHits() const {
+  const DesignStage& stage = *fCompSettings->GetStage(fStageInd);
+  return MethodOf(stage.methodType()).withReplacement && stage.outputName(kOutIndex).empty();
+}
+
+bool SVSDataTabulator::RefusesFindings() {
+  if (!fCompSettings->Strict() || !Findings().AnyWrong()) return false;
+  fStatus = ErrorStatus(kStatusNotStrict);
+  fpOutSamples->AddStatus(fStatus);
+  return true;
 }
 
 // In the order of the table: it decides which random numbers each stratum gets.
@@ -229,8 +275,9 @@ bool SVSDataTabulator::DrawStrata(int* maxSelected) {
     fStatus = stratum.Select();
     *maxSelected = std::max(*maxSelected, stratum.GetNumSelected());
     if (fStatus.IsError()) return false;
+    stratum.ReviewDraw(entry.key, LosesHits(), &Findings());
   }
-  return true;
+  return !RefusesFindings();
 }
 
 // EndStage() is called whatever StartStage() and AddStratum() answered, so that the output can close what it

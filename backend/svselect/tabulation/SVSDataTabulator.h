@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "backend/svselect/design/SVSOutSamples.h"
 #include "backend/svselect/tabulation/SVSStratumData.h"
 #include "host/numeric/RecordIterator.h"
 #include "model_components/surveyplans/common/SVHashtable.h"
@@ -13,7 +14,6 @@
 
 class SVCancelInfo;
 class SVSCompSettings;
-class SVSOutSamples;
 namespace MCCommonMath {
 class MCRandomTwister;
 }
@@ -72,7 +72,8 @@ public:
 
   // Draws in every stratum, in the order of the table; then sends the results to the outputs, either of which
   // may be null. Only stage 1 has joint probabilities. Errors: those of the strata, 92000 if the summary
-  // failed, 92012 if the joint output failed while it was written.
+  // failed, 92012 if the joint output failed while it was written, 92037 if a strict run finds what makes its
+  // results wrong or unclear: before the draw, but for what only the draw can show.
   SVStatus SelectSamples(MCSV::SVSOutputSummary* summary, MCSV::SVSOutJointProbs* jointProbs);
 
   // Fills `values` with the stage's seven results for a record, by OutputKind; all are missing for a record
@@ -109,11 +110,17 @@ private:
   bool EntersStage(const MCCommon::Record& record);
   void Arrive(const MCCommon::Record& record);
   void EnterNext();
+  void CheckConstant(StratumEntry& entry, const double* data);
+  void NoteUnequalSize(const Arrival& arrival, double size);
   Arrival& ArrivalAt(std::size_t number) { return fArrivals[number % kWaiting]; }
   SVSStratumData& NewStratum(const SVKey& key, const double* data);
   void MakeKeys(const double* data, SVKey* stratumKey, SVKey* unitKey) const;
   double IncomingWeight(const double* data) const { return fWeightVar < 0 ? 1.0 : data[fWeightVar]; }
 
+  SVSFindings& Findings() { return fpOutSamples->Findings(); }
+  void Review();
+  bool LosesHits() const;
+  bool RefusesFindings();
   bool DrawStrata(int* maxSelected);
   bool Summarize(MCSV::SVSOutputSummary& summary);
   void WriteJointProbs(MCSV::SVSOutJointProbs& output, int maxSelected);

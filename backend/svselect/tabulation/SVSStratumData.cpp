@@ -8,7 +8,6 @@
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
 #include "backend/svselect/selection/SVSCallBackJointProb.h"
-#include "backend/svselect/selection/SizeOrder.h"
 #include "host/numeric/Fuzzy.h"
 #include "host/numeric/MCMathFun.h"
 #include "host/numeric/Obs.h"
@@ -74,60 +73,70 @@ int SVSStratumData::CheckConstValues(const double* record, const std::vector<std
 }
 
 // A unit starts with size 1 (equal probability), 0 (to be counted) or missing (to be read from its records).
-void SVSStratumData::AddRecord(const SVKey& unitKey, const double* record) {
+const SVSClusterData* SVSStratumData::AddRecord(const SVKey& unitKey, const double* record) {
   const bool readSize = fbUseMOSVar && !fConstClusterVars.empty();
+  bool agrees = true;
   ClusterTable::Entry* entry = fClusterTable.Find(unitKey);
   if (entry == nullptr) {
     entry = fClusterTable.Insert(unitKey, fInitSizeMeasure);
     fClusterTablePairs.push_back(entry);
     if (readSize) entry->value.LoadSize(record, fConstClusterVars);
-  } else if (readSize && entry->value.CheckSize(record, fConstClusterVars) >= 0 && !fbConstStatus &&
-             !fStatus.IsError()) {
-    fStatus = WarningStatus(kStatusUnequalSize);
-    fbConstStatus = true;
+  } else if (readSize && entry->value.CheckSize(record, fConstClusterVars) >= 0) {
+    agrees = false;
+    if (!fbConstStatus && !fStatus.IsError()) {
+      fStatus = WarningStatus(kStatusUnequalSize);
+      fbConstStatus = true;
+    }
   }
   if (fbUseMOSData) entry->value.CountRecord();
   fpOutSamples->AddStatus(fStatus);
+  return agrees ? nullptr : &entry->value;
 }
 
 // Runs at the draw and again for each read of the request. The result is the same every time, and so are its
 // warnings, which the collector drops as repeats.
 void SVSStratumData::ComputeRequest() {
-  if (MethodOf(fSelectMethod).twoUnits) {
-    fRequestSampleSize = 2;
-    fRequestSampleRate = 2.0 / NumUnits();
-    return;
-  }
-  fRequestSampleSize = 0;
-  fRequestSampleRate = 0.0;
-  const DesignStage& design = *fpSettings->GetStage(fStageInd);
-  const bool carried = !fConstValues.empty();
-  if (fInclProbType == kSizeValue) RequestSize(design.sizeValue());
-  if (fInclProbType == kSizeVariable && carried) RequestSize(fConstValues.front());
-  if (fInclProbType == kRateValue) RequestRate(design.rateValue());
-  if (fInclProbType == kRateVariable && carried) RequestRate(fConstValues.front());
-  fpOutSamples->AddStatus(fStatus);
+  const Request request = FindRequest();
+  fRequestSampleSize = request.size;
+  fRequestSampleRate = request.rate;
+  if (!request.status.IsOK()) fStatus = request.status;
+  if (!MethodOf(fSelectMethod).twoUnits) fpOutSamples->AddStatus(fStatus);
 }
 
-void SVSStratumData::RequestSize(double size) {
+SVSStratumData::Request SVSStratumData::FindRequest() const {
+  if (MethodOf(fSelectMethod).twoUnits) return {.size = 2, .rate = 2.0 / NumUnits()};
+  const DesignStage& design = *fpSettings->GetStage(fStageInd);
+  const bool carried = !fConstValues.empty();
+  if (fInclProbType == kSizeValue) return RequestSize(design.sizeValue());
+  if (fInclProbType == kSizeVariable && carried) return RequestSize(fConstValues.front());
+  if (fInclProbType == kRateValue) return RequestRate(design.rateValue());
+  if (fInclProbType == kRateVariable && carried) return RequestRate(fConstValues.front());
+  return {};
+}
+
+SVSStratumData::Request SVSStratumData::RequestSize(double size) const {
+  Request request;
   if (size == gMissingValue) {
-    fStatus = ErrorStatus(kStatusMissingSpec);
-    return;
+    request.status = ErrorStatus(kStatusMissingSpec);
+    return request;
   }
   const std::int32_t n = TruncateToInt32(size);
   if (!MethodOf(fSelectMethod).withReplacement && n > NumUnits())
-    fStatus = WarningStatus(kStatusSizeAboveUnits);
-  if (n < 0) return;
-  fRequestSampleSize = n;
-  if (NumUnits() > 0) fRequestSampleRate = static_cast<double>(n) / NumUnits();
+    request.status = WarningStatus(kStatusSizeAboveUnits);
+  if (n < 0) return request;
+  request.size = n;
+  if (NumUnits() > 0) request.rate = static_cast<double>(n) / NumUnits();
+  return request;
 }
 
-void SVSStratumData::RequestRate(double rate) {
+SVSStratumData::Request SVSStratumData::RequestRate(double rate) const {
+  Request request;
   if (rate == gMissingValue) {
-    fStatus = ErrorStatus(kStatusMissingSpec);
-    return;
+    request.status = ErrorStatus(kStatusMissingSpec);
+    return request;
   }
-  if (!MethodOf(fSelectMethod).withReplacement && rate > 1.0) fStatus = WarningStatus(kStatusRateAboveOne);
+  if (!MethodOf(fSelectMethod).withReplacement && rate > 1.0)
+    request.status = WarningStatus(kStatusRateAboveOne);
   // floor(f N + 1/2), but f N + 0.5 isn't computed: the sum could round up where f N is just below a half.
   // The step is taken as a double because an integer might already be at its largest.
   const double share = NumUnits() * rate;
@@ -140,9 +149,14 @@ void SVSStratumData::RequestRate(double rate) {
   const double most = design.rateMaxSize();
   if (least > 0.0 && least > n) n = TruncateToInt32(least);
   if (most > 0.0 && n > most) n = TruncateToInt32(most);
-  if (n < 0) return;
-  fRequestSampleSize = n;
-  fRequestSampleRate = rate;
+  if (n < 0) return request;
+  request.size = n;
+  request.rate = rate;
+  return request;
+}
+
+SizeBounds SVSStratumData::Bounds() const {
+  return {.minimum = fpSettings->MOSMin(), .maximum = fpSettings->MOSMax()};
 }
 
 std::int32_t SVSStratumData::GetRequestSize() {
@@ -162,7 +176,7 @@ double SVSStratumData::GetSelectRate() const {
 // The order of these steps is part of the behaviour: bounds come before sorting, which sees the bounded
 // sizes.
 SVStatus SVSStratumData::Select() {
-  if (fbUseMOSVar) BoundSizes(fClusterTablePairs, fpSettings->MOSMin(), fpSettings->MOSMax());
+  if (fbUseMOSVar) BoundSizes(fClusterTablePairs, Bounds());
   if (MethodOf(fSelectMethod).ordersBySize) SortBySize(&fClusterTablePairs, fpSettings->ExactDesign());
   fClusterSelectPairs.clear();
   ComputeRequest();

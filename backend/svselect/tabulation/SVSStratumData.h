@@ -6,12 +6,14 @@
 
 #include "backend/svselect/selection/SVSClusterData.h"
 #include "backend/svselect/selection/SVSelectSamples.h"
+#include "backend/svselect/selection/SizeOrder.h"
 #include "backend/svselect/tabulation/UnitFilter.h"
 #include "model_components/surveyplans/common/SVKey.h"
 #include "model_components/surveyplans/common/SVStatus.h"
 
 class SVCancelInfo;
 class SVSCompSettings;
+class SVSFindings;
 class SVSOutSamples;
 namespace MCCommonMath {
 class MCRandomTwister;
@@ -61,14 +63,25 @@ public:
   // Compares a further record with them: the position of the first variable that differs, -1 if none does.
   // The first value stays. A missing one, however, is replaced by the record's, and then counts as different.
   int CheckConstValues(const double* record, const std::vector<std::int32_t>& variables);
+  // The first of them. REQUIRES: there is one.
+  double ConstValue() const { return fConstValues.front(); }
 
   // Start loading what AddRecord() will need: first the slot of the table, then the unit itself.
   void PrefetchPlace(const SVKey& unitKey) const { fClusterTable.PrefetchPlace(unitKey); }
   void PrefetchUnit(const SVKey& unitKey) const { fClusterTable.PrefetchEntry(unitKey); }
 
   // Adds a record to its unit, which is made if it is new. Warning 92033, once per stratum, if a unit's
-  // records disagree on its measure of size.
-  void AddRecord(const SVKey& unitKey, const double* record);
+  // records disagree on its measure of size. Null if this record agrees with its unit, else the unit.
+  const SVSClusterData* AddRecord(const SVKey& unitKey, const double* record);
+
+  // Looks at the request and at the measures of size as Select() is going to see them, and notes what makes
+  // the results wrong or unclear. `key` is that of the stratum. Changes nothing.
+  // Cost: for methods that draw by size one look at each unit; for others none.
+  void Review(const SVKey& key, SVSFindings* findings) const;
+
+  // The same after Select(): what the draw itself did. `notesHits` asks for the units that were hit more than
+  // once. REQUIRES: ClearWork() wasn't called.
+  void ReviewDraw(const SVKey& key, bool notesHits, SVSFindings* findings) const;
 
   // Draws the sample. Errors: 92008 for a missing rate or size, and those of SVSelectSamples.
   SVStatus Select();
@@ -98,10 +111,24 @@ public:
   void ClearWork() { fSelectSamples.ClearWork(); }
 
 private:
+  // How many units are asked for, of how many. The status is a warning or an error about that.
+  struct Request {
+    std::int32_t size = 0;
+    double rate = 0.0;
+    SVStatus status{};
+  };
+
   void FilterSelected();
+  Request FindRequest() const;
+  Request RequestSize(double size) const;
+  Request RequestRate(double rate) const;
   void ComputeRequest();
-  void RequestSize(double size);
-  void RequestRate(double rate);
+  SizeBounds Bounds() const;
+  void ReviewSizes(const SVKey& key, std::int32_t requested, SVSFindings* findings) const;
+  void ReviewLargeSizes(const SVKey& key, double limit, SVSFindings* findings) const;
+  bool OnlyApproaches(std::int32_t requested, bool anyFraction) const;
+  void ReviewStatedProbs(const SVKey& key, SVSFindings* findings) const;
+  void ReviewHits(const SVKey& key, SVSFindings* findings) const;
   std::int32_t NumUnits() const { return static_cast<std::int32_t>(fClusterTable.Count()); }
 
   // The fields that every record reads come first and together: with thousands of strata in a stage, each

@@ -155,7 +155,11 @@ TEST(JsonReport, HasItsFixedForm) {
     const BpPivotTable empty = procedure.PivotTable(Fixed("Empty"), Fixed("Empty"), true);
   }
   std::ostringstream out;
-  WriteJsonReport({RunStatus::kOk, &OutputDocument::Current(), {{"sample", "s.csv", 120}}}, out);
+  WriteJsonReport({.status = RunStatus::kOk,
+                   .document = &OutputDocument::Current(),
+                   .files = {{"sample", "s.csv", 120}},
+                   .remarks = {"2 of 9 cases are left out"}},
+                  out);
   EXPECT_EQ(out.str(), R"({"procedure": "SVSelect", "status": "ok",
 "messages": [
 {"level":"warning","text":"a \"b\" �","group":"Plan stage 1...","repeats":0}],
@@ -169,6 +173,8 @@ TEST(JsonReport, HasItsFixedForm) {
 {"at":{"Name":["group","old"]},"value":12.25,"text":"12.2%"},
 {"at":{"Name":["none"]},"text":"."}]}],
 "files": [
-{"role":"sample","path":"s.csv","cases":120}]}
+{"role":"sample","path":"s.csv","cases":120}],
+"remarks": [
+"2 of 9 cases are left out"]}
 )");
 }

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+class ProcedureDataSource;
+class SVSFindings;
+class SVSInputAdapter;
+class SVSValidSpecs;
+
+// What findings are translated with: codes into values, variables into names. Borrowed.
+struct FindingNames {
+  const SVSValidSpecs& specs;
+  const SVSInputAdapter& adapter;
+  ProcedureDataSource& dataSource;
+};
+
+// One sentence for each finding: the stage, how often, where (at most SVSFindings::kMaxExamples places with
+// their values, and how many more), what it means, and what to do about it.
+//
+// Sizes above the limit are left out unless `failedBySize`, which says that the draw failed by one: a size at
+// the very limit is noted although a draw may accept it.
+std::vector<std::string> FindingTexts(const SVSFindings& findings, const FindingNames& names,
+                                      bool failedBySize);
+
+// One sentence about the cases that were left out because they lack a value; empty if there are none.
+// REQUIRES: the first pass is over.
+std::string LeftOutText(const FindingNames& names);

@@ -1,0 +1,129 @@
+// What a statistician should know about a stratum beyond its statuses, before the draw and after it. Nothing
+// here changes a digit of the sample.
+
+#include <algorithm>
+#include <cmath>
+
+#include "backend/svcommon/design/MethodTable.h"
+#include "backend/svselect/design/SVSCompSettings.h"
+#include "backend/svselect/design/SVSFindings.h"
+#include "backend/svselect/tabulation/SVSStratumData.h"
+#include "host/numeric/Obs.h"
+
+namespace {
+
+using MCMV::gMissingValue;
+
+bool HasFraction(double size) {
+  return size > 0.0 && std::trunc(size) != size;
+}
+
+}  // namespace
+
+void SVSStratumData::Review(const SVKey& key, SVSFindings* findings) const {
+  const SVMethod& method = MethodOf(fSelectMethod);
+  const Request request = FindRequest();
+  if (request.status.code == kStatusMissingSpec) {
+    findings->Note(FindingKind::kMissingSpec, fStageInd, {.stratum = key, .unit = {}});
+    return;
+  }
+  if (request.status.code == kStatusRateAboveOne) {
+    findings->Note(FindingKind::kRateAboveOne, fStageInd,
+                   {.stratum = key, .unit = {}, .value = request.rate});
+  } else if (!method.withReplacement && request.size > NumUnits()) {
+    findings->Note(FindingKind::kTooFewUnits, fStageInd,
+                   {.stratum = key, .unit = {}, .value = 1.0 * request.size, .other = 1.0 * NumUnits()});
+  }
+  const std::int32_t n = method.withReplacement ? request.size : std::min(request.size, NumUnits());
+  if (method.IsPps() && n > 0) ReviewSizes(key, n, findings);
+}
+
+void SVSStratumData::ReviewSizes(const SVKey& key, std::int32_t requested, SVSFindings* findings) const {
+  const SVMethod& method = MethodOf(fSelectMethod);
+  const SizeBounds bounds = fbUseMOSVar ? Bounds() : SizeBounds();
+  double total = 0.0;
+  double largest = 0.0;
+  bool anyFraction = false;
+  for (const ClusterTable::Entry* unit : fClusterTablePairs) {
+    const double size = bounds.Apply(unit->value.GetSize());
+    if (!(size > 0.0)) {
+      const FindingKind kind = size == gMissingValue ? FindingKind::kMissingSize
+                               : size < 0.0          ? FindingKind::kNegativeSize
+                                                     : FindingKind::kZeroSize;
+      findings->Note(kind, fStageInd, {.stratum = key, .unit = unit->key, .value = size});
+      if (size == gMissingValue) continue;
+    }
+    total += size;
+    largest = std::max(largest, size);
+    anyFraction = anyFraction || HasFraction(size);
+  }
+  if (!(total > 0.0))
+    findings->Note(FindingKind::kNoTotalSize, fStageInd, {.stratum = key, .unit = {}, .value = total});
+  // Where all units of equal sizes are taken, each has the limit as its size, and that is allowed.
+  const double limit = total / requested;
+  const bool isCensus = requested == NumUnits() && largest * NumUnits() == total;
+  const bool isBeyond = method.limit == SizeLimit::kBelowOne ? largest >= limit : largest > limit;
+  if (method.limit != SizeLimit::kNone && isBeyond && !isCensus) ReviewLargeSizes(key, limit, findings);
+  if (OnlyApproaches(requested, anyFraction)) findings->Count(FindingKind::kStatedProbs, fStageInd);
+}
+
+// A stratum whose units are all taken has the probabilities that it states.
+bool SVSStratumData::OnlyApproaches(std::int32_t requested, bool anyFraction) const {
+  const StatedProbs stated = MethodOf(fSelectMethod).statedProbs;
+  if (fpSettings->ExactDesign() || requested == NumUnits()) return false;
+  return stated == StatedProbs::kApproached || (stated == StatedProbs::kMetByWholeSizes && anyFraction);
+}
+
+// Only a draw that fails tells of these: its sums are in another order than these, so a size at the very
+// limit can be beyond it here and not there.
+void SVSStratumData::ReviewLargeSizes(const SVKey& key, double limit, SVSFindings* findings) const {
+  const SizeBounds bounds = fbUseMOSVar ? Bounds() : SizeBounds();
+  const bool hitsLimit = MethodOf(fSelectMethod).limit == SizeLimit::kBelowOne;
+  for (const ClusterTable::Entry* unit : fClusterTablePairs) {
+    const double size = bounds.Apply(unit->value.GetSize());
+    if (size > limit || (hitsLimit && size == limit)) {
+      findings->Note(FindingKind::kSizeAboveLimit, fStageInd,
+                     {.stratum = key, .unit = unit->key, .value = size, .other = limit});
+    }
+  }
+}
+
+void SVSStratumData::ReviewDraw(const SVKey& key, bool notesHits, SVSFindings* findings) const {
+  const SVMethod& method = MethodOf(fSelectMethod);
+  const std::int32_t asked =
+      method.withReplacement ? fRequestSampleSize : std::min(fRequestSampleSize, NumUnits());
+  if (GetNumSelected() != asked) {
+    findings->Note(FindingKind::kOtherCount, fStageInd,
+                   {.stratum = key, .unit = {}, .value = 1.0 * GetNumSelected(), .other = 1.0 * asked});
+  }
+  const auto hasFraction = [](const ClusterTable::Entry* unit) { return HasFraction(unit->value.GetSize()); };
+  const bool anyFraction = method.statedProbs == StatedProbs::kMetByWholeSizes &&
+                           std::any_of(fClusterTablePairs.begin(), fClusterTablePairs.end(), hasFraction);
+  if (OnlyApproaches(asked, anyFraction)) ReviewStatedProbs(key, findings);
+  if (notesHits) ReviewHits(key, findings);
+}
+
+void SVSStratumData::ReviewStatedProbs(const SVKey& key, SVSFindings* findings) const {
+  if (GetNumSelected() == 0) return;  // another finding
+  const std::vector<SVSelectSamples::StatedProb> probs = fSelectSamples.StatedProbs();
+  if (probs.empty()) findings->CountUnknown(fStageInd);
+  for (std::size_t i = 0; i < probs.size(); ++i) {
+    findings->KeepWorst(fStageInd, {.stratum = key,
+                                    .unit = fClusterTablePairs[i]->key,
+                                    .value = probs[i].stated,
+                                    .other = probs[i].drawn});
+  }
+}
+
+void SVSStratumData::ReviewHits(const SVKey& key, SVSFindings* findings) const {
+  for (const ClusterTable::Entry* unit : fClusterTablePairs) {
+    double inclProb = 0.0;
+    double weight = 0.0;
+    double hits = 0.0;
+    unit->value.GetResults(&inclProb, &weight, &hits);
+    if (hits > 1.0) {
+      findings->Note(FindingKind::kHitsNotKept, fStageInd,
+                     {.stratum = key, .unit = unit->key, .value = hits});
+    }
+  }
+}
