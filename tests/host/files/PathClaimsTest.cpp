@@ -143,7 +143,7 @@ TEST_F(Claims, LocksOfOtherProcesses) {
   };
   const auto ours = [&] {
     std::string why;
-    return FileLock::Take(Path("f.sav"), &why).release() != nullptr;
+    return FileLock::Take(Path("f.sav"), "", &why).release() != nullptr;
   };
   const auto both = [&] {
     const std::string writing = ForWriting(FileRole::kSample, "f.sav");
@@ -157,7 +157,7 @@ TEST_F(Claims, LocksOfOtherProcesses) {
             "f.sav: in use by another process");
   const auto taken = [&] {
     std::string why;
-    return FileLock::Take(Path("f.sav"), &why) == nullptr ? why : "taken";
+    return FileLock::Take(Path("f.sav"), "", &why) == nullptr ? why : "taken";
   };
   EXPECT_EQ(While(ours, taken), "another process is writing it");
   EXPECT_TRUE(fs::exists(Path(".f.sav.svselect-lock"))) << "of the killed process";
