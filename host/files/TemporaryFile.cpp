@@ -80,7 +80,7 @@ bool TemporaryFile::Finish(std::string* why) {
   struct stat old {};
   if (lstat(fTarget.c_str(), &old) == 0 && S_ISREG(old.st_mode)) {
     // May fail where the old file is another user's.
-    fchmodat(fpFolder->Get(), kNew, old.st_mode & 07777, 0);
+    [[maybe_unused]] const int changed = fchmodat(fpFolder->Get(), kNew, old.st_mode & 07777, 0);
   }
   return Sync(fTemporary, O_RDONLY, why) && SyncFolderOf(fTemporary, why);
 }
