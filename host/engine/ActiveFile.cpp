@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "host/engine/CaseProgress.h"
-#include "host/engine/WorkDatabase.h"
 #include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
 #include "host/environment/MCStopProcessor.h"
@@ -29,18 +28,8 @@ void AddedValues::Set(std::int64_t row, double value) {
   (*fvPieces[piece])[static_cast<std::size_t>(row % kPiece)] = value;
 }
 
-namespace {
-
-// Makes the work database before the session's other layers that an active file uses.
-HostSession& WithWorkDatabase(HostSession& session) {
-  session.Layer<WorkDatabase>();
-  return session;
-}
-
-}  // namespace
-
 ActiveFile::ActiveFile(HostSession& session)
-    : fFiles(WithWorkDatabase(session).Layer<SessionFiles>()), fProgress(session.Layer<CaseProgress>()) {}
+    : fFiles(session.Layer<SessionFiles>()), fProgress(session.Layer<CaseProgress>()) {}
 
 ActiveFile& ActiveFile::Current() {
   return HostSession::Current().Layer<ActiveFile>();

@@ -42,8 +42,7 @@ private:
 //             case, and HasFailed() tells the two apart.
 class ActiveFile {
 public:
-  // Makes the layers that it depends on first: the work database, which must outlive the engine, the files
-  // and the progress.
+  // Makes the layers that it depends on first: the files and the progress.
   explicit ActiveFile(HostSession& session);
 
   // Of the living session: for what the procedure constructs without arguments.

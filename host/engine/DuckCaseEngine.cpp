@@ -20,16 +20,16 @@ bool IsConvertedHere(const std::string& type) {
 }  // namespace
 
 // The dictionary is copied: the engine reads widths from its own copy before it drops it.
-DataFrame MakeFrame(WorkDatabase& work, CaseRelation relation) {
+DataFrame MakeFrame(std::shared_ptr<WorkDatabase> work, CaseRelation relation) {
   DataFrame frame;
   frame.name = relation.name;
   frame.dictionary = relation.dictionary;
-  frame.engine = std::make_unique<DuckCaseEngine>(work, std::move(relation));
+  frame.engine = std::make_unique<DuckCaseEngine>(std::move(work), std::move(relation));
   return frame;
 }
 
-DuckCaseEngine::DuckCaseEngine(WorkDatabase& work, CaseRelation relation)
-    : fWork(work), fRelation(std::move(relation)), fState(StateOf(fRelation.watched)) {
+DuckCaseEngine::DuckCaseEngine(std::shared_ptr<WorkDatabase> work, CaseRelation relation)
+    : fpWork(std::move(work)), fRelation(std::move(relation)), fState(StateOf(fRelation.watched)) {
   for (const KORV_Variable& variable : fRelation.dictionary.variables) {
     fvShapes.push_back({variable.GetName(), variable.GetType()});
   }
@@ -76,7 +76,7 @@ std::unique_ptr<CaseCursor> DuckCaseEngine::Open(const std::vector<int>& columns
   if (list.empty()) list = "true";  // rows without a column
   return Guard([&] {
     CheckUnchanged();
-    return std::make_unique<DuckCaseCursor>(*this, fWork.Connect(),
+    return std::make_unique<DuckCaseCursor>(*this, fpWork->Connect(),
                                             fmt::format("SELECT {} FROM {}", list, fRelation.from),
                                             std::move(shapes), firstRow);
   });
@@ -85,7 +85,7 @@ std::unique_ptr<CaseCursor> DuckCaseEngine::Open(const std::vector<int>& columns
 std::int64_t DuckCaseEngine::CountCases() {
   return Guard([&] {
     CheckUnchanged();
-    DuckResult result = fWork.Connect().Query(fmt::format("SELECT count(*) FROM {}", fRelation.from));
+    DuckResult result = fpWork->Connect().Query(fmt::format("SELECT count(*) FROM {}", fRelation.from));
     return result.Fetch().Values<std::int64_t>(0)[0];
   });
 }

@@ -28,18 +28,18 @@ struct CaseRelation {
   std::shared_ptr<const void> held;     // token of what must stay in the work database; may be null
 };
 
-// The frame of a relation, served by a DuckCaseEngine. Borrows the database.
-DataFrame MakeFrame(WorkDatabase& work, CaseRelation relation);
+// The frame of a relation, served by a DuckCaseEngine over the database that the relation is in.
+DataFrame MakeFrame(std::shared_ptr<WorkDatabase> work, CaseRelation relation);
 
 // DuckCaseEngine serves the cases of a relation: each cursor is one streaming query over the columns asked
 // for, in the relation's own order. Skipping to `firstRow` reads the rows before it, and drops them.
 //
-// Ownership:  borrows the database.
+// Ownership:  shares the database.
 // Failures:   besides those of any engine, a file that is changed or replaced after it was opened: its cases
 //             would no longer be those of its dictionary.
 class DuckCaseEngine : public CaseEngine {
 public:
-  DuckCaseEngine(WorkDatabase& work, CaseRelation relation);
+  DuckCaseEngine(std::shared_ptr<WorkDatabase> work, CaseRelation relation);
 
   std::unique_ptr<CaseCursor> Open(const std::vector<int>& columns, std::int64_t firstRow) override;
   std::int64_t CountCases() override;
@@ -83,8 +83,8 @@ private:
     int width;  // 0 for a number
   };
 
-  WorkDatabase& fWork;
-  CaseRelation fRelation;       // without its dictionary
-  std::vector<Shape> fvShapes;  // of the variables, in the order of the dictionary
-  FileState fState;             // of the watched file when it was opened
+  std::shared_ptr<WorkDatabase> fpWork;  // before the relation, which may hold something in it
+  CaseRelation fRelation;                // without its dictionary
+  std::vector<Shape> fvShapes;           // of the variables, in the order of the dictionary
+  FileState fState;                      // of the watched file when it was opened
 };

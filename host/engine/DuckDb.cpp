@@ -167,7 +167,16 @@ DuckResult DuckConnection::Stream(const std::string& sql) {
   return result;
 }
 
+// Only a query can be serialized, and that takes no more than to parse it. To prepare a statement already
+// makes folders if it is an EXPORT DATABASE.
+bool DuckConnection::IsNoQuery(const std::string& sql) {
+  const char* const parse =
+      "SELECT coalesce(json_serialize_sql({})->>'error_type' = 'not implemented', false)";
+  return Query(fmt::format(fmt::runtime(parse), QuoteLiteral(sql))).Fetch().Values<bool>(0)[0];
+}
+
 std::vector<std::string> DuckConnection::QueryColumns(const std::string& sql) {
+  if (IsNoQuery(sql)) Fail("a statement that isn't a query");
   const Statement statement(Get(), sql);
   if (duckdb_prepared_statement_type(statement.Get()) != DUCKDB_STATEMENT_TYPE_SELECT) {
     Fail("a statement that isn't a query");

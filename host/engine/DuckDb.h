@@ -113,6 +113,8 @@ public:
   duckdb_connection Get() const { return fpConnection.get(); }
 
 private:
+  bool IsNoQuery(const std::string& sql);
+
   struct Disconnect {
     void operator()(duckdb_connection connection) const;
   };

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
 
 #include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
@@ -31,9 +32,19 @@ private:
   duckdb_config fConfig = nullptr;
 };
 
+// Cuts DuckDB's limit, which it shows as in "18.8 GiB", down to a part of it.
+void LimitMemory(DuckConnection& connection, double part) {
+  DuckResult result = connection.Query("SELECT current_setting('memory_limit')");
+  const DuckChunk chunk = result.Fetch();
+  const std::string limit(TextOf(chunk.Values<duckdb_string_t>(0)[0]));
+  double amount = 0.0;
+  const char* const end = std::from_chars(limit.data(), limit.data() + limit.size(), amount).ptr;
+  connection.Run(fmt::format("SET GLOBAL memory_limit = '{:.3f}{}'", amount * part, end));
+}
+
 }  // namespace
 
-WorkDatabase::WorkDatabase(const HostSession& session) {
+WorkDatabase::WorkDatabase(const HostSession& session, double memory) {
   Config config;
   config.Set("threads", std::to_string(std::max(1, session.Threads())));
   config.Set("temp_directory", fFolder.Path());
@@ -52,7 +63,17 @@ WorkDatabase::WorkDatabase(const HostSession& session) {
     throw DataError(reason);
   }
   fpDatabase.reset(database);
-  Connect().Run("SET GLOBAL TimeZone = 'UTC'");  // times with a zone read the same on every machine
+  DuckConnection connection = Connect();
+  connection.Run("SET GLOBAL TimeZone = 'UTC'");  // times with a zone read the same on every machine
+  if (memory < 1.0) LimitMemory(connection, memory);
+}
+
+void WorkDatabase::AllowOnly(const std::vector<std::string>& paths) {
+  std::string list;
+  for (const std::string& path : paths) list += (list.empty() ? "" : ", ") + QuoteLiteral(path);
+  DuckConnection connection = Connect();
+  connection.Run(fmt::format("SET allowed_paths = [{}]", list));
+  connection.Run("SET enable_external_access = false");
 }
 
 std::string WorkDatabase::UniqueName(std::string_view stem) {

@@ -6,23 +6,30 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 #include "host/engine/DuckDb.h"
 #include "host/files/TemporaryFolder.h"
 
 class HostSession;
 
-// WorkDatabase is the one database of a session. It is in memory and spills to a temporary folder; data files
-// are attached to it or scanned from it, and text files and the cases of outputs become tables in it.
+// WorkDatabase is a database in memory that spills to a temporary folder. The session's own is a layer of
+// HostSession: data files are scanned from it, and text files and the cases of outputs become tables in it. A
+// native file is a database of somebody else and is attached to another one, which AllowOnly() shuts off from
+// all files but this.
 //
-// Use:        a layer of HostSession. Readers, engines and stores are given it and make connections of their
-//             own. Layers that hold cursors or relations must be made after it, so that they go before it.
-// Ownership:  owns the database and the temporary folder.
+// Use:        readers, engines and stores are given it and make connections of their own.
+// Ownership:  owns the database and the temporary folder. Shared by the session and the frames in it.
 // Threads:    that of the session for everything but the connections.
 // Failures:   DataError, also from the constructor.
-class WorkDatabase {
+class WorkDatabase : public std::enable_shared_from_this<WorkDatabase> {
 public:
-  explicit WorkDatabase(const HostSession& session);
+  // `memory` is the part that it may take of what DuckDB takes by default.
+  explicit WorkDatabase(const HostSession& session, double memory = 1.0);
+
+  // Lets the database open these files alone from now on, besides its temporary ones, and load no extension.
+  // DuckDB has no way back. The paths must be spelt as they will be in statements.
+  void AllowOnly(const std::vector<std::string>& paths);
 
   DuckConnection Connect() const { return DuckConnection(fpDatabase.get()); }
 

@@ -22,11 +22,11 @@ PathFinder::~PathFinder() = default;
 
 std::string PathFinder::LibraryFolder() {
   Dl_info info{};
-  if (dladdr(&gAnchor, &info) == 0 || info.dli_fname == nullptr) return "./";
   std::error_code error;
-  fs::path file = fs::canonical(info.dli_fname, error);
-  if (error) file = info.dli_fname;
-  return (file.parent_path() / "").string();
+  fs::path file;
+  if (dladdr(&gAnchor, &info) != 0 && info.dli_fname != nullptr) file = fs::canonical(info.dli_fname, error);
+  // Code is loaded from here: where the loader has no answer, never from the current folder.
+  return file.empty() ? "/" : (file.parent_path() / "").string();
 }
 
 std::string PathFinder::DataFolder() {

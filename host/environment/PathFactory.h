@@ -12,7 +12,7 @@ public:
   virtual ~PathFinder();
 
   // The folder of the host's shared library, or of the executable when the host is linked into it statically;
-  // "./" when the system can't say. Symbolic links are resolved.
+  // "/" when the system can't say. Symbolic links are resolved.
   virtual std::string LibraryFolder();
 
   // The folder of the data files: $SVSELECT_DATADIR when it is set and not empty, else share/svselect in the

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "host/files/FileDescriptor.h"
 
@@ -14,15 +15,20 @@
 //           of the file is closed, and looking closes one.
 bool IsLockedByOthers(const std::string& path, bool forWriting);
 
-// FileLock is the right to write one target: while it lives, no other run of ours writes that file.
+// FileLock is the right to write one target: while it lives, no other run of ours writes that file. It is a
+// lock file beside the target. Other accounts may put something under its name. A link is never followed,
+// a pipe never waited for, and nothing is written but a lock file that the object made itself.
+//
+// The file holds the key of the folder that the run writes in, see PrivateFolder. So a run that finds the
+// file of a killed one removes that folder, and needn't search.
 //
 // Use:        Take(), hold it until the target is in its place.
-// Ownership:  owns the lock file beside the target, which is removed with the object.
+// Ownership:  owns the lock file, which is removed with the object.
 // Failures:   null, with the reason in `why`.
 class FileLock {
 public:
-  // Never waits: a lock that another run holds is a failure.
-  static std::unique_ptr<FileLock> Take(const std::string& target, std::string* why);
+  // Notes `key` in the lock file. Never waits: a lock that another run holds is a failure.
+  static std::unique_ptr<FileLock> Take(const std::string& target, std::string_view key, std::string* why);
   ~FileLock();
   FileLock(const FileLock&) = delete;
   FileLock& operator=(const FileLock&) = delete;

@@ -14,7 +14,7 @@ bool FileWriter::Fail() {
 }
 
 bool FileWriter::Open(const std::string& path) {
-  fFile = FileDescriptor(path, O_WRONLY | O_CREAT | O_TRUNC);
+  fFile = FileDescriptor(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW);
   const bool isOpen = fFile.IsOpen() || Fail();  // before anything else can change errno
   fBuffer.reserve(kBufferSize);
   return isOpen;

@@ -16,7 +16,7 @@ class FileWriter {
 public:
   FileWriter() = default;
 
-  // Makes the file, or empties the one that is there.
+  // Makes the file. Fails where something has its name already.
   bool Open(const std::string& path);
   // Appends to the file. True doesn't mean that the text is on the disk: it may still fail in the buffer.
   bool Write(std::string_view text);

@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <filesystem>
 #include <system_error>
 
@@ -15,12 +14,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view kTemporarySuffix = ".svselect-new";
-constexpr std::string_view kOldSuffix = ".svselect-old";
-// DuckDB keeps a log under this suffix beside a database file that it hasn't closed.
-constexpr std::string_view kLogSuffix = ".wal";
-static_assert(1 + kTemporarySuffix.size() + kLogSuffix.size() <= kBesideRoom);
-static_assert(1 + kOldSuffix.size() <= kBesideRoom);
+// In the private folder.
+constexpr const char* kNew = "new";
+constexpr const char* kOld = "old";
 
 bool Sync(const std::string& path, int flags, std::string* why) {
   const FileDescriptor file(path, flags);
@@ -58,36 +54,33 @@ std::string BesideName(const std::string& path, std::string_view suffix) {
   return (whole.parent_path() / fmt::format(".{}{}", whole.filename().string(), suffix)).string();
 }
 
-TemporaryFile::TemporaryFile(std::string target, std::unique_ptr<FileLock> lock)
+TemporaryFile::TemporaryFile(std::string target, std::unique_ptr<FileLock> lock,
+                             std::unique_ptr<PrivateFolder> folder)
     : fTarget(std::move(target)),
-      fTemporary(BesideName(fTarget, kTemporarySuffix)),
-      fOld(BesideName(fTarget, kOldSuffix)),
-      fpLock(std::move(lock)) {}
+      fpLock(std::move(lock)),
+      fpFolder(std::move(folder)),
+      fTemporary(fpFolder->PathOf(kNew)) {}
 
+// The lock file names the folder before there is one, so that a kill in between leaves nothing unnamed.
 std::unique_ptr<TemporaryFile> TemporaryFile::Open(const std::string& target, std::string* why) {
   const std::string file = PlainPath(target);
-  std::unique_ptr<FileLock> lock = FileLock::Take(file, why);
+  const std::string key = PrivateFolder::MakeKey();
+  std::unique_ptr<FileLock> lock = FileLock::Take(file, key, why);
   if (lock == nullptr) return nullptr;
-  std::unique_ptr<TemporaryFile> temporary(new TemporaryFile(file, std::move(lock)));
-  temporary->RemoveHelpers();
-  return temporary;
+  std::unique_ptr<PrivateFolder> folder = PrivateFolder::Make(file, key, why);
+  if (folder == nullptr) return nullptr;
+  return std::unique_ptr<TemporaryFile>(new TemporaryFile(file, std::move(lock), std::move(folder)));
 }
 
 TemporaryFile::~TemporaryFile() {
   Restore();
-  RemoveHelpers();
-}
-
-void TemporaryFile::RemoveHelpers() {
-  unlink(fTemporary.c_str());
-  unlink((fTemporary + std::string(kLogSuffix)).c_str());
-  unlink(fOld.c_str());
 }
 
 bool TemporaryFile::Finish(std::string* why) {
   struct stat old {};
-  if (stat(fTarget.c_str(), &old) == 0 && S_ISREG(old.st_mode)) {
-    chmod(fTemporary.c_str(), old.st_mode & 07777);  // may fail where the old file is another user's
+  if (lstat(fTarget.c_str(), &old) == 0 && S_ISREG(old.st_mode)) {
+    // May fail where the old file is another user's.
+    [[maybe_unused]] const int changed = fchmodat(fpFolder->Get(), kNew, old.st_mode & 07777, 0);
   }
   return Sync(fTemporary, O_RDONLY, why) && SyncFolderOf(fTemporary, why);
 }
@@ -100,7 +93,7 @@ bool TemporaryFile::KeepOldFile(std::string* why) {
     *why = std::system_category().message(EISDIR);
     return false;
   }
-  fbHasOld = link(fTarget.c_str(), fOld.c_str()) == 0;
+  fbHasOld = linkat(AT_FDCWD, fTarget.c_str(), fpFolder->Get(), kOld, 0) == 0;
   fbIsNew = !fbHasOld && errno == ENOENT;
   if (fbHasOld || fbIsNew || errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS) return true;
   *why = SystemReason();
@@ -108,7 +101,7 @@ bool TemporaryFile::KeepOldFile(std::string* why) {
 }
 
 bool TemporaryFile::Replace(std::string* why) {
-  if (std::rename(fTemporary.c_str(), fTarget.c_str()) != 0) {
+  if (renameat(fpFolder->Get(), kNew, AT_FDCWD, fTarget.c_str()) != 0) {
     *why = SystemReason();
     return false;
   }
@@ -123,7 +116,7 @@ bool TemporaryFile::SyncPlace(std::string* why) const {
 void TemporaryFile::Restore() {
   if (!fbReplaced) return;
   if (fbHasOld) {
-    std::rename(fOld.c_str(), fTarget.c_str());
+    renameat(fpFolder->Get(), kOld, AT_FDCWD, fTarget.c_str());
   } else if (fbIsNew) {
     unlink(fTarget.c_str());
   }
@@ -131,7 +124,7 @@ void TemporaryFile::Restore() {
 }
 
 void TemporaryFile::Settle() {
-  unlink(fOld.c_str());
+  unlinkat(fpFolder->Get(), kOld, 0);
   fbReplaced = false;
   fbHasOld = false;
 }

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "host/files/FileLock.h"
+#include "host/files/PrivateFolder.h"
 
 // The system's reason for the last failure, from errno.
 std::string SystemReason();
@@ -21,17 +22,19 @@ std::string BesideName(const std::string& path, std::string_view suffix);
 inline constexpr std::size_t kBesideRoom = 24;
 
 // TemporaryFile is a file that is written beside its target and takes the target's place once it is whole.
-// The target is the old file or the new one at any moment, never half of one. For "dir/s.csv" three helpers
-// are beside it while the object lives:
+// The target is the old file or the new one at any moment, never half of one. For "dir/s.csv" these helpers
+// are beside it while the object lives, with twelve random letters and digits for KEY:
 //
-//   .s.csv.svselect-new    what is being written (DuckDB may add a log with .wal behind the name)
-//   .s.csv.svselect-old    a second name (hard link) of the old file, from KeepOldFile() to Settle()
-//   .s.csv.svselect-lock   the lock that keeps other runs away, see FileLock
+//   .s.csv.svselect-KEY/new   what is being written (DuckDB may add a log with .wal behind the name)
+//   .s.csv.svselect-KEY/old   a second name (hard link) of the old file, from KeepOldFile() to Settle()
+//   .s.csv.svselect-lock      the lock that keeps other runs away, see FileLock; KEY is written in it
+//
+// Others may write into the target's folder: PrivateFolder and FileLock say what keeps them out.
 //
 // What a kill or a power cut leaves:
 //
 //   before Replace()       the old file under its name. The helpers stay until the next run that writes this
-//                          target removes them in Open().
+//                          target finds the lock file in Open() and removes them.
 //   after Replace()        the new file, whole: Finish() had brought its contents to the disk. Until
 //                          SyncPlace() a power cut may bring the old file back, also whole.
 //
@@ -45,13 +48,14 @@ inline constexpr std::size_t kBesideRoom = 24;
 // Failures:   false or null, with the system's reason in `why`.
 class TemporaryFile {
 public:
-  // Takes the target's lock and removes what killed runs left beside it. Where the target is a symbolic link,
-  // the file that it leads to is replaced, not the link.
+  // Takes the target's lock and removes what a killed run left beside it. Where the target is a symbolic
+  // link, the file that it leads to is replaced, not the link.
   static std::unique_ptr<TemporaryFile> Open(const std::string& target, std::string* why);
   ~TemporaryFile();
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
 
+  // Only this process can use the path. Nothing is there at first.
   const std::string& TemporaryPath() const { return fTemporary; }
 
   // Gives the written file the permissions of the file that it is to replace, and flushes it.
@@ -68,15 +72,14 @@ public:
   void Settle();
 
 private:
-  TemporaryFile(std::string target, std::unique_ptr<FileLock> lock);
-  void RemoveHelpers();
+  TemporaryFile(std::string target, std::unique_ptr<FileLock> lock, std::unique_ptr<PrivateFolder> folder);
 
   std::string fTarget;
+  std::unique_ptr<FileLock> fpLock;         // never null; goes after the folder that its file names
+  std::unique_ptr<PrivateFolder> fpFolder;  // never null
   std::string fTemporary;
-  std::string fOld;                  // second name of the old file
-  std::unique_ptr<FileLock> fpLock;  // never null
-  bool fbHasOld = false;             // fOld is there
-  bool fbIsNew = false;              // there was no old file
+  bool fbHasOld = false;  // the old file has its second name
+  bool fbIsNew = false;   // there was no old file
   bool fbReplaced = false;
 };
 

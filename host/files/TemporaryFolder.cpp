@@ -19,14 +19,14 @@ namespace fs = std::filesystem;
 constexpr std::string_view kFolderStem = "svselect-work-";
 
 // Opens and locks a folder. Returns 0 or an errno: ENOENT and EWOULDBLOCK mean that the folder is another
-// process's, or was until just now.
+// process's, or was until just now. No link is followed.
 int LockFolder(const std::string& path, FileDescriptor* lock) {
-  FileDescriptor folder(path, O_RDONLY | O_DIRECTORY);
+  FileDescriptor folder(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
   if (!folder.IsOpen()) return errno;
   struct stat opened {};
   struct stat named {};
   if (flock(folder.Get(), LOCK_EX | LOCK_NB) != 0 || fstat(folder.Get(), &opened) != 0 ||
-      stat(path.c_str(), &named) != 0) {
+      lstat(path.c_str(), &named) != 0) {
     return errno;
   }
   if (opened.st_ino != named.st_ino) return ENOENT;  // removed and made anew since we opened it
@@ -34,10 +34,16 @@ int LockFolder(const std::string& path, FileDescriptor* lock) {
   return 0;
 }
 
+// Whether this account made the folder. Others write into the system's temporary folder too.
+bool IsOwn(const fs::path& path) {
+  struct stat found {};
+  return lstat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode) && found.st_uid == geteuid();
+}
+
 void RemoveStaleFolders(const fs::path& parent) {
   std::error_code ignored;  // another process may be at the same
   for (const fs::directory_entry& entry : fs::directory_iterator(parent, ignored)) {
-    if (!entry.path().filename().string().starts_with(kFolderStem)) continue;
+    if (!entry.path().filename().string().starts_with(kFolderStem) || !IsOwn(entry.path())) continue;
     FileDescriptor lock;
     if (LockFolder(entry.path().string(), &lock) == 0) fs::remove_all(entry.path(), ignored);
   }

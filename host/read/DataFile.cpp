@@ -20,10 +20,15 @@
 #include "host/read/SchemaRules.h"
 #include "host/read/TextTable.h"
 #include "host/read/TypedColumns.h"
+#include "host/text/VariableNames.h"
 
 namespace {
 
 constexpr const char* kQueryName = "query";  // in messages, where a file has its path
+
+// Of the memory that DuckDB takes by default, 80 % of the machine's: what the database of a native file may
+// take beside the session's. It needs little unless its cases are sorted, which can spill.
+constexpr double kForeignMemory = 0.25;
 
 // DuckDB takes a path for a pattern of several names. In brackets its special characters are ordinary ones.
 std::string PatternOf(const std::string& path) {
@@ -32,7 +37,7 @@ std::string PatternOf(const std::string& path) {
     const bool isSpecial = c == '*' || c == '?' || c == '[';
     pattern += isSpecial ? fmt::format("[{}]", c) : std::string(1, c);
   }
-  return QuoteLiteral(pattern);
+  return pattern;
 }
 
 // --- Parquet ---------------------------------------------------------------------------------------------
@@ -41,8 +46,9 @@ std::string PatternOf(const std::string& path) {
 // column a new name. The schema of a Parquet file is a tree, listed from the root down with each node's
 // number of children; only the root's children are columns.
 void CheckParquetNames(const std::string& path, DuckConnection& connection) {
-  DuckResult result = connection.Query(fmt::format(
-      "SELECT name, coalesce(num_children, 0)::INTEGER FROM parquet_schema({})", PatternOf(path)));
+  DuckResult result =
+      connection.Query(fmt::format("SELECT name, coalesce(num_children, 0)::INTEGER FROM parquet_schema({})",
+                                   QuoteLiteral(PatternOf(path))));
   std::vector<std::string> names;
   int pending = -1;  // entries left of a nested column; -1 before the first entry, which is the root
   while (const DuckChunk chunk = result.Fetch()) {
@@ -67,7 +73,7 @@ std::string ParquetDictionary(const std::string& path, DuckConnection& connectio
   DuckResult result =
       connection.Query(fmt::format("SELECT coalesce(TRY(decode(value)), '') FROM parquet_kv_metadata({}) "
                                    "WHERE key = 'dictionary'::BLOB",
-                                   PatternOf(path)));
+                                   QuoteLiteral(PatternOf(path))));
   const DuckChunk chunk = result.Fetch();
   return chunk && chunk.Rows() > 0 ? std::string(TextOf(chunk.Values<duckdb_string_t>(0)[0])) : std::string();
 }
@@ -89,7 +95,8 @@ SchemaRules EmbeddedRules(const std::string& path, const std::string& dictionary
 CaseRelation OpenParquet(WorkDatabase& work, const std::string& path, const std::string& schema) {
   DuckConnection connection = work.Connect();
   // Folders in the path that look like "key=value" must not become columns.
-  const std::string from = fmt::format("read_parquet({}, hive_partitioning = false)", PatternOf(path));
+  const std::string from =
+      fmt::format("read_parquet({}, hive_partitioning = false)", QuoteLiteral(PatternOf(path)));
   std::string dictionary;
   const std::vector<TypedColumn> columns = Named(path, [&] {
     CheckParquetNames(path, connection);
@@ -163,6 +170,23 @@ CaseRelation OpenFile(WorkDatabase& work, const std::string& path, const std::st
 
 // --- queries ---------------------------------------------------------------------------------------------
 
+// A query writes nothing, with one exception: a function that turns on DuckDB's log, which may go to files.
+// The plan has its name also where the text hides it in a query within a query. To make the plan takes as
+// long as to prepare the query, so it is only done if the text has one of the words that this would take.
+void RefuseLogging(DuckConnection& connection, const std::string& sql) {
+  const std::string upper = GetUpperString(sql);
+  const auto has = [&](const char* word) { return upper.find(word) != std::string::npos; };
+  if (!has("ENABLE_LOGGING") && !has("QUERY") && !has("JSON_EXECUTE_SERIALIZED_SQL")) return;
+  DuckResult result = connection.Query("EXPLAIN (FORMAT json) " + sql);
+  const DuckChunk chunk = result.Fetch();
+  const std::string_view plan = TextOf(chunk.Values<duckdb_string_t>(1)[0]);
+  for (const char* const function : {"enable_logging", "json_execute_serialized_sql"}) {
+    if (plan.find(fmt::format("\"Function\": \"{}\"", GetUpperString(function))) == std::string::npos)
+      continue;
+    throw DataError(fmt::format("{}() could write files, which a query mustn't; leave it out", function));
+  }
+}
+
 // The rows are kept in a table, since a query may give other rows, or another order, when it runs again.
 CaseRelation RunQuery(WorkDatabase& work, const std::string& sql, const std::string& schema) {
   const SchemaRules rules = schema.empty() ? SchemaRules() : SchemaRules::FromFile(schema);
@@ -171,6 +195,7 @@ CaseRelation RunQuery(WorkDatabase& work, const std::string& sql, const std::str
   const std::vector<TypedColumn> columns = Named(kQueryName, [&] {
     DuckConnection connection = work.Connect();
     const std::vector<std::string> names = connection.QueryColumns(sql);
+    RefuseLogging(connection, sql);
     connection.Run(fmt::format("CREATE TABLE {} AS {}", table, sql));
     held = work.Hold("DROP TABLE " + table);
     // The table has new names for columns that are named twice; with the query's own ones they are refused.
@@ -231,11 +256,17 @@ CaseRelation Sorted(WorkDatabase& work, CaseRelation relation, const std::vector
 
 DataFrame OpenDataFile(HostSession& session, const std::string& path, const FrameRules& rules) {
   if (path.empty()) throw DataError("no data file is named");
-  WorkDatabase& work = session.Layer<WorkDatabase>();
-  return MakeFrame(work, Sorted(work, OpenFile(work, PathToRead(path), rules.schema), rules.sort));
+  const std::string file = PathToRead(path);
+  // Nothing in a file of another kind is run, so the session's database, which is there anyway, will do.
+  std::shared_ptr<WorkDatabase> work = KindOf(file) == FileKind::kNative
+                                           ? std::make_shared<WorkDatabase>(session, kForeignMemory)
+                                           : session.Layer<WorkDatabase>().shared_from_this();
+  CaseRelation relation = Sorted(*work, OpenFile(*work, file, rules.schema), rules.sort);
+  return MakeFrame(std::move(work), std::move(relation));
 }
 
 DataFrame OpenQuery(HostSession& session, const std::string& sql, const FrameRules& rules) {
-  WorkDatabase& work = session.Layer<WorkDatabase>();
-  return MakeFrame(work, Sorted(work, RunQuery(work, sql, rules.schema), rules.sort));
+  std::shared_ptr<WorkDatabase> work = session.Layer<WorkDatabase>().shared_from_this();
+  CaseRelation relation = Sorted(*work, RunQuery(*work, sql, rules.schema), rules.sort);
+  return MakeFrame(std::move(work), std::move(relation));
 }

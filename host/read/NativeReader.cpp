@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "host/engine/WorkDatabase.h"
 #include "host/environment/HostErrors.h"
 #include "host/model/Values.h"
+#include "host/read/NativeCatalogue.h"
 
 namespace {
 
@@ -67,7 +69,6 @@ public:
   }
 
 private:
-  // Also the test whether the database is a native file at all: another one has no such table.
   void CheckVersion() {
     std::string version;
     ForEachRow(
@@ -108,6 +109,9 @@ private:
                            "table_name = 'cases' ORDER BY column_index",
                            QuoteLiteral(fAlias)),
                [&](const DuckChunk& chunk, std::size_t row) {
+                 if (!IsTypeName(Text(chunk, 1, row))) {
+                   throw DataError(fmt::format("column \"{}\" has no type of DuckDB's", Text(chunk, 0, row)));
+                 }
                  fRelation.columns.push_back({QuoteIdentifier(Text(chunk, 0, row)), Text(chunk, 1, row)});
                  if (count < fRelation.dictionary.variables.size()) {
                    fRelation.dictionary.variables[count].SetColumnType(Text(chunk, 1, row));
@@ -217,6 +221,20 @@ private:
   std::vector<int> fvPositions;  // of the variables: how the other tables refer to them
 };
 
+// Where DuckDB looks for a log of changes that aren't in the file yet. It takes a question mark for the end
+// of an address.
+std::string LogOf(std::string path) {
+  return path.insert(std::min(path.find('?'), path.size()), ".wal");
+}
+
+// A log holds statements that DuckDB would run to bring the file up to date.
+void CheckNoLog(const std::string& log) {
+  std::error_code ignored;
+  if (std::filesystem::symlink_status(log, ignored).type() == std::filesystem::file_type::not_found) return;
+  throw DataError(fmt::format(
+      "its log {} is there, so the program that wrote it hasn't closed it; open and close it there", log));
+}
+
 }  // namespace
 
 CaseRelation OpenNativeFile(WorkDatabase& work, const std::string& path) {
@@ -225,9 +243,14 @@ CaseRelation OpenNativeFile(WorkDatabase& work, const std::string& path) {
   const std::string absolute = std::filesystem::absolute(path).string();
   return Named(path, [&] {
     try {
-      connection.Run(fmt::format("ATTACH {} AS {} (READ_ONLY)", QuoteLiteral(absolute), alias));
+      const std::string log = LogOf(absolute);
+      CheckNoLog(log);
+      work.AllowOnly({absolute, log});  // DuckDB looks for the log too
+      // The type: DuckDB would look for an extension to open what seems to be another program's database.
+      connection.Run(fmt::format("ATTACH {} AS {} (READ_ONLY, TYPE duckdb)", QuoteLiteral(absolute), alias));
       // From here on the file is detached again whatever happens.
       const std::shared_ptr<const void> held = work.Hold("DETACH " + alias);
+      CheckTablesOfValues(connection, alias);
       CaseRelation relation = NativeTables(connection, path, alias).Read();
       relation.held = held;
       return relation;

@@ -150,9 +150,15 @@ void TableFileStore::End() {
   block->Finish();
   const std::string select = SelectSql(GetDictionary(), block->Table(), fKind);
   const std::string& path = File().parts.back()->TemporaryPath();
-  if (fKind == FileKind::kParquet) {
-    WriteParquet(block->Connection(), GetDictionary(), select, path);
-  } else {
-    WriteNative(fWork, block->Connection(), GetDictionary(), select, path);
+  try {
+    if (fKind == FileKind::kParquet) {
+      WriteParquet(block->Connection(), GetDictionary(), select, path);
+    } else {
+      WriteNative(fWork, block->Connection(), GetDictionary(), select, path);
+    }
+  } catch (const DataError& error) {
+    std::string reason = error.what();  // DuckDB's may have the temporary path, which means nothing to a user
+    const std::size_t at = reason.find(path);
+    throw DataError(at == std::string::npos ? reason : reason.replace(at, path.size(), File().target));
   }
 }

@@ -51,7 +51,7 @@ TEST(Program, LeavesWholeFilesWhenKilled) {
         duration.count() * std::uniform_real_distribution<>(0.0, atWriting ? 0.6 : 1.0)(random);
     const std::string script = "touch ../now; (exec " + RunOf(round % 2 == 0 ? "b" : "a") +
                                ") & p=$!; for i in $(seq " + (atWriting ? "200" : "0") +
-                               "); do [ .r.txt.svselect-new -nt ../now ] && break; sleep 0.002; done; " +
+                               "); do [ .r.txt.svselect-lock -nt ../now ] && break; sleep 0.002; done; " +
                                "sleep " + std::to_string(delay) + "; kill -9 $p; wait $p";
     if (folder.Run(script).status == kKilled) ++kills;
     const std::vector<std::string> files = FilesOf(folder);

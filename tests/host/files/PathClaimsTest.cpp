@@ -131,7 +131,7 @@ TEST_F(Claims, LocksOfOtherProcesses) {
     return fcntl(open(), F_SETLK, &lock) == 0;
   };
   std::string why;
-  const auto lockAsWeDo = [&] { return FileLock::Take(Path("f.sav"), &why).release() != nullptr; };
+  const auto lockAsWeDo = [&] { return FileLock::Take(Path("f.sav"), "", &why).release() != nullptr; };
   struct Case {
     const char* aim;
     std::function<bool()> hold;
@@ -155,7 +155,7 @@ TEST_F(Claims, LocksOfOtherProcesses) {
   }
   EXPECT_EQ(While(kCases[0].hold, [&] { return ErrorOf({.path = Path("f.sav")}); }),
             "f.sav: in use by another process");
-  const auto take = [&] { return FileLock::Take(Path("f.sav"), &why) == nullptr ? why : "taken"; };
+  const auto take = [&] { return FileLock::Take(Path("f.sav"), "", &why) == nullptr ? why : "taken"; };
   EXPECT_EQ(While(lockAsWeDo, take), "another process is writing it");
   EXPECT_EQ(take(), "taken") << "the other process was killed";
   EXPECT_EQ(fFolder.Names(), "f.sav");

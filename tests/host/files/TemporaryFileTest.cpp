@@ -1,3 +1,8 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -9,6 +14,17 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+void Put(const std::string& path, const std::string& text) {
+  std::ofstream(path) << text;
+}
+// "none" where there is no file.
+std::string Get(const std::string& path) {
+  if (!fs::exists(path)) return "none";
+  std::ostringstream text;
+  text << std::ifstream(path).rdbuf();
+  return text.str();
+}
 
 // Goal: whichever step a commit ends after, the target is the old file or the new one, and nothing is left
 // beside it.
@@ -30,8 +46,10 @@ TEST(TemporaryFile, LeavesTheOldFileOrTheNewOne) {
       const TestFolder folder;
       const auto expected = [&](const std::string& text) { return text == "old" ? old : text; };
       if (!old.empty()) fs::permissions(folder.Write("t.csv", old), kPrivate);
-      folder.Write(".t.csv.svselect-new", "of a killed run");
-      folder.Write(".t.csv.svselect-new.wal", "of a killed run");
+      fs::create_directory(folder.path / ".t.csv.svselect-abcdefgh2345");
+      for (const char* name : {"new", "new.wal", "old"})
+        folder.Write(std::string(".t.csv.svselect-abcdefgh2345/") + name, "of a killed run");
+      folder.Write(".t.csv.svselect-lock", "abcdefgh2345");
       std::string why;
       std::unique_ptr<TemporaryFile> file = TemporaryFile::Open(folder.Path("t.csv"), &why);
       ASSERT_NE(file, nullptr) << why;
@@ -64,6 +82,120 @@ TEST(TemporaryFile, ReplacesWhatALinkLeadsTo) {
   }
   EXPECT_FALSE(WriteWholeFile(folder.Path("none/t.csv"), "x", &why));
   EXPECT_EQ(why, "No such file or directory");
+}
+
+// What other accounts may put beside an output, in a folder where they can write too.
+class Planted : public ::testing::Test {
+protected:
+  Planted() {
+    fs::create_directory(fVictim);
+    Put(fVictim + "/new", "kept");
+    Put(fVictim + "/file", "kept");
+  }
+  void ExpectVictimUntouched() const {
+    EXPECT_EQ(Get(fVictim + "/new") + Get(fVictim + "/file"), "keptkept");
+    EXPECT_EQ(std::distance(fs::directory_iterator(fVictim), {}), 2);
+  }
+
+  const TestFolder fFolder;
+  const std::string fVictim = fFolder.Path("victim");
+  const std::string fTarget = fFolder.Path("t.csv");
+  const std::string fLock = fFolder.Path(".t.csv.svselect-lock");
+};
+
+// Goal: nothing under the name of the lock is followed or waited for, and the message names it.
+TEST_F(Planted, UnderTheNameOfTheLock) {
+  const std::function<void()> kPlants[] = {
+      [&] { fs::create_symlink(fVictim + "/file", fLock); }, [&] { fs::create_symlink("nowhere", fLock); },
+      [&] { ASSERT_EQ(mkfifo(fLock.c_str(), 0666), 0); }, [&] { fs::create_directory(fLock); }};
+  for (const auto& plant : kPlants) {
+    plant();
+    std::string why;
+    EXPECT_FALSE(WriteWholeFile(fTarget, "new", &why));
+    EXPECT_EQ(why, fLock + " is in the way and no file; remove it");
+    EXPECT_EQ(Get(fTarget), "none");
+    EXPECT_TRUE(fs::remove(fLock));
+    EXPECT_FALSE(fs::exists(fFolder.Path("nowhere")));
+    ExpectVictimUntouched();
+  }
+  fs::create_hard_link(fVictim + "/file", fLock);
+  std::string why;
+  EXPECT_TRUE(WriteWholeFile(fTarget, "new", &why)) << why;
+  EXPECT_EQ(Get(fTarget), "new");
+  ExpectVictimUntouched();
+}
+
+// Goal: what a lock file names is removed only if it is a folder that a killed run of this account left.
+TEST_F(Planted, AsTheFolderOfAKilledRun) {
+  const std::string named = fFolder.Path(".t.csv.svselect-abcdefgh2345");
+  struct Case {
+    const char* key;
+    std::function<void()> plant;
+  };
+  const Case kCases[] = {
+      {"abcdefgh2345", [&] { fs::create_directory_symlink(fVictim, named); }},
+      {"abcdefgh2345", [&] { Put(named, "x"); }},
+      {"abcdefgh2345", [&] { ASSERT_EQ(mkfifo(named.c_str(), 0666), 0); }},
+      {"x/../../victim", [&] { fs::create_directory(fFolder.Path(".t.csv.svselect-x")); }},
+      {"x/../victim", [&] {}},
+  };
+  for (const Case& c : kCases) {
+    c.plant();
+    Put(fLock, c.key);
+    std::string why;
+    EXPECT_TRUE(WriteWholeFile(fTarget, "new", &why)) << why;
+    EXPECT_EQ(fs::remove(named), c.key == kCases[0].key) << "it was left alone";
+    ExpectVictimUntouched();
+  }
+  if (geteuid() != 0) GTEST_SKIP() << "only root can make files of another account";
+  fs::create_directory(named);
+  Put(named + "/new", "of another account");
+  Put(fLock, "abcdefgh2345");
+  constexpr uid_t kNobody = 65534;
+  ASSERT_TRUE(chown(named.c_str(), kNobody, kNobody) == 0 && chown(fLock.c_str(), kNobody, kNobody) == 0);
+  std::string why;
+  EXPECT_TRUE(WriteWholeFile(fTarget, "newer", &why)) << why;
+  EXPECT_TRUE(fs::exists(named + "/new"));
+}
+
+// Goal: a run writes in its own folder, whatever is put under that folder's name meanwhile.
+TEST_F(Planted, InPlaceOfTheFolderOfARun) {
+  std::string why;
+  const std::unique_ptr<TemporaryFile> file = TemporaryFile::Open(fTarget, &why);
+  ASSERT_NE(file, nullptr) << why;
+  fs::path folder;
+  for (const auto& entry : fs::directory_iterator(fFolder.path)) {
+    if (entry.is_directory() && entry.path() != fVictim) folder = entry.path();
+  }
+  EXPECT_EQ(fs::status(folder).permissions(), fs::perms::owner_all);
+  fs::rename(folder, fFolder.Path("moved"));
+  fs::create_directory_symlink(fVictim, folder);
+  Put(file->TemporaryPath(), "new");
+  EXPECT_TRUE(file->Finish(&why) && file->KeepOldFile(&why) && file->Replace(&why) && file->SyncPlace(&why))
+      << why;
+  file->Settle();
+  EXPECT_EQ(Get(fTarget), "new");
+  ExpectVictimUntouched();
+}
+
+TEST_F(Planted, KeysDiffer) {
+  const std::string key = PrivateFolder::MakeKey();
+  EXPECT_EQ(key.size(), 12U);
+  EXPECT_NE(key, PrivateFolder::MakeKey());
+  std::string why;
+  EXPECT_NE(PrivateFolder::Make(fTarget, key, &why), nullptr) << why;
+  fs::create_directory_symlink(fVictim, fFolder.Path(".t.csv.svselect-" + key));
+  EXPECT_EQ(PrivateFolder::Make(fTarget, key, &why), nullptr);
+  EXPECT_EQ(why, "File exists");
+}
+
+// A link with the name of a stale folder is neither followed nor removed.
+TEST_F(Planted, AmongTemporaryFolders) {
+  const std::string link = fFolder.Path() + "link";
+  fs::create_directory_symlink(fVictim, link);
+  const TemporaryFolder next;
+  EXPECT_TRUE(fs::remove(link));
+  ExpectVictimUntouched();
 }
 
 // Goal: the folders of killed processes go, those of living ones stay.

@@ -24,13 +24,14 @@ protected:
     ASSERT_TRUE(SaveActiveFile(spec) && CommitFiles()) << fMessages;
   }
   // Writes a number column with the values 1 to `cases` and leaves it uncommitted; what AddCase() threw.
-  static std::string WriteNumbers(const std::string& path, int cases, FileRole role = FileRole::kSample) {
+  std::string WriteNumbers(const std::string& path, int cases, FileRole role = FileRole::kSample) {
     UserCaseFileSpec spec(role);
     spec.Init(path, true, true);
     const UserOutputCaseFile out(spec);
     if (out.DataSource() == nullptr) return "not opened";
     int index = 0;
     out.DataSource()->MakeVariable(0, index).SetName("n");
+    if (fbPlants) PlantFiles();
     out.DataSource()->FinishDictionary();
     OBS cell;
     KORV_Case values(*out.DataSource(), &cell);
@@ -55,6 +56,13 @@ protected:
     rule.close();
     return rule.good() ? "" : "failed; ";
   }
+  // Makes the files that are going to be written, so that they can't be.
+  void PlantFiles() const {
+    for (const auto& entry : std::filesystem::directory_iterator(fFolder.path))
+      if (entry.is_directory()) std::ofstream(entry.path() / "new") << "planted";
+  }
+
+  bool fbPlants = false;
 };
 
 // A dictionary with everything that one can hold.
@@ -191,11 +199,11 @@ TEST_F(Store, DestroyedWithoutClosing) {
 
 // A file that can't be started is reported once, by the next call.
 TEST_F(Store, CannotBegin) {
-  std::filesystem::create_directory(Path(".a.csv.svselect-new"));
-  EXPECT_EQ(WithoutFolder(WriteNumbers(Path("a.csv"), 1)), "a.csv can't be written: Is a directory");
+  fbPlants = true;
+  EXPECT_EQ(WithoutFolder(WriteNumbers(Path("a.csv"), 1)), "a.csv can't be written: File exists");
   EXPECT_EQ(fMessages, "");
   EXPECT_EQ(WriteNumbers(Path("a.csv"), 0), "");
-  EXPECT_EQ(WithoutFolder(fMessages), "a.csv can't be written: Is a directory\n");
+  EXPECT_EQ(WithoutFolder(fMessages), "a.csv can't be written: File exists\n");
 }
 
 // A file that grows beyond what it may have.
@@ -213,6 +221,7 @@ TEST_F(Store, FullDisk) {
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
     EXPECT_NE((thrown + fMessages).find(name + " can't be written: "), std::string::npos);
     EXPECT_NE((thrown + fMessages).find("File too large"), std::string::npos) << thrown << fMessages;
+    EXPECT_EQ((thrown + fMessages).find("/proc/"), std::string::npos) << thrown << fMessages;
     EXPECT_FALSE(CommitFiles());  // what failed takes the whole run with it
     EXPECT_EQ(Read(name), "old");
   }

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "host/files/FileDescriptor.h"
+
+// PrivateFolder is a hidden folder beside a file that is being written, for its helpers. Other accounts may
+// write into the folder around it, so its name can't be guessed, nobody else may enter it, and it is opened
+// once: its files are named by way of the open folder, so that they stay in it even if somebody moves it away
+// and puts a link or another folder under its name.
+//
+// A killed process can't remove its folder. Whoever makes one therefore notes its key where the next run
+// finds it, see FileLock, and that run removes what it names.
+//
+// Ownership:  owns the folder and all that is put into it; both go with the object.
+// Failures:   null, with the system's reason in `why`.
+class PrivateFolder {
+public:
+  // What the name of a folder beside `target` is made from, from the system's random source; "" without one.
+  static std::string MakeKey();
+  // Makes the folder "dir/.name.svselect-KEY" for the target "dir/name".
+  static std::unique_ptr<PrivateFolder> Make(const std::string& target, std::string_view key,
+                                             std::string* why);
+  // Removes the folder of a killed run. Anything but a folder of this account is left alone, as is every
+  // text that is no key.
+  static void Remove(const std::string& target, std::string_view key);
+
+  ~PrivateFolder();
+  PrivateFolder(const PrivateFolder&) = delete;
+  PrivateFolder& operator=(const PrivateFolder&) = delete;
+
+  // A path to a file in it, for this process.
+  std::string PathOf(std::string_view name) const;
+  // The open folder, for the calls that take one.
+  int Get() const { return fFolder.Get(); }
+
+private:
+  PrivateFolder(std::string path, FileDescriptor folder)
+      : fPath(std::move(path)), fFolder(std::move(folder)) {}
+
+  std::string fPath;
+  FileDescriptor fFolder;
+};
