@@ -191,7 +191,8 @@ TEST_F(Planted, KeysDiffer) {
 
 // A link with the name of a stale folder is neither followed nor removed.
 TEST_F(Planted, AmongTemporaryFolders) {
-  const std::string link = fFolder.Path() + "link";
+  const TemporaryFolder living;
+  const std::string link = living.Path() + "link";
   fs::create_directory_symlink(fVictim, link);
   const TemporaryFolder next;
   EXPECT_TRUE(fs::remove(link));
