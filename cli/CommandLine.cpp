@@ -10,6 +10,7 @@
 #include "backend/svcommon/design/MethodTable.h"
 #include "cli/HelpPage.h"
 #include "cli/UsageWords.h"
+#include "host/text/NearestWord.h"
 #include "host/text/VariableNames.h"
 #include "session/RunReport.h"
 
