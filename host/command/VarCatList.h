@@ -32,6 +32,9 @@ public:
 
   void copyVarList(std::vector<KorvVarName>& names) const;
 
+  // The categories of all rows. Valid until the next row is added.
+  const std::vector<CatList>& Rows() const { return fKeys; }
+
   // Number of rows.
   std::size_t getMapSize() const;
 
