@@ -108,7 +108,7 @@ private:
     using is_transparent = void;
   };
 
-  // Line and column, in as little memory as a document of kMaxNodes calls for. A plan has fewer than 2^32
+  // Line and column in 8 bytes, since a document can have kMaxNodes elements. A plan has fewer than 2^32
   // bytes.
   struct Place {
     std::uint32_t line;
@@ -124,8 +124,8 @@ private:
   std::u16string fDocumentId;  // system identifier of the document, to tell it from the DTD
   bool fbInSubset = false;
   std::size_t fNodes = 0;
-  // The parser reports an element when it has read its start tag, and is then behind it. But the tag begins
-  // where whatever comes before it ends, and that is reported as well.
+  // Where the last event ended. The parser reports an element only after its start tag; the tag begins where
+  // the event before it ended.
   Place fHere = {};
   std::vector<Place> fvPlaces;  // of all elements, in document order
   std::unordered_set<std::u16string, NameHash, std::equal_to<>> fNames;

@@ -14,14 +14,14 @@ struct PlanPosition {
   std::uint64_t column = 0;
 };
 
-// PlanLines collects what there is to say about a plan, a line for each thing. A plan can have a fault in
-// each of a hundred thousand rows, so only the first lines are kept, and the others counted.
+// PlanLines collects lines about a plan: its faults, or its contradictions. A plan can have a fault in each of
+// a hundred thousand rows, so only the first lines are kept, and the others are counted.
 class PlanLines {
 public:
   static constexpr std::size_t kMaxKept = 10;
 
   bool IsFull() const { return fvKept.size() == kMaxKept; }
-  // Cheap once the list is full: a caller that can tell needn't make up the line.
+  // Once the list is full the line is only counted, and may be empty.
   void Add(std::string line) {
     if (IsFull()) {
       ++fFurther;

@@ -169,11 +169,9 @@ int PlanXmlReader::ReadMatrixRow(const Element* row, SVPlanStageSpecs* stage) {
   }
   int code = 0;
   if (!stage->paramMatrix.isCatListOK(categories)) {
-    std::vector<KorvVarName> names;
-    stage->paramMatrix.copyVarList(names);
     code = Fault(kPlanBadCategoryList, row,
                  fmt::format("the row needs a Category for each variable of its table, {}, and has {}",
-                             names.size(), categories.size()));
+                             stage->paramMatrix.VariableCount(), categories.size()));
   }
   const double value = Number(row, u"sizeValue");
   stage->paramMatrix.addCatList(std::move(categories), value);

@@ -7,6 +7,8 @@
 #include "session/Inspect.h"
 
 using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
 
 namespace {
 

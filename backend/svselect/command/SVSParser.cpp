@@ -58,7 +58,8 @@ void SVSParser::Remark(const std::vector<std::string>& lines) {
   for (const std::string& line : lines) BpRemark(line);
 }
 
-// Called where a plan was remarked on: it can't mean what it says. A strict run ends with an error there.
+// Whether the run ends here with an error, which a strict run does after a remark that the plan can be misread
+// or contradicts itself.
 bool SVSParser::RefusesPlan() {
   if (!specs->Strict()) return false;
   BpError(BpString("A strict run refuses a plan that can be misread or contradicts itself; see the remarks",
