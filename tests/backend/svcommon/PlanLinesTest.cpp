@@ -132,8 +132,9 @@ TEST(PlanFaults, SayWhere) {
        "<!DOCTYPE KORVSurveyPlans SYSTEM 'x'>\n<KORVSurveyPlans>\n <SampleDesign>\n  <SampleStage\n   "
        "selectionMethod='x'\n/></SampleDesign></KORVSurveyPlans>",
        "line 4, column 3"},
-      {"behind a comment", "<p><SampleDesign><!--\n--><?x y?><SampleStage/></SampleDesign></p>",
-       "line 2, column 11"},
+      {"behind a comment", "<p><SampleDesign><!--\n--><SampleStage/></SampleDesign></p>", "line 2, column 4"},
+      {"behind an instruction", "<p><SampleDesign><?x\ny?><SampleStage/></SampleDesign></p>",
+       "line 2, column 4"},
       {"behind an element", "<p><x a='\n'/><y></y>\n<SampleDesign><a/><SampleStage/></SampleDesign></p>",
        "line 3, column 19"},
       {"behind characters", "<p><SampleDesign>&lt;<![CDATA[\n<]]>é<SampleStage/></SampleDesign></p>",
