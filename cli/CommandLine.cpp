@@ -10,6 +10,7 @@
 #include "backend/svcommon/design/MethodTable.h"
 #include "cli/HelpPage.h"
 #include "cli/UsageWords.h"
+#include "host/text/NearestWord.h"
 #include "host/text/VariableNames.h"
 #include "session/RunReport.h"
 
@@ -348,14 +349,16 @@ void DescribeRun(CLI::App& app, RunOptions& options) {
 void DescribePlan(CLI::App& app, PlanOptions& options) {
   app.add_option("PLAN", options.plan, "Sampling plan, an XML file")->group("ARGUMENTS");
   OptionGroup group(app, kFrameGroup);
-  group.Add("--data", options.frame.path, "FRAME", "Data file that must have the variables of the plan");
+  group.Add("--data", options.frame.path, "FRAME", "Data file to check the plan against");
   group.Add("--schema", options.frame.schema, "FILE",
             "Table Schema of the frame, instead of the one beside it");
-  AddHelp(app,
-          {{"PLAN [--data FRAME [--schema FILE]]"},
-           "Describes what the plan draws, stage by stage, or reports what is wrong with it. With a frame, "
-           "also lists the variables of the plan that the frame doesn't have.",
-           kPlanAfter});
+  AddHelp(
+      app,
+      {{"PLAN [--data FRAME [--schema FILE]]"},
+       "Describes what the plan draws, stage by stage, or reports what is wrong with it. With a frame, "
+       "also checks whether the plan can be drawn from it: variables, types, tables, output names and the "
+       "first stage. Writes nothing.",
+       kPlanAfter});
 }
 
 void DescribeDescribe(CLI::App& app, FrameOptions& options) {

@@ -14,7 +14,7 @@
 //     ...
 //
 //   THE FRAME
-//     --data FRAME            Data file that must have the variables of the plan
+//     --data FRAME            Data file to check the plan against
 //
 // tools/check-docs reads the options from these pages: an option starts a line after two blanks.
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <iostream>
 
 #include "backend/svcommon/PlanInWords.h"
@@ -17,31 +18,35 @@ void TellAll(const std::vector<std::string>& problems) {
 }
 
 // Interrupts are caught only here: reading a plan takes no time, and has nothing to clean up.
-int CheckAgainstFrame(HostSession& session, const SVPlanSpecs& plan, const FrameOptions& frame) {
+int CheckAgainstFrame(HostSession& session, const PlanReading& reading, const FrameOptions& frame) {
   CatchInterrupts();
-  const PlanCheck check = CheckPlan(session, plan, frame);
+  const PlanCheck check = CheckPlan(session, reading.plan, frame);
   if (check.status == RunStatus::kCancelled) {
     TellProblem("interrupted");
     return kExitInterrupted;
   }
   RenderMessages(session.Layer<OutputDocument>(), std::cerr);
+  const std::vector<std::string>& told = reading.remarks;
+  for (const std::string& remark : check.remarks) {
+    if (std::find(told.begin(), told.end(), remark) == told.end()) TellProblem(remark);
+  }
   TellAll(check.problems);
   return check.status == RunStatus::kOk ? kExitOk : kExitError;
 }
 
 }  // namespace
 
-// Misread numbers are reported with a plan that can be used, too: the run would draw by the numbers as read.
+// Remarks are shown with a plan that can be used, too: the run would draw by what was read.
 int TellPlan(const PlanOptions& options) {
   HostSession session;
   const PlanReading reading = ReadPlan(session, options.plan);
   TellAll(reading.remarks);
-  if (reading.status != RunStatus::kOk) {
-    RenderMessages(session.Layer<OutputDocument>(), std::cerr);
-    TellAll(reading.problems);
-    return kExitError;
+  if (!reading.isRead) RenderMessages(session.Layer<OutputDocument>(), std::cerr);
+  if (reading.isRead) {
+    for (const std::string& line : PlanInWords(reading.plan)) PrintFolded(line);
+    if (!FinishOutput()) return kExitError;  // shown before the frame is read, which may take long
   }
-  for (const std::string& line : PlanInWords(reading.plan)) PrintFolded(line);
-  if (!FinishOutput()) return kExitError;  // shown before the frame is read, which may take long
-  return options.frame.path.empty() ? kExitOk : CheckAgainstFrame(session, reading.plan, options.frame);
+  TellAll(reading.problems);
+  if (reading.status != RunStatus::kOk) return kExitError;
+  return options.frame.path.empty() ? kExitOk : CheckAgainstFrame(session, reading, options.frame);
 }

@@ -19,8 +19,8 @@ int RunSample(const RunOptions& options);
 // `svselect run --explain`: prints the command that the options make.
 int ExplainCommand(const RunOptions& options);
 
-// `svselect plan`: prints the plan in words. With a frame, reports the variables of the plan that the frame
-// doesn't have.
+// `svselect plan`: prints the plan in words. With a frame, reports what keeps the plan from being drawn from
+// it, and what a run would remark.
 int TellPlan(const PlanOptions& options);
 
 // `svselect describe`: prints the dictionary, the documents and the number of cases of a data file. Messages

@@ -13,13 +13,6 @@
 // words in a sense that wasn't meant; ParseErrorWords() when it throws; UnexpectedWords() after it, for words
 // that belong to nothing. Each returns one line, or an empty text if all is well.
 
-// A word of the user for use in a message: in quotes, printable, cut after 60 bytes.
-std::string QuotedWord(std::string_view word);
-
-// The candidate that `word` is most likely a typo or an abbreviation of; empty if none is close. One typo is
-// allowed for every three letters. On equal terms the first candidate wins.
-std::string NearestWord(const std::string& word, const std::vector<std::string>& candidates);
-
 // The first word on the command line that is neither an option nor an argument of `app` or its subcommand.
 // REQUIRES: `app` has parsed the command line and allows extras.
 std::string UnexpectedWords(const CLI::App& app);

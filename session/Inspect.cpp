@@ -2,14 +2,20 @@
 
 #include <fmt/format.h>
 
+#include <set>
+
+#include "backend/svcommon/PlanGaps.h"
 #include "backend/svcommon/PlanReadErrors.h"
 #include "backend/svcommon/PlanXmlReader.h"
+#include "host/command/KORV_TokenSequence.h"
 #include "host/engine/ActiveFile.h"
 #include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
 #include "host/environment/MCStopProcessor.h"
 #include "host/files/ReadableFile.h"
 #include "host/output/OutputDocument.h"
+#include "host/text/VariableNames.h"
+#include "session/CommandText.h"
 #include "session/FileClaims.h"
 #include "session/ProcedureLibrary.h"
 #include "session/RunReview.h"
@@ -35,19 +41,6 @@ void OpenDocument(HostSession& session) {
   session.Layer<OutputDocument>().SetProcedure("SVSelect");
 }
 
-// Where the XML is at fault, in addition to the message that the plan can't be read.
-void AddFaultyPlace(const SV_XML::PlanXmlReader& reader, int code, const std::string& path,
-                    std::vector<std::string>* problems) {
-  if (const SV_XML::PlanPosition at = reader.FaultPosition(); at.line > 0) {
-    problems->push_back(fmt::format(
-        "{}, line {}, column {}: not well-formed XML here, or not what the plan format has in the "
-        "element that stands or ends here",
-        path, at.line, at.column));
-  } else if (code == SV_XML::kPlanInvalidFile) {
-    problems->push_back(path + ": an element lacks what the plan format has in it, or the plan is too large");
-  }
-}
-
 // Fills `reading`. The messages about an invalid plan are the procedure's own; the place of the fault is
 // added. Errors: DataError if the file can't be read at all.
 void ReadPlanFile(const std::string& path, PlanReading* reading) {
@@ -57,19 +50,26 @@ void ReadPlanFile(const std::string& path, PlanReading* reading) {
   for (const std::string& misread : reader.MisreadNumbers()) {
     reading->remarks.push_back(fmt::format("{}: {}", path, misread));
   }
+  const std::vector<std::string> contradictions = reader.Contradictions();
+  reading->remarks.insert(reading->remarks.end(), contradictions.begin(), contradictions.end());
   if (code == 0) {
-    reading->status = RunStatus::kOk;
+    reading->isRead = true;
+    for (const std::string& gap : PlanGaps(reading->plan)) {
+      reading->problems.push_back(fmt::format("{}: nothing can be drawn: {}", path, gap));
+    }
+    if (reading->problems.empty()) reading->status = RunStatus::kOk;
     return;
   }
   SV_XML::PlanReadErrors().report(code);
-  AddFaultyPlace(reader, code, path, &reading->problems);
+  reading->problems = reader.Faults();
 }
 
-// The variables that a frame must have, in the order of the plan: all but those that a run adds.
+// The variables that a frame must have, each once, in the order of the plan: all but those that a run adds.
 std::vector<KorvVarName> VariablesOf(const SVPlanSpecs& plan) {
   std::vector<KorvVarName> names;
+  std::set<std::string> added;
   const auto add = [&](const KorvVarName& name) {
-    if (!name.IsEmpty()) names.push_back(name);
+    if (!name.IsEmpty() && added.insert(GetUpperVarName(name.Text())).second) names.push_back(name);
   };
   add(plan.previousWeight);
   add(plan.mosVariable);
@@ -82,6 +82,16 @@ std::vector<KorvVarName> VariablesOf(const SVPlanSpecs& plan) {
     for (const KorvVarName& name : ofTable) add(name);
   }
   return names;
+}
+
+// Checks what only the procedure can check. REQUIRES: the frame is open.
+void CheckByProcedure(HostSession& session, const SVPlanSpecs& plan, PlanCheck* check) {
+  CommandParts command;
+  command.plan = plan.file;
+  session.SetCheckOnly();
+  session.Layer<SessionCommand>().SetCommand(CommandText(command), "Command");
+  if (const std::string failure = RunProcedure(); !failure.empty()) check->problems.push_back(failure);
+  check->remarks = session.Layer<OutputDocument>().Remarks();
 }
 
 }  // namespace
@@ -124,8 +134,10 @@ PlanCheck CheckPlan(HostSession& session, const SVPlanSpecs& plan, const FrameOp
         check.problems.push_back(frame.path + " has no variable " + name.Text());
       }
     }
+    if (check.problems.empty()) CheckByProcedure(session, plan, &check);
   };
   check.status = Guard(lookUp, &check.problems);
-  if (check.status == RunStatus::kOk && !check.problems.empty()) check.status = RunStatus::kError;
+  const bool isFaulty = !check.problems.empty() || ErrorRaised();
+  if (check.status == RunStatus::kOk && isFaulty) check.status = RunStatus::kError;
   return check;
 }

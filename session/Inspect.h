@@ -35,21 +35,26 @@ FrameDescription DescribeFrame(HostSession& session, const FrameOptions& frame);
 // A plan, or why it can't be used.
 struct PlanReading {
   RunStatus status = RunStatus::kError;
-  std::vector<std::string> remarks;   // numbers that were misread
-  std::vector<std::string> problems;  // why there is no plan, where the messages don't say that
-  SVPlanSpecs plan;                   // complete if the status is kOk
+  std::vector<std::string> remarks;   // numbers that were misread, and where the plan contradicts itself
+  std::vector<std::string> problems;  // what is wrong, in addition to the messages, and where
+  bool isRead = false;                // the plan is complete; but it may lack what a draw needs
+  SVPlanSpecs plan;
 };
 
-// Reads a plan file and checks it against the plan format. Needs no frame.
+// Reads a plan file, and checks it against the plan format and for what no draw can do without. Needs no
+// frame.
 PlanReading ReadPlan(HostSession& session, const std::string& path);
 
 // How a plan fits a frame.
 struct PlanCheck {
   RunStatus status = RunStatus::kError;
+  std::vector<std::string> remarks;   // what was found in the frame, and those on the plan once more
   std::vector<std::string> problems;  // why the frame can't be read, or one for each missing variable
 };
 
-// Opens a frame and checks that it has the variables of the plan, whatever their types. Variables that a run
-// adds itself aren't looked for.
-// REQUIRES: the plan was read with kOk; the session has opened no frame.
+// Opens a frame and checks that it has the variables of the plan, each once. If it has, the procedure checks
+// all that can be checked before a draw of all stages: types of variables, names of output variables, tables
+// against the frame, and the strata and units of the first stage. Errors that the draw would end with are
+// messages of the document. Nothing is written.
+// REQUIRES: the plan was read with kOk; the session has opened no frame. Afterwards it can't be used to draw.
 PlanCheck CheckPlan(HostSession& session, const SVPlanSpecs& plan, const FrameOptions& frame);

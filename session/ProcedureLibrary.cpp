@@ -62,3 +62,9 @@ std::string CallProcedure(ProcedureEntry entry) {
     return "the procedure failed: " + CaughtException();
   }
 }
+
+std::string RunProcedure() {
+  std::string why;
+  const ProcedureEntry entry = LoadProcedure(&why);
+  return entry == nullptr ? "the procedure can't be loaded: " + why : CallProcedure(entry);
+}

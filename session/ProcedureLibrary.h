@@ -16,6 +16,9 @@ ProcedureEntry LoadProcedure(std::string* why);
 // procedure noticed itself are messages of the session.
 std::string CallProcedure(ProcedureEntry entry);
 
+// Loads the procedure and calls it. Returns what went wrong, as CallProcedure() does.
+std::string RunProcedure();
+
 // Describes the exception that is being handled: "out of memory", the text of a standard exception, or the
 // type of any other.
 // REQUIRES: called in a catch block.

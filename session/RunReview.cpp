@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "backend/svcommon/PlanGaps.h"
 #include "host/engine/CaseProgress.h"
 #include "host/environment/CommonBlocks.h"
 #include "host/environment/HostErrors.h"
@@ -16,7 +17,7 @@
 //
 //   passes over the cases   error raised   files committed   the run
 //   none                    yes            no                was refused: command, plan or frame is wrong
-//   none                    no             no                ended without a message: see WhyNothingDrawn()
+//   none                    no             no                ended without a message: AddWhyNothingDrawn()
 //   some, not the last      yes            no                failed in the draw
 //   some, not the last      no             no                likewise without a message
 //   the last                yes            no                failed while it wrote
@@ -37,13 +38,15 @@ void AddRefusals(HostSession& session, Lines* remarks) {
   }
 }
 
-// The procedure leaves some faults of plan and cases without a message.
-const char* WhyNothingDrawn(HostSession& session) {
-  return HasReadCases(session)
-             ? "nothing was drawn: a case has a size that isn't a whole number up to 2147483647, or a rate "
-               "that isn't above 0"
-             : "nothing was drawn: the plan names no final weight, or its design can't be run (a stage "
-               "without size, rate or clusters, or stages out of order)";
+// The procedure leaves some faults of plan and cases without a message. Cases may have been read although the
+// plan can't be drawn, so the plan is looked at first.
+void AddWhyNothingDrawn(HostSession& session, Lines* remarks) {
+  const std::optional<CommandedPlan> commanded = ReadCommandedPlan();
+  Lines reasons = commanded ? PlanGaps(commanded->plan) : Lines();
+  if (reasons.empty()) {
+    reasons.emplace_back(HasReadCases(session) ? kUnusableRequest : "the design of the plan can't be run");
+  }
+  for (const std::string& reason : reasons) remarks->push_back("nothing was drawn: " + reason);
 }
 
 // After a draw without an error message some files may still be missing, or all if the run was broken off.
@@ -109,7 +112,7 @@ Lines RemarksOnRun(HostSession& session, const RunRequest& request, RunStatus st
   remarks.insert(remarks.end(), ofProcedure.begin(), ofProcedure.end());
   if (ErrorRaised()) return remarks;
   if (status == RunStatus::kError && HasDrawn(session)) AddLostFiles(session, &remarks);
-  if (status == RunStatus::kError && !HasDrawn(session)) remarks.emplace_back(WhyNothingDrawn(session));
+  if (status == RunStatus::kError && !HasDrawn(session)) AddWhyNothingDrawn(session, &remarks);
   if (status == RunStatus::kOk && request.save.empty() && !KeepsSample(session)) {
     remarks.emplace_back("the draw isn't kept: name a file with --sample (SAMPLEFILE) or --save");
   }

@@ -131,14 +131,8 @@ private:
   }
 
   // Errors of the procedure are in the session's messages; what is added here are failures to run it at all.
-  void Draw() {
-    std::string why;
-    const ProcedureEntry entry = LoadProcedure(&why);
-    if (entry == nullptr) {
-      Fail("the procedure can't be loaded: " + why);
-      return;
-    }
-    if (const std::string failure = CallProcedure(entry); !failure.empty()) Fail(failure);
+  static void Draw() {
+    if (const std::string failure = RunProcedure(); !failure.empty()) Fail(failure);
   }
 
   // Puts the files of the run in their places, or removes them all. The saved frame is one of them: it is

@@ -1,6 +1,8 @@
 #include "backend/svcommon/PlanDomParser.h"
 
 #include <string>
+#include <xercesc/dom/DOMDocument.hpp>
+#include <xercesc/dom/DOMElement.hpp>
 #include <xercesc/framework/XMLAttr.hpp>
 #include <xercesc/framework/XMLElementDecl.hpp>
 #include <xercesc/framework/XMLEntityDecl.hpp>
@@ -21,6 +23,13 @@ namespace {
 // The one way to end a parse at a bound. The text is never shown: the plan reader reports an invalid file.
 void RefuseIf(bool isBeyondBound) {
   if (isBeyondBound) throw xercesc::SAXException("the plan is beyond a bound of its reader");
+}
+
+// The node after `node` in document order; null at the end. A loop, since documents can be deep.
+const xercesc::DOMNode* NextNode(const xercesc::DOMNode* node) {
+  if (node->getFirstChild() != nullptr) return node->getFirstChild();
+  while (node != nullptr && node->getNextSibling() == nullptr) node = node->getParentNode();
+  return node == nullptr ? nullptr : node->getNextSibling();
 }
 
 }  // namespace
@@ -60,6 +69,8 @@ void PlanDomParser::startDocument() {
   fbInSubset = false;
   fNodes = 0;
   fNames.clear();
+  fvPlaces.clear();
+  fHere = {.line = 1, .column = 1};
   if (const XMLCh* id = getScanner()->getLocator()->getSystemId(); id != nullptr) fDocumentId = id;
   XercesDOMParser::startDocument();
 }
@@ -77,7 +88,16 @@ void PlanDomParser::startElement(const xercesc::XMLElementDecl& declaration, uns
     CountName(attribute.getQName());
     RefuseIf(std::u16string_view(attribute.getValue()).size() > kMaxAttributeLength);
   }
+  fvPlaces.push_back(fHere);
   XercesDOMParser::startElement(declaration, uri, prefix, attributes, attributeCount, isEmpty, isRoot);
+  Arrive();
+}
+
+// An empty element ends within startElement().
+void PlanDomParser::endElement(const xercesc::XMLElementDecl& declaration, unsigned int uri, bool isRoot,
+                               const XMLCh* prefix) {
+  XercesDOMParser::endElement(declaration, uri, isRoot, prefix);
+  Arrive();
 }
 
 // The library hands over a text in pieces, each of which becomes a node or part of one; counting pieces is on
@@ -85,17 +105,25 @@ void PlanDomParser::startElement(const xercesc::XMLElementDecl& declaration, uns
 void PlanDomParser::docCharacters(const XMLCh* text, XMLSize_t length, bool isCdata) {
   CountNodes(1);
   XercesDOMParser::docCharacters(text, length, isCdata);
+  Arrive();
+}
+
+void PlanDomParser::ignorableWhitespace(const XMLCh* text, XMLSize_t length, bool isCdata) {
+  XercesDOMParser::ignorableWhitespace(text, length, isCdata);
+  Arrive();
 }
 
 void PlanDomParser::docComment(const XMLCh* text) {
   CountNodes(1);
   XercesDOMParser::docComment(text);
+  Arrive();
 }
 
 void PlanDomParser::docPI(const XMLCh* target, const XMLCh* data) {
   CountNodes(1);
   CountName(target);
   XercesDOMParser::docPI(target, data);
+  Arrive();
 }
 
 void PlanDomParser::startIntSubset() {
@@ -124,6 +152,25 @@ void PlanDomParser::entityDecl(const xercesc::DTDEntityDecl& declaration, bool i
   RefuseIf(isParameter && !declaration.isExternal());
   RefuseIf(declaration.getValueLen() > kMaxEntityLength);
   XercesDOMParser::entityDecl(declaration, isParameter, isIgnored);
+}
+
+// The library builds elements in the order in which it reports them, so the number of an element in document
+// order is its index here.
+PlanPosition PlanDomParser::PlaceOf(const xercesc::DOMElement* element) const {
+  const xercesc::DOMNode* node = element->getOwnerDocument()->getDocumentElement();
+  std::size_t index = 0;
+  for (; node != nullptr && node != element; node = NextNode(node)) {
+    if (node->getNodeType() == xercesc::DOMNode::ELEMENT_NODE) ++index;
+  }
+  if (node == nullptr || index >= fvPlaces.size()) return {};
+  return {.line = fvPlaces[index].line, .column = fvPlaces[index].column};
+}
+
+// Notes where the parser is. Within an entity that is where the plan refers to it.
+void PlanDomParser::Arrive() {
+  const xercesc::Locator* const locator = getScanner()->getLocator();
+  fHere = {.line = static_cast<std::uint32_t>(locator->getLineNumber()),
+           .column = static_cast<std::uint32_t>(locator->getColumnNumber())};
 }
 
 void PlanDomParser::CountNodes(std::size_t count) {

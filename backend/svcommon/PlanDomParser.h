@@ -1,13 +1,17 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/HandlerBase.hpp>
 #include <xercesc/util/SecurityManager.hpp>
+
+#include "backend/svcommon/PlanLines.h"
 
 // Reading a plan file as XML, safely.
 //
@@ -17,7 +21,8 @@
 //
 //   XmlErrorHandler   turns every complaint of the library into the end of the parse, and answers every
 //                     reference to another file with the plan grammar that ships with the product.
-//   PlanDomParser     counts what the library builds and stops it at fixed bounds.
+//   PlanDomParser     counts what the library builds and stops it at fixed bounds. It also notes where each
+//                     element begins, which the library's documents don't know.
 //
 // A third bound, on the bytes of the file, belongs to PlanFileSource.
 //
@@ -72,12 +77,19 @@ public:
   // source asks, to limit their length: see PlanFileSource.
   bool IsInSubset() const { return fbInSubset; }
 
+  // Where an element of the current document begins. REQUIRES: the parser has built it.
+  // Cost: a walk over the document up to the element.
+  PlanPosition PlaceOf(const xercesc::DOMElement* element) const;
+
 protected:
   void startDocument() override;
   void startElement(const xercesc::XMLElementDecl& declaration, unsigned int uri, const XMLCh* prefix,
                     const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t attributeCount,
                     bool isEmpty, bool isRoot) override;
+  void endElement(const xercesc::XMLElementDecl& declaration, unsigned int uri, bool isRoot,
+                  const XMLCh* prefix) override;
   void docCharacters(const XMLCh* text, XMLSize_t length, bool isCdata) override;
+  void ignorableWhitespace(const XMLCh* text, XMLSize_t length, bool isCdata) override;
   void docComment(const XMLCh* text) override;
   void docPI(const XMLCh* target, const XMLCh* data) override;
 
@@ -96,6 +108,14 @@ private:
     using is_transparent = void;
   };
 
+  // Line and column in 8 bytes, since a document can have kMaxNodes elements. A plan has fewer than 2^32
+  // bytes.
+  struct Place {
+    std::uint32_t line;
+    std::uint32_t column;
+  };
+
+  void Arrive();
   void CountNodes(std::size_t count);
   void CountName(std::u16string_view name);
   bool IsInDocument() const;  // the text being read is the document's own, not the DTD's
@@ -104,6 +124,10 @@ private:
   std::u16string fDocumentId;  // system identifier of the document, to tell it from the DTD
   bool fbInSubset = false;
   std::size_t fNodes = 0;
+  // Where the last event ended. The parser reports an element only after its start tag; the tag begins where
+  // the event before it ended.
+  Place fHere = {};
+  std::vector<Place> fvPlaces;  // of all elements, in document order
   std::unordered_set<std::u16string, NameHash, std::equal_to<>> fNames;
 };
 

@@ -10,6 +10,7 @@
 #include "backend/svcommon/PlanFileSource.h"
 #include "backend/svcommon/PlanReadErrors.h"
 #include "host/environment/PathFactory.h"
+#include "host/text/NearestWord.h"
 #include "host/text/TextConversion.h"
 
 // The parse, and the parts of a plan that belong to the design as a whole. The order of reading is explained
@@ -35,6 +36,7 @@ bool PlanXmlReader::parseFile(const std::string& path) {
   XmlErrorHandler handler;
   fpParser->setErrorHandler(&handler);
   fpParser->setEntityResolver(&handler);
+  fPath = path;
   bool isParsed = false;
   try {
     BEDepotRepos::BEDepotGetInputPath(path, fRepositoryPath);
@@ -45,11 +47,13 @@ bool PlanXmlReader::parseFile(const std::string& path) {
     fpDocument = fpParser->getDocument();
     isParsed = fpDocument != nullptr;
   } catch (const xercesc::SAXParseException& fault) {
-    fFaultPosition = {.line = fault.getLineNumber(), .column = fault.getColumnNumber()};
+    fFaults.Add(LineAbout(PlanPosition{.line = fault.getLineNumber(), .column = fault.getColumnNumber()},
+                          "not well-formed XML here, or not what the plan format has in the element that "
+                          "stands or ends here"));
   } catch (...) {
     // The library throws several unrelated types: its I/O and its memory exceptions, the SAXException of our
     // own bounds. None has a position, and the user gets the same message for all.
-    fFaultPosition = {};
+    fFaults.Add(LineAbout(PlanPosition(), "the file can't be read, or is larger than a plan may be"));
   }
   fpParser->setErrorHandler(nullptr);
   fpParser->setEntityResolver(nullptr);
@@ -75,7 +79,9 @@ int PlanXmlReader::ReadPlan(std::string path, int mode, const XMLCh* designName,
     fpPlan->mode = mode;
     fpPlan->file = std::move(path);
     const Element* const design = FindChild(fpDocument->getDocumentElement(), designName);
-    return design == nullptr ? absent : (this->*readDesign)(design);
+    if (design != nullptr) return (this->*readDesign)(design);
+    return Fault(absent, fpDocument->getDocumentElement(),
+                 mode == kSampleMode ? "the plan has no SampleDesign" : "the plan has no AnalysisDesign");
   } catch (...) {
     // Nothing in the walk throws on purpose. What arrives here comes from the XML library or from allocation,
     // and its type says nothing that the user could act on; the records may be half filled.
@@ -88,12 +94,14 @@ int PlanXmlReader::ReadPlan(std::string path, int mode, const XMLCh* designName,
 int PlanXmlReader::ReadSampleDesign(const Element* design) {
   if (IsWord(design, u"wrEstimation", u"yes")) fpPlan->estimation = kSamplingWr;
   int code = ReadSampleStages(design);
+  fStage = 0;
   code = FirstFault(code, ReadDesignWeight(design, u"PreviousWeight", &fpPlan->previousWeight));
   return FirstFault(code, ReadDesignWeight(design, u"Weight", &fpPlan->weight));
 }
 
 int PlanXmlReader::ReadAnalysisDesign(const Element* design) {
   int code = ReadAnalysisStages(design);
+  fStage = 0;
   code = FirstFault(code, ReadDesignWeight(design, u"Weight", &fpPlan->weight));
   return code != 0 ? code : ReadSrsEstimator(design);
 }
@@ -112,7 +120,8 @@ int PlanXmlReader::ReadSrsEstimator(const Element* design) {
   } else if (IsWord(design, kName, u"wr")) {
     fpPlan->srsEstimator = kSamplingWr;
   } else if (!IsWord(design, kName, u"")) {
-    return kPlanIllegalSrsEstimator;
+    return Fault(kPlanIllegalSrsEstimator, design,
+                 QuotedWord(Text(design, kName)) + " is neither wor nor wr");
   }
   return 0;
 }

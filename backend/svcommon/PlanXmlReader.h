@@ -6,6 +6,7 @@
 #include <vector>
 #include <xercesc/util/XercesDefs.hpp>
 
+#include "backend/svcommon/PlanLines.h"
 #include "backend/svcommon/SVPlanSpecs.h"
 
 struct KORVMBConverter;
@@ -47,24 +48,23 @@ XERCES_CPP_NAMESPACE_END
 // The order of checks is the order of reading. A plan with several faults gets one message, and which one it
 // is depends on this order, so it is part of the behaviour. Reading goes on after a fault, to fill the
 // records for a caller that shows the plan. Two rules combine the codes, FirstFault() and LastFault(); see
-// PlanElements.h.
+// PlanElements.h. The message of a code is fixed and has no place. So whatever returns a code also says what
+// it found, by Fault(), and Faults() has all of it, with the place of each.
 //
 // Numbers are read as C++ streams read them in the classic locale: leading blanks are skipped, reading stops
 // at the first character that doesn't belong to a number, and a text without a number is 0. "12abc" is
 // therefore 12, and "2,5" is 2. Such a text is accepted, but noted in MisreadNumbers().
 //
-// The source is split in three: PlanXmlReader.cpp has the parse and the design as a whole,
-// PlanXmlReaderStages.cpp the stages, PlanXmlReaderParts.cpp what stages are made of.
+// The source is split in four: PlanXmlReader.cpp has the parse and the design as a whole,
+// PlanXmlReaderStages.cpp the stages, PlanXmlReaderParts.cpp what stages are made of, PlanXmlReaderLines.cpp
+// what is said about a plan.
 
 namespace SV_XML {
 
 class PlanDomParser;
 
-// A place in a plan file. Line and column count from 1; both are 0 if no place is known.
-struct PlanPosition {
-  std::uint64_t line = 0;
-  std::uint64_t column = 0;
-};
+// That a row of a table repeats the categories of an earlier one; rows count from 1.
+std::string RepeatedRowText(int row, int earlier);
 
 // PlanXmlReader fills the records of a plan from a plan file and checks it on the way.
 //
@@ -98,9 +98,22 @@ public:
   // Parses the file. True if there is a document; it is replaced by the next parse.
   bool parseFile(const std::string& path);
 
-  // Where the parser gave up. An element that is misplaced, or missing from another, is reported at the end
-  // of the element around it. No place if the file couldn't be read or exceeded a bound.
-  PlanPosition FaultPosition() const { return fFaultPosition; }
+  // What is wrong with the plan, a line for each fault in the order of reading: "PLAN, line 12, column 5:
+  // stage 2: 'county' is used twice; names ignore case". If the code is 0, faults in what doesn't count.
+  //
+  // An element that is misplaced, or missing from another, ends the parse, and its place is the end of the
+  // element around it. There is no place if the file couldn't be read or exceeded a bound.
+  std::vector<std::string> Faults() const { return fFaults.All(); }
+
+  // Where the plan contradicts itself without being at fault: a number of stages, variables or rows that
+  // isn't theirs, rows of a table with the same categories. Lines as above.
+  std::vector<std::string> Contradictions() const { return fContradictions.All(); }
+
+  // For a caller that finds something wrong when it looks the plan up in a frame. The place is that of the
+  // first variable with that name; of a row, which counts from 1, of a stage's table; else none.
+  // REQUIRES: the plan was read.
+  std::string LineAboutName(const KorvVarName& name, const std::string& what) const;
+  std::string LineAboutRow(int stage, int row, const std::string& what) const;
 
   // Texts that should have been a number and were only partly read as one, each with the value that was used:
   // "2,5" is read as 2. At most kMaxMisread, without repeats.
@@ -121,20 +134,20 @@ private:
 
   // Stages, numbered from 1. A function that takes the running code returns it unchanged if it isn't 0, else
   // its own first fault.
-  int MakeStages(std::size_t count);
+  int MakeStages(const std::vector<const Element*>& elements);
   int ReadSampleStages(const Element* design);
   int ReadAnalysisStages(const Element* design);
   int ReadSampleStage(const Element* element, int number, int runningCode);
   int ReadAnalysisStage(const Element* element, int number, int runningCode);
   void ReadStageHead(const Element* element, SVPlanStageSpecs* stage);
-  int ReadSelectionMethod(const Element* element, int number, SVPlanStageSpecs* stage) const;
-  int ReadEstimationMethod(const Element* element, int number, SVPlanStageSpecs* stage) const;
+  int ReadSelectionMethod(const Element* element, int number, SVPlanStageSpecs* stage);
+  int ReadEstimationMethod(const Element* element, int number, SVPlanStageSpecs* stage);
   int ReadSizeOrRate(const Element* element, int number, int runningCode);
   int ReadRateBounds(const Element* rate, SVPlanStageSpecs* stage, int runningCode);
   int ReadMos(const Element* stage);
   int ReadOutputs(const Element* element, SVPlanStageSpecs* stage);
-  int CheckOnlyStage() const;
-  int CheckClusters() const;
+  int CheckOnlyStage(const Element* element);
+  int CheckClusters(const std::vector<const Element*>& elements);
 
   // Parts of a stage.
   int ReadStrata(const Element* element, int number);
@@ -146,6 +159,9 @@ private:
   int ReadMatrixRow(const Element* row, SVPlanStageSpecs* stage);
   int ReadName(const Element* variable, KorvVarName* name);
   int ReadBound(const Element* parent, const XMLCh* name, double* bound);
+  int CheckValue(const Element* element, const XMLCh* attribute, std::int32_t paramKind, double value);
+  int CheckCrossedBounds(const Element* parent, double least, double most);
+  void CheckRepeatedRows(const Element* matrix, const VarCatList& table);
 
   // Texts and numbers of attributes. A missing attribute reads as the empty text, or as 0.
   std::string Text(const Element* element, const XMLCh* name) const;
@@ -154,11 +170,21 @@ private:
   template <class Value>
   Value Extract(const std::string& text);
 
+  // What is wrong, and where. Fault() returns the code.
+  int Fault(int code, const Element* at, const std::string& what);
+  void NoteContradiction(const Element* at, const std::string& what);
+  void CheckCount(const Element* element, const XMLCh* attribute, std::size_t count, const char* ofWhat);
+  std::string LineAbout(PlanPosition at, const std::string& what) const;
+  std::string LineAbout(const Element* at, const std::string& what) const;
+
   const xercesc::DOMDocument* fpDocument = nullptr;  // owned by the parser; null until a file was parsed
   SVPlanSpecs* fpPlan;                               // borrowed, never null
   std::unique_ptr<PlanDomParser> fpParser;
   KORVMBConverter* fpConverter;  // owned
-  PlanPosition fFaultPosition;
+  std::string fPath;             // as the caller named it
+  int fStage = 0;                // the stage that is being read, for the lines; 0 outside the stages
+  PlanLines fFaults;
+  PlanLines fContradictions;
   std::vector<std::string> fvMisread;
   // The plan's path in the host's repository of shared files. This host has no repository, so it stays empty.
   std::string fRepositoryPath;

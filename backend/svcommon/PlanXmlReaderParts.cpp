@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <limits>
 #include <locale>
 #include <sstream>
 #include <utility>
@@ -11,6 +12,7 @@
 #include "backend/svcommon/PlanReadErrors.h"
 #include "backend/svcommon/PlanXmlReader.h"
 #include "host/numeric/Fuzzy.h"
+#include "host/text/NearestWord.h"
 #include "host/text/TextConversion.h"
 #include "host/text/VariableNames.h"
 
@@ -25,20 +27,28 @@ namespace SV_XML {
 
 namespace {
 
-// The code for a quantity with this value, 0 if it is allowed. A rate may exceed 1 here: a method with
-// replacement can draw more often than there are units. Without replacement the stratum warns and takes all.
-int CheckValue(std::int32_t paramKind, double value) {
+constexpr const char* kTooManyVariables = "the list has too many variables";
+
+// What a quantity may be, and the code if it isn't.
+struct ValueRule {
+  int code = 0;
+  const char* allowed = "";
+  bool mustBeWhole = false;
+  double most = std::numeric_limits<double>::infinity();
+};
+
+// A rate may exceed 1 here: a method with replacement can draw more often than there are units. Without
+// replacement the stratum warns and takes all.
+ValueRule RuleOf(std::int32_t paramKind) {
   switch (paramKind) {
     case kParamSize:
-      return value > 0.0 && IsValidInteger(value) ? 0 : kPlanBadSampleSize;
+      return {kPlanBadSampleSize, "a whole number above 0", true};
     case kParamRate:
-      return value > 0.0 ? 0 : kPlanBadSampleRate;
+      return {kPlanBadSampleRate, "a number above 0"};
     case kParamPopSize:
-      return value > 0.0 && IsValidInteger(value) ? 0 : kPlanBadPopulationSize;
-    case kParamInclProb:
-      return value > 0.0 && value <= 1.0 ? 0 : kPlanBadInclusionProbability;
+      return {kPlanBadPopulationSize, "a whole number above 0", true};
     default:
-      return 0;
+      return {kPlanBadInclusionProbability, "a number above 0 and at most 1", false, 1.0};
   }
 }
 
@@ -62,7 +72,8 @@ int PlanXmlReader::ReadClusters(const Element* element, int number) {
 // Each name becomes a design variable even if it is faulty, so that a table that uses it isn't blamed too.
 int PlanXmlReader::ReadVariableList(const Element* list, std::vector<KorvVarName>* names) {
   const std::vector<const Element*> variables = FindAll(list, u"Variable", kMaxListVariables + 1);
-  if (variables.size() > kMaxListVariables) return kPlanInvalidFile;
+  if (variables.size() > kMaxListVariables) return Fault(kPlanInvalidFile, list, kTooManyVariables);
+  CheckCount(list, u"numberOfVariables", variables.size(), "variables");
   int code = 0;
   for (const Element* const variable : variables) {
     KorvVarName& name = names->emplace_back();
@@ -80,7 +91,7 @@ int PlanXmlReader::ReadHolder(const Element* holder, int number) {
   if (const Element* const value = FindChild(holder, u"SingleValue"); value != nullptr) {
     stage->paramSource = kParamByValue;
     stage->paramValue = Number(value, u"value");
-    code = CheckValue(stage->paramKind, stage->paramValue);
+    code = CheckValue(value, u"value", stage->paramKind, stage->paramValue);
   }
   if (const Element* const variable = FindChild(holder, u"Variable"); variable != nullptr) {
     stage->paramSource = kParamByVarName;
@@ -96,16 +107,29 @@ int PlanXmlReader::ReadHolder(const Element* holder, int number) {
 // A table: its variables, then as many rows as numberOfValues says. Further rows are ignored; missing ones
 // are code 1. The rows are read even if a variable was faulty, unless there are too many variables.
 int PlanXmlReader::ReadMatrix(const Element* matrix, int number) {
-  const int rows = Integer(matrix, u"numberOfValues");
+  const int rows = std::max(0, Integer(matrix, u"numberOfValues"));
   int code = ReadMatrixVariables(matrix, number);
   if (code == kPlanInvalidFile) return code;
   // One walk over the tree: see FindAll() in PlanElements.cpp.
   const xercesc::DOMNodeList* const list = matrix->getElementsByTagName(u"MatrixValue");
-  for (int i = 0; i < rows; ++i) {
-    const xercesc::DOMNode* const row = list->item(static_cast<XMLSize_t>(i));
-    if (row == nullptr) return kPlanInvalidFile;
-    code = LastFault(code, ReadMatrixRow(static_cast<const Element*>(row), fpPlan->getStage(number)));
+  SVPlanStageSpecs* const stage = fpPlan->getStage(number);
+  int found = 0;
+  while (const xercesc::DOMNode* const row = list->item(static_cast<XMLSize_t>(found))) {
+    if (found++ >= rows) continue;
+    code = LastFault(code, ReadMatrixRow(static_cast<const Element*>(row), stage));
   }
+  if (found < rows) {
+    return Fault(kPlanInvalidFile, matrix,
+                 fmt::format("numberOfValues is {}, and the table has fewer rows: {}", rows, found));
+  }
+  if (found > rows) {
+    const std::string given = Text(matrix, u"numberOfValues");
+    NoteContradiction(matrix,
+                      fmt::format("numberOfValues is {}, and the number of rows is {}; those beyond it "
+                                  "are ignored",
+                                  given.empty() ? "missing" : QuotedWord(given), found));
+  }
+  CheckRepeatedRows(matrix, stage->paramMatrix);
   return code;
 }
 
@@ -118,14 +142,21 @@ int PlanXmlReader::ReadMatrixVariables(const Element* matrix, int number) {
   std::size_t count = 0;
   for (const Element* variable = ElementFrom(list->getFirstChild()); variable != nullptr;
        variable = ElementFrom(variable->getNextSibling())) {
-    if (++count > kMaxListVariables) return kPlanInvalidFile;
+    if (++count > kMaxListVariables) return Fault(kPlanInvalidFile, list, kTooManyVariables);
     const KorvVarName name = Text(variable, u"name");
+    const std::string quoted = QuotedWord(name.Text());
     if (ValidateKORVName(name.Text()) != 0) code = kPlanInvalidVariable;
     fpPlan->getStage(number)->paramMatrix.addVarName(name);
-    if (!fpPlan->hasDesignVariableName(name) || fpPlan->hasStageVariableName(number, name)) {
-      code = kPlanBadMatrixVariable;
+    if (!fpPlan->hasDesignVariableName(name)) {
+      code = Fault(kPlanBadMatrixVariable, variable,
+                   quoted + " is neither a stratum of this stage nor a stratum or cluster of one before");
+    } else if (fpPlan->hasStageVariableName(number, name)) {
+      code = Fault(
+          kPlanBadMatrixVariable, variable,
+          quoted + " is a cluster of this stage; a table takes its strata, and clusters of stages before");
     }
   }
+  CheckCount(list, u"numberOfVariables", count, "variables");
   return code;
 }
 
@@ -136,17 +167,29 @@ int PlanXmlReader::ReadMatrixRow(const Element* row, SVPlanStageSpecs* stage) {
        category = ElementFrom(category->getNextSibling())) {
     VarCatList::addStringToCatList(categories, Text(category, u"value"));
   }
-  const int code = stage->paramMatrix.isCatListOK(categories) ? 0 : kPlanBadCategoryList;
+  int code = 0;
+  if (!stage->paramMatrix.isCatListOK(categories)) {
+    code = Fault(kPlanBadCategoryList, row,
+                 fmt::format("the row needs a Category for each variable of its table, {}, and has {}",
+                             stage->paramMatrix.VariableCount(), categories.size()));
+  }
   const double value = Number(row, u"sizeValue");
   stage->paramMatrix.addCatList(std::move(categories), value);
-  return LastFault(code, CheckValue(stage->paramKind, value));
+  return LastFault(code, CheckValue(row, u"sizeValue", stage->paramKind, value));
 }
 
 // A repeated name is reported as repeated even if it is also invalid.
 int PlanXmlReader::ReadName(const Element* variable, KorvVarName* name) {
   *name = Text(variable, u"name");
-  if (!fpPlan->addVariableName(*name)) return kPlanRepeatedVariable;
-  return ValidateKORVName(name->Text()) == 0 ? 0 : kPlanInvalidVariable;
+  const std::string quoted = QuotedWord(name->Text());
+  if (!fpPlan->addVariableName(*name)) {
+    return Fault(kPlanRepeatedVariable, variable, quoted + " is used twice; names ignore case");
+  }
+  if (ValidateKORVName(name->Text()) == 0) return 0;
+  return Fault(kPlanInvalidVariable, variable,
+               quoted +
+                   " is no valid name: a name has up to 64 bytes, begins with a letter or one of _@#$, goes "
+                   "on with these, digits and full stops, doesn't end in a full stop, and isn't ALL");
 }
 
 // A bound that is absent keeps its 0. Its value is judged by the caller.
@@ -154,9 +197,23 @@ int PlanXmlReader::ReadBound(const Element* parent, const XMLCh* name, double* b
   const Element* const holder = FindChild(parent, name);
   if (holder == nullptr) return 0;
   const Element* const value = FindChild(holder, u"SingleValue");
-  if (value == nullptr) return kPlanInvalidFile;
+  if (value == nullptr) return Fault(kPlanInvalidFile, holder, "the bound has no SingleValue");
   *bound = Number(value, u"value");
   return 0;
+}
+
+int PlanXmlReader::CheckValue(const Element* element, const XMLCh* attribute, std::int32_t paramKind,
+                              double value) {
+  const ValueRule rule = RuleOf(paramKind);
+  if (value > 0.0 && value <= rule.most && (!rule.mustBeWhole || IsValidInteger(value))) return 0;
+  return Fault(rule.code, element,
+               fmt::format("{} isn't {}", QuotedWord(Text(element, attribute)), rule.allowed));
+}
+
+// The code if the least is above the most, which is given.
+int PlanXmlReader::CheckCrossedBounds(const Element* parent, double least, double most) {
+  if (least <= most || most <= 0.0) return 0;
+  return Fault(kPlanMinAboveMax, parent, fmt::format("MinSize, {}, is above MaxSize, {}", least, most));
 }
 
 std::string PlanXmlReader::Text(const Element* element, const XMLCh* name) const {

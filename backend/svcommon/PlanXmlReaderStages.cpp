@@ -1,3 +1,6 @@
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
 #include <xercesc/dom/DOMElement.hpp>
 
 #include "backend/svcommon/PlanElements.h"
@@ -5,6 +8,7 @@
 #include "backend/svcommon/PlanXmlReader.h"
 #include "backend/svcommon/design/MethodTable.h"
 #include "host/numeric/Fuzzy.h"
+#include "host/text/NearestWord.h"
 
 // The stages of a plan.
 //
@@ -36,29 +40,62 @@ SamplingType TypeOf(const xercesc::DOMElement* element, const XMLCh* attribute, 
   return kSamplingNoValue;
 }
 
+// The words of the methods for which that holds.
+template <class Holds>
+std::vector<std::string> MethodWords(const Holds& holds) {
+  std::vector<std::string> words;
+  for (const SVMethod& method : kMethods) {
+    if (holds(method)) words.emplace_back(method.word);
+  }
+  return words;
+}
+
+// "a, b or c".
+std::string Listed(const std::vector<std::string>& words) {
+  std::string text = fmt::format("{}", fmt::join(words.begin(), words.end() - 1, ", "));
+  return text + " or " + words.back();
+}
+
+// Words of a plan are in lower case; in another case they aren't known, but there is no doubt which is meant.
+std::string NoMethodText(const std::string& word) {
+  const std::vector<std::string> all = MethodWords([](const SVMethod&) { return true; });
+  std::string lower = word;
+  for (char& c : lower) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  const std::string nearest = NearestWord(lower, all);
+  return (word.empty() ? "selectionMethod is missing" : QuotedWord(word) + " is no selection method") +
+         (nearest.empty() ? "; a method is " + Listed(all) : "; did you mean " + nearest + "?");
+}
+
 }  // namespace
 
 // Makes the records for all stages that are read, also for those beyond the limit: the plan is refused, but
 // each stage needs a record to be read into.
-int PlanXmlReader::MakeStages(std::size_t count) {
-  fpPlan->stages.resize(fpPlan->stages.size() + count);
-  return count > static_cast<std::size_t>(kMaxPlanStages) ? kPlanTooManyStages : 0;
+int PlanXmlReader::MakeStages(const std::vector<const Element*>& elements) {
+  fpPlan->stages.resize(fpPlan->stages.size() + elements.size());
+  constexpr auto kMost = static_cast<std::size_t>(kMaxPlanStages);
+  if (elements.size() <= kMost) return 0;
+  return Fault(kPlanTooManyStages, elements[kMost], "one stage too many");
 }
 
 // A single stage and several have different rules: a single one may do without clusters.
 int PlanXmlReader::ReadSampleStages(const Element* design) {
   const std::vector<const Element*> elements = FindAll(design, u"SampleStage", kMaxStagesRead);
-  int code = MakeStages(elements.size());
+  int code = MakeStages(elements);
   for (std::size_t i = 0; i < elements.size(); ++i) {
     code = ReadSampleStage(elements[i], static_cast<int>(i) + 1, code);
   }
-  return FirstFault(code, elements.size() == 1 ? CheckOnlyStage() : CheckClusters());
+  if (elements.size() < kMaxStagesRead) {
+    fStage = 0;
+    CheckCount(design, u"numberOfStages", elements.size(), "stages");
+  }
+  return FirstFault(code, elements.size() == 1 ? CheckOnlyStage(elements.front()) : CheckClusters(elements));
 }
 
 // The method comes first: whether a size or rate is required, and whether there is a measure of size, depends
 // on it. A MOS element of a stage that doesn't draw by size is ignored.
 int PlanXmlReader::ReadSampleStage(const Element* element, int number, int runningCode) {
   SVPlanStageSpecs* const stage = fpPlan->getStage(number);
+  fStage = number;
   ReadStageHead(element, stage);
   int code = FirstFault(runningCode, ReadSelectionMethod(element, number, stage));
   code = FirstFault(code, ReadStrata(element, number));
@@ -74,11 +111,19 @@ void PlanXmlReader::ReadStageHead(const Element* element, SVPlanStageSpecs* stag
   stage->stageNumber = Integer(element, u"stageNumber");
 }
 
-int PlanXmlReader::ReadSelectionMethod(const Element* element, int number, SVPlanStageSpecs* stage) const {
+int PlanXmlReader::ReadSelectionMethod(const Element* element, int number, SVPlanStageSpecs* stage) {
   stage->type = TypeOf(element, u"selectionMethod", kMethods);
   const SVMethod& method = MethodOfType(stage->type);
-  if (method.code == kMethodNone || (method.IsPps() && number >= 2)) return kPlanIllegalMethod;
-  return method.withReplacement && number != fpPlan->numStages() ? kPlanReplacementBeforeLast : 0;
+  const std::string word = Text(element, u"selectionMethod");
+  if (method.code == kMethodNone) return Fault(kPlanIllegalMethod, element, NoMethodText(word));
+  if (method.IsPps() && number >= 2) {
+    return Fault(kPlanIllegalMethod, element,
+                 QuotedWord(word) + " draws by size, which only the first stage can; this one takes " +
+                     Listed(MethodWords([](const SVMethod& m) { return m.equalProbability; })));
+  }
+  if (!method.withReplacement || number == fpPlan->numStages()) return 0;
+  return Fault(kPlanReplacementBeforeLast, element,
+               QuotedWord(word) + " draws with replacement, which only the last stage can");
 }
 
 // If a plan gives both, the size counts and the rate isn't read.
@@ -93,7 +138,10 @@ int PlanXmlReader::ReadSizeOrRate(const Element* element, int number, int runnin
     const int code = FirstFault(runningCode, ReadHolder(rate, number));
     return ReadRateBounds(rate, stage, code);
   }
-  return FirstFault(runningCode, MethodOfType(stage->type).twoUnits ? 0 : kPlanNoSizeOrRate);
+  if (MethodOfType(stage->type).twoUnits) return runningCode;
+  const int code =
+      Fault(kPlanNoSizeOrRate, element, "the stage has neither InputSampleSize nor InputSampleRate");
+  return FirstFault(runningCode, code);
 }
 
 // Bounds of the number of units that a rate gives. Both are whole; 0 means none.
@@ -102,33 +150,36 @@ int PlanXmlReader::ReadRateBounds(const Element* rate, SVPlanStageSpecs* stage, 
   // Here the first fault counts; in ReadMos() the last.
   const auto read = [&](const XMLCh* name, double* bound) {
     code = FirstFault(code, ReadBound(rate, name, bound));
-    if (*bound < 0.0 || !IsValidInteger(*bound)) code = FirstFault(code, kPlanBadBound);
+    if (*bound >= 0.0 && IsValidInteger(*bound)) return;
+    const std::string what = fmt::format("the bound {} isn't a whole number of 0 or more", *bound);
+    code = FirstFault(code, Fault(kPlanBadBound, FindChild(rate, name), what));
   };
   read(u"MinSize", &stage->minSize);
   read(u"MaxSize", &stage->maxSize);
-  const bool isCrossed = stage->minSize > stage->maxSize && stage->maxSize > 0.0;
-  return FirstFault(code, isCrossed ? kPlanMinAboveMax : 0);
+  return FirstFault(code, CheckCrossedBounds(rate, stage->minSize, stage->maxSize));
 }
 
 // The measure of size. A fromData word that is neither yes nor no is accepted and leaves the plan without a
 // measure of size. Crossed bounds replace any other code of this part.
 int PlanXmlReader::ReadMos(const Element* stage) {
   const Element* const mos = FindChild(stage, u"MOS");
-  if (mos == nullptr) return kPlanNoMos;
+  if (mos == nullptr) return Fault(kPlanNoMos, stage, "the stage draws by size, and has no MOS");
   int code = 0;
   if (IsWord(mos, u"fromData", u"yes")) {
     fpPlan->mosFromData = true;
   } else if (IsWord(mos, u"fromData", u"no")) {
     const Element* const variable = FindChild(mos, u"Variable");
-    code = variable == nullptr ? kPlanNoMosSource : ReadName(variable, &fpPlan->mosVariable);
+    code = variable == nullptr ? Fault(kPlanNoMosSource, mos, "fromData is 'no', and MOS has no Variable")
+                               : ReadName(variable, &fpPlan->mosVariable);
   }
   const auto read = [&](const XMLCh* name, double* bound) {
     code = LastFault(code, ReadBound(mos, name, bound));
-    if (*bound < 0.0) code = kPlanBadBound;
+    if (*bound >= 0.0) return;
+    code = Fault(kPlanBadBound, FindChild(mos, name), fmt::format("the bound {} is below 0", *bound));
   };
   read(u"MinSize", &fpPlan->mosMin);
   read(u"MaxSize", &fpPlan->mosMax);
-  return fpPlan->mosMin > fpPlan->mosMax && fpPlan->mosMax > 0.0 ? kPlanMinAboveMax : code;
+  return LastFault(code, CheckCrossedBounds(mos, fpPlan->mosMin, fpPlan->mosMax));
 }
 
 // The names of the output variables, in the order in which the grammar has them: it decides which of two
@@ -151,39 +202,50 @@ int PlanXmlReader::ReadOutputs(const Element* element, SVPlanStageSpecs* stage) 
     const Element* const holder = FindChild(element, output.element);
     if (holder == nullptr) continue;
     const Element* const variable = FindChild(holder, u"Variable");
-    code = FirstFault(code, variable == nullptr ? kPlanInvalidFile : ReadName(variable, output.name));
+    code = FirstFault(code, variable == nullptr
+                                ? Fault(kPlanInvalidFile, holder, "the output variable has no Variable")
+                                : ReadName(variable, output.name));
   }
   return code;
 }
 
 // A lone stage that writes joint probabilities in any case needs clusters, which name the rows of their file.
-int PlanXmlReader::CheckOnlyStage() const {
+int PlanXmlReader::CheckOnlyStage(const Element* element) {
   const SVPlanStageSpecs& stage = fpPlan->stages.front();
-  const bool needsClusters = MethodOfType(stage.type).writesJointUnasked;
-  return needsClusters && stage.designVariableNames.empty() ? kPlanClusterMissing : 0;
+  const SVMethod& method = MethodOfType(stage.type);
+  if (!method.writesJointUnasked || !stage.designVariableNames.empty()) return 0;
+  fStage = 1;
+  return Fault(kPlanClusterMissing, element,
+               QuotedWord(method.word) +
+                   " writes joint probabilities, in which clusters name the units: add a "
+                   "ClusterVarList");
 }
 
 // Each stage but the last needs clusters: the next stage draws within them.
-int PlanXmlReader::CheckClusters() const {
-  for (int number = 1; number < fpPlan->numStages(); ++number) {
-    if (fpPlan->getStage(number)->designVariableNames.empty()) return kPlanClustersRequired;
+int PlanXmlReader::CheckClusters(const std::vector<const Element*>& elements) {
+  for (std::size_t i = 0; i + 1 < elements.size(); ++i) {
+    if (!fpPlan->stages[i].designVariableNames.empty()) continue;
+    fStage = static_cast<int>(i) + 1;
+    return Fault(kPlanClustersRequired, elements[i],
+                 "the stage has no clusters, within which the next one could draw");
   }
   return 0;
 }
 
 int PlanXmlReader::ReadAnalysisStages(const Element* design) {
   const std::vector<const Element*> elements = FindAll(design, u"AnalysisStage", kMaxStagesRead);
-  int code = MakeStages(elements.size());
+  int code = MakeStages(elements);
   for (std::size_t i = 0; i < elements.size(); ++i) {
     code = ReadAnalysisStage(elements[i], static_cast<int>(i) + 1, code);
   }
-  return FirstFault(code, CheckClusters());
+  return FirstFault(code, CheckClusters(elements));
 }
 
 // Only estimation of equal probability without replacement needs a population size or a probability; for
 // other methods they are skipped, even if present.
 int PlanXmlReader::ReadAnalysisStage(const Element* element, int number, int runningCode) {
   SVPlanStageSpecs* const stage = fpPlan->getStage(number);
+  fStage = number;
   ReadStageHead(element, stage);
   int code = FirstFault(runningCode, ReadEstimationMethod(element, number, stage));
   code = FirstFault(code, ReadStrata(element, number));
@@ -200,9 +262,10 @@ int PlanXmlReader::ReadAnalysisStage(const Element* element, int number, int run
 }
 
 // An unknown word is accepted and means no method.
-int PlanXmlReader::ReadEstimationMethod(const Element* element, int number, SVPlanStageSpecs* stage) const {
+int PlanXmlReader::ReadEstimationMethod(const Element* element, int number, SVPlanStageSpecs* stage) {
   stage->type = TypeOf(element, u"estimationMethod", kEstimationMethods);
-  return stage->type == kSamplingUnequalWor && number >= 2 ? kPlanIllegalEstimation : 0;
+  if (stage->type != kSamplingUnequalWor || number < 2) return 0;
+  return Fault(kPlanIllegalEstimation, element, "only the first stage can be estimated as 'unequal_wor'");
 }
 
 }  // namespace SV_XML

@@ -32,6 +32,11 @@ public:
 
   void copyVarList(std::vector<KorvVarName>& names) const;
 
+  std::size_t VariableCount() const { return fNames.size(); }
+
+  // The categories of all rows. Valid until the next row is added.
+  const std::vector<CatList>& Rows() const { return fKeys; }
+
   // Number of rows.
   std::size_t getMapSize() const;
 

@@ -49,3 +49,7 @@ bool GETEXACTDESIGN() {
 bool GETSTRICT() {
   return HostSession::Current().Settings().strict;
 }
+
+bool GETCHECKONLY() {
+  return HostSession::Current().CheckOnly();
+}

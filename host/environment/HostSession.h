@@ -54,6 +54,11 @@ public:
 
   const HostSettings& Settings() const { return fSettings; }
 
+  // From now on the procedure only checks command, plan and frame: it draws nothing, and creates and claims
+  // no output file.
+  void SetCheckOnly() { fbCheckOnly = true; }
+  bool CheckOnly() const { return fbCheckOnly; }
+
   // Processors for parallel work: the setting, else the machine's; 0 when that is unknown.
   int Threads() const;
 
@@ -82,12 +87,14 @@ private:
   }
 
   HostSettings fSettings;
+  bool fbCheckOnly = false;
   // In order of creation. shared_ptr<void> because it remembers how to delete what it points to.
   std::vector<std::pair<std::type_index, std::shared_ptr<void>>> fLayers;
 };
 
-// Threads() and two of the HostSettings of the current session, for the procedure. Where Threads() is 0 the
-// caller keeps its own default.
+// Threads(), two of the HostSettings and CheckOnly() of the current session, for the procedure. Where
+// Threads() is 0 the caller keeps its own default.
 int GETTHREADS();
 bool GETEXACTDESIGN();
 bool GETSTRICT();
+bool GETCHECKONLY();

@@ -155,3 +155,38 @@ TEST(Findings, NameWhatFailed) {
   EXPECT_EQ(misread.status, RunStatus::kError);
   EXPECT_THAT(misread.remarks, ElementsAre(HasSubstr("\"10%\" is read as 10")));
 }
+
+// Where a plan is wrong is told by a run as well; where it contradicts itself, a strict run refuses it. Rows
+// of a table are compared as values, and one that no case matches is no error.
+TEST(Findings, NameWhatThePlanContradicts) {
+  const std::string csv = "s,u\n1,1\n1,2\n";
+  const std::string same = StrataOf(Var("s")) + Table(Var("s"), Row("1", {"1"}) + Row("2", {"1.0"}), 2);
+  const std::string more = StrataOf(Var("s")) + Table(Var("s"), Row("1", {"1"}) + Row("2", {"2"}), 1);
+  const std::string unused = StrataOf(Var("s")) + Table(Var("s"), Row("1", {"1"}) + Row("2", {"2"}), 2);
+  const struct {
+    std::string stages;
+    const char* remark;
+    RunStatus status, strict;
+  } kCases[] = {
+      {Wor(same), "stage 1: row 2 of the table has the same categories as row 1", RunStatus::kOk,
+       RunStatus::kError},
+      {Wor(more), "stage 1: numberOfValues is '1', and the number of rows is 2", RunStatus::kOk,
+       RunStatus::kError},
+      {Wor(unused), "stage 1: 1 row of the table matches no case (row 2: s = 2)", RunStatus::kOk,
+       RunStatus::kOk},
+      {Wor(Size("0")), "p.xml, line 1, column ", RunStatus::kError, RunStatus::kError},
+      {Wor(ClustersOf(Var("U")) + In("InputSampleSize", Var("v"))), "'v' isn't in the frame",
+       RunStatus::kError, RunStatus::kError},
+      {Wor("<InputSampleSize/>"), "nothing was drawn: stage 1 has no size or rate", RunStatus::kError,
+       RunStatus::kError},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.remark);
+    const Found told(csv, c.stages, false);
+    EXPECT_EQ(told.status, c.status) << told.json;
+    EXPECT_THAT(told.remarks, ElementsAre(HasSubstr(c.remark)));
+    const Found refused(csv, c.stages, true);
+    EXPECT_EQ(refused.status, c.strict) << refused.json;
+    EXPECT_EQ(refused.hasSample, c.strict == RunStatus::kOk);
+  }
+}

@@ -7,6 +7,8 @@
 #include "session/Inspect.h"
 
 using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
 
 namespace {
 
@@ -38,7 +40,91 @@ TEST(CheckPlan, ListsTheVariablesThatTheFrameLacks) {
   EXPECT_EQ(check.status, RunStatus::kError);
   std::vector<std::string> missing;
   for (const std::string& problem : check.problems) missing.push_back(problem.substr(problem.rfind(' ') + 1));
-  EXPECT_THAT(missing, ElementsAre("w", "size", "s", "s", "take"));
+  EXPECT_THAT(missing, ElementsAre("w", "size", "s", "take"));
+}
+
+// With all variables there, what a run would end with or remark on is found without a draw, and without a
+// trace in the folder: neither the method that writes joint probabilities unasked nor the one that needs a
+// sample file has one.
+TEST(CheckPlan, FindsWhatADrawWouldMeet) {
+  const std::string weight = Out("Weight", "w");
+  const std::string bySize = "<MOS fromData='no'><Variable name='size'/></MOS>";
+  const std::string byTable = StrataOf(Var("s")) + Table(Var("s"), Row("1", {"a"}) + Row("2", {"c"}), 2);
+  const std::string units = ClustersOf(Var("u"));
+  struct Case {
+    const char* aim;
+    std::string stage;
+    RunStatus status;
+    const char* message;
+    const char* remark;
+  };
+  const Case kCases[] = {
+      {"good", Wor(Size("3")), RunStatus::kOk, "", ""},
+      {"replacement", Stage("simple_wr", Size("3") + Out("Index", "i")), RunStatus::kOk, "", ""},
+      {"joint probabilities", Stage("pps_wor", units + Size("1") + bySize), RunStatus::kOk, "", ""},
+      {"a text as size", Wor(In("InputSampleSize", Var("s"))), RunStatus::kError,
+       "s for parameter SIZE is not", "column 91: 's' is text in the frame, and must be numeric"},
+      {"an output that is there", Wor(Size("3") + Out("IncProb", "SIZE")), RunStatus::kError, "already exist",
+       "'SIZE' is in the frame already, as 'size'; names ignore case"},
+      {"a category without a row", Wor(byTable), RunStatus::kError, "No sample size 1 s = b",
+       "no case (row 2: s = c)"},
+      {"a category of another type", Wor(StrataOf(Var("u")) + Table(Var("u"), Row("1", {"x"}))),
+       RunStatus::kError, "MATRIX variable u",
+       "stage 1: 'x' is no value that 'u' can have, which is numeric"},
+      {"more than there are", Wor(Size("9")), RunStatus::kOk, "", "fewer units than are asked for"},
+      {"a unit that is too large", Stage("pps_sampford", units + Size("2") + bySize), RunStatus::kError,
+       "Invalid measure of size", "1 unit is too large"},
+      {"sizes at the limit", Stage("pps_systematic", ClustersOf(Var("u")) + Size("1") + bySize),
+       RunStatus::kOk, "", ""},
+      {"a missing size",
+       Stage("pps_systematic",
+             ClustersOf(Var("u")) + Size("1") + "<MOS fromData='no'><Variable name='gap'/></MOS>"),
+       RunStatus::kError, "All missing values", "1 unit has no measure of size (u = 2)"},
+      {"no rate", Wor(StrataOf(Var("u")) + In("InputSampleRate", Var("gap"))), RunStatus::kError,
+       "No sample rate", "1 stratum has no rate or size"},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.aim);
+    const PlanAndFrame files(Design(c.stage + weight), "s,u,size,gap\na,1,9,1\na,2,1,\nb,3,1,1\n");
+    HostSession session;
+    const PlanReading reading = ReadPlan(session, files.folder.path / "p.xml");
+    ASSERT_EQ(reading.status, RunStatus::kOk);
+    const PlanCheck check = CheckPlan(session, reading.plan, files.frame);
+    EXPECT_EQ(check.status, c.status);
+    std::string messages;
+    for (const OutputMessage& message : OutputDocument::Current().Messages()) messages += message.text;
+    EXPECT_THAT(messages, HasSubstr(c.message));
+    EXPECT_EQ(messages.empty(), *c.message == 0);
+    EXPECT_THAT(testing::PrintToString(check.remarks), HasSubstr(c.remark));
+    EXPECT_THAT(check.problems, IsEmpty());
+    const auto entries = std::filesystem::directory_iterator(files.folder.path);
+    EXPECT_EQ(std::distance(begin(entries), end(entries)), 2);
+  }
+}
+
+TEST(ReadPlan, SaysWhereAPlanIsWrong) {
+  struct Case {
+    const char* aim;
+    std::string plan;
+    RunStatus status;
+    const char* problem;
+  };
+  const Case kCases[] = {
+      {"good", Design(Wor(Size("3")) + Out("Weight", "w")), RunStatus::kOk, ""},
+      {"not XML", "<KORVSurveyPlans>", RunStatus::kError, "line 1, column 18: not well-formed"},
+      {"no size", Design(Wor("")), RunStatus::kError, "stage 1: the stage has neither"},
+      {"no weight", Design(Wor(Size("3"))), RunStatus::kError,
+       "nothing can be drawn: the plan names no final"},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.aim);
+    const PlanAndFrame files(c.plan);
+    HostSession session;
+    const PlanReading reading = ReadPlan(session, files.folder.path / "p.xml");
+    EXPECT_EQ(reading.status, c.status);
+    EXPECT_THAT(testing::PrintToString(reading.problems), HasSubstr(c.problem));
+    EXPECT_EQ(OutputDocument::Current().Messages().empty(), reading.isRead);
+  }
 }
 
 TEST(DescribeFrame, CountsFailsAndStops) {

@@ -127,6 +127,7 @@ SVAdaptMatrixSpec::SVAdaptMatrixSpec(KORV_InputCaseIterator* iterator, const SVM
   assert(matrixSpec->map->GetKeySpec().size() == matrixSpec->variables->size());
   std::size_t cells = 0;
   for (const std::int32_t width : matrixSpec->map->GetKeySpec()) cells += ObsCells(width);
+  assert(matrixSpec->map->CellSize() == cells + SVMatrixSpec::kCells);
   fKeyBuffer.resize(cells);
   Rebind(iterator, includeUserMissing);
 }
@@ -142,10 +143,12 @@ double SVAdaptMatrixSpec::Get(bool* notFound) {
   for (const SVCaseValue& value : fvCaseValues) {
     place = std::copy_n(value.Cells(), ObsCells(value.fWidth), place);
   }
-  const OBS* found = fpMatrixSpec->map->Contains(fKeyBuffer.data());
+  OBS* const found = fpMatrixSpec->map->Contains(fKeyBuffer.data());
   if (found == nullptr) return MCMV::gMissingValue;
   *notFound = false;
-  return found->number;
+  OBS& unusedRow = found[SVMatrixSpec::kUnusedRow];
+  if (unusedRow.number != 0.0) unusedRow.number = 0.0;  // tested first: a write per case would cost more
+  return found[SVMatrixSpec::kNumber].number;
 }
 
 void SVAdaptMatrixSpec::Rebind(KORV_InputCaseIterator* iterator, bool includeUserMissing) {

@@ -116,7 +116,7 @@ public:
                     bool includeUserMissing);
 
   // The table's number for the case. If it has none, or if one of the case's values is missing, `*notFound`
-  // is set and the result is the missing value.
+  // is set and the result is the missing value. Marks the row as used.
   double Get(bool* notFound);
 
   void Rebind(KORV_InputCaseIterator* iterator, bool includeUserMissing);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -15,8 +16,12 @@ class MCStopProcessor;
 // The table that gives a stage its rate or size: one number for each combination of values of some variables.
 // All pointers are null for a stage without a table; the command parser owns what they point to.
 struct SVMatrixSpec {
+  // The value cells of an entry of the map: the number; and its row in the plan, from 1, until a case has
+  // used it, which makes that 0.
+  enum : std::size_t { kNumber, kUnusedRow, kCells };
+
   const std::vector<std::int32_t>* variables = nullptr;  // dictionary indices, in the order of the key
-  const ObsVecMap* map = nullptr;                        // from their values to one number
+  const ObsVecMap* map = nullptr;                        // from their values to the cells above
   const std::vector<KORV_Format>* formats = nullptr;     // of each variable
 };
 

@@ -31,12 +31,17 @@ bool SVSParser::Parse() {
   plan = &planSpecs;
   const bool isGood = [&] {
     SV_XML::PlanXmlReader reader(plan);
+    planReader = &reader;
     const int code = reader.readSamplePlan(planFile);
-    if (!AcceptMisread(reader.MisreadNumbers())) return false;
+    for (const std::string& number : reader.MisreadNumbers()) BpRemark(planFile + ": " + number);
+    Remark(reader.Contradictions());
     if (code != 0) {
       SV_XML::PlanReadErrors().report(code);
+      Remark(reader.Faults());
       return false;
     }
+    const bool isPlain = reader.MisreadNumbers().empty() && reader.Contradictions().empty();
+    if (!isPlain && RefusesPlan()) return false;
     if (!plan->isSampleMode()) {
       messages.NoPlanSpecifications();
       return false;
@@ -44,18 +49,23 @@ bool SVSParser::Parse() {
     return CheckPlan() && CheckOutputFiles();
   }();
   plan = nullptr;
+  planReader = nullptr;
   if (isGood) LeaveSplitAndWeight();
   return isGood;
 }
 
-// A number that was read as another one than the plan's writer can have meant is remarked, and in a strict
-// run refused.
-bool SVSParser::AcceptMisread(const std::vector<std::string>& misread) {
-  for (const std::string& number : misread) BpRemark(planFile + ": " + number);
-  if (misread.empty() || !specs->Strict()) return true;
-  BpError(BpString("A strict run refuses numbers that are misread; see the remarks", true), kShowInMessage,
-          kErrorLevel);
-  return false;
+void SVSParser::Remark(const std::vector<std::string>& lines) {
+  for (const std::string& line : lines) BpRemark(line);
+}
+
+// Whether the run ends here with an error, which a strict run does after a remark that the plan can be misread
+// or contradicts itself.
+bool SVSParser::RefusesPlan() {
+  if (!specs->Strict()) return false;
+  BpError(BpString("A strict run refuses a plan that can be misread or contradicts itself; see the remarks",
+                   true),
+          kShowInMessage, kErrorLevel);
+  return true;
 }
 
 // A command that the generic parser can't cut up has been reported by it, with line and column.
@@ -93,6 +103,7 @@ bool SVSParser::WalkSubcommands(const CommandSpec& command) {
   if (const int threads = GETTHREADS(); threads != 0) specs->SetThreads(threads);
   specs->SetExactDesign(GETEXACTDESIGN());
   specs->SetStrict(GETSTRICT());
+  specs->SetCheckOnly(GETCHECKONLY());
   return true;
 }
 

@@ -18,6 +18,10 @@ class KORV_DataSource;
 class KORV_TokenSequence;
 class ParamObj;
 class SubComObj;
+class VarCatList;
+namespace SV_XML {
+class PlanXmlReader;
+}
 class SVPlanSpecs;
 struct SVPlanStageSpecs;
 class SVSValidSpecs;
@@ -132,7 +136,12 @@ private:
   // After the plan: no file may have two purposes, and the active file's own settings are switched off.
   bool CheckOutputFiles();
   void LeaveSplitAndWeight();
-  bool AcceptMisread(const std::vector<std::string>& misread);
+
+  // Remarks on the plan, beside the messages.
+  static void Remark(const std::vector<std::string>& lines);
+  void RemarkOnName(const KorvVarName& name, const std::string& what);
+  void RemarkOnOutputs();
+  bool RefusesPlan();
 
   // The plan, in the order of the checks: the plan as a whole, the joint probability file, each stage, and
   // last the output variables that exist already.
@@ -152,6 +161,8 @@ private:
   bool CheckVariable(const KorvVarName& name, std::int32_t& index, bool isOutput);
   // The table, in SVSParserMatrix.cpp. `row` counts from 1, as in the message.
   bool ReadMatrix(const SVPlanStageSpecs& stageSpecs, MatrixTable& table);
+  bool FillMatrix(const VarCatList& matrix, MatrixTable& table);
+  std::string LineAboutRow(int row, const std::string& what) const;
   bool ConvertMatrixRow(const std::vector<std::int32_t>& indices, const std::vector<std::string>& cells,
                         int row, std::vector<OBS>& key, std::vector<KORV_Format>& formats);
   bool MakeDefaultJointProbFile();
@@ -165,7 +176,8 @@ private:
 
   // Given at construction, and the state of the parse.
   const KORV_TokenSequence& tokens;
-  SVPlanSpecs* plan = nullptr;  // borrowed; set while Parse() has a plan
+  SVPlanSpecs* plan = nullptr;  // borrowed, as is its reader; set while Parse() has a plan
+  SV_XML::PlanXmlReader* planReader = nullptr;
   SVSValidSpecs* specs;         // borrowed, never null
   KORV_DataSource* dataSource;  // borrowed, never null: the active file's dictionary
   SVParserMessage messages;

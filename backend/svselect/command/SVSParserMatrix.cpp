@@ -1,10 +1,15 @@
+#include <fmt/format.h>
+
 #include <algorithm>
 
+#include "backend/svcommon/PlanXmlReader.h"
 #include "backend/svcommon/SVPlanSpecs.h"
 #include "backend/svselect/command/SVSParser.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "host/model/KORV_DataSource.h"
 #include "host/model/Values.h"
+#include "host/output/BpProcedure.h"
+#include "host/text/NearestWord.h"
 
 // The table of a stage. A plan writes categories as texts; here each becomes a value of its variable, so that
 // the record layer can look the values of a case up without converting anything.
@@ -40,10 +45,7 @@ std::string NumberTextForReading(std::string text, const KORV_Format& format, ch
 bool SVSParser::ReadMatrix(const SVPlanStageSpecs& stageSpecs, MatrixTable& table) {
   currentParameter = "MATRIX";
   std::vector<KorvVarName> names;
-  std::vector<VarCatList::CatList> rows;
-  std::vector<double> values;
   stageSpecs.paramMatrix.copyVarList(names);
-  stageSpecs.paramMatrix.copyMapKeyVal(rows, values);
 
   bool isGood = true;
   for (const KorvVarName& name : names) {
@@ -51,18 +53,41 @@ bool SVSParser::ReadMatrix(const SVPlanStageSpecs& stageSpecs, MatrixTable& tabl
     isGood = isGood && index >= 0;
     table.indices.push_back(index);
   }
-  if (!isGood) return false;
+  return isGood && FillMatrix(stageSpecs.paramMatrix, table);
+}
 
-  table.map = std::make_unique<ObsVecMap>(ObsVecMap::MakeKeySpec(*dataSource, table.indices), 1);
-  std::vector<OBS> key(table.map->CellSize() - 1);
+// Enters the rows into the table's map, in their order: of rows with equal categories the last counts.
+bool SVSParser::FillMatrix(const VarCatList& matrix, MatrixTable& table) {
+  std::vector<VarCatList::CatList> rows;
+  std::vector<double> values;
+  matrix.copyMapKeyVal(rows, values);
+  table.map =
+      std::make_unique<ObsVecMap>(ObsVecMap::MakeKeySpec(*dataSource, table.indices), SVMatrixSpec::kCells);
+  std::vector<OBS> key(table.map->CellSize() - SVMatrixSpec::kCells);
+  SV_XML::PlanLines repeats;
   for (std::size_t row = 0; row < rows.size(); ++row) {
-    if (!ConvertMatrixRow(table.indices, rows[row], static_cast<int>(row) + 1, key, table.formats))
-      return false;
-    OBS* value = table.map->Contains(key.data());
-    if (value == nullptr) value = table.map->Insert(key.data());
-    value->number = values[row];  // of rows with equal categories the last counts
+    const int number = static_cast<int>(row) + 1;
+    if (!ConvertMatrixRow(table.indices, rows[row], number, key, table.formats)) return false;
+    OBS* cells = table.map->Contains(key.data());
+    if (cells == nullptr) {
+      cells = table.map->Insert(key.data());
+    } else {
+      const auto earlier = static_cast<std::size_t>(cells[SVMatrixSpec::kUnusedRow].number);
+      // The plan reader has noted rows that are the same to the letter.
+      if (rows[earlier - 1] != rows[row]) {
+        const std::string what = SV_XML::RepeatedRowText(number, static_cast<int>(earlier));
+        repeats.Add(repeats.IsFull() ? "" : LineAboutRow(number, what));
+      }
+    }
+    cells[SVMatrixSpec::kNumber].number = values[row];
+    cells[SVMatrixSpec::kUnusedRow].number = number;
   }
-  return true;
+  Remark(repeats.All());
+  return repeats.IsEmpty() || !RefusesPlan();
+}
+
+std::string SVSParser::LineAboutRow(int row, const std::string& what) const {
+  return planReader->LineAboutRow(static_cast<int>(currentStage), row, what);
 }
 
 // One row: fills `key` with the values of the categories, and `formats` with the variables' own formats,
@@ -94,6 +119,9 @@ bool SVSParser::ConvertMatrixRow(const std::vector<std::int32_t>& indices,
     }
     if (!isGood) {
       messages.MatrixValue(variable.GetName().c_str(), category.c_str(), row, static_cast<int>(column) + 1);
+      BpRemark(LineAboutRow(
+          row, fmt::format("{} is no value that {} can have, which is {} in the frame", QuotedWord(category),
+                           QuotedWord(variable.GetName()), variable.GetType() == 0 ? "numeric" : "text")));
       return false;
     }
     position += static_cast<std::ptrdiff_t>(ObsCells(variable.GetType()));

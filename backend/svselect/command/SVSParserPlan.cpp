@@ -1,8 +1,11 @@
+#include "backend/svcommon/PlanXmlReader.h"
 #include "backend/svcommon/SVPlanSpecs.h"
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/command/SVSParser.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "host/model/KORV_DataSource.h"
+#include "host/output/BpProcedure.h"
+#include "host/text/NearestWord.h"
 #include "host/text/VariableNames.h"
 
 // The plan: its names are looked up in the dictionary, and each stage of the plan becomes a stage of the
@@ -39,7 +42,23 @@ const KorvVarName& OutputNameOf(const SVPlanStageSpecs& stage, std::int32_t kind
   }
 }
 
+constexpr const char* kNotInFrame = "isn't in the frame; names ignore case";
+
 }  // namespace
+
+// The message has the name, but not where the plan has it. A name that is empty has no place.
+void SVSParser::RemarkOnName(const KorvVarName& name, const std::string& what) {
+  if (!name.IsEmpty()) BpRemark(planReader->LineAboutName(name, QuotedWord(name.Text()) + " " + what));
+}
+
+// At most one for each output variable of each stage.
+void SVSParser::RemarkOnOutputs() {
+  for (const std::string& name : existingOutputs) {
+    const std::string& ofFrame = dataSource->GetVariable(dataSource->FindVarIndex(name, 0)).GetName();
+    RemarkOnName(name, "is in the frame already" +
+                           (ofFrame == name ? "" : ", as " + QuotedWord(ofFrame) + "; names ignore case"));
+  }
+}
 
 // The group moves to the next stage before the result of this one is tested: see the header.
 bool SVSParser::CheckPlan() {
@@ -60,7 +79,7 @@ bool SVSParser::CheckPlan() {
 }
 
 // What concerns the plan as a whole. A plan without a final weight ends the run without any message; that
-// looks// like an oversight, and stays: the program then says that nothing was drawn, and why.
+// looks like an oversight, and stays: the program then says that nothing was drawn, and why.
 //
 // The bounds of the measure of size are set even at 0, where they don't bound: the plan's 0 means none.
 bool SVSParser::CheckGlobalPlan() {
@@ -119,7 +138,8 @@ bool SVSParser::CheckSelectStages() {
 // ignored with a warning, and its name is withdrawn from the specifications.
 bool SVSParser::CheckJointProbFile(const SVPlanStageSpecs& stage) {
   const SVMethod& method = MethodOfType(stage.type);
-  if (seenJointProb == 0) return !method.writesJointUnasked || MakeDefaultJointProbFile();
+  if (seenJointProb == 0)
+    return !method.writesJointUnasked || specs->CheckOnly() || MakeDefaultJointProbFile();
   if (!method.hasJointProbs) {
     jointProbFile.clear();
     specs->SetJointProbFile(jointProbFile, true);
@@ -158,6 +178,7 @@ bool SVSParser::CheckExistingOutputs() {
   if (existingOutputs.empty()) return true;
   if (seenRenameVars == 0) {
     messages.OutputVariablesExist(existingOutputs);
+    RemarkOnOutputs();
     return false;
   }
   messages.OutputVariablesRenamed();
@@ -199,7 +220,7 @@ bool SVSParser::TranslateStage(const SVPlanStageSpecs& stageSpecs, DesignStage& 
   if (InSelectedRange()) {
     if (!RequestOutputs(stageSpecs, stage)) return false;
     // A unit that is drawn twice needs its cases twice, for which the active file has no place.
-    if (method.withReplacement && seenSampleFile == 0) {
+    if (method.withReplacement && seenSampleFile == 0 && !specs->CheckOnly()) {
       messages.SubcommandRequiredBy("SAMPLEFILE", "METHOD", MethodName(method).c_str());
       return false;
     }
@@ -289,6 +310,7 @@ bool SVSParser::CheckDesignVariables(const std::vector<KorvVarName>& names,
     if (!isNew) messages.VariableRepeated(name.Text().c_str(), currentParameter.c_str(), nullptr);
     variableNames.insert(upper);
     const std::int32_t index = FindVariable(name.Text(), false);
+    if (index < 0) RemarkOnName(name, kNotInFrame);
     if (!isNew || index < 0) return false;
     indices.push_back(index);
   }
@@ -301,12 +323,15 @@ bool SVSParser::CheckDesignVariables(const std::vector<KorvVarName>& names,
 bool SVSParser::CheckVariable(const KorvVarName& name, std::int32_t& index, bool isOutput) {
   if (variableNames.contains(GetUpperVarName(name.Text()))) {
     messages.VariableNotFor(name.Text().c_str(), currentParameter.c_str(), "TABLE");
+    RemarkOnName(name, "is a stratum or cluster already; names ignore case");
     return false;
   }
   index = FindVariable(name.Text(), isOutput);
+  if (index < 0 && !isOutput) RemarkOnName(name, kNotInFrame);
   if (index < 0) return isOutput;
   if (dataSource->GetVariable(index).GetType() > 0) {
     messages.VariableNotNumeric(name.Text().c_str(), currentParameter.c_str(), SubcommandForMessage());
+    RemarkOnName(name, "is text in the frame, and must be numeric");
     return false;
   }
   return true;

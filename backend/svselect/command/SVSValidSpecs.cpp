@@ -218,4 +218,5 @@ void SVSValidSpecs::AddRun(std::int32_t* next) {
   fpCompSettings->SetStopProcessor(fpStopProcessor.get());
   fpCompSettings->SetExactDesign(fbExactDesign);
   fpCompSettings->SetStrict(fbStrict);
+  fpCompSettings->SetCheckOnly(fbCheckOnly);
 }

@@ -66,6 +66,7 @@ public:
   void SetSelectRuleFile(const std::string& name) { fSelectRuleFile = name; }
   void SetExactDesign(bool exact) { fbExactDesign = exact; }
   void SetStrict(bool strict) { fbStrict = strict; }
+  void SetCheckOnly(bool checkOnly) { fbCheckOnly = checkOnly; }
 
   // --- reads
   const KorvVarName& FinalWeightName() const { return fWgtFinalName; }
@@ -101,6 +102,7 @@ public:
   const std::vector<std::int32_t>& DesignVars() const { return fDesignVars; }
   bool ExactDesign() const { return fbExactDesign; }
   bool Strict() const { return fbStrict; }
+  bool CheckOnly() const { return fbCheckOnly; }
   // The largest number of variables that the run can add to the active file.
   unsigned MaxObsAdded() const;
 
@@ -137,4 +139,5 @@ private:
   std::vector<std::int32_t> fDesignVars;  // all strata and cluster variables, stage by stage, with repeats
   bool fbExactDesign = false;
   bool fbStrict = false;
+  bool fbCheckOnly = false;
 };

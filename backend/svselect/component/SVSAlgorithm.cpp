@@ -26,8 +26,16 @@ SVStatus SVSAlgorithm::Run(MCCommon::MultiPassRecordIter& recordIterator, MCSV::
       fbModelBuilt = false;
     }
     TabulateStage(stage, recordIterator);
+    if (fCompSettings->CheckOnly()) return CheckStage(stage);
     if (!fStatus.IsError()) DrawStage(stage, summary);
   }
+  return fStatus;
+}
+
+// The first stage is all that can be checked: which cases are in the next one depends on the draw.
+SVStatus SVSAlgorithm::CheckStage(std::int32_t stage) {
+  if (!fStatus.IsError()) fStatus = Tabulator(stage)->CheckSamples();
+  fOutSamples.AddStatus(fStatus);
   return fStatus;
 }
 

@@ -29,7 +29,8 @@ class SVSAlgorithm {
 public:
   SVSAlgorithm(const SVSCompSettings* settings, MCSV::SVSOutJointProbs* jointProbs);
 
-  // Runs the stages in order; the first error ends it. The first pass reads what is left in the iterator's
+  // Runs the stages in order; the first error ends it. If the settings ask for a check only, no stage is
+  // drawn. The first pass reads what is left in the iterator's
   // current one, each further pass starts over. Errors: 92021 if the selected stages aren't a range of the
   // design's stages, 92001 for a pass without records, and those of the tabulators.
   SVStatus Run(MCCommon::MultiPassRecordIter& recordIterator, MCSV::SVSOutputSummary* summary);
@@ -48,6 +49,7 @@ public:
 private:
   void TabulateStage(std::int32_t stage, MCCommon::MultiPassRecordIter& recordIterator);
   void DrawStage(std::int32_t stage, MCSV::SVSOutputSummary* summary);
+  SVStatus CheckStage(std::int32_t stage);
   std::unique_ptr<SVSDataTabulator>& Tabulator(std::int32_t stage) {
     return fvpDataTabulators[static_cast<std::size_t>(stage - 1)];
   }

@@ -4,7 +4,7 @@
 
 SVSComponent::SVSComponent(const SVSCompSettings& settings, MCSV::SVSOutJointProbs* jointProbs)
     : SVSCompSettings(settings), fpJointProbs(jointProbs), fStatus(Validate()) {
-  if (!fStatus.IsError() && JointProbNeeded() && fpJointProbs == nullptr &&
+  if (!fStatus.IsError() && JointProbNeeded() && fpJointProbs == nullptr && !CheckOnly() &&
       MethodOf(DesignStages().front().methodType()).writesJointUnasked) {
     fStatus = ErrorStatus(kStatusNoJointOutput);
   }

@@ -29,15 +29,16 @@
 class SVSComponent : public SVSCompSettings {
 public:
   // The status is an error from here on if the settings don't pass Validate(), or if their method writes
-  // joint probabilities unasked and `jointProbs` is null (92012). `jointProbs` may be given without being
-  // needed.
+  // joint probabilities unasked, `jointProbs` is null and more than a check is asked for (92012).
+  // `jointProbs` may be given without being needed.
   SVSComponent(const SVSCompSettings& settings, MCSV::SVSOutJointProbs* jointProbs);
   ~SVSComponent();
   SVSComponent(const SVSComponent&) = delete;
   SVSComponent& operator=(const SVSComponent&) = delete;
 
-  // Draws the stages. False if the status is an error, before or afterwards. A second call does nothing and
-  // returns false. `summary` may be null.
+  // Draws the stages; if the settings ask for a check only, tabulates and reviews the first of them, and sets
+  // the status to the error that a draw would end with for certain. False if the status is an error, before
+  // or afterwards. A second call does nothing and returns false. `summary` may be null.
   bool Run(MCCommon::MultiPassRecordIter& recordIterator, MCSV::SVSOutputSummary* summary);
 
   SVStatus GetStatus() const { return fStatus; }

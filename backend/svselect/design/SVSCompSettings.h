@@ -62,6 +62,7 @@ public:
   void SetFinalWeightName(std::string name) { fWgtFinalName = std::move(name); }
   void SetExactDesign(bool exact) { fbExactDesign = exact; }
   void SetStrict(bool strict) { fbStrict = strict; }
+  void SetCheckOnly(bool checkOnly) { fbCheckOnly = checkOnly; }
 
   // --- reads -----------------------------------------------------------------------------------------------
   const std::vector<DesignStage>& DesignStages() const { return fDesignStages; }
@@ -86,6 +87,7 @@ public:
   MCStopProcessor* StopProcessor() const { return fpStopProcessor; }
   bool ExactDesign() const { return fbExactDesign; }
   bool Strict() const { return fbStrict; }
+  bool CheckOnly() const { return fbCheckOnly; }
 
   // The variable that holds the stage's rate or size; -1 if no variable does, or the stage doesn't exist.
   std::int32_t StageSpecVar(std::int32_t stage) const;
@@ -128,5 +130,6 @@ private:
   MCStopProcessor* fpStopProcessor = nullptr;  // borrowed, may be null
   // The draws of Brewer, Sampford and PPS_WOR have exactly the inclusion probabilities that they state.
   bool fbExactDesign = false;
-  bool fbStrict = false;  // a finding that makes probabilities or weights wrong or unclear is an error
+  bool fbStrict = false;     // a finding that makes probabilities or weights wrong or unclear is an error
+  bool fbCheckOnly = false;  // the first selected stage is tabulated and reviewed, and nothing is drawn
 };

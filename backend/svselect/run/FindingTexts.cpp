@@ -3,7 +3,9 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
@@ -196,7 +198,54 @@ std::string TextOf(const SVSFinding& finding, const FindingNames& names) {
   return WordedText(finding, names);
 }
 
+// "row 3: county = 12, type = public", from an entry of a table's map.
+std::string RowText(const FindingNames& names, const SVMatrixSpec& table, const OBS* entry, double row) {
+  std::vector<std::string> words;
+  for (const std::int32_t variable : *table.variables) {
+    const KORV_Variable& described = names.dataSource.GetVariable(variable);
+    words.push_back(
+        fmt::format("{} = {}", described.GetName(), BpDataValue(described, entry, kShowInMessage).Text()));
+    entry += ObsCells(described.GetType());
+  }
+  return fmt::format("row {}: {}", Number(row), fmt::join(words, ", "));
+}
+
+// The unused rows of a table, in the order of the plan: their numbers and their entries.
+std::vector<std::pair<double, const OBS*>> UnusedRows(const ObsVecMap& map) {
+  std::vector<std::pair<double, const OBS*>> unused;
+  const std::size_t keyCells = map.CellSize() - SVMatrixSpec::kCells;
+  for (const OBS* entry : map.Sort()) {
+    const double row = entry[keyCells + SVMatrixSpec::kUnusedRow].number;
+    if (row > 0.0) unused.emplace_back(row, entry);
+  }
+  std::sort(unused.begin(), unused.end());
+  return unused;
+}
+
 }  // namespace
+
+std::vector<std::string> UnusedRowTexts(const FindingNames& names) {
+  std::vector<std::string> texts;
+  for (std::int32_t position = 0; position < names.specs.StageCount(); ++position) {
+    const SVMatrixSpec& table = *names.specs.MatrixSpec(position);
+    if (table.map == nullptr) continue;
+    const auto unused = UnusedRows(*table.map);
+    if (unused.empty()) continue;
+    std::vector<std::string> places;
+    for (const auto& [row, entry] : unused) {
+      if (places.size() == SVSFindings::kMaxExamples) break;
+      places.push_back(RowText(names, table, entry, row));
+    }
+    if (unused.size() > places.size())
+      places.push_back(fmt::format("and {} more", unused.size() - places.size()));
+    texts.push_back(
+        fmt::format("stage {}: {} of the table {} no case ({}): correct the categories, or leave the row out",
+                    names.specs.DesignStages()[static_cast<std::size_t>(position)]->stageNumber(),
+                    unused.size() == 1 ? "1 row" : fmt::format("{} rows", unused.size()),
+                    unused.size() == 1 ? "matches" : "match", fmt::join(places, "; ")));
+  }
+  return texts;
+}
 
 std::vector<std::string> FindingTexts(const SVSFindings& findings, const FindingNames& names,
                                       bool failedBySize) {

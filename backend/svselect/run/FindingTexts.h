@@ -23,6 +23,10 @@ struct FindingNames {
 std::vector<std::string> FindingTexts(const SVSFindings& findings, const FindingNames& names,
                                       bool failedBySize);
 
+// One sentence for each table with rows that no case of the frame has used: their categories, as above.
+// REQUIRES: the first pass is over.
+std::vector<std::string> UnusedRowTexts(const FindingNames& names);
+
 // One sentence about the cases that were left out because they lack a value; empty if there are none.
 // REQUIRES: the first pass is over.
 std::string LeftOutText(const FindingNames& names);

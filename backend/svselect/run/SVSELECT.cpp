@@ -1,7 +1,9 @@
 #include "backend/svselect/run/SVSELECT.h"
 
 #include <memory>
+#include <string>
 
+#include "backend/svcommon/PlanGaps.h"
 #include "backend/svcommon/adapters/SVMessages.h"
 #include "backend/svselect/command/SVSParser.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
@@ -97,6 +99,18 @@ void WriteSample(SVSValidSpecs& specs, ProcedureDataSource& dataSource, SVSProce
   if (specs.PrintCPS()) PrintCaseProcessing(*procedure.GetInputAdapter(), heading);
 }
 
+// The same as far as nothing is drawn or written, for specifications that only ask for a check. Findings
+// become remarks. What a draw would end with is an error, also where the draw has no message for it.
+void CheckSpecifications(SVSValidSpecs& specs, ProcedureDataSource& dataSource) {
+  SVSProcedure procedure(&specs, &dataSource);
+  if (ErrorRaised()) return;
+  if (procedure.Run() || ErrorRaised()) return;
+  procedure.Report();
+  if (!ErrorRaised())
+    BpError(BpString(std::string("Nothing can be drawn: ") + kUnusableRequest, true), kShowInMessage,
+            kErrorLevel);
+}
+
 // Steps 3 to 8.
 void RunSpecifications(SVSValidSpecs& specs, ProcedureDataSource& dataSource, BpProcedure& heading) {
   PrintNotes(specs, heading);
@@ -122,7 +136,13 @@ void SVSELECT() {
     ProcedureDataSource dataSource;
     SVSValidSpecs specs;
     SVSParser parser(tokens, &specs, &dataSource);
-    if (ParseAndValidate(parser, specs)) RunSpecifications(specs, dataSource, heading);
+    if (ParseAndValidate(parser, specs)) {
+      if (specs.CheckOnly()) {
+        CheckSpecifications(specs, dataSource);
+      } else {
+        RunSpecifications(specs, dataSource, heading);
+      }
+    }
     gpGlobalBlock->splitCount = kept.splitCount;
     gpGlobalBlock->weightVariable = kept.weightVariable;
   }

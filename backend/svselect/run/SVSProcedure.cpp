@@ -106,7 +106,8 @@ SVSProcedure::~SVSProcedure() {
 bool SVSProcedure::Run() {
   const SVSCompSettings* settings = fpValidSpecs->CompSettings();
   std::unique_ptr<SVSJointProbOutFile> jointProbs;
-  if (fpValidSpecs->JointProbFile().IsValid() && settings != nullptr && settings->JointProbNeeded()) {
+  if (fpValidSpecs->JointProbFile().IsValid() && settings != nullptr && settings->JointProbNeeded() &&
+      !fpValidSpecs->CheckOnly()) {
     jointProbs = std::make_unique<SVSJointProbOutFile>(fpValidSpecs, fpInputAdapter.get(), fpDataSource);
   }
   if (!fStatus.IsOK() || fpInputAdapter == nullptr || fpRecordIter == nullptr || settings == nullptr)
@@ -128,6 +129,9 @@ void SVSProcedure::Remark() const {
       fpInputAdapter->PassCounter() > 0 || fpRecordIter->Status() == MCCommon::kCasesExhausted;
   const std::string leftOut = hasReadAll ? LeftOutText(names) : "";
   if (!leftOut.empty()) BpRemark(leftOut);
+  if (hasReadAll) {
+    for (const std::string& text : UnusedRowTexts(names)) BpRemark(text);
+  }
   const bool failedBySize = fStatus.code == kStatusInvalidSize;
   for (const std::string& text : FindingTexts(fpComponent->Findings(), names, failedBySize)) BpRemark(text);
 }

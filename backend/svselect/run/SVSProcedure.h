@@ -51,9 +51,9 @@ public:
   // The output for stage summaries; may be null. Call before Run().
   void SetSummary(MCSV::SVSOutputSummary* summary) { fpSummary = summary; }
 
-  // Draws the selected stages, and writes the joint probabilities if the design needs them. True if all
-  // selected stages were tabulated and drawn. Whether they were or not, what was found on the way becomes
-  // remarks.
+  // Draws the selected stages, or only checks them if the specifications say so, and writes the joint
+  // probabilities if the design needs them. True if all selected stages were tabulated and drawn. Whether
+  // they were or not, what was found on the way becomes remarks.
   bool Run();
 
   // The component's output statistics; null after an error. The call has an effect: Report() shows the

@@ -5,6 +5,7 @@
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
+#include "backend/svselect/design/SVSFindings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
 #include "host/numeric/Fuzzy.h"
 #include "host/numeric/Obs.h"
@@ -57,6 +58,24 @@ std::vector<std::int32_t> Codes(const SVKey& key, std::size_t count) {
   std::vector<std::int32_t> codes(count);
   for (std::size_t i = 0; i < count; ++i) codes[i] = key[static_cast<int>(i)];
   return codes;
+}
+
+// A size that exceeds its limit by less may be within it by the sums of a draw, which are in another order.
+constexpr double kBeyondDoubt = 1.0 + 1e-9;
+
+// The error that a draw ends with by what a review has found; 0 if it may end well.
+std::int32_t FailureBy(const SVSFinding& finding) {
+  const auto isBeyond = [](const SVSFinding::Example& e) { return e.value > e.other * kBeyondDoubt; };
+  switch (finding.kind) {
+    case FindingKind::kMissingSpec:
+      return kStatusMissingSpec;
+    case FindingKind::kMissingSize:
+      return kStatusMissingSize;
+    case FindingKind::kSizeAboveLimit:
+      return std::any_of(finding.examples.begin(), finding.examples.end(), isBeyond) ? kStatusInvalidSize : 0;
+    default:
+      return 0;
+  }
 }
 
 }  // namespace
@@ -239,6 +258,15 @@ SVStatus SVSDataTabulator::SelectSamples(MCSV::SVSOutputSummary* summary,
   if (RefusesFindings() || !DrawStrata(&maxSelected)) return fStatus;
   if (summary != nullptr && !Summarize(*summary)) return fStatus;
   if (fStageInd == 1 && jointProbs != nullptr) WriteJointProbs(*jointProbs, maxSelected);
+  return fStatus;
+}
+
+SVStatus SVSDataTabulator::CheckSamples() {
+  Review();
+  for (const SVSFinding& finding : Findings().All()) {
+    if (const std::int32_t code = FailureBy(finding); code != 0 && !fStatus.IsError())
+      fStatus = ErrorStatus(code);
+  }
   return fStatus;
 }
 

@@ -76,6 +76,10 @@ public:
   // results wrong or unclear: before the draw, but for what only the draw can show.
   SVStatus SelectSamples(MCSV::SVSOutputSummary* summary, MCSV::SVSOutJointProbs* jointProbs);
 
+  // Reviews the strata in place of SelectSamples(), and draws nothing. Returns the error that the draw would
+  // end with: for a missing rate, size or measure of size, or a unit that is too large beyond doubt.
+  SVStatus CheckSamples();
+
   // Fills `values` with the stage's seven results for a record, by OutputKind; all are missing for a record
   // that isn't in the stage. The cumulative weight is the stage's weight times `carriedWeight`; in the first
   // selected stage, which ignores `carriedWeight`, times the weight of an earlier sampling. Errors: 92003 if
