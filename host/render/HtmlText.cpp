@@ -103,6 +103,9 @@ dl { display: grid; grid-template-columns: 16rem 1fr; gap: 0.25rem 1.5rem; margi
 dt { color: var(--quiet); }
 dd { margin: 0; }
 dl.facts dd { font: 0.875em/1.7 ui-monospace, monospace; white-space: pre-wrap; }
+details { margin: 0.5rem 0 1rem; }
+summary { cursor: pointer; color: var(--accent); }
+pre { font: 0.875em/1.5 ui-monospace, monospace; white-space: pre-wrap; margin: 0.5rem 0; }
 @media (max-width: 34rem) {
   dl { grid-template-columns: 1fr; gap: 0; }
   dd { margin-bottom: 0.5rem; }

@@ -50,7 +50,8 @@ void AddSummary(BpProcedure* procedure, const std::string& title, const std::vec
 // The page, which is well-formed XML and takes nothing from elsewhere.
 std::string Report(const FinalWeights* weights = nullptr, const std::vector<ReportFile>& files = {}) {
   std::ostringstream out;
-  WriteHtmlReport({RunStatus::kOk, &OutputDocument::Current(), files}, SurveyAdditions(weights), out);
+  WriteHtmlReport({RunStatus::kOk, &OutputDocument::Current(), files},
+                  SurveyAdditions(OutputDocument::Current(), weights), out);
   const std::string page = out.str();
   const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(page.data()), page.size(), "page");
   xercesc::SAXParser parser;
