@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <iostream>
 
 #include "cli/Subcommands.h"
@@ -128,14 +127,13 @@ bool IsCategorical(const KORV_Variable& variable, const ColumnContents& contents
          !variable.ValueLabels().empty() || contents.different <= kFewDifferent;
 }
 
-// The valid values: the most frequent, the range, or how many different texts.
+// The valid values: the most frequent, the range, or that there are too many different texts.
 std::string ValidWords(const KORV_Variable& variable, const ColumnContents& contents) {
   if (contents.valid == 0) return "none";
   if (!IsCategorical(variable, contents)) {
-    if (variable.GetType() > 0)
-      return "about " + ReadableNumber(std::round(static_cast<double>(contents.different) / 100) * 100) +
-             " different";
-    return NumberText(contents.smallest) + " to " + NumberText(contents.largest);
+    return variable.GetType() > 0
+               ? "too many different ones to list"
+               : ReadableNumber(contents.smallest) + " to " + ReadableNumber(contents.largest);
   }
   if (contents.frequent.front().cases == 1 && contents.different > kFewDifferent)
     return std::to_string(contents.different) + " different, each once";

@@ -25,5 +25,5 @@ std::vector<RunFact> FactsOf(HostSession& session, const RunRequest& request);
 
 // The same after a draw, with what it takes to recognise frame and plan: their checksums and the text of the
 // plan. `frame` is the frame's stamp before it was opened. Reads the frame once more, from its first byte to
-// its last: about 3 s for 1 GB.
+// its last: about 3 s of processor time for 1 GB.
 std::vector<RunFact> FactsOfDraw(HostSession& session, const RunRequest& request, const FileStamp& frame);

@@ -50,7 +50,7 @@ struct ColumnContents {
   std::int64_t valid = 0;  // cases
   double smallest = 0.0;   // of the valid numbers, if there are any
   double largest = 0.0;
-  std::int64_t different = 0;         // valid values; about as many, unless `frequent` is filled
+  std::int64_t different = 0;         // valid values; a rough estimate unless `frequent` is filled
   std::vector<Frequency> frequent{};  // the most frequent ones first; empty if there are too many different
 };
 

@@ -11,7 +11,7 @@
 //
 // Source:     [FIPS180-4] in docs/BIBLIOGRAPHY.md, sections 4.1.2, 4.2.2, 5.1.1, 5.3.3 and 6.2.
 // Use:        Add() any number of times, Hex() once.
-// Cost:       about 3 s for 1 GB; memory for one block.
+// Cost:       about 3 s of processor time for 1 GB; memory for one block.
 class Sha256 {
 public:
   void Add(std::string_view bytes);

@@ -136,6 +136,10 @@ svg .actual { fill: var(--actual); }
 svg .fewer { fill: var(--fewer); }
 svg .equal { stroke: var(--quiet); stroke-dasharray: 4 4; }
 svg .mean { stroke: var(--fewer); stroke-width: 2; }
+@media screen and (max-width: 34rem) {
+  th, td { padding: 0.25rem 0.4rem; }
+  table.pivot th, table.pivot td { max-width: 9rem; }
+}
 @media print {
   @page { margin: 15mm; }
   @page wide { size: landscape; }

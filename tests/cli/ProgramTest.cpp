@@ -209,7 +209,8 @@ TEST(Program, DescribesTheValues) {
        "'n4' (1) and 2 others; none"},
       {"SELECT NULL::VARCHAR AS x FROM range(2)", "values: '' (2); none missing"},
       {"SELECT 'n' || range AS x FROM range(70)", "values: 70 different, each once; none missing"},
-      {"SELECT 'n' || range % 40000 AS x FROM range(80000)", "values: about "},
+      {"SELECT 'n' || range % 40000 AS x FROM range(80000)",
+       "values: too many different ones to list; none missing"},
       {"SELECT repeat('long ', 20) AS x", "values: 'long long long long…' (1); none missing"},
   };
   const ProgramFolder folder;

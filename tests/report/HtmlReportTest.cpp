@@ -144,6 +144,21 @@ TEST(HtmlReport, NestsHeadersBySpans) {
 )");
 }
 
+// No share that isn't 0 looks like it, and no other cell changes.
+TEST(HtmlReport, ShowsSmallSharesWithTheirDigits) {
+  HostSession session;
+  BpProcedure procedure("SVSelect", 4);
+  {
+    BpPivotTable table = procedure.PivotTable(Fixed("T"), Fixed("T"), true);
+    const BpDimension columns = table.Dimension(Fixed("Columns"), 2);
+    columns.Position(kPlaceColumn, 1, true, false);
+    for (const double share : {0.0131, 0.049, 0.0, 0.96, 6.66, 100.0})
+      columns.Category(Fixed(std::to_string(share))).Cell(BpNumber(share, BpProcedure::Percent()));
+    columns.Category(Fixed("text")).Cell(Fixed("0.0%"));
+  }
+  EXPECT_THAT(GridOf(0), testing::HasSubstr("<tr>0.013%|0.049%|0.0%|0.96%|6.7%|100.0%|0.0%|</tr>"));
+}
+
 // Messages say what they are and how many of a kind came; notes are by group, a list for each; a table
 // of more than ten columns is marked for printing across the page.
 TEST(HtmlReport, ShowsMessagesNotesAndWideTables) {
