@@ -73,7 +73,8 @@ const char* const kDescribeAfter = R"(EXIT STATUS
 
 EXAMPLES
     svselect describe schools.csv
-    svselect describe sample.parquet
+    svselect describe --quick sample.parquet
+    svselect describe --sql "SELECT * FROM 'schools.csv' WHERE type = 'H'"
 )";
 
 const char* const kProgramAfter = R"(EXAMPLES
@@ -198,7 +199,8 @@ void AddHelp(CLI::App& app, const HelpPage& page) {
   SetHelpPage(app, page);
 }
 
-// The frame of a run. `plan` and `describe` have options of their own for theirs: no query, no order.
+// The frame of a run. `plan` and `describe` have options of their own for theirs: no order, and no query of a
+// plan.
 void AddFrame(CLI::App& app, FrameOptions& frame) {
   OptionGroup group(app, kFrameGroup);
   group.Add("--data", frame.path, "FRAME",
@@ -324,7 +326,7 @@ std::string UnexpectedOrNothing(const CLI::App& app, const std::string& path, co
 void DescribeProgram(CLI::App& app) {
   AddHelp(app,
           {{"run --data FRAME --plan PLAN [--sample FILE] [OPTION]...", "plan PLAN [--data FRAME]",
-            "describe FRAME"},
+            "describe FRAME", "describe --sql QUERY"},
            "Draws a probability sample from the cases of a data file, by a sampling plan: an XML file that "
            "describes a design of up to three stages with strata, clusters, a method of selection and a "
            "size or rate for each.",
@@ -361,15 +363,20 @@ void DescribePlan(CLI::App& app, PlanOptions& options) {
        kPlanAfter});
 }
 
-void DescribeDescribe(CLI::App& app, FrameOptions& options) {
-  app.add_option("FRAME", options.path, "Data file: .sav, .parquet, .csv, .tsv, .json or .ndjson")
+void DescribeDescribe(CLI::App& app, DescribeOptions& options) {
+  app.add_option("FRAME", options.frame.path, "Data file: .sav, .parquet, .csv, .tsv, .json or .ndjson")
       ->group("ARGUMENTS");
   OptionGroup group(app, kFrameGroup);
-  group.Add("--schema", options.schema, "FILE", "Table Schema of the file, instead of the one beside it");
+  group.Add("--sql", options.frame.sql, "QUERY", "Query whose rows are the cases, instead of FRAME");
+  group.Add("--schema", options.frame.schema, "FILE",
+            "Table Schema of the file, instead of the one beside it");
+  group.AddFlag("--quick", options.quick,
+                "Leave out the values of each variable, for which all cases are read");
   AddHelp(app,
-          {{"FRAME [--schema FILE]"},
+          {{"FRAME [--schema FILE] [--quick]", "--sql QUERY [--schema FILE] [--quick]"},
            "Shows the variables of a data file as svselect sees them, with types, formats, levels, labels, "
-           "value labels and missing values, its documents and its number of cases.",
+           "value labels and missing values, its documents and its number of cases; and for each variable "
+           "its range or most frequent values, and how many cases have none.",
            kDescribeAfter});
 }
 
@@ -406,6 +413,10 @@ std::string UsageError(const CLI::App& app, const PlanOptions& options) {
   return error.empty() && isLost ? "--schema needs --data FRAME" : error;
 }
 
-std::string UsageError(const CLI::App& app, const FrameOptions& options) {
-  return UnexpectedOrNothing(app, options.path, "a data file is needed: svselect describe FRAME");
+std::string UsageError(const CLI::App& app, const DescribeOptions& options) {
+  const FrameOptions& frame = options.frame;
+  const std::string error =
+      UnexpectedOrNothing(app, frame.path + frame.sql, "a data file is needed: svselect describe FRAME");
+  const bool areBoth = !frame.path.empty() && !frame.sql.empty();
+  return error.empty() && areBoth ? "FRAME and --sql exclude each other" : error;
 }

@@ -37,15 +37,21 @@ struct PlanOptions {
   FrameOptions frame;
 };
 
+// Options of `svselect describe`.
+struct DescribeOptions {
+  FrameOptions frame;
+  bool quick = false;  // leave out what is in the cases
+};
+
 // Declare the options and the help page of the program and of its subcommands. The values are in `options`
 // once the command line has been parsed; `options` must outlive `app`.
 void DescribeProgram(CLI::App& app);
 void DescribeRun(CLI::App& app, RunOptions& options);
 void DescribePlan(CLI::App& app, PlanOptions& options);
-void DescribeDescribe(CLI::App& app, FrameOptions& options);
+void DescribeDescribe(CLI::App& app, DescribeOptions& options);
 
 // After parsing: one line about the first usage error in the subcommand, empty if there is none. Finds what
 // the parser of the options can't: options that exclude or need each other, entries given twice.
 std::string UsageError(const CLI::App& app, const RunOptions& options);
 std::string UsageError(const CLI::App& app, const PlanOptions& options);
-std::string UsageError(const CLI::App& app, const FrameOptions& options);
+std::string UsageError(const CLI::App& app, const DescribeOptions& options);

@@ -11,6 +11,7 @@
 #include "host/output/OutputDocument.h"
 #include "host/render/TextRenderer.h"
 #include "host/text/DisplayText.h"
+#include "host/text/ReadableNumber.h"
 #include "session/Inspect.h"
 
 // The dictionary of a data file, printed like this:
@@ -21,7 +22,9 @@
 //   1  type   string 1  A1      nominal  Type of school
 //           user-missing: 'X'
 //           'E' = elementary
+//           values: 'E' (4421), 'M' (1018), 'H' (755); none missing
 //   2  api00  numeric   F8.0    scale
+//           values: 346 to 969; 12 system-missing
 //
 // then the documents. Text from the file is arbitrary: it is made printable, and its width is measured in
 // columns of the terminal, not bytes.
@@ -30,6 +33,7 @@ namespace {
 
 using Row = std::array<std::string, 6>;  // number, name, type, format, level, label
 constexpr const char* kIndent = "  ";
+constexpr std::int64_t kFewDifferent = 12;  // values that are worth listing one by one
 constexpr const char* kBelow = "        ";  // indents the lines below a variable
 
 const char* LevelWord(int level) {
@@ -103,8 +107,58 @@ void PrintValues(const KORV_Variable& variable) {
   }
 }
 
+std::string Counted(std::int64_t count, const char* one, const char* many) {
+  return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+// A value of the cases: a long text is cut, since only its beginning is needed to recognise it.
+std::string ShownValue(const KORV_Variable& variable, const DictionaryValue& value) {
+  constexpr int kLongest = 24;  // columns
+  if (variable.GetType() == 0) return NumberText(value.number);
+  const std::string text = PrintableText(value.text);
+  if (DisplayWidth(text) <= kLongest) return "'" + text + "'";
+  return "'" + WrapText(text, kLongest - 1).front() + "\u2026'";
+}
+
+// Whether the frequencies of a variable's values say more than their range.
+bool IsCategorical(const KORV_Variable& variable, const ColumnContents& contents) {
+  if (contents.frequent.empty()) return false;
+  return variable.GetType() > 0 || variable.GetMeasurementLevel() != kLevelScale ||
+         !variable.ValueLabels().empty() || contents.different <= kFewDifferent;
+}
+
+// The valid values: the most frequent, the range, or that there are too many different texts.
+std::string ValidWords(const KORV_Variable& variable, const ColumnContents& contents) {
+  if (contents.valid == 0) return "none";
+  if (!IsCategorical(variable, contents)) {
+    return variable.GetType() > 0
+               ? "too many different ones to list"
+               : ReadableNumber(contents.smallest) + " to " + ReadableNumber(contents.largest);
+  }
+  if (contents.frequent.front().cases == 1 && contents.different > kFewDifferent)
+    return std::to_string(contents.different) + " different, each once";
+  std::string words;
+  for (const ColumnContents::Frequency& frequency : contents.frequent) {
+    if (!words.empty()) words += ", ";
+    words += ShownValue(variable, frequency.value) + " (" + std::to_string(frequency.cases) + ")";
+  }
+  const std::int64_t others = contents.different - static_cast<std::int64_t>(contents.frequent.size());
+  return others > 0 ? words + " and " + Counted(others, "other", "others") : words;
+}
+
+// The line about the cases, below what the dictionary says of a variable.
+void PrintContents(const KORV_Variable& variable, const ColumnContents& contents) {
+  std::string missing;
+  if (contents.systemMissing > 0) missing = std::to_string(contents.systemMissing) + " system-missing";
+  if (contents.userMissing > 0)
+    missing += (missing.empty() ? "" : ", ") + std::to_string(contents.userMissing) + " user-missing";
+  PrintFolded(kBelow + ("values: " + ValidWords(variable, contents)) + "; " +
+              (missing.empty() ? "none missing" : missing));
+}
+
 // Column widths fit the widest entry, the heading included.
-void PrintVariables(const std::vector<KORV_Variable>& variables) {
+void PrintVariables(const std::vector<KORV_Variable>& variables,
+                    const std::vector<ColumnContents>& contents) {
   std::vector<Row> rows = {{"#", "Name", "Type", "Format", "Level", "Label"}};
   for (std::size_t i = 0; i < variables.size(); ++i) rows.push_back(RowOf(i, variables[i]));
   std::array<int, 6> widths{};
@@ -115,21 +169,19 @@ void PrintVariables(const std::vector<KORV_Variable>& variables) {
   for (std::size_t i = 0; i < variables.size(); ++i) {
     PrintRow(rows[i + 1], widths);
     PrintValues(variables[i]);
+    if (i < contents.size()) PrintContents(variables[i], contents[i]);
   }
 }
 
-std::string Counted(std::int64_t count, const char* one, const char* many) {
-  return std::to_string(count) + " " + (count == 1 ? one : many);
-}
-
 // The first line alone answers the most frequent question, how many cases and variables there are.
-void PrintDictionary(const std::string& path, std::int64_t cases, const Dictionary& dictionary) {
-  std::cout << PrintableText(path) << ": " << Counted(cases, "case", "cases") << ", "
+void PrintDescription(const std::string& name, const FrameDescription& described) {
+  const Dictionary& dictionary = *described.dictionary;
+  std::cout << PrintableText(name) << ": " << Counted(described.cases, "case", "cases") << ", "
             << Counted(static_cast<std::int64_t>(dictionary.variables.size()), "variable", "variables")
             << '\n';
   if (!dictionary.variables.empty()) {
     std::cout << '\n';
-    PrintVariables(dictionary.variables);
+    PrintVariables(dictionary.variables, described.contents);
   }
   for (const DocumentLines& document : dictionary.documents) {
     std::cout << "\nDocument\n";
@@ -139,17 +191,17 @@ void PrintDictionary(const std::string& path, std::int64_t cases, const Dictiona
 
 }  // namespace
 
-int DescribeFile(const FrameOptions& options) {
+int DescribeFile(const DescribeOptions& options) {
   HostSession session;
   CatchInterrupts();
-  const FrameDescription described = DescribeFrame(session, options);
+  const FrameDescription described = DescribeFrame(session, options.frame, !options.quick);
   if (described.status == RunStatus::kCancelled) {
     TellProblem("interrupted");
     return kExitInterrupted;
   }
   bool isTold = true;
   if (described.dictionary != nullptr) {
-    PrintDictionary(options.path, described.cases, *described.dictionary);
+    PrintDescription(options.frame.path.empty() ? "query" : options.frame.path, described);
     isTold = FinishOutput();
   }
   RenderMessages(session.Layer<OutputDocument>(), std::cerr);

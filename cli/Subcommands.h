@@ -23,6 +23,7 @@ int ExplainCommand(const RunOptions& options);
 // it, and what a run would remark.
 int TellPlan(const PlanOptions& options);
 
-// `svselect describe`: prints the dictionary, the documents and the number of cases of a data file. Messages
-// come last, so that they aren't lost above a long dictionary.
-int DescribeFile(const FrameOptions& options);
+// `svselect describe`: prints the dictionary, the documents and the number of cases of a data file or a
+// query, and what the cases have in each variable. Messages come last, so that they aren't lost above a long
+// dictionary.
+int DescribeFile(const DescribeOptions& options);

@@ -44,7 +44,7 @@ int Main(int argc, const char* const* argv) {
   app.require_subcommand(0, 1);
   RunOptions runOptions;
   PlanOptions planOptions;
-  FrameOptions describeOptions;
+  DescribeOptions describeOptions;
   CLI::App* run = app.add_subcommand("run", "draw a sample");
   CLI::App* plan = app.add_subcommand("plan", "describe a sampling plan in words");
   CLI::App* describe = app.add_subcommand("describe", "show a data file's dictionary and number of cases");

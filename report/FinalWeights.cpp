@@ -1,7 +1,9 @@
 #include "report/FinalWeights.h"
 
 #include <algorithm>
+#include <functional>
 #include <memory>
+#include <utility>
 
 #include "host/engine/ActiveFile.h"
 #include "host/environment/HostSession.h"
@@ -10,49 +12,102 @@
 
 namespace {
 
-// Reads the column again at each pass, a block at a time.
-WeightPass PassOverColumn(CaseEngine& engine, int column) {
-  return [&engine, column](const std::function<void(double)>& take) {
-    const std::unique_ptr<CaseCursor> cursor = engine.Open({column}, 0);
-    while (const std::size_t rows = cursor->NextBlock()) {
-      const double* const numbers = cursor->Numbers(0);
-      std::for_each(numbers, numbers + rows, take);
+using OpenCursor = std::function<std::unique_ptr<CaseCursor>(const std::vector<int>& columns)>;
+
+// Cases of the active file with the variables that the run added, which are only in memory.
+class ActiveCursor : public CaseCursor {
+public:
+  ActiveCursor(ActiveFile& file, const std::vector<int>& columns) {
+    std::vector<int> served;
+    for (const int column : columns) {
+      const bool isServed = column < file.ServedColumns();
+      fvColumns.push_back(
+          {.served = served.size(), .added = isServed ? nullptr : &file.Added(column), .numbers = {}});
+      if (isServed) served.push_back(column);
     }
+    fpServed = file.Engine().Open(served, 0);
+  }
+
+  std::size_t NextBlock() override {
+    fFirst += static_cast<std::int64_t>(fRows);
+    return fRows = fpServed->NextBlock();
+  }
+
+  const double* Numbers(std::size_t place) override {
+    Column& column = fvColumns[place];
+    if (column.added == nullptr) return fpServed->Numbers(column.served);
+    column.numbers.resize(fRows);
+    for (std::size_t i = 0; i < fRows; ++i)
+      column.numbers[i] = column.added->Get(fFirst + static_cast<std::int64_t>(i));
+    return column.numbers.data();
+  }
+
+  const std::string_view* Texts(std::size_t place) override {
+    return fpServed->Texts(fvColumns[place].served);
+  }
+
+private:
+  struct Column {
+    std::size_t served;           // its place in the engine's cursor
+    const AddedValues* added;     // borrowed; null if the engine serves it
+    std::vector<double> numbers;  // of the block, if it was added
   };
+  std::vector<Column> fvColumns;
+  std::unique_ptr<CaseCursor> fpServed;
+  std::int64_t fFirst = 0;  // row of the file that the block begins with
+  std::size_t fRows = 0;    // of the block
+};
+
+// The first pass reads what the stages need as well; the second, for the weights alone, doesn't.
+FinalWeights Review(const OpenCursor& open, SampleReviewer reviewer) {
+  bool isFirst = true;
+  const WeightPass pass = [&](const std::function<void(double)>& take) {
+    std::vector<int> columns = reviewer.Columns();
+    if (!isFirst) columns.resize(1);
+    const std::unique_ptr<CaseCursor> cursor = open(columns);
+    while (const std::size_t rows = cursor->NextBlock()) {
+      const double* const weights = cursor->Numbers(0);
+      std::for_each(weights, weights + rows, take);
+      if (isFirst) reviewer.Take(*cursor, rows);
+    }
+    isFirst = false;
+  };
+  FinalWeights weights;
+  weights.summary = SummarizeWeights(pass);
+  weights.stages = reviewer.Reviews();
+  return weights;
 }
 
 bool IsNumber(const Dictionary& dictionary, int column) {
   return column >= 0 && dictionary.variables[static_cast<std::size_t>(column)].GetType() == 0;
 }
 
-// Opens the sample as any reader would: what is summed up is what was really written.
-std::optional<FinalWeights> OfSampleFile(HostSession& session, const OutputFile& file,
-                                         const std::string& variable) {
-  const DataFrame frame = OpenDataFile(session, file.target);
-  const int column = frame.dictionary.Find(variable);
-  if (!IsNumber(frame.dictionary, column)) return std::nullopt;
-  return FinalWeights{variable, file.path, SummarizeWeights(PassOverColumn(*frame.engine, column))};
-}
-
-// Without a sample file the weights are only in memory, in a variable behind those that the frame has itself.
-std::optional<FinalWeights> OfActiveFile(ActiveFile& file, const std::string& variable) {
-  if (!file.IsOpen() || !file.IsLastPass()) return std::nullopt;
-  const int column = file.SharedDictionary()->Find(variable);
-  if (column < file.ServedColumns()) return std::nullopt;
-  const AddedValues& values = file.Added(column);
-  const std::int64_t cases = file.Engine().CountCases();
-  const WeightPass pass = [&](const std::function<void(double)>& take) {
-    for (std::int64_t row = 0; row < cases; ++row) take(values.Get(row));
-  };
-  return FinalWeights{variable, "", SummarizeWeights(pass)};
-}
-
 }  // namespace
 
-std::optional<FinalWeights> ReadFinalWeights(HostSession& session, const std::string& variable) {
+// A sample file is opened as any reader would: what is summed up is what was really written. Without one the
+// weights are in a variable behind those that the frame has itself.
+std::optional<FinalWeights> ReadFinalWeights(HostSession& session, const std::string& variable,
+                                             const std::vector<StageVariables>& stages) {
   const std::vector<OutputFile>& files = session.Layer<SessionFiles>().CommittedFiles();
   const auto sample = std::find_if(files.begin(), files.end(),
                                    [](const OutputFile& file) { return file.role == FileRole::kSample; });
-  return sample == files.end() ? OfActiveFile(session.Layer<ActiveFile>(), variable)
-                               : OfSampleFile(session, *sample, variable);
+  ActiveFile& active = session.Layer<ActiveFile>();
+  if (!active.IsOpen() || !active.IsLastPass()) return std::nullopt;
+  const Dictionary& ofFrame = *active.SharedDictionary();
+  FinalWeights weights;
+  if (sample == files.end()) {
+    const int column = ofFrame.Find(variable);
+    if (column < active.ServedColumns()) return std::nullopt;
+    weights = Review(
+        [&](const std::vector<int>& columns) { return std::make_unique<ActiveCursor>(active, columns); },
+        SampleReviewer(ofFrame, ofFrame, variable, stages));
+  } else {
+    const DataFrame frame = OpenDataFile(session, sample->target);
+    if (!IsNumber(frame.dictionary, frame.dictionary.Find(variable))) return std::nullopt;
+    weights = Review([&](const std::vector<int>& columns) { return frame.engine->Open(columns, 0); },
+                     SampleReviewer(frame.dictionary, ofFrame, variable, stages));
+    weights.file = sample->path;
+  }
+  weights.variable = variable;
+  return weights;
 }

@@ -9,6 +9,7 @@
 #include "host/command/KORV_TokenSequence.h"
 #include "host/command/UniversalParser.h"
 #include "host/files/CheckFileRef.h"
+#include "host/numeric/Fuzzy.h"
 
 // The command is read with the generic parser and the plan with the plan reader, both without the checks of
 // the procedure: these have passed, or the run ended there.
@@ -44,15 +45,21 @@ std::string PlanPath(const CommandSpec& command) {
 }
 
 // Stages are listed in order, and all are drawn if there is no list.
-bool DrawsFirstStage(const CommandSpec& command) {
-  const ParamObj* const stages = FindParameter(command, "CRITERIA", "STAGES");
+std::vector<int> DrawnStages(const CommandSpec& command, int stagesOfPlan) {
+  const ParamObj* const list = FindParameter(command, "CRITERIA", "STAGES");
   std::vector<double> numbers;
-  return stages == nullptr || !stages->getNumberList(numbers) || numbers.front() == 1.0;
+  std::vector<int> stages;
+  if (list == nullptr || !list->getNumberList(numbers)) {
+    for (int stage = 1; stage <= stagesOfPlan; ++stage) stages.push_back(stage);
+  }
+  for (const double number : numbers) stages.push_back(TruncateToInt32(number));
+  return stages;
 }
 
 // The method of the first stage; kNoMethod when the command doesn't draw that.
 const SVMethod& FirstMethod(const CommandedPlan& commanded) {
-  if (!commanded.drawsFirstStage || commanded.plan.stages.empty()) return kNoMethod;
+  const std::vector<int>& drawn = commanded.stages;
+  if (drawn.empty() || drawn.front() != 1 || commanded.plan.stages.empty()) return kNoMethod;
   return MethodOfType(commanded.plan.stages.front().type);
 }
 
@@ -68,9 +75,9 @@ std::optional<CommandedPlan> ReadCommandedPlan() {
   if (!ReadCommand(&command)) return std::nullopt;
   CommandedPlan commanded;
   SV_XML::PlanXmlReader reader(&commanded.plan);
-  const std::string path = PlanPath(command);
-  if (reader.readSamplePlan(path) != 0) return std::nullopt;
-  commanded.drawsFirstStage = DrawsFirstStage(command);
+  commanded.path = PlanPath(command);
+  if (reader.readSamplePlan(commanded.path) != 0) return std::nullopt;
+  commanded.stages = DrawnStages(command, commanded.plan.numStages());
   return commanded;
 }
 

@@ -2,14 +2,17 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "backend/svcommon/SVPlanSpecs.h"
 
 // The plan that the session's command names, read a second time after the procedure has used it. The
 // procedure reports nothing about its plan, but the advice given after a run depends on it.
 struct CommandedPlan {
+  std::string path;  // of the plan file
   SVPlanSpecs plan;
-  bool drawsFirstStage = true;  // the command may draw only later stages
+  std::vector<int>
+      stages;  // those that the command draws, ascending; there may be more of them than in the plan
 };
 
 // Empty if the command or the plan can't be read; no message is issued, since the procedure has done that.

@@ -96,7 +96,7 @@ void CheckByProcedure(HostSession& session, const SVPlanSpecs& plan, PlanCheck* 
 
 }  // namespace
 
-FrameDescription DescribeFrame(HostSession& session, const FrameOptions& frame) {
+FrameDescription DescribeFrame(HostSession& session, const FrameOptions& frame, bool readsValues) {
   FrameDescription described;
   // The dictionary is set last: it says that everything was read.
   const auto describe = [&] {
@@ -105,6 +105,9 @@ FrameDescription DescribeFrame(HostSession& session, const FrameOptions& frame) 
     OpenFrame(session, frame);
     ActiveFile& file = session.Layer<ActiveFile>();
     described.cases = file.Engine().CountCases();
+    const std::vector<KORV_Variable>& variables = file.SharedDictionary()->variables;
+    for (std::size_t i = 0; readsValues && i < variables.size(); ++i)
+      described.contents.push_back(file.Engine().Summarize(static_cast<int>(i), variables[i]));
     described.dictionary = file.SharedDictionary();
   };
   described.status = Guard(describe, &described.problems);

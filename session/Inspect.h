@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "backend/svcommon/SVPlanSpecs.h"
+#include "host/engine/CaseEngine.h"
 #include "host/output/RunOutcome.h"
 #include "host/read/OpenFrame.h"
 
@@ -27,10 +28,12 @@ struct FrameDescription {
   // Set if the frame was read, even if there was an error beside that:
   std::shared_ptr<const Dictionary> dictionary;
   std::int64_t cases = 0;
+  std::vector<ColumnContents> contents;  // of each variable; empty if nobody asked for them
 };
 
-// Opens a frame and counts its cases. REQUIRES: the session has opened no frame.
-FrameDescription DescribeFrame(HostSession& session, const FrameOptions& frame);
+// Opens a frame and counts its cases; with `readsValues`, also looks into each variable, which reads all
+// cases up to twice. REQUIRES: the session has opened no frame.
+FrameDescription DescribeFrame(HostSession& session, const FrameOptions& frame, bool readsValues = false);
 
 // A plan, or why it can't be used.
 struct PlanReading {

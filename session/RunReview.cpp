@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "backend/svcommon/PlanGaps.h"
+#include "backend/svcommon/design/MethodTable.h"
 #include "host/engine/CaseProgress.h"
 #include "host/environment/CommonBlocks.h"
 #include "host/environment/HostErrors.h"
@@ -68,6 +69,28 @@ bool KeepsSample(HostSession& session) {
   });
 }
 
+// The stages that were drawn. Strata lie within the units of the stages before.
+std::vector<StageVariables> StagesOf(const CommandedPlan& commanded) {
+  std::vector<StageVariables> stages;
+  std::vector<std::string> before;
+  const auto append = [](const std::vector<KorvVarName>& names, std::vector<std::string>* list) {
+    for (const KorvVarName& name : names) list->push_back(name.Text());
+  };
+  for (int number = 1; number <= commanded.plan.numStages(); ++number) {
+    const SVPlanStageSpecs& stage = *commanded.plan.getStage(number);
+    StageVariables variables{.number = number, .label = stage.label, .strata = before};
+    append(stage.strataVariables, &variables.strata);
+    append(stage.clusterVariables, &variables.clusters);
+    variables.probability = stage.inclProbName.Text();
+    variables.withReplacement = MethodOfType(stage.type).withReplacement;
+    before = variables.strata;
+    append(stage.clusterVariables, &before);
+    if (std::count(commanded.stages.begin(), commanded.stages.end(), number) > 0)
+      stages.push_back(std::move(variables));
+  }
+  return stages;
+}
+
 // Advice after an interruption, for a draw that might never have ended.
 void AddEndlessDraw(HostSession& session, Lines* remarks) {
   const bool wasDrawing = HasReadCases(session) && !HasDrawn(session);
@@ -123,7 +146,13 @@ std::optional<FinalWeights> ReviewWeights(HostSession& session, std::string* pro
   const std::optional<CommandedPlan> commanded = ReadCommandedPlan();
   if (!commanded) return std::nullopt;
   try {
-    return ReadFinalWeights(session, commanded->plan.weight.Text());
+    std::optional<FinalWeights> weights =
+        ReadFinalWeights(session, commanded->plan.weight.Text(), StagesOf(*commanded));
+    const std::optional<FrameCases>& cases = session.Layer<OutputDocument>().Cases();
+    // Behind an earlier sampling the weights sum up to what that was drawn from.
+    if (weights && cases && commanded->plan.previousWeight.IsEmpty())
+      weights->frameCases = cases->read - cases->leftOut;
+    return weights;
   } catch (const DataError& error) {
     if (!StopRequested()) *problem = error.what();
     return std::nullopt;

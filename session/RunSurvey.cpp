@@ -19,6 +19,7 @@
 #include "host/write/SaveActiveFile.h"
 #include "session/FileClaims.h"
 #include "session/ProcedureLibrary.h"
+#include "session/RunFacts.h"
 #include "session/RunReport.h"
 #include "session/RunReview.h"
 
@@ -154,10 +155,11 @@ private:
   // Final weights are summed only when somebody will see them: that reads the sample once more.
   void Review() {
     Begin(RunStep::kReview);
-    const bool hasPage = std::any_of(fvReports.begin(), fvReports.end(), [](const std::string& report) {
-      return KindOfReport(report) == ReportKind::kHtml;
+    const bool isForPeople = std::any_of(fvReports.begin(), fvReports.end(), [](const std::string& report) {
+      return KindOfReport(report) != ReportKind::kJson;
     });
-    if (hasPage || fRequest.summarizeWeights) fpOutcome->weights = ReviewWeights(fSession, &fReviewProblem);
+    if (isForPeople || fRequest.summarizeWeights)
+      fpOutcome->weights = ReviewWeights(fSession, &fReviewProblem);
   }
 
   void CompleteOutcome() {
@@ -168,7 +170,10 @@ private:
     std::vector<std::string>& remarks = fpOutcome->remarks;
     remarks = RemarksOnRun(fSession, fRequest, fpOutcome->status);
     if (!fReviewProblem.empty()) remarks.push_back(fReviewProblem);
-    fpOutcome->facts = FactsOf(fSession, fRequest);
+    // Only a report shows what is in the files, and only that of a draw needs it.
+    const bool needsContents = !fvReports.empty() && fpOutcome->status == RunStatus::kOk;
+    fpOutcome->facts =
+        needsContents ? FactsOfDraw(fSession, fRequest, fFrameStamp) : FactsOf(fSession, fRequest);
   }
 
   // Of a run that kept no file, the numbers of units drawn would look like those of a sample.
@@ -192,7 +197,8 @@ private:
   const RunSinks& fSinks;
   SurveyOutcome* fpOutcome;  // borrowed
 
-  std::vector<std::string> fvReports;  // those of the request that can be written
+  FileStamp fFrameStamp{fRequest.frame.path};  // before it is opened
+  std::vector<std::string> fvReports;          // those of the request that can be written
   UserCaseFileSpec fSave{FileRole::kSaved};
   std::string fReviewProblem;
 };

@@ -27,7 +27,7 @@ struct RunRequest {
   std::string save;                  // data file for the frame with the variables that the run added
   std::vector<std::string> reports;  // REQUIRES: each has a name that KindOfReport() knows
 
-  // Reads the sample back to fill SurveyOutcome::weights; an HTML report does that unasked.
+  // Reads the sample back to fill SurveyOutcome::weights; a report for people does that unasked.
   bool summarizeWeights = false;
 };
 

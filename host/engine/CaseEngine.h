@@ -37,6 +37,23 @@ public:
   virtual const std::string_view* Texts(std::size_t place) = 0;
 };
 
+// What the cases have in one variable. Valid values are those that aren't missing.
+struct ColumnContents {
+  struct Frequency {
+    DictionaryValue value;
+    std::int64_t cases = 0;
+  };
+  static constexpr std::size_t kMostFrequent = 5;
+
+  std::int64_t systemMissing = 0;  // 0 for a string, which always has a value, if only blanks
+  std::int64_t userMissing = 0;
+  std::int64_t valid = 0;  // cases
+  double smallest = 0.0;   // of the valid numbers, if there are any
+  double largest = 0.0;
+  std::int64_t different = 0;         // valid values; a rough estimate unless `frequent` is filled
+  std::vector<Frequency> frequent{};  // the most frequent ones first; empty if there are too many different
+};
+
 // CaseEngine serves the cases of one data file. Rows are numbered from 0, and every cursor delivers the same
 // rows in the same order: samples depend on it.
 //
@@ -52,6 +69,12 @@ public:
   virtual std::unique_ptr<CaseCursor> Open(const std::vector<int>& columns, std::int64_t firstRow) = 0;
 
   virtual std::int64_t CountCases() = 0;
+
+  // What is in a column, by its place in the dictionary; `variable` says what is missing there. Reads the
+  // column once, or twice if it has few different values; memory for kMostDifferent of them.
+  virtual ColumnContents Summarize(int column, const KORV_Variable& variable) = 0;
+  // Columns with about this many different values or fewer get frequencies.
+  static constexpr std::int64_t kMostDifferent = 10'000;
 };
 
 // A data file that was opened for reading.

@@ -7,6 +7,7 @@
 
 #include "host/engine/DuckCaseCursor.h"
 #include "host/engine/WorkDatabase.h"
+#include "host/model/Values.h"
 
 namespace {
 
@@ -15,6 +16,39 @@ bool IsConvertedHere(const std::string& type) {
   return type == "DOUBLE" || type == "FLOAT" || type == "BOOLEAN" || type == "TINYINT" ||
          type == "SMALLINT" || type == "INTEGER" || type == "BIGINT" || type == "UTINYINT" ||
          type == "USMALLINT" || type == "UINTEGER" || type == "UBIGINT";
+}
+
+// The user-missing values of a variable as a list in SQL; empty if it has none.
+std::string MissingList(const KORV_Variable& variable) {
+  std::string list;
+  for (const DictionaryValue& value : variable.MissingValues()) {
+    if (!list.empty()) list += ", ";
+    list += variable.GetType() == 0 ? NumberText(value.number) + "::DOUBLE" : QuoteLiteral(value.text);
+  }
+  return list;
+}
+
+// The first value of a result's row, as the dictionary has it.
+DictionaryValue ValueAt(const DuckChunk& chunk, std::size_t row, bool isNumeric) {
+  if (isNumeric) return {.number = chunk.Values<double>(0)[row], .text = {}};
+  return {.number = 0.0, .text = std::string(TextOf(chunk.Values<duckdb_string_t>(0)[row]))};
+}
+
+// `from` gives the valid values as v.
+std::vector<ColumnContents::Frequency> MostFrequent(DuckConnection& connection, const std::string& from,
+                                                    bool isNumeric, std::int64_t* different) {
+  DuckResult result = connection.Query(
+      fmt::format("SELECT v, count(*), count(*) OVER () FROM {} WHERE v IS NOT NULL GROUP BY v "
+                  "ORDER BY count(*) DESC, v LIMIT {}",
+                  from, ColumnContents::kMostFrequent));
+  std::vector<ColumnContents::Frequency> frequent;
+  while (const DuckChunk chunk = result.Fetch()) {
+    for (std::size_t row = 0; row < chunk.Rows(); ++row) {
+      frequent.push_back({ValueAt(chunk, row, isNumeric), chunk.Values<std::int64_t>(1)[row]});
+      *different = chunk.Values<std::int64_t>(2)[row];
+    }
+  }
+  return frequent;
 }
 
 }  // namespace
@@ -87,5 +121,44 @@ std::int64_t DuckCaseEngine::CountCases() {
     CheckUnchanged();
     DuckResult result = fpWork->Connect().Query(fmt::format("SELECT count(*) FROM {}", fRelation.from));
     return result.Fetch().Values<std::int64_t>(0)[0];
+  });
+}
+
+// Values compare as the cells show them: texts without trailing blanks, numbers that aren't finite as
+// missing.
+ColumnContents DuckCaseEngine::Summarize(int column, const KORV_Variable& variable) {
+  const bool isNumeric = variable.GetType() == 0;
+  const std::string sql = Projection(column);
+  const std::string x =
+      isNumeric ? fmt::format("CAST({} AS DOUBLE)", sql) : fmt::format("rtrim(coalesce({}, ''), ' ')", sql);
+  const std::string present = isNumeric ? "CASE WHEN isfinite(x) THEN x END" : "x";
+  const std::string missing = MissingList(variable);
+  const std::string isMissing =
+      missing.empty() ? "false" : fmt::format("coalesce(x IN ({}), false)", missing);
+  // m: user-missing; v: null unless valid.
+  const std::string from = fmt::format(
+      "(SELECT m, p, CASE WHEN NOT m THEN p END AS v FROM (SELECT {} AS p, {} AS m FROM (SELECT {} AS x FROM "
+      "{})))",
+      present, isMissing, x, fRelation.from);
+  return Guard([&] {
+    CheckUnchanged();
+    DuckConnection connection = fWork.Connect();
+    DuckResult result = connection.Query(fmt::format(
+        "SELECT count(*), count(p), count(*) FILTER (WHERE m), count(v), approx_count_distinct(v){} "
+        "FROM {}",
+        isNumeric ? ", coalesce(min(v), 0), coalesce(max(v), 0)" : "", from));
+    const DuckChunk row = result.Fetch();
+    ColumnContents contents;
+    contents.systemMissing = row.Values<std::int64_t>(0)[0] - row.Values<std::int64_t>(1)[0];
+    contents.userMissing = row.Values<std::int64_t>(2)[0];
+    contents.valid = row.Values<std::int64_t>(3)[0];
+    contents.different = row.Values<std::int64_t>(4)[0];
+    if (isNumeric) {
+      contents.smallest = row.Values<double>(5)[0];
+      contents.largest = row.Values<double>(6)[0];
+    }
+    if (contents.different <= kMostDifferent)
+      contents.frequent = MostFrequent(connection, from, isNumeric, &contents.different);
+    return contents;
   });
 }

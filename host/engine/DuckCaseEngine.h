@@ -43,6 +43,7 @@ public:
 
   std::unique_ptr<CaseCursor> Open(const std::vector<int>& columns, std::int64_t firstRow) override;
   std::int64_t CountCases() override;
+  ColumnContents Summarize(int column, const KORV_Variable& variable) override;
 
   // For the cursors:
   // Throws DataError, without the name, when the watched file isn't the one that was opened.

@@ -20,6 +20,10 @@ void BpRemark(const std::string& text) {
   OutputDocument::Current().AddRemark(text);
 }
 
+void BpCases(std::int64_t read, std::int64_t leftOut) {
+  OutputDocument::Current().SetCases({read, leftOut});
+}
+
 void AddNotes(int group, const BpCellText& label, const BpCellText& text) {
   OutputDocument::Current().AddNote({group, label.Text(), text.Text()});
 }

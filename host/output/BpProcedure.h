@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "host/environment/HostErrors.h"
@@ -48,6 +49,9 @@ void BpError(const BpCellText& text, int show, BpErrorLevel level);
 
 // Adds a sentence that a user should read beside the messages. It belongs to no group and sets no flag.
 void BpRemark(const std::string& text);
+
+// Says how many cases the frame has, and how many of them the procedure left out.
+void BpCases(std::int64_t read, std::int64_t leftOut);
 
 // Adds a line to the notes. Lines are printed by ascending group, and within a group in the order of the
 // calls.

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -14,6 +15,12 @@ struct OutputMessage {
   std::string text;
   std::string group;         // the part of the command it is about, such as "Plan stage 2..."; may be empty
   std::int64_t repeats = 0;  // on the first message of a kind: how many more came than were kept
+};
+
+// The cases of the frame, as a procedure counted them in a whole pass.
+struct FrameCases {
+  std::int64_t read = 0;
+  std::int64_t leftOut = 0;  // of these; for lack of a value
 };
 
 struct OutputNote {
@@ -62,6 +69,7 @@ public:
   // errors are only consequences of the cancellation. REQUIRES: no AddMessage() afterwards.
   void DropErrors();
   void AddRemark(std::string text) { fvRemarks.push_back(std::move(text)); }
+  void SetCases(const FrameCases& cases) { fCases = cases; }
   // Removes the tables of a kind.
   void DropTables(const std::string& kind);
   void AddNote(OutputNote note) { fvNotes.push_back(std::move(note)); }
@@ -71,6 +79,8 @@ public:
   const std::string& Procedure() const { return fProcedure; }
   const std::vector<OutputMessage>& Messages() const { return fvMessages; }
   const std::vector<std::string>& Remarks() const { return fvRemarks; }
+  // Empty while no procedure has read the whole frame.
+  const std::optional<FrameCases>& Cases() const { return fCases; }
   const std::vector<OutputNote>& Notes() const { return fvNotes; }
   const std::vector<std::shared_ptr<OutputTable>>& Tables() const { return fvTables; }
 
@@ -95,6 +105,7 @@ private:
   std::string fProcedure;
   std::vector<OutputMessage> fvMessages;
   std::vector<std::string> fvRemarks;
+  std::optional<FrameCases> fCases;
   std::vector<OutputNote> fvNotes;
   std::vector<std::shared_ptr<OutputTable>> fvTables;
   std::unordered_map<std::string, Kept> fKeptOfKind;  // by level, group and text

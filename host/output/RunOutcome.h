@@ -22,11 +22,18 @@ struct ReportFile {
   std::int64_t cases = 0;  // cases, or clauses of a selection rule
 };
 
-// One thing that is needed to repeat the run, such as the frame or the command. Shown line by line,
-// unwrapped.
+// One thing that is needed to repeat the run or to recognise what it used, such as the frame, its checksum or
+// the command. Shown line by line, unwrapped.
 struct RunFact {
+  enum class Kind : std::uint8_t {
+    kPlain,
+    kLong,     // a whole file: folded in a page, left out of a text
+    kVarying,  // may differ between equal runs: left out for programs, which compare reports
+  };
+
   std::string label;
   std::vector<std::string> lines;
+  Kind kind = Kind::kPlain;
 };
 
 // The result of a run, as the renderers read it.
@@ -38,7 +45,7 @@ struct RunOutcome {
   std::vector<ReportFile> files{};
 
   std::vector<std::string> remarks{};  // sentences beside the messages, of the procedure and of the program
-  std::vector<RunFact> facts{};        // only in reports for people
+  std::vector<RunFact> facts{};
 };
 
 // A sentence about how the run ended. Status kError has two: a run can fail without an error message, when

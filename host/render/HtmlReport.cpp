@@ -145,19 +145,32 @@ private:
   }
 
   // The style sheet keeps the line breaks of facts (white-space: pre-wrap), so that commands can be copied.
+  // Long ones come behind the list, folded.
   void WriteFacts() {
     if (fOutcome.facts.empty()) return;
     fOut << "<section aria-labelledby=\"run\">\n<h2 id=\"run\">The run</h2>\n<dl class=\"facts\">\n";
     for (const RunFact& fact : fOutcome.facts) {
+      if (fact.kind == RunFact::Kind::kLong) continue;
       fOut << "<dt>" << HtmlText(fact.label) << "</dt><dd>";
-      const char* separator = "";
-      for (const std::string& line : fact.lines) {
-        fOut << separator << HtmlText(line);
-        separator = "\n";
-      }
+      WriteLines(fact);
       fOut << "</dd>\n";
     }
-    fOut << "</dl>\n</section>\n";
+    fOut << "</dl>\n";
+    for (const RunFact& fact : fOutcome.facts) {
+      if (fact.kind != RunFact::Kind::kLong) continue;
+      fOut << "<details>\n<summary>" << HtmlText(fact.label) << "</summary>\n<pre>";
+      WriteLines(fact);
+      fOut << "</pre>\n</details>\n";
+    }
+    fOut << "</section>\n";
+  }
+
+  void WriteLines(const RunFact& fact) {
+    const char* separator = "";
+    for (const std::string& line : fact.lines) {
+      fOut << separator << HtmlText(line);
+      separator = "\n";
+    }
   }
 
   const OutputDocument& fDocument;

@@ -1,6 +1,7 @@
 #include "host/render/HtmlTable.h"
 
 #include <algorithm>
+#include <cmath>
 #include <ostream>
 #include <vector>
 
@@ -8,6 +9,7 @@
 #include "host/render/HtmlText.h"
 #include "host/render/PivotLayout.h"
 #include "host/text/DisplayText.h"
+#include "host/text/ReadableNumber.h"
 
 namespace {
 
@@ -43,6 +45,16 @@ std::size_t SpanOf(const Headers& headers, std::size_t first, std::size_t level)
 // A rowspan or colspan attribute; nothing for a span of 1, which is the default.
 std::string Span(const char* attribute, std::size_t count) {
   return count == 1 ? std::string() : std::string(" ") + attribute + "=\"" + std::to_string(count) + '"';
+}
+
+// A share below this many percent loses too many of its digits in the text of its cell.
+constexpr double kSmallShare = 1.0;
+
+// What a page shows in a cell: its text, but for a small share two digits, so that none looks like 0.
+std::string CellText(const OutputTable::Cell& cell) {
+  const bool isShare = cell.number && cell.text.ends_with('%');
+  const double size = isShare ? std::abs(*cell.number) : 0.0;
+  return size > 0.0 && size < kSmallShare ? ReadableNumber(*cell.number, 2) + "%" : cell.text;
 }
 
 // Writes one table. Single use: construct, Write(), discard.
@@ -162,7 +174,7 @@ private:
         continue;
       }
       const OutputTable::Cell& cell = fTable.Cells()[entries[fNext++].cell];
-      fOut << (cell.number ? "<td class=\"number\">" : "<td>") << HtmlText(cell.text) << "</td>";
+      fOut << (cell.number ? "<td class=\"number\">" : "<td>") << HtmlText(CellText(cell)) << "</td>";
     }
   }
 

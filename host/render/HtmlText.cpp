@@ -103,6 +103,9 @@ dl { display: grid; grid-template-columns: 16rem 1fr; gap: 0.25rem 1.5rem; margi
 dt { color: var(--quiet); }
 dd { margin: 0; }
 dl.facts dd { font: 0.875em/1.7 ui-monospace, monospace; white-space: pre-wrap; }
+details { margin: 0.5rem 0 1rem; }
+summary { cursor: pointer; color: var(--accent); }
+pre { font: 0.875em/1.5 ui-monospace, monospace; white-space: pre-wrap; margin: 0.5rem 0; }
 @media (max-width: 34rem) {
   dl { grid-template-columns: 1fr; gap: 0; }
   dd { margin-bottom: 0.5rem; }
@@ -133,6 +136,10 @@ svg .actual { fill: var(--actual); }
 svg .fewer { fill: var(--fewer); }
 svg .equal { stroke: var(--quiet); stroke-dasharray: 4 4; }
 svg .mean { stroke: var(--fewer); stroke-width: 2; }
+@media screen and (max-width: 34rem) {
+  th, td { padding: 0.25rem 0.4rem; }
+  table.pivot th, table.pivot td { max-width: 9rem; }
+}
 @media print {
   @page { margin: 15mm; }
   @page wide { size: landscape; }

@@ -3,6 +3,10 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <ostream>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "host/environment/HostErrors.h"
 #include "host/output/OutputDocument.h"
@@ -45,6 +49,10 @@ Json FileJson(const ReportFile& file) {
   return {{"role", file.role}, {"path", file.path}, {"cases", file.cases}};
 }
 
+Json FactJson(const RunFact& fact) {
+  return {{"label", fact.label}, {"lines", fact.lines}};
+}
+
 // A whole number becomes a JSON integer, "12" and not "12.0", so that counts stay integers in languages that
 // make a difference. Only up to 2^53, where doubles are exact.
 Json NumberJson(double number) {
@@ -55,12 +63,27 @@ Json NumberJson(double number) {
   return number;
 }
 
-Json CellJson(const OutputTable& table, const OutputTable::Cell& cell) {
+// The names of a table's dimensions: their labels, and behind one of the same label a number, since the
+// members of `at` need different names.
+std::vector<std::string> NamesOf(const OutputTable& table) {
+  std::vector<std::string> names;
+  std::set<std::string> taken;
+  for (const OutputTable::Dimension& dimension : table.Dimensions()) {
+    std::string name = dimension.label;
+    for (int number = 2; !taken.insert(name).second; ++number)
+      name = dimension.label + " (" + std::to_string(number) + ")";
+    names.push_back(std::move(name));
+  }
+  return names;
+}
+
+Json CellJson(const OutputTable& table, const std::vector<std::string>& names,
+              const OutputTable::Cell& cell) {
   Json at = Json::object();
-  for (std::size_t d = 0; d < table.Dimensions().size(); ++d) {
+  for (std::size_t d = 0; d < names.size(); ++d) {
     Json path = Json::array();
     for (const int node : table.Path(cell.at[d])) path.push_back(table.NodeAt(node).text);
-    at[table.Dimensions()[d].label] = std::move(path);
+    at[names[d]] = std::move(path);
   }
   Json json = {{"at", std::move(at)}};
   if (cell.number) json["value"] = NumberJson(*cell.number);
@@ -68,8 +91,8 @@ Json CellJson(const OutputTable& table, const OutputTable::Cell& cell) {
   return json;
 }
 
-Json DimensionJson(const OutputTable::Dimension& dimension) {
-  return {{"label", dimension.label},
+Json DimensionJson(const OutputTable::Dimension& dimension, const std::string& name) {
+  return {{"label", name},
           {"place", dimension.place == kPlaceColumn ? "column" : "row"},
           {"index", dimension.index}};
 }
@@ -77,10 +100,15 @@ Json DimensionJson(const OutputTable::Dimension& dimension) {
 void WriteTable(const OutputTable& table, std::ostream& out) {
   out << "{\"title\": " << Dump(table.Title()) << ", \"kind\": " << Dump(table.Kind())
       << ", \"caption\": " << Dump(table.Caption()) << ", \"notes\": " << Dump(table.Notes()) << ",\n";
-  WriteArray("dimensions", table.Dimensions(), DimensionJson, out);
+  const std::vector<std::string> names = NamesOf(table);
+  auto name = names.begin();
+  WriteArray(
+      "dimensions", table.Dimensions(),
+      [&](const OutputTable::Dimension& dimension) { return DimensionJson(dimension, *name++); }, out);
   out << ",\n";
   WriteArray(
-      "cells", table.Cells(), [&](const OutputTable::Cell& cell) { return CellJson(table, cell); }, out);
+      "cells", table.Cells(), [&](const OutputTable::Cell& cell) { return CellJson(table, names, cell); },
+      out);
   out << '}';
 }
 
@@ -105,5 +133,9 @@ void WriteJsonReport(const RunOutcome& outcome, std::ostream& out) {
   out << ",\n";
   WriteArray(
       "remarks", outcome.remarks, [](const std::string& remark) { return Json(remark); }, out);
+  out << ",\n";
+  std::vector<RunFact> facts = outcome.facts;
+  std::erase_if(facts, [](const RunFact& fact) { return fact.kind == RunFact::Kind::kVarying; });
+  WriteArray("facts", facts, FactJson, out);
   out << "}\n";
 }

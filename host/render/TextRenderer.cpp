@@ -44,9 +44,12 @@ void PrintNotes(const std::vector<OutputNote>& notes, int width, std::ostream& o
 // Like the notes, but one line of the fact is one line here: a command that was wrapped couldn't be copied.
 void PrintFacts(const std::vector<RunFact>& facts, std::ostream& out) {
   int labelWidth = 0;
-  for (const RunFact& fact : facts)
-    labelWidth = std::max(labelWidth, DisplayWidth(PrintableText(fact.label)));
   for (const RunFact& fact : facts) {
+    if (fact.kind == RunFact::Kind::kLong) continue;
+    labelWidth = std::max(labelWidth, DisplayWidth(PrintableText(fact.label)));
+  }
+  for (const RunFact& fact : facts) {
+    if (fact.kind == RunFact::Kind::kLong) continue;
     std::string label = PrintableText(fact.label);
     for (const std::string& line : fact.lines) {
       const int room = labelWidth + kGap - DisplayWidth(label);
@@ -82,7 +85,8 @@ void RenderMessages(const OutputDocument& document, std::ostream& out) {
   }
 }
 
-void WriteTextReport(const RunOutcome& outcome, std::ostream& out) {
+void WriteTextReport(const RunOutcome& outcome, const std::function<void(std::ostream& out)>& writeSections,
+                     std::ostream& out) {
   const OutputDocument& document = *outcome.document;
   out << "Status: " << StatusWord(outcome.status) << ". " << StatusInWords(outcome) << '\n';
   if (!document.Messages().empty() || !outcome.remarks.empty()) out << '\n';
@@ -90,6 +94,7 @@ void WriteTextReport(const RunOutcome& outcome, std::ostream& out) {
   for (const std::string& remark : outcome.remarks) out << PrintableText(remark) << '\n';
   if (HasOutput(document)) out << '\n';
   RenderText(document, kDefaultTextWidth, out);
+  if (writeSections) writeSections(out);
   if (!outcome.facts.empty()) out << "\nThe run\n\n";
   PrintFacts(outcome.facts, out);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <iosfwd>
 
 class OutputDocument;
@@ -25,5 +26,7 @@ void RenderMessages(const OutputDocument& document, std::ostream& out);
 // A complete report of a run: how it ended, messages, remarks, notes, tables, and what is needed to repeat
 // it. The latter are commands and paths, so they aren't wrapped either. The width is kDefaultTextWidth
 // wherever it is written, so that the same run gives the same file.
+// `writeSections`, which may be empty, adds what somebody else has to say, before what repeats the run.
 // REQUIRES: the outcome has a document.
-void WriteTextReport(const RunOutcome& outcome, std::ostream& out);
+void WriteTextReport(const RunOutcome& outcome, const std::function<void(std::ostream& out)>& writeSections,
+                     std::ostream& out);

@@ -59,6 +59,8 @@ TEST(Program, TellsWrongUseInOneLine) {
       {"$S run --data f --command c --command-file d", "--command and --command-file exclude each other"},
       {"$S plan", "a plan is needed", "svselect plan --help"},
       {"$S plan a --schema b", "--schema needs --data FRAME", "svselect plan --help"},
+      {"$S describe", "a data file is needed: svselect describe FRAME", "svselect describe --help"},
+      {"$S describe a --sql b", "FRAME and --sql exclude each other", "svselect describe --help"},
       {"$S describe -- a -b", "'-b' isn't expected", "svselect describe --help"},
   };
   const ProgramFolder folder;
@@ -180,8 +182,48 @@ END)");
             "  #  Name  Type      Format  Level    Label\n"
             "  1  type  string 1  A1      nominal  Type of school\n"
             "        'E' = elementary\n"
+            "        values: 'E' (1), 'M' (1); none missing\n"
             "  2  size  numeric   F8.0    scale\n"
-            "        user-missing: -9\n");
+            "        user-missing: -9\n"
+            "        values: 1 (1); 1 user-missing\n");
+}
+
+// What the cases have is below each variable, for a query too, and left out on request.
+TEST(Program, DescribesTheValues) {
+  struct Case {
+    std::string query;
+    const char* values;
+  };
+  const Case kCases[] = {
+      {"SELECT range * 0.5 AS x FROM range(100)", "values: 0 to 49.5; none missing"},
+      {"SELECT range % 12 AS x FROM range(100)",
+       "values: 0 (9), 1 (9), 2 (9), 3 (9), 4 (8) and 7 others; none"},
+      {"SELECT range % 13 AS x FROM range(100)", "values: 0 to 12; none missing"},
+      {"SELECT CASE range WHEN 3 THEN 'NaN' WHEN 4 THEN 'inf' WHEN 5 THEN '1.5' END::DOUBLE AS x FROM "
+       "range(9)",
+       "values: 1.5 (1); 8 system-missing"},
+      {"SELECT NULL::DOUBLE AS x FROM range(9)", "values: none; 9 system-missing"},
+      {"SELECT 1 AS x FROM range(0)", "values: none; none missing"},
+      {"SELECT 'n' || range % 7 || '  ' AS x FROM range(9)",
+       "values: 'n0' (2), 'n1' (2), 'n2' (1), 'n3' (1), "
+       "'n4' (1) and 2 others; none"},
+      {"SELECT NULL::VARCHAR AS x FROM range(2)", "values: '' (2); none missing"},
+      {"SELECT 'n' || range AS x FROM range(70)", "values: 70 different, each once; none missing"},
+      {"SELECT 'n' || range % 40000 AS x FROM range(80000)",
+       "values: too many different ones to list; none missing"},
+      {"SELECT repeat('long ', 20) AS x", "values: 'long long long long…' (1); none missing"},
+  };
+  const ProgramFolder folder;
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.query);
+    const ProgramFolder::Result all = folder.Run("$S describe --sql \"" + c.query + "\"");
+    EXPECT_EQ(all.status, 0);
+    EXPECT_THAT(all.out, StartsWith("query: "));
+    EXPECT_THAT(all.out, HasSubstr(c.values));
+    const std::string quick = folder.Run("$S describe --quick --sql \"" + c.query + "\"").out;
+    EXPECT_EQ(quick, all.out.substr(0, quick.size()));
+    EXPECT_THAT(quick, testing::Not(HasSubstr("values")));
+  }
 }
 
 // A number that isn't read as it is written gets a message, whichever command reads the plan.

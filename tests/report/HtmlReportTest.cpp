@@ -1,3 +1,5 @@
+#include <gmock/gmock.h>
+
 #include <algorithm>
 #include <regex>
 #include <sstream>
@@ -50,7 +52,8 @@ void AddSummary(BpProcedure* procedure, const std::string& title, const std::vec
 // The page, which is well-formed XML and takes nothing from elsewhere.
 std::string Report(const FinalWeights* weights = nullptr, const std::vector<ReportFile>& files = {}) {
   std::ostringstream out;
-  WriteHtmlReport({RunStatus::kOk, &OutputDocument::Current(), files}, SurveyAdditions(weights), out);
+  WriteHtmlReport({RunStatus::kOk, &OutputDocument::Current(), files},
+                  SurveyAdditions(OutputDocument::Current(), weights), out);
   const std::string page = out.str();
   const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(page.data()), page.size(), "page");
   xercesc::SAXParser parser;
@@ -141,6 +144,21 @@ TEST(HtmlReport, NestsHeadersBySpans) {
 </table>
 </div>
 )");
+}
+
+// No share that isn't 0 looks like it, and no other cell changes.
+TEST(HtmlReport, ShowsSmallSharesWithTheirDigits) {
+  HostSession session;
+  BpProcedure procedure("SVSelect", 4);
+  {
+    BpPivotTable table = procedure.PivotTable(Fixed("T"), Fixed("T"), true);
+    const BpDimension columns = table.Dimension(Fixed("Columns"), 2);
+    columns.Position(kPlaceColumn, 1, true, false);
+    for (const double share : {0.0131, 0.049, 0.0, 0.96, 6.66, 100.0})
+      columns.Category(Fixed(std::to_string(share))).Cell(BpNumber(share, BpProcedure::Percent()));
+    columns.Category(Fixed("text")).Cell(Fixed("0.0%"));
+  }
+  EXPECT_THAT(GridOf(0), testing::HasSubstr("<tr>0.013%|0.049%|0.0%|0.96%|6.7%|100.0%|0.0%|</tr>"));
 }
 
 // Messages say what they are and how many of a kind came; notes are by group, a list for each; a table

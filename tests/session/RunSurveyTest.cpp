@@ -16,6 +16,7 @@
 #include "host/files/SessionFiles.h"
 #include "host/output/OutputDocument.h"
 #include "session/ProcedureLibrary.h"
+#include "session/RunFacts.h"
 #include "session/RunReport.h"
 #include "session/RunReview.h"
 #include "session/RunSurvey.h"

@@ -83,9 +83,7 @@ void SVInputAdapter::SetIterator(ProcDSIterator* iterator) {
 // A case can be invalid for another reason, a table without a number for it, which has its own message.
 SVInputAdapter::LeftOut SVInputAdapter::CasesLeftOut() const {
   if (fLacking.empty()) return {};
-  const bool isFirst = fPassCounter == 0;
-  LeftOut leftOut = {.cases = isFirst ? fInvalidCases : fFirstInvalid,
-                     .of = isFirst ? fCasesRead : fFirstRead};
+  LeftOut leftOut = {.cases = FirstPassInvalid(), .of = FirstPassRead()};
   leftOut.byVariable.assign(fLacking.begin(), fLacking.end());
   return leftOut;
 }

@@ -76,6 +76,10 @@ public:
   std::int64_t RecordsPassed() const { return fRecordsPassed; }
   int PassCounter() const { return fPassCounter; }  // 0 in the first pass
 
+  // Cases that the first pass has read, and how many of them it rejected, for whatever reason.
+  std::int64_t FirstPassRead() const { return fPassCounter == 0 ? fCasesRead : fFirstRead; }
+  std::int64_t FirstPassInvalid() const { return fPassCounter == 0 ? fInvalidCases : fFirstInvalid; }
+
   // The cases that the first pass rejected because they have no value of a variable, or a user-missing one:
   // how many of how many, and by dictionary index how many lack that variable. A case that lacks several
   // strata or cluster variables counts for each.

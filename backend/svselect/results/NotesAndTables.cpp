@@ -4,6 +4,7 @@
 
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "backend/svselect/records/SVSInputAdapter.h"
+#include "backend/svselect/results/NoteLabels.h"
 #include "backend/svselect/results/OutputVariables.h"
 #include "backend/svselect/results/SVSSampleFile.h"
 #include "host/model/KORV_DataSource.h"
@@ -82,7 +83,7 @@ void AddRow(const BpDimension& cases, const char* label, std::int64_t count) {
 
 void PrintNotes(const SVSValidSpecs& validSpecs, BpHeading& heading) {
   if (!validSpecs.PlanFile().empty()) AddNotes(kInputNotes, Fixed("Plan File"), Given(validSpecs.PlanFile()));
-  AddNotes(kInputNotes, Fixed("Random Number Seed"), BpNumber(validSpecs.Seed(), BpProcedure::Count()));
+  AddNotes(kInputNotes, Fixed(NoteLabels::kSeed), BpNumber(validSpecs.Seed(), BpProcedure::Count()));
   PrintMissingNotes(validSpecs);
   PrintFileNotes(validSpecs);
   if (validSpecs.RenameVars()) AnnounceTable(heading, "Renamed Variables");

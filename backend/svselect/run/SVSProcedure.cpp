@@ -127,6 +127,7 @@ void SVSProcedure::Remark() const {
   const FindingNames names = {*fpValidSpecs, *fpInputAdapter, *fpDataSource};
   const bool hasReadAll =
       fpInputAdapter->PassCounter() > 0 || fpRecordIter->Status() == MCCommon::kCasesExhausted;
+  if (hasReadAll) BpCases(fpInputAdapter->FirstPassRead(), fpInputAdapter->FirstPassInvalid());
   const std::string leftOut = hasReadAll ? LeftOutText(names) : "";
   if (!leftOut.empty()) BpRemark(leftOut);
   if (hasReadAll) {

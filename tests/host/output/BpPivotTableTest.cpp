@@ -158,7 +158,10 @@ TEST(JsonReport, HasItsFixedForm) {
   WriteJsonReport({.status = RunStatus::kOk,
                    .document = &OutputDocument::Current(),
                    .files = {{"sample", "s.csv", 120}},
-                   .remarks = {"2 of 9 cases are left out"}},
+                   .remarks = {"2 of 9 cases are left out"},
+                   .facts = {{"Frame", {"f.csv"}, RunFact::Kind::kPlain},
+                             {"Plan", {"<a>", "</a>"}, RunFact::Kind::kLong},
+                             {"Day", {"2026-11-23"}, RunFact::Kind::kVarying}}},
                   out);
   EXPECT_EQ(out.str(), R"({"procedure": "SVSelect", "status": "ok",
 "messages": [
@@ -175,6 +178,29 @@ TEST(JsonReport, HasItsFixedForm) {
 "files": [
 {"role":"sample","path":"s.csv","cases":120}],
 "remarks": [
-"2 of 9 cases are left out"]}
+"2 of 9 cases are left out"],
+"facts": [
+{"label":"Frame","lines":["f.csv"]},
+{"label":"Plan","lines":["<a>","</a>"]}]}
 )");
+}
+
+// Dimensions of one label keep their own members, and none takes the name that another one has.
+TEST(JsonReport, KeepsDimensionsOfOneLabelApart) {
+  HostSession session;
+  BpProcedure procedure("SVSelect", 4);
+  {
+    BpPivotTable table = procedure.PivotTable(Fixed("T"), Fixed("T"), true);
+    std::vector<BpDimension> dimensions;
+    for (const char* label : {"A", "A", "A (2)", "A"}) dimensions.push_back(table.Dimension(Fixed(label), 2));
+    for (const char* text : {"a", "b", "c"}) {
+      const auto i = static_cast<std::size_t>(*text - 'a');
+      dimensions[i].Category(Fixed(text));
+    }
+    dimensions[3].Category(Fixed("d")).Cell(Fixed("cell"));
+  }
+  std::ostringstream out;
+  WriteJsonReport({.status = RunStatus::kOk, .document = &OutputDocument::Current()}, out);
+  const char* const kCell = R"x({"A":["a"],"A (2)":["b"],"A (2) (2)":["c"],"A (3)":["d"]})x";
+  EXPECT_NE(out.str().find(kCell), std::string::npos) << out.str();
 }

@@ -1,0 +1,138 @@
+#include "session/RunFacts.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <optional>
+#include <sstream>
+#include <system_error>
+#include <utility>
+
+#include "backend/svselect/results/NoteLabels.h"
+#include "host/command/KORV_TokenSequence.h"
+#include "host/environment/Clocks.h"
+#include "host/environment/HostSession.h"
+#include "host/files/ReadableFile.h"
+#include "host/files/Sha256.h"
+#include "host/output/OutputDocument.h"
+#include "session/CommandedPlan.h"
+#include "session/RunSurvey.h"
+#include "session/SeededCommand.h"
+
+namespace {
+
+constexpr std::size_t kMostPlanBytes = 1 << 20;  // more of a plan isn't copied into a report
+
+// A fact is shown line by line, so that a command or query reads as it was written.
+std::vector<std::string> LinesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+// The facts in the order of the report. Labels are those that a reader of it understands, not names of
+// options. Single use: construct, Collect(), discard.
+class FactList {
+public:
+  // `frame` is null for a run that drew nothing; then no file is read.
+  FactList(HostSession& session, const RunRequest& request, const FileStamp* frame)
+      : fSession(session), fRequest(request), fpFrame(frame) {
+    if (fpFrame != nullptr) fCommanded = ReadCommandedPlan();
+  }
+
+  std::vector<RunFact> Collect() {
+    const FrameOptions& frame = fRequest.frame;
+    Add("Frame", frame.path);
+    Add("Query", frame.sql);
+    AddCases();
+    AddFrameSum();
+    Add("Schema", frame.schema);
+    Add("Sorted by", fmt::format("{}", fmt::join(frame.sort, ", ")));
+    Add("Weighted by", frame.weight);
+    Add("Split by", fmt::format("{}", fmt::join(frame.split, ", ")));
+    AddCommand();
+    Add("Exact design", fSession.Settings().exactDesign ? "yes" : "");
+    Add("Strict", fSession.Settings().strict ? "yes" : "");
+    if (fCommanded) Add("SHA-256 of the plan", Sha256OfFile(fCommanded->path).value_or(""));
+    // The same program draws the same sample for ever; another version may not know an option.
+    Add("Program", "svselect " SV_VERSION, RunFact::Kind::kVarying);
+    const CalendarDay today = BCLOCK();
+    Add("Day", fmt::format("{:04}-{:02}-{:02}", today.year, today.month, today.day), RunFact::Kind::kVarying);
+    AddPlan();
+    return std::move(fvFacts);
+  }
+
+private:
+  void Add(const char* label, const std::string& text, RunFact::Kind kind = RunFact::Kind::kPlain) {
+    if (!text.empty()) fvFacts.push_back({label, LinesOf(text), kind});
+  }
+
+  void AddCases() {
+    const std::optional<FrameCases>& cases = fSession.Layer<OutputDocument>().Cases();
+    if (!cases) return;
+    Add("Cases of the frame", cases->leftOut == 0
+                                  ? fmt::format("{}, none left out", cases->read)
+                                  : fmt::format("{}, {} of them left out", cases->read, cases->leftOut));
+  }
+
+  // A text file is read as a whole when it is opened, so that nobody notices when it changes afterwards.
+  void AddFrameSum() {
+    if (fpFrame == nullptr || fRequest.frame.path.empty()) return;
+    const std::optional<std::string> sum = Sha256OfFile(fRequest.frame.path);
+    const bool isSame = FileStamp(fRequest.frame.path) == *fpFrame;
+    Add("SHA-256 of the frame", isSame ? sum.value_or("") : "unknown: the file was changed during the run");
+  }
+
+  // Without a seed of the user the command alone would draw another sample.
+  void AddCommand() {
+    const std::string& given = fSession.Layer<SessionCommand>().Text();
+    const std::vector<OutputNote>& notes = fSession.Layer<OutputDocument>().Notes();
+    const auto seed = std::find_if(notes.begin(), notes.end(),
+                                   [](const OutputNote& note) { return note.label == NoteLabels::kSeed; });
+    if (seed == notes.end()) return Add("Command", given);
+    const SeededCommand seeded = CommandWithSeed(seed->text);
+    Add("Command", seeded.text);
+    if (seeded.isChanged) {
+      Add("Seed",
+          fmt::format("{}, drawn at random; the command above has it, to repeat the run", seed->text));
+    }
+  }
+
+  void AddPlan() {
+    std::string text;
+    std::string why;
+    if (!fCommanded || !ReadWholeFile(fCommanded->path, &text, &why)) return;
+    const std::size_t bytes = text.size();
+    if (bytes > kMostPlanBytes) {
+      text.resize(kMostPlanBytes);
+      text += fmt::format("\n... and {} more bytes", bytes - kMostPlanBytes);
+    }
+    Add("Text of the plan", text, RunFact::Kind::kLong);
+  }
+
+  HostSession& fSession;
+  const RunRequest& fRequest;
+  const FileStamp* fpFrame;  // borrowed
+  std::optional<CommandedPlan> fCommanded;
+  std::vector<RunFact> fvFacts;
+};
+
+}  // namespace
+
+FileStamp::FileStamp(const std::string& path) {
+  std::error_code error;
+  const auto time = std::filesystem::last_write_time(path, error);
+  if (error) return;
+  changed = time;
+  bytes = std::filesystem::file_size(path, error);
+}
+
+std::vector<RunFact> FactsOf(HostSession& session, const RunRequest& request) {
+  return FactList(session, request, nullptr).Collect();
+}
+
+std::vector<RunFact> FactsOfDraw(HostSession& session, const RunRequest& request, const FileStamp& frame) {
+  return FactList(session, request, &frame).Collect();
+}

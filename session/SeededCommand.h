@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+// The session's command as it would have to be given to repeat the run: with SEED=`seed` where it names no
+// seed, or RANDOM. A command that names its seed is returned as it is; into any other the seed is put, and
+// its blanks and line breaks are set anew. REQUIRES: the command has been read without a fault.
+struct SeededCommand {
+  std::string text;
+  bool isChanged = false;
+};
+SeededCommand CommandWithSeed(const std::string& seed);

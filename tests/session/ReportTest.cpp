@@ -1,0 +1,185 @@
+#include <gmock/gmock.h>
+
+#include <regex>
+#include <sstream>
+
+#include "FrameSession.h"
+#include "PlanText.h"
+#include "host/command/KORV_TokenSequence.h"
+#include "session/RunReport.h"
+#include "session/RunSurvey.h"
+#include "session/SeededCommand.h"
+
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+// A run over a small frame with one report. In the command "@" is the folder of the run.
+struct Reported {
+  Reported(const std::string& csv, const std::string& stages, const std::string& command,
+           const std::string& name = "r.txt") {
+    const TestFolder folder;
+    std::ofstream(folder.path / "f.csv") << csv;
+    std::ofstream(folder.path / "p.xml") << Design(stages + Out("Weight", "w"));
+    HostSession session;
+    RunRequest request;
+    request.frame.path = folder.path / "f.csv";
+    request.reports = {folder.path / name};
+    request.command =
+        std::regex_replace("SVSELECT /PLAN FILE='@/p.xml' " + command, std::regex("@"), folder.path.string());
+    const SurveyOutcome outcome = RunSurvey(session, request);
+    status = outcome.status;
+    facts = outcome.facts;
+    std::ostringstream whole;
+    whole << std::ifstream(folder.path / name).rdbuf();
+    text = whole.str();
+  }
+
+  std::string Fact(const std::string& label) const {
+    std::string lines;
+    for (const RunFact& fact : facts) {
+      for (const std::string& line : fact.lines) lines += fact.label == label ? line + "\n" : "";
+    }
+    return lines;
+  }
+
+  RunStatus status;
+  std::vector<RunFact> facts;
+  std::string text;
+};
+
+// Two strata with two clusters each, of 2 and of 4 cases; one case of the second stratum has no cluster.
+const std::string kFrame = "s,c\n1,a\n1,a\n1,b\n1,b\n2,c\n2,c\n2,c\n2,c\n2,d\n2,d\n2,d\n2,d\n,d\n";
+// A cluster of each stratum and two cases of each cluster: all of the first cluster, half of the second.
+const std::string kStages = "<SampleStage label='Clusters' selectionMethod='simple_wor'>" +
+                            StrataOf(Var("s")) + ClustersOf(Var("c")) + Size("1") + Out("IncProb", "p1") +
+                            "</SampleStage>" + Wor(Size("2") + Out("IncProb", "p2"));
+const std::string kSample = "/CRITERIA SEED=7 /SAMPLEFILE OUTFILE='@/s.csv' ";
+
+const std::string kManyClusters = [] {
+  std::string csv = "c\n";
+  for (int i = 1000; i < 1203; ++i) csv += std::to_string(i) + "\n";
+  return csv;
+}();
+
+// A text with each run of blanks as one, so that the widths of columns don't matter.
+std::string Squeezed(const std::string& text) {
+  return std::regex_replace(text, std::regex(" +"), " ");
+}
+
+}  // namespace
+
+// By hand: N and n of each stratum, probabilities 1/2 and then 2/2 or 2/4, weights 2 and 4, whose sum over
+// two cases each is 12, the number of valid cases.
+TEST(Report, ShowsStagesByStratum) {
+  const std::string kFirst = "s =\n 1 2 1 0 0.5 0.5 2 2\n 2 2 1 0 0.5 0.5 4 4\n";
+  const std::regex second("s = 1\n c =\n [ab] 2 2 2 1 1 2 2\ns = 2\n c =\n [cd] 4 2 0 0.5 0.5 4 4\n");
+  const std::regex clusters("2 clusters were drawn: 1 / [ab]; 2 / [cd]\n");
+  for (const std::string& where : {kSample, std::string("/CRITERIA SEED=7 ")}) {
+    SCOPED_TRACE(where);
+    const Reported run(kFrame, kStages, where);
+    const std::string text = Squeezed(run.text);
+    EXPECT_THAT(text, HasSubstr("Stage 1: Clusters\n"));
+    EXPECT_THAT(text, HasSubstr(kFirst));
+    EXPECT_TRUE(std::regex_search(text, second)) << text;
+    EXPECT_TRUE(std::regex_search(text, clusters)) << text;
+    EXPECT_THAT(text, HasSubstr("Sum of the weights 12\nValid cases of the frame (N) 12\n"
+                                "Sum of the weights less N 0\nThe same in percent of N 0%\n"));
+    EXPECT_EQ(run.Fact("Cases of the frame"), "13, 1 of them left out\n");
+  }
+}
+
+// What the sample or the plan leaves out isn't made up.
+TEST(Report, SaysWhatIsNotKnownOfAStage) {
+  struct Case {
+    const char* aim;
+    std::string stages;
+    std::string rest;
+    std::string there;
+    std::string notThere;
+  };
+  const std::string kPlain = Wor(StrataOf(Var("s")) + Size("2"));
+  const std::string kFar =
+      "<PreviousWeight><Variable name='s'/></PreviousWeight>" + Wor(Size("2") + Out("IncProb", "p"));
+  const Case kCases[] = {
+      {"stratum dropped", kStages, "DROP=s", "lacks a variable that identifies the strata", "c = a"},
+      {"cluster dropped", kStages, "DROP=c", "The sample lacks a cluster variable of this stage", "drawn: "},
+      {"no probability", kPlain, "", "asks for no inclusion probability", "smallest largest smallest"},
+      {"no summary", kPlain, "/PRINT CPS", "s =\n 1 2 2 2\n 2 2 4 4\n", "1 4 2"},
+      {"later phase", kFar, "", "Sum of the weights", "Valid cases of the frame (N)"},
+      {"with replacement", Stage("simple_wr", Size("5") + Out("IncProb", "p") + Out("Index", "i")), "",
+       "N n smallest", "certain smallest"},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.aim);
+    const Reported run(kFrame, c.stages, kSample + c.rest);
+    const std::string text = Squeezed(run.text);
+    EXPECT_EQ(run.status, RunStatus::kOk);
+    EXPECT_THAT(text, HasSubstr(c.there));
+    EXPECT_THAT(text, Not(HasSubstr(c.notThere)));
+  }
+}
+
+// More clusters than fit are counted.
+TEST(Report, BoundsTheNamesOfClusters) {
+  const Reported run(kManyClusters, Wor(ClustersOf(Var("c")) + Rate("1") + Out("IncProb", "p")), kSample,
+                     "r.html");
+  EXPECT_THAT(run.text, HasSubstr("<summary>203 clusters were drawn</summary>"));
+  EXPECT_THAT(run.text, HasSubstr("1198; 1199; and 3 more</p>"));
+}
+
+// The files can be recognised, and the page has the plan; a run that drew nothing reads no file for it.
+TEST(Report, IdentifiesFrameAndPlan) {
+  // From sha256sum.
+  const char* const kSumOfFrame = "42ac14ef51dc67d295f35984b0c1bbffb5052c1e88ff3ccbc8fa3665a8141576\n";
+  const Reported run(kFrame, kStages, kSample, "r.html");
+  EXPECT_EQ(run.Fact("SHA-256 of the frame"), kSumOfFrame);
+  EXPECT_EQ(run.Fact("SHA-256 of the plan").size(), 65U);
+  EXPECT_THAT(run.text, HasSubstr("<details>\n<summary>Text of the plan</summary>\n<pre>&lt;KORV"));
+  EXPECT_EQ(run.Fact("Seed"), "");
+  const Reported failed(kFrame, Wor(StrataOf(Var("none")) + Size("1")), kSample);
+  EXPECT_EQ(failed.Fact("SHA-256 of the frame"), "");
+}
+
+// The command in the report draws the same 5 of 203 clusters again.
+TEST(Report, GivesTheCommandThatRepeatsTheRun) {
+  const std::string stages = Wor(ClustersOf(Var("c")) + Size("5"));
+  const Reported run(kManyClusters, stages, "/CRITERIA SEED=random");
+  const std::string command = run.Fact("Command");
+  EXPECT_THAT(run.Fact("Seed"), HasSubstr("drawn at random"));
+  const Reported again(kManyClusters, stages, command.substr(command.find("/CRITERIA")));
+  EXPECT_EQ(again.Fact("Seed"), "");
+  const auto clusters = [](const Reported& of) {
+    return of.text.substr(of.text.find("5 clusters were drawn: "), 50);
+  };
+  EXPECT_EQ(clusters(again), clusters(run));
+}
+
+TEST(SeededCommand, PutsTheSeedWhereItBelongs) {
+  struct Case {
+    std::string command;
+    std::string seeded;  // empty: left as it is
+  };
+  const Case kCases[] = {
+      {"SVSELECT /PLAN FILE='p'.", "SVSELECT\n  /PLAN FILE='p'\n  /CRITERIA SEED=5."},
+      {"svselect\n/PLAN FILE='it''s a /CRITERIA SEED=9'",
+       "svselect\n  /PLAN FILE='it''s a /CRITERIA SEED=9'\n"
+       "  /CRITERIA SEED=5."},
+      {"/PLAN FILE=p /criteria stages = 1 2 /PRINT CPS",
+       "/PLAN FILE=p\n  /criteria SEED=5 stages=1 2\n"
+       "  /PRINT CPS."},
+      {"/CRITERIA (STAGES=1, seed=Random) /PLAN FILE=\"a b\".",
+       "/CRITERIA ( STAGES=1 seed=5 )\n"
+       "  /PLAN FILE='a b'."},
+      {"/CRITERIA  SEED = 17 /PLAN FILE=p", ""},
+      {"/PLAN SEED=RANDOM /CRITERIA STAGES=1", "/PLAN SEED=RANDOM\n  /CRITERIA SEED=5 STAGES=1."},
+  };
+  for (const Case& c : kCases) {
+    HostSession session;
+    session.Layer<SessionCommand>().SetCommand(c.command);
+    const SeededCommand seeded = CommandWithSeed("5");
+    EXPECT_EQ(seeded.text, c.seeded.empty() ? c.command : c.seeded);
+    EXPECT_EQ(seeded.isChanged, !c.seeded.empty());
+  }
+}
