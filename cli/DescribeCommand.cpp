@@ -202,6 +202,11 @@ int DescribeFile(const DescribeOptions& options) {
   bool isTold = true;
   if (described.dictionary != nullptr) {
     PrintDescription(options.frame.path.empty() ? "query" : options.frame.path, described);
+    if (!options.quick && described.contents.empty() && !described.dictionary->variables.empty()) {
+      PrintFolded("Values are left out, since there are more than " +
+                  std::to_string(FrameDescription::kMostSummarized) +
+                  " variables; choose some with --sql to see theirs.");
+    }
     isTold = FinishOutput();
   }
   RenderMessages(session.Layer<OutputDocument>(), std::cerr);

@@ -106,7 +106,8 @@ FrameDescription DescribeFrame(HostSession& session, const FrameOptions& frame, 
     ActiveFile& file = session.Layer<ActiveFile>();
     described.cases = file.Engine().CountCases();
     const std::vector<KORV_Variable>& variables = file.SharedDictionary()->variables;
-    for (std::size_t i = 0; readsValues && i < variables.size(); ++i)
+    const bool summarizes = readsValues && variables.size() <= FrameDescription::kMostSummarized;
+    for (std::size_t i = 0; summarizes && i < variables.size(); ++i)
       described.contents.push_back(file.Engine().Summarize(static_cast<int>(i), variables[i]));
     described.dictionary = file.SharedDictionary();
   };

@@ -28,7 +28,10 @@ struct FrameDescription {
   // Set if the frame was read, even if there was an error beside that:
   std::shared_ptr<const Dictionary> dictionary;
   std::int64_t cases = 0;
-  std::vector<ColumnContents> contents;  // of each variable; empty if nobody asked for them
+  // Of each variable; empty if nobody asked for them, or if there are more than kMostSummarized variables: each
+  // takes a look at the frame of its own.
+  static constexpr std::size_t kMostSummarized = 1000;
+  std::vector<ColumnContents> contents;
 };
 
 // Opens a frame and counts its cases; with `readsValues`, also looks into each variable, which reads all

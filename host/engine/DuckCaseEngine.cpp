@@ -142,7 +142,7 @@ ColumnContents DuckCaseEngine::Summarize(int column, const KORV_Variable& variab
       present, isMissing, x, fRelation.from);
   return Guard([&] {
     CheckUnchanged();
-    DuckConnection connection = fWork.Connect();
+    DuckConnection connection = fpWork->Connect();
     DuckResult result = connection.Query(fmt::format(
         "SELECT count(*), count(p), count(*) FILTER (WHERE m), count(v), approx_count_distinct(v){} "
         "FROM {}",
