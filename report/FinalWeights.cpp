@@ -1,5 +1,7 @@
 #include "report/FinalWeights.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <memory>
 
@@ -25,13 +27,26 @@ bool IsNumber(const Dictionary& dictionary, int column) {
   return column >= 0 && dictionary.variables[static_cast<std::size_t>(column)].GetType() == 0;
 }
 
-// Opens the sample as any reader would: what is summed up is what was really written.
-std::optional<FinalWeights> OfSampleFile(HostSession& session, const OutputFile& file,
-                                         const std::string& variable) {
-  const DataFrame frame = OpenDataFile(session, file.target);
+// Opens the sample as any reader would, but before the commit: what is summed up is what was really written.
+std::optional<FinalWeights> OfTemporaryFile(HostSession& session, const OutputFile& file,
+                                            const std::string& variable) {
+  const std::string& data = file.parts.back()->TemporaryPath();
+  const bool hasSchema = file.parts.size() > 1;
+  const DataFrame frame =
+      OpenDataFile(session, data, {.schema = hasSchema ? file.parts.front()->TemporaryPath() : ""});
   const int column = frame.dictionary.Find(variable);
   if (!IsNumber(frame.dictionary, column)) return std::nullopt;
   return FinalWeights{variable, file.path, SummarizeWeights(PassOverColumn(*frame.engine, column))};
+}
+
+// Messages about the sample name it as the user did.
+std::optional<FinalWeights> OfSampleFile(HostSession& session, const OutputFile& file,
+                                         const std::string& variable) {
+  try {
+    return OfTemporaryFile(session, file, variable);
+  } catch (const DataError& error) {
+    throw DataError(fmt::format("{} can't be read back: {}", file.path, error.what()));
+  }
 }
 
 // Without a sample file the weights are only in memory, in a variable behind those that the frame has itself.
@@ -50,9 +65,9 @@ std::optional<FinalWeights> OfActiveFile(ActiveFile& file, const std::string& va
 }  // namespace
 
 std::optional<FinalWeights> ReadFinalWeights(HostSession& session, const std::string& variable) {
-  const std::vector<OutputFile>& files = session.Layer<SessionFiles>().CommittedFiles();
+  const std::vector<const OutputFile*> files = session.Layer<SessionFiles>().FinishedFiles();
   const auto sample = std::find_if(files.begin(), files.end(),
-                                   [](const OutputFile& file) { return file.role == FileRole::kSample; });
+                                   [](const OutputFile* file) { return file->role == FileRole::kSample; });
   return sample == files.end() ? OfActiveFile(session.Layer<ActiveFile>(), variable)
-                               : OfSampleFile(session, *sample, variable);
+                               : OfSampleFile(session, **sample, variable);
 }

@@ -19,6 +19,6 @@ struct FinalWeights {
 // is in the sample file, but only once in the active file. Cases without a weight don't count. Empty if there
 // is no such variable, or it isn't numeric.
 //
-// REQUIRES: the session has committed its files.
+// REQUIRES: the sample file is finished and not committed yet: its temporary file is read.
 // Errors:   DataError if the sample file can't be read back.
 std::optional<FinalWeights> ReadFinalWeights(HostSession& session, const std::string& variable);

@@ -14,7 +14,7 @@
 
 // How a run went, by what it left in the session:
 //
-//   passes over the cases   error raised   files committed   the run
+//   passes over the cases   error raised   files finished    the run
 //   none                    yes            no                was refused: command, plan or frame is wrong
 //   none                    no             no                ended without a message: see WhyNothingDrawn()
 //   some, not the last      yes            no                failed in the draw
@@ -59,9 +59,9 @@ void AddLostFiles(HostSession& session, Lines* remarks) {
 
 // A saved frame keeps the sample as well, in the variables that the run added.
 bool KeepsSample(HostSession& session) {
-  const std::vector<OutputFile>& files = session.Layer<SessionFiles>().CommittedFiles();
-  return std::any_of(files.begin(), files.end(), [](const OutputFile& file) {
-    return file.role == FileRole::kSample || file.role == FileRole::kSaved;
+  const std::vector<const OutputFile*> files = session.Layer<SessionFiles>().FinishedFiles();
+  return std::any_of(files.begin(), files.end(), [](const OutputFile* file) {
+    return file->role == FileRole::kSample || file->role == FileRole::kSaved;
   });
 }
 
@@ -117,15 +117,11 @@ Lines RemarksOnRun(HostSession& session, const RunRequest& request, RunStatus st
 SampleReview ReviewSample(HostSession& session, bool wantsWeights) {
   SampleReview review;
   const std::optional<CommandedPlan> commanded = ReadCommandedPlan();
-  if (!commanded) return review;
+  if (!commanded) throw DataError("the plan can't be read a second time");
   review.remarks = commanded->misreadNumbers;
-  try {
-    const bool isExact = session.Settings().exactDesign;
-    const std::string advice = isExact ? "" : ExactDesignAdvice(*commanded, session.Layer<ActiveFile>());
-    if (!advice.empty()) review.remarks.push_back(advice);
-    if (wantsWeights) review.weights = ReadFinalWeights(session, commanded->plan.weight.Text());
-  } catch (const DataError& error) {
-    if (!StopRequested()) review.remarks.emplace_back(error.what());
-  }
+  const bool isExact = session.Settings().exactDesign;
+  const std::string advice = isExact ? "" : ExactDesignAdvice(*commanded, session.Layer<ActiveFile>());
+  if (!advice.empty()) review.remarks.push_back(advice);
+  if (wantsWeights) review.weights = ReadFinalWeights(session, commanded->plan.weight.Text());
   return review;
 }

@@ -25,7 +25,7 @@ bool HasReadCases(HostSession& session);
 // sample.
 bool HasDrawn(HostSession& session);
 
-// Names of the files that were asked for and weren't made. REQUIRES: CommitFiles() has succeeded.
+// Names of the files that were asked for and weren't made. REQUIRES: all others are finished or committed.
 std::vector<std::string> MissingFiles(HostSession& session);
 
 // Remarks on how a run ended: why files can't be used, why nothing was drawn although no message says so,
@@ -38,7 +38,6 @@ struct SampleReview {
   std::optional<FinalWeights> weights;
 };
 
-// Looks at the sample of a run. A fault of the files that are read back becomes a remark. `wantsWeights` asks
-// for the weights, for which the sample is read.
-// REQUIRES: HasDrawn().
+// Looks at the sample of a run, before the commit. `wantsWeights` asks for the weights, for which the sample
+// is read. REQUIRES: HasDrawn(). Errors:   DataError if plan, frame or sample can't be read a second time.
 SampleReview ReviewSample(HostSession& session, bool wantsWeights);

@@ -188,7 +188,7 @@ TEST(RunSurvey, StopsWhereACallbackAsksForIt) {
       {RunStep::kReadFrame, RunStatus::kCancelled},
       {RunStep::kDraw, RunStatus::kCancelled},
       {RunStep::kWriteFiles, RunStatus::kCancelled},
-      {RunStep::kReport, RunStatus::kOk},
+      {RunStep::kReport, RunStatus::kCancelled},
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(static_cast<int>(c.step));
@@ -204,6 +204,26 @@ TEST(RunSurvey, StopsWhereACallbackAsksForIt) {
     EXPECT_EQ(fs::exists(folder.Path("s.csv")), c.status == RunStatus::kOk);
     EXPECT_THAT(folder.Text("r.txt"), testing::StartsWith("Status: " + std::string(StatusWord(c.status))));
   }
+}
+
+// The reports are files of the run like the others. Where one can't take its place, none does, and the others
+// tell of it.
+TEST(RunSurvey, CommitsItsReportsWithItsData) {
+  const SurveyFolder folder;
+  HostSession session;
+  RunRequest request = folder.Request();
+  request.reports = {folder.Path("r.txt"), folder.Path("r.json")};
+  std::ofstream(folder.Path("s.csv")) << "old";
+  const SurveyOutcome outcome = RunSurvey(session, request, {.stepBegins = [&](RunStep step) {
+                                            if (step == RunStep::kReport)
+                                              fs::create_directory(folder.Path("r.txt"));
+                                          }});
+  EXPECT_EQ(outcome.status, RunStatus::kError);
+  EXPECT_THAT(Messages(*outcome.document), ElementsAre(HasSubstr("r.txt can't be written: Is a directory")));
+  EXPECT_THAT(outcome.reportProblems, ElementsAre(HasSubstr("r.txt can't be written")));
+  EXPECT_THAT(outcome.files, IsEmpty());
+  EXPECT_EQ(folder.Text("s.csv"), "old");
+  EXPECT_EQ(nlohmann::json::parse(folder.Text("r.json"))["status"], "error");
 }
 
 // The advice after an interruption depends on the design, the stage and how far the run came: only a draw can
@@ -344,7 +364,7 @@ TEST(RunSurvey, TurnsAnExceptionIntoAnError) {
                                             }});
     EXPECT_EQ(outcome.status, RunStatus::kError);
     EXPECT_THAT(Messages(*outcome.document), ElementsAre("out of memory"));
-    EXPECT_EQ(fs::exists(folder.Path("s.csv")), step == RunStep::kReport);
+    EXPECT_FALSE(fs::exists(folder.Path("s.csv")));
   }
 }
 
