@@ -132,14 +132,16 @@ TEST(SVProcDSMultiIter, TellsABrokenSourceFromAnEnd) {
     HostSession session;
     HostSession::Current().Layer<WorkDatabase>().Connect().Run(
         "COPY (SELECT (hash(i) % 1000)::DOUBLE AS n FROM range(3000000) t(i)) TO " +
-        QuoteLiteral(path.string()) + " (FORMAT parquet, ROW_GROUP_SIZE 50000)");
+        QuoteLiteral(path.string()) +
+        R"( (FORMAT parquet, ROW_GROUP_SIZE 50000, KV_METADATA {dictionary: '{"fields": [{"name": "n",
+            "type": "number", "printFormat": "F8.2", "writeFormat": "F8.2", "level": "scale"}]}'}))");
   }
   const auto size = static_cast<std::streamoff>(std::filesystem::file_size(path));
   std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
   file.seekp(size / 10 * 9);
   file << std::string(static_cast<std::size_t>(size / 20), '\xff');
   file.close();
-  FrameSession session(FrameSession::ExistingFile{path});  // reads no more than the end of the file
+  FrameSession session(FrameSession::ExistingFile{path});  // by its dictionary, without a look at the cases
 
   Walk walk(session);
   SVProcDSMultiIter& iterator = walk.Start(session);
