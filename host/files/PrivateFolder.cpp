@@ -46,6 +46,7 @@ bool IsOurs(const FileDescriptor& folder) {
 void Empty(const FileDescriptor& folder) {
   const int again = openat(folder.Get(), ".", kAsFolder | O_CLOEXEC);  // closedir() closes what it is given
   DIR* const entries = again < 0 ? nullptr : fdopendir(again);
+  if (entries == nullptr && again >= 0) close(again);
   if (entries == nullptr) return;
   while (const dirent* const entry =
              readdir(entries)) {               // NOLINT(concurrency-mt-unsafe): a stream of our own
@@ -71,20 +72,19 @@ std::string PrivateFolder::MakeKey() {
   return key;
 }
 
+// The object is made first: if there were no memory for it afterwards, nobody would remove the folder.
 std::unique_ptr<PrivateFolder> PrivateFolder::Make(const std::string& target, std::string_view key,
                                                    std::string* why) {
-  const std::string path = FolderPath(target, key);
-  if (!IsKey(key) || mkdir(path.c_str(), kOwnerOnly) != 0) {  // fails for whatever is there, links too
+  std::unique_ptr<PrivateFolder> made(new PrivateFolder(FolderPath(target, key)));
+  if (!IsKey(key) || mkdir(made->fPath.c_str(), kOwnerOnly) != 0) {  // fails for whatever is there, links too
     *why = SystemReason();
     return nullptr;
   }
-  FileDescriptor folder(path, kAsFolder);
-  if (!folder.IsOpen() || !IsOurs(folder)) {
-    *why = SystemReason();
-    rmdir(path.c_str());
-    return nullptr;
-  }
-  return std::unique_ptr<PrivateFolder>(new PrivateFolder(path, std::move(folder)));
+  made->fbLeft = false;
+  made->fFolder = FileDescriptor(made->fPath, kAsFolder);
+  if (made->fFolder.IsOpen() && IsOurs(made->fFolder)) return made;
+  *why = SystemReason();
+  return nullptr;
 }
 
 bool PrivateFolder::IsKey(std::string_view text) {

@@ -51,10 +51,9 @@ public:
   const FileDescriptor& Folder() const { return fFolder; }
 
 private:
-  PrivateFolder(std::string path, FileDescriptor folder)
-      : fPath(std::move(path)), fFolder(std::move(folder)) {}
+  explicit PrivateFolder(std::string path) : fPath(std::move(path)) {}
 
   std::string fPath;
   FileDescriptor fFolder;
-  bool fbLeft = false;
+  bool fbLeft = true;  // there is nothing to remove
 };
