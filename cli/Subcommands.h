@@ -12,8 +12,8 @@ inline constexpr int kExitUsage = 2;  // the program was called wrongly
 inline constexpr int kExitInterrupted = 130;
 
 // `svselect run`: draws a sample. Tables and notes go to standard output, messages and remarks to standard
-// error; reports and data files are the library's work. A report that can't be written, or standard output,
-// is an error even if the sample was drawn.
+// error; reports and data files are the library's work. Standard output that can't be written is an error
+// even if the sample was drawn.
 int RunSample(const RunOptions& options);
 
 // `svselect run --explain`: prints the command that the options make.

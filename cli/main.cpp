@@ -5,7 +5,9 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <csignal>
+#include <exception>
 #include <iostream>
+#include <string_view>
 
 #include "cli/CommandLine.h"
 #include "cli/Subcommands.h"
@@ -94,9 +96,19 @@ void HoldStandardFiles() {
   if (file >= 0) close(file);
 }
 
+// An exception that nobody could catch: thrown where none may leave, mostly by a library that found no
+// memory. The files are left as by a kill, which the next run knows how to deal with. Nothing here takes
+// memory.
+[[noreturn]] void OnTerminate() {
+  constexpr std::string_view kText = "svselect: ended early, out of memory or by a fault of a library\n";
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, kText.data(), kText.size());
+  _exit(kExitError);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::set_terminate(OnTerminate);
   HoldStandardFiles();
   std::signal(SIGPIPE, SIG_IGN);  // a reader that closes the pipe, such as head, must not end a run
   std::signal(SIGXFSZ, SIG_IGN);  // a file over the size limit is a failed write, with a message

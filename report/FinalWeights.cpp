@@ -1,5 +1,7 @@
 #include "report/FinalWeights.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <functional>
 #include <memory>
@@ -82,32 +84,49 @@ bool IsNumber(const Dictionary& dictionary, int column) {
   return column >= 0 && dictionary.variables[static_cast<std::size_t>(column)].GetType() == 0;
 }
 
+// Opens the sample as any reader would, but before the commit: what is summed up is what was really written.
+DataFrame OpenFinished(HostSession& session, const OutputFile& file) {
+  const bool hasSchema = file.parts.size() > 1;
+  return OpenDataFile(session, file.parts.back()->TemporaryPath(),
+                      {.schema = hasSchema ? file.parts.front()->TemporaryPath() : ""});
+}
+
+// Messages about the sample name it as the user did.
+std::optional<FinalWeights> OfSampleFile(HostSession& session, const OutputFile& file,
+                                         const Dictionary& ofFrame, const std::string& variable,
+                                         const std::vector<StageVariables>& stages) {
+  try {
+    const DataFrame frame = OpenFinished(session, file);
+    if (!IsNumber(frame.dictionary, frame.dictionary.Find(variable))) return std::nullopt;
+    FinalWeights weights =
+        Review([&](const std::vector<int>& columns) { return frame.engine->Open(columns, 0); },
+               SampleReviewer(frame.dictionary, ofFrame, variable, stages));
+    weights.file = file.path;
+    return weights;
+  } catch (const DataError& error) {
+    throw DataError(fmt::format("{} can't be read back: {}", file.path, error.what()));
+  }
+}
+
 }  // namespace
 
-// A sample file is opened as any reader would: what is summed up is what was really written. Without one the
-// weights are in a variable behind those that the frame has itself.
+// Without a sample file the weights are in a variable behind those that the frame has itself.
 std::optional<FinalWeights> ReadFinalWeights(HostSession& session, const std::string& variable,
                                              const std::vector<StageVariables>& stages) {
-  const std::vector<OutputFile>& files = session.Layer<SessionFiles>().CommittedFiles();
-  const auto sample = std::find_if(files.begin(), files.end(),
-                                   [](const OutputFile& file) { return file.role == FileRole::kSample; });
   ActiveFile& active = session.Layer<ActiveFile>();
   if (!active.IsOpen() || !active.IsLastPass()) return std::nullopt;
   const Dictionary& ofFrame = *active.SharedDictionary();
-  FinalWeights weights;
-  if (sample == files.end()) {
-    const int column = ofFrame.Find(variable);
-    if (column < active.ServedColumns()) return std::nullopt;
+  const std::vector<const OutputFile*> files = session.Layer<SessionFiles>().FinishedFiles();
+  const auto sample = std::find_if(files.begin(), files.end(),
+                                   [](const OutputFile* file) { return file->role == FileRole::kSample; });
+  std::optional<FinalWeights> weights;
+  if (sample != files.end()) {
+    weights = OfSampleFile(session, **sample, ofFrame, variable, stages);
+  } else if (ofFrame.Find(variable) >= active.ServedColumns()) {
     weights = Review(
         [&](const std::vector<int>& columns) { return std::make_unique<ActiveCursor>(active, columns); },
         SampleReviewer(ofFrame, ofFrame, variable, stages));
-  } else {
-    const DataFrame frame = OpenDataFile(session, sample->target);
-    if (!IsNumber(frame.dictionary, frame.dictionary.Find(variable))) return std::nullopt;
-    weights = Review([&](const std::vector<int>& columns) { return frame.engine->Open(columns, 0); },
-                     SampleReviewer(frame.dictionary, ofFrame, variable, stages));
-    weights.file = sample->path;
   }
-  weights.variable = variable;
+  if (weights) weights->variable = variable;
   return weights;
 }

@@ -25,7 +25,7 @@ struct FinalWeights {
 // drawn several times counts as often as it is in the sample file, but only once in the active file. Cases
 // without a weight don't count. Empty if there is no such variable, or it isn't numeric.
 //
-// REQUIRES: the session has committed its files, and its frame is open.
+// REQUIRES: the sample file is finished and not committed yet: its temporary file is read. The frame is open.
 // Errors:   DataError if the sample file or the frame can't be read back.
 std::optional<FinalWeights> ReadFinalWeights(HostSession& session, const std::string& variable,
                                              const std::vector<StageVariables>& stages = {});

@@ -16,7 +16,7 @@
 
 // How a run went, by what it left in the session:
 //
-//   passes over the cases   error raised   files committed   the run
+//   passes over the cases   error raised   files finished    the run
 //   none                    yes            no                was refused: command, plan or frame is wrong
 //   none                    no             no                ended without a message: AddWhyNothingDrawn()
 //   some, not the last      yes            no                failed in the draw
@@ -63,9 +63,9 @@ void AddLostFiles(HostSession& session, Lines* remarks) {
 
 // A saved frame keeps the sample as well, in the variables that the run added.
 bool KeepsSample(HostSession& session) {
-  const std::vector<OutputFile>& files = session.Layer<SessionFiles>().CommittedFiles();
-  return std::any_of(files.begin(), files.end(), [](const OutputFile& file) {
-    return file.role == FileRole::kSample || file.role == FileRole::kSaved;
+  const std::vector<const OutputFile*> files = session.Layer<SessionFiles>().FinishedFiles();
+  return std::any_of(files.begin(), files.end(), [](const OutputFile* file) {
+    return file->role == FileRole::kSample || file->role == FileRole::kSaved;
   });
 }
 
@@ -142,19 +142,14 @@ Lines RemarksOnRun(HostSession& session, const RunRequest& request, RunStatus st
   return remarks;
 }
 
-std::optional<FinalWeights> ReviewWeights(HostSession& session, std::string* problem) {
+std::optional<FinalWeights> ReviewWeights(HostSession& session) {
   const std::optional<CommandedPlan> commanded = ReadCommandedPlan();
-  if (!commanded) return std::nullopt;
-  try {
-    std::optional<FinalWeights> weights =
-        ReadFinalWeights(session, commanded->plan.weight.Text(), StagesOf(*commanded));
-    const std::optional<FrameCases>& cases = session.Layer<OutputDocument>().Cases();
-    // Behind an earlier sampling the weights sum up to what that was drawn from.
-    if (weights && cases && commanded->plan.previousWeight.IsEmpty())
-      weights->frameCases = cases->read - cases->leftOut;
-    return weights;
-  } catch (const DataError& error) {
-    if (!StopRequested()) *problem = error.what();
-    return std::nullopt;
-  }
+  if (!commanded) throw DataError("the plan can't be read a second time");
+  std::optional<FinalWeights> weights =
+      ReadFinalWeights(session, commanded->plan.weight.Text(), StagesOf(*commanded));
+  const std::optional<FrameCases>& cases = session.Layer<OutputDocument>().Cases();
+  // Behind an earlier sampling the weights sum up to what that was drawn from.
+  if (weights && cases && commanded->plan.previousWeight.IsEmpty())
+    weights->frameCases = cases->read - cases->leftOut;
+  return weights;
 }

@@ -25,13 +25,14 @@ bool HasReadCases(HostSession& session);
 // sample.
 bool HasDrawn(HostSession& session);
 
-// Names of the files that were asked for and weren't made. REQUIRES: CommitFiles() has succeeded.
+// Names of the files that were asked for and weren't made. REQUIRES: all others are finished or committed.
 std::vector<std::string> MissingFiles(HostSession& session);
 
 // Remarks on how a run ended: why files can't be used, why nothing was drawn although no message says so,
 // that the sample is lost because no file was named for it, what to do about a draw that might never end.
 std::vector<std::string> RemarksOnRun(HostSession& session, const RunRequest& request, RunStatus status);
 
-// The final weights of the sample, which is read back for them. Empty if they can't be read; then `problem`
-// may say why. REQUIRES: HasDrawn().
-std::optional<FinalWeights> ReviewWeights(HostSession& session, std::string* problem);
+// The final weights of the sample, which is read back for them before the commit. Empty if there are none.
+// REQUIRES: HasDrawn().
+// Errors:   DataError if plan, frame or sample can't be read a second time.
+std::optional<FinalWeights> ReviewWeights(HostSession& session);

@@ -11,6 +11,7 @@
 #include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
 #include "host/environment/MCStopProcessor.h"
+#include "host/files/FileWriter.h"
 #include "host/files/ReadableFile.h"
 #include "host/files/SessionFiles.h"
 #include "host/files/TemporaryFile.h"
@@ -28,10 +29,11 @@
 //   ClaimFrame, ClaimOwnFiles   no output may go to a file that is read, or to one twice
 //   TakeCommand, OpenRunFrame   the session now has what the procedure fetches from it
 //   Draw                        the procedure; all of its files are temporary still
-//   SettleFiles                 all files take their places, or all are removed
+//   SaveFrame                   the last file that holds data
 //   Review                      reads back what was written
 //   CompleteOutcome             remarks, files, facts
-//   WriteReportFile             the reports, whatever the status is
+//   Commit                      the reports; then all files take their places, or all are removed
+//   WriteReportFile             after a failure: the reports tell of it
 //
 // The procedure returns nothing and knows nothing of this: it issues messages, raises the host's error flag
 // and leaves its results in the session. So a run counts as good if no error was raised, the last pass over
@@ -56,12 +58,12 @@ public:
       Work();
     } catch (...) {
       Fail(CaughtException());
-      fSession.Layer<SessionFiles>().DiscardFiles();  // those that aren't in their places yet
       fpOutcome->status = RunStatus::kError;
     }
+    if (fbCommitted) return;
+    fSession.Layer<SessionFiles>().DiscardFiles();
     if (fpOutcome->status == RunStatus::kCancelled) document.DropErrors();
     CompleteOutcome();
-    if (!fvReports.empty()) Begin(RunStep::kReport);
     for (const std::string& report : fvReports) WriteReportFile(report);
   }
 
@@ -71,7 +73,8 @@ private:
     if (fSinks.stepBegins) fSinks.stepBegins(step);
   }
 
-  // From the frame to the review. The status is set as soon as it is decided; what follows can't change it.
+  // From the frame to the commit. A status other than kOk stays as it is decided here; kOk can become an
+  // error up to the end of the commit, and kCancelled up to its begin.
   void Work() {
     Begin(RunStep::kReadFrame);
     if (Prepare() && !StopRequested()) {
@@ -80,8 +83,11 @@ private:
       Draw();
     }
     Begin(RunStep::kWriteFiles);
-    fpOutcome->status = SettleFiles();
-    if (fpOutcome->status != RunStatus::kCancelled && HasDrawn(fSession) && !ErrorRaised()) Review();
+    SaveFrame();
+    if (HasDrawn(fSession) && !StopRequested() && !ErrorRaised()) Review();
+    if (!fvReports.empty()) Begin(RunStep::kReport);
+    fpOutcome->status = StatusNow();
+    if (fpOutcome->status != RunStatus::kCancelled && !IsBroken()) Commit();
   }
 
   // The order matters: of two uses of one file the later is refused, and that is what the message names.
@@ -136,60 +142,112 @@ private:
     if (const std::string failure = RunProcedure(); !failure.empty()) Fail(failure);
   }
 
-  // Puts the files of the run in their places, or removes them all. The saved frame is one of them: it is
-  // written only after a draw that succeeded. A stop request counts up to the moment before the renames.
-  RunStatus SettleFiles() {
-    SessionFiles& files = fSession.Layer<SessionFiles>();
+  // Written only after a draw that succeeded.
+  void SaveFrame() {
     if (!ErrorRaised() && fSave.IsValid() && HasDrawn(fSession)) SaveActiveFile(fSave);
-    if (StopRequested()) {
-      files.DiscardFiles();
-      return RunStatus::kCancelled;
-    }
-    if (ErrorRaised() || !HasDrawn(fSession) || !files.CommitFiles()) {
-      files.DiscardFiles();
-      return RunStatus::kError;
-    }
-    return MissingFiles(fSession).empty() ? RunStatus::kOk : RunStatus::kError;
   }
 
-  // Final weights are summed only when somebody will see them: that reads the sample once more.
+  // Whether the run keeps no file.
+  bool IsBroken() const {
+    return ErrorRaised() || !HasDrawn(fSession) || fSession.Layer<SessionFiles>().IsBroken();
+  }
+
+  // What the run comes to if the commit succeeds.
+  RunStatus StatusNow() const {
+    if (StopRequested()) return RunStatus::kCancelled;
+    return IsBroken() || !MissingFiles(fSession).empty() ? RunStatus::kError : RunStatus::kOk;
+  }
+
+  // Composes the reports as they are right after the commit, writes them, and puts all files of the run in
+  // their places. A stop request counts up to the moment before that.
+  void Commit() {
+    CompleteOutcome();
+    SessionFiles& files = fSession.Layer<SessionFiles>();
+    for (const std::string& report : fvReports) AddReport(report);
+    if (StopRequested()) {
+      fpOutcome->status = RunStatus::kCancelled;
+    } else if (!ErrorRaised() && files.CommitFiles()) {
+      fbCommitted = true;
+    } else {
+      fpOutcome->status = RunStatus::kError;
+    }
+  }
+
+  // Final weights are summed only when somebody will see them: that reads the sample once more. What can't be
+  // read back may not be what was drawn, so that a failure is one of the run.
   void Review() {
     Begin(RunStep::kReview);
     const bool isForPeople = std::any_of(fvReports.begin(), fvReports.end(), [](const std::string& report) {
       return KindOfReport(report) != ReportKind::kJson;
     });
-    if (isForPeople || fRequest.summarizeWeights)
-      fpOutcome->weights = ReviewWeights(fSession, &fReviewProblem);
+    if (!isForPeople && !fRequest.summarizeWeights) return;
+    try {
+      fpOutcome->weights = ReviewWeights(fSession);
+    } catch (const DataError& error) {
+      if (!StopRequested()) Fail(error.what());
+    }
   }
 
+  // For a run that is going to commit its files, or again for one that has failed.
   void CompleteOutcome() {
     DropResults();
-    for (const OutputFile& file : fSession.Layer<SessionFiles>().CommittedFiles()) {
-      fpOutcome->files.push_back({RoleName(file.role), file.path, file.cases});
+    fpOutcome->files.clear();
+    for (const OutputFile* file : fSession.Layer<SessionFiles>().FinishedFiles()) {
+      fpOutcome->files.push_back({RoleName(file->role), file->path, file->cases});
     }
-    std::vector<std::string>& remarks = fpOutcome->remarks;
-    remarks = RemarksOnRun(fSession, fRequest, fpOutcome->status);
-    if (!fReviewProblem.empty()) remarks.push_back(fReviewProblem);
+    fpOutcome->remarks = RemarksOnRun(fSession, fRequest, fpOutcome->status);
     // Only a report shows what is in the files, and only that of a draw needs it.
     const bool needsContents = !fvReports.empty() && fpOutcome->status == RunStatus::kOk;
     fpOutcome->facts =
         needsContents ? FactsOfDraw(fSession, fRequest, fFrameStamp) : FactsOf(fSession, fRequest);
   }
 
-  // Of a run that kept no file, the numbers of units drawn would look like those of a sample.
+  // Of a run that keeps no file, the numbers of units drawn and their weights would look like those of a
+  // sample.
   void DropResults() const {
-    if (fpOutcome->status == RunStatus::kOk) return;
-    if (!fSession.Layer<SessionFiles>().CommittedFiles().empty()) return;
+    if (fpOutcome->status == RunStatus::kOk || !fSession.Layer<SessionFiles>().FinishedFiles().empty())
+      return;
     fSession.Layer<OutputDocument>().DropTables(SummaryTableKind::kKind);
+    fpOutcome->weights.reset();
   }
 
-  // Composed in memory first, and written under a temporary name: a report is whole or the old one stays.
-  void WriteReportFile(const std::string& path) const {
+  std::string ReportText(const std::string& path) const {
     std::ostringstream text;
     WriteReport(KindOfReport(path), *fpOutcome, text);
+    return std::move(text).str();
+  }
+
+  // Makes a report one of the files of the run. A failure breaks the run, after a message.
+  void AddReport(const std::string& path) const {
+    if (ErrorRaised()) return;
+    SessionFiles& files = fSession.Layer<SessionFiles>();
+    OutputFile* file = nullptr;
+    try {
+      file = files.Start(FileRole::kReport, path, path);
+      FileWriter writer;
+      const bool isWritten =
+          writer.Open(file->parts.back()->TemporaryPath()) && writer.Write(ReportText(path));
+      if (!writer.Close() || !isWritten) throw CannotWrite(path, writer.Reason());
+      files.Finish(file);
+    } catch (const DataError& error) {
+      Fail(error.what());
+      if (file != nullptr) files.Abandon(file);
+    }
+  }
+
+  // For a run that keeps no files. Written under a temporary name: a report is whole or the old one stays.
+  void WriteReportFile(const std::string& path) {
     std::string why;
-    if (WriteWholeFile(path, text.view(), &why)) return;
-    fpOutcome->reportProblems.push_back("the report " + path + " can't be written: " + why);
+    if (WriteWholeFile(path, ReportText(path), &why)) return;
+    std::vector<std::string>& problems = fpOutcome->reportProblems;
+    const std::string end = " can't be written: " + why;
+    const auto same = std::find_if(problems.begin(), problems.end(),
+                                   [&](const std::string& problem) { return problem.ends_with(end); });
+    if (same == problems.end()) {
+      problems.push_back("the report " + path + end);
+    } else {
+      same->insert(same->size() - end.size(), " and " + path);
+    }
   }
 
   HostSession& fSession;
@@ -200,7 +258,7 @@ private:
   FileStamp fFrameStamp{fRequest.frame.path};  // before it is opened
   std::vector<std::string> fvReports;          // those of the request that can be written
   UserCaseFileSpec fSave{FileRole::kSaved};
-  std::string fReviewProblem;
+  bool fbCommitted = false;
 };
 
 }  // namespace

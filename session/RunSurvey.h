@@ -35,9 +35,9 @@ struct RunRequest {
 enum class RunStep {
   kReadFrame,
   kDraw,
-  kWriteFiles,  // the saved frame, then all files take their places
+  kWriteFiles,  // the saved frame
   kReview,      // reads the sample back
-  kReport,
+  kReport,      // composes the reports; then all files take their places
 };
 
 // How a caller watches a run. An empty function isn't called. Each is called on the thread of the run and may
@@ -56,11 +56,11 @@ struct RunSinks {
 // The document of the outcome is that of the session and lives as long.
 struct SurveyOutcome : RunOutcome {
   std::optional<FinalWeights> weights;      // of the sample; empty unless asked for and found
-  std::vector<std::string> reportProblems;  // one line for each report that couldn't be written
+  std::vector<std::string> reportProblems;  // one line for each reason why reports couldn't be written
 };
 
-// Opens the frame, runs the command, puts the files in their places and writes the reports. The files of the
-// command appear all together or not at all; reports are written whatever the status is.
+// Opens the frame, runs the command, composes the reports, and puts all files in their places. They appear
+// all together or not at all. A run that keeps no files still writes its reports, each for itself.
 //
 // REQUIRES: the session is the current one and new: no run, frame or file has used it. One run at a time in a
 //           process; the next needs a new session.

@@ -1,7 +1,6 @@
 #include "host/engine/DuckCaseEngine.h"
 
 #include <fmt/format.h>
-#include <sys/stat.h>
 
 #include <utility>
 
@@ -63,29 +62,15 @@ DataFrame MakeFrame(std::shared_ptr<WorkDatabase> work, CaseRelation relation) {
 }
 
 DuckCaseEngine::DuckCaseEngine(std::shared_ptr<WorkDatabase> work, CaseRelation relation)
-    : fpWork(std::move(work)), fRelation(std::move(relation)), fState(StateOf(fRelation.watched)) {
+    : fpWork(std::move(work)), fRelation(std::move(relation)) {
   for (const KORV_Variable& variable : fRelation.dictionary.variables) {
     fvShapes.push_back({variable.GetName(), variable.GetType()});
   }
   fRelation.dictionary = {};  // the frame has it, and labels can be many
 }
 
-// A file that isn't there has the state of none: when it goes, the state changes.
-DuckCaseEngine::FileState DuckCaseEngine::StateOf(const std::string& path) {
-  FileState state;
-  struct stat found {};
-  if (path.empty() || stat(path.c_str(), &found) != 0) return state;
-  state.device = found.st_dev;
-  state.inode = found.st_ino;
-  state.bytes = found.st_size;
-  state.changedSeconds = found.st_mtim.tv_sec;
-  state.changedNanoseconds = found.st_mtim.tv_nsec;
-  return state;
-}
-
 void DuckCaseEngine::CheckUnchanged() const {
-  if (StateOf(fRelation.watched) == fState) return;
-  throw DataError("the file was changed while it was being read");
+  if (fRelation.watched != nullptr) fRelation.watched->Check();
 }
 
 // The expression that a cursor selects for a column. The variable decides between number and text, whatever

@@ -7,6 +7,7 @@
 
 #include "host/engine/CaseEngine.h"
 #include "host/environment/HostErrors.h"
+#include "host/files/FileWatch.h"
 #include "host/model/Dictionary.h"
 
 class WorkDatabase;
@@ -22,10 +23,10 @@ struct RelationColumn {
 struct CaseRelation {
   std::string name;  // of the file, in messages
   Dictionary dictionary;
-  std::string watched;                  // file that mustn't change while it is read; empty for none
-  std::string from;                     // what comes after FROM
-  std::vector<RelationColumn> columns;  // of the variables, in the order of the dictionary
-  std::shared_ptr<const void> held;     // token of what must stay in the work database; may be null
+  std::shared_ptr<const FileWatch> watched;  // the file, if its cases are read in place
+  std::string from;                          // what comes after FROM
+  std::vector<RelationColumn> columns;       // of the variables, in the order of the dictionary
+  std::shared_ptr<const void> held;          // token of what must stay in the work database; may be null
 };
 
 // The frame of a relation, served by a DuckCaseEngine over the database that the relation is in.
@@ -64,18 +65,6 @@ public:
   const std::string& Name() const { return fRelation.name; }
 
 private:
-  // What tells one state of a file from another.
-  struct FileState {
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
-    std::int64_t bytes = 0;
-    std::int64_t changedSeconds = 0;
-    std::int64_t changedNanoseconds = 0;
-
-    bool operator==(const FileState&) const = default;
-  };
-  static FileState StateOf(const std::string& path);
-
   std::string Projection(int column) const;
 
   // What a cursor needs to know of a variable.
@@ -87,5 +76,4 @@ private:
   std::shared_ptr<WorkDatabase> fpWork;  // before the relation, which may hold something in it
   CaseRelation fRelation;                // without its dictionary
   std::vector<Shape> fvShapes;           // of the variables, in the order of the dictionary
-  FileState fState;                      // of the watched file when it was opened
 };

@@ -1,20 +1,32 @@
 #include "host/environment/HostSession.h"
 
 #include <cassert>
+#include <new>
 #include <thread>
+#include <xercesc/util/PanicHandler.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/XMLUni.hpp>
 
 #include "host/environment/CommonBlocks.h"
 #include "host/environment/MCStopProcessor.h"
 
 namespace {
+
 HostSession* gCurrent = nullptr;
-}
+
+// The XML parser would end the process when it finds no memory at its start.
+class Panic : public xercesc::PanicHandler {
+public:
+  void panic(PanicReasons) override { throw std::bad_alloc(); }
+};
+
+}  // namespace
 
 HostSession::HostSession(HostSettings settings) : fSettings(settings) {
   assert(gCurrent == nullptr);
   // The XML parser wants one initialisation and one termination per use; the plan reader relies on this pair.
-  xercesc::XMLPlatformUtils::Initialize();
+  static Panic panic;
+  xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr, &panic);
   *pvGetCmnGlb() = CommonGlobalBlock();
   *pvGetCmnSys() = CommonSystemBlock();
   ClearStopRequest();

@@ -10,6 +10,7 @@
 
 #include "host/files/FileKind.h"
 #include "host/files/FileLock.h"
+#include "host/files/KilledRun.h"
 #include "host/files/TemporaryFile.h"
 
 namespace {
@@ -120,6 +121,10 @@ void PathClaims::NoteRefusal(FileRole role, const std::string& path, const std::
 
 FileFlags PathClaims::TryReading(FileRole role, const std::string& path) {
   FileFlags flags;
+  if (!FinishKilledRun(path, &flags.why)) {
+    flags.exists = flags.valid = flags.inUse = true;
+    return flags;
+  }
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   flags.exists = fs::exists(status);

@@ -36,8 +36,9 @@ public:
   // Claims are numbered from 0.
   static constexpr int kNone = -1;
 
-  // Tests a file for reading, and claims it if it can be read. It is in use if another process has locked it
-  // for writing or this session is going to write it.
+  // Tests a file for reading, and claims it if it can be read. Finishes the commit of a killed run that was
+  // to put the file in its place, see KilledRun.h. It is in use if another process has locked it for writing
+  // or this session is going to write it.
   FileFlags ClaimForReading(FileRole role, const std::string& path);
 
   // Claims the path of a file that doesn't exist, so that no output goes there: a schema written beside the

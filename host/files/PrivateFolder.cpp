@@ -26,10 +26,6 @@ std::string FolderPath(const std::string& target, std::string_view key) {
   return BesideName(target, fmt::format("{}{}", kStem, key));
 }
 
-bool IsKey(std::string_view text) {
-  return text.size() == kKeyLetters && text.find_first_not_of(kLetters) == std::string_view::npos;
-}
-
 // Whether a folder that we have just made and opened is still that one. Its owner must be that of a file
 // which we make in it; on some file systems this isn't the owner of the process.
 bool IsOurs(const FileDescriptor& folder) {
@@ -50,12 +46,20 @@ bool IsOurs(const FileDescriptor& folder) {
 void Empty(const FileDescriptor& folder) {
   const int again = openat(folder.Get(), ".", kAsFolder | O_CLOEXEC);  // closedir() closes what it is given
   DIR* const entries = again < 0 ? nullptr : fdopendir(again);
+  if (entries == nullptr && again >= 0) close(again);
   if (entries == nullptr) return;
   while (const dirent* const entry =
              readdir(entries)) {               // NOLINT(concurrency-mt-unsafe): a stream of our own
     unlinkat(folder.Get(), entry->d_name, 0);  // fails for "." and ".."
   }
   closedir(entries);
+}
+
+// Removes the files in a folder, which has no folders, and then the folder itself: only an empty one,
+// whatever has its name now.
+bool RemoveAll(const FileDescriptor& folder, const std::string& path) {
+  Empty(folder);
+  return rmdir(path.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR;
 }
 
 }  // namespace
@@ -68,35 +72,59 @@ std::string PrivateFolder::MakeKey() {
   return key;
 }
 
+// The object is made first: if there were no memory for it afterwards, nobody would remove the folder.
 std::unique_ptr<PrivateFolder> PrivateFolder::Make(const std::string& target, std::string_view key,
                                                    std::string* why) {
-  const std::string path = FolderPath(target, key);
-  if (!IsKey(key) || mkdir(path.c_str(), kOwnerOnly) != 0) {  // fails for whatever is there, links too
+  std::unique_ptr<PrivateFolder> made(new PrivateFolder(FolderPath(target, key)));
+  if (!IsKey(key) || mkdir(made->fPath.c_str(), kOwnerOnly) != 0) {  // fails for whatever is there, links too
     *why = SystemReason();
     return nullptr;
   }
-  FileDescriptor folder(path, kAsFolder);
-  if (!folder.IsOpen() || !IsOurs(folder)) {
-    *why = SystemReason();
-    rmdir(path.c_str());
-    return nullptr;
-  }
-  return std::unique_ptr<PrivateFolder>(new PrivateFolder(path, std::move(folder)));
+  made->fbLeft = false;
+  made->fFolder = FileDescriptor(made->fPath, kAsFolder);
+  if (made->fFolder.IsOpen() && IsOurs(made->fFolder)) return made;
+  *why = SystemReason();
+  return nullptr;
 }
 
-void PrivateFolder::Remove(const std::string& target, std::string_view key) {
-  if (!IsKey(key)) return;
-  const std::string path = FolderPath(target, key);
-  const FileDescriptor folder(path, kAsFolder);
+bool PrivateFolder::IsKey(std::string_view text) {
+  return text.size() == kKeyLetters && text.find_first_not_of(kLetters) == std::string_view::npos;
+}
+
+bool PrivateFolder::OpenLeft(const std::string& target, std::string_view key, FileDescriptor* folder,
+                             std::string* why) {
+  if (!IsKey(key)) return true;
+  FileDescriptor left(FolderPath(target, key), kAsFolder);
+  const bool isNone = !left.IsOpen() && (errno == ENOENT || errno == ENOTDIR || errno == ELOOP);
   struct stat found {};
-  if (!folder.IsOpen() || fstat(folder.Get(), &found) != 0 || found.st_uid != geteuid()) return;
-  Empty(folder);
-  rmdir(path.c_str());
+  if (isNone) return true;
+  if (!left.IsOpen() || fstat(left.Get(), &found) != 0) {
+    // What another account has put there may be closed to us.
+    const bool isOthers =
+        errno == EACCES && lstat(FolderPath(target, key).c_str(), &found) == 0 && found.st_uid != geteuid();
+    *why = SystemReason();
+    return isOthers;
+  }
+  if (found.st_uid == geteuid()) *folder = std::move(left);
+  return true;
+}
+
+bool PrivateFolder::Remove(const std::string& target, std::string_view key, std::string* why) {
+  FileDescriptor folder;
+  if (!OpenLeft(target, key, &folder, why)) return false;
+  if (!folder.IsOpen() || RemoveAll(folder, FolderPath(target, key))) return true;
+  *why = SystemReason();
+  return false;
+}
+
+bool PrivateFolder::Remove() {
+  if (!fbLeft && !RemoveAll(fFolder, fPath)) return false;
+  fbLeft = true;
+  return true;
 }
 
 PrivateFolder::~PrivateFolder() {
-  Empty(fFolder);
-  rmdir(fPath.c_str());  // only an empty folder, whatever has its name now
+  Remove();
 }
 
 // Through the process's own table of open files. Where that isn't mounted, by the folder's name.

@@ -14,8 +14,10 @@
 // A killed process can't remove its folder. Whoever makes one therefore notes its key where the next run
 // finds it, see FileLock, and that run removes what it names.
 //
-// Ownership:  owns the folder and all that is put into it; both go with the object.
-// Failures:   null, with the system's reason in `why`.
+// Ownership:  owns the folder and all that is put into it; both go with the object, unless it was told to
+// leave
+//             them.
+// Failures:   null or false, with the system's reason in `why`.
 class PrivateFolder {
 public:
   // What the name of a folder beside `target` is made from, from the system's random source; "" without one.
@@ -23,10 +25,21 @@ public:
   // Makes the folder "dir/.name.svselect-KEY" for the target "dir/name".
   static std::unique_ptr<PrivateFolder> Make(const std::string& target, std::string_view key,
                                              std::string* why);
-  // Removes the folder of a killed run. Anything but a folder of this account is left alone, as is every
-  // text that is no key.
-  static void Remove(const std::string& target, std::string_view key);
+  // Whether a text can be a key.
+  static bool IsKey(std::string_view text);
+  // Opens the folder that a killed run left. `folder` stays closed where there is none, or where something
+  // else has its name: anything but a folder of this account, or a link.
+  // Failures: false, with the system's reason in `why`, when that can't be told.
+  static bool OpenLeft(const std::string& target, std::string_view key, FileDescriptor* folder,
+                       std::string* why);
+  // Removes the folder that a killed run left, and leaves alone what OpenLeft() doesn't open.
+  static bool Remove(const std::string& target, std::string_view key, std::string* why);
 
+  // Removes the folder with all that is in it; true also if it's gone already. Takes no memory that it can't
+  // do without.
+  bool Remove();
+  // From now on the folder stays when the object goes.
+  void Leave() { fbLeft = true; }
   ~PrivateFolder();
   PrivateFolder(const PrivateFolder&) = delete;
   PrivateFolder& operator=(const PrivateFolder&) = delete;
@@ -35,11 +48,12 @@ public:
   std::string PathOf(std::string_view name) const;
   // The open folder, for the calls that take one.
   int Get() const { return fFolder.Get(); }
+  const FileDescriptor& Folder() const { return fFolder; }
 
 private:
-  PrivateFolder(std::string path, FileDescriptor folder)
-      : fPath(std::move(path)), fFolder(std::move(folder)) {}
+  explicit PrivateFolder(std::string path) : fPath(std::move(path)) {}
 
   std::string fPath;
   FileDescriptor fFolder;
+  bool fbLeft = true;  // there is nothing to remove
 };

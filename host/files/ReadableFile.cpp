@@ -25,8 +25,10 @@ std::string ReasonOf(int error) {
 }  // namespace
 
 bool FileExists(const std::string& path) {
-  std::error_code ignored;
-  return fs::exists(path, ignored);
+  struct stat found {};
+  if (stat(path.c_str(), &found) == 0) return true;
+  if (errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG || errno == ELOOP) return false;
+  throw DataError(fmt::format("{}: {}", path, ReasonOf(errno)));
 }
 
 std::string PathToRead(const std::string& path) {

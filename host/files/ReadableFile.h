@@ -5,6 +5,7 @@
 // Files that are read as they are, and the tests that a name must pass first.
 
 // Whether a name is taken: by a file, a folder or anything else. A link that leads nowhere isn't a file.
+// Errors: DataError if that can't be told: a file that is left out by mistake can change how another is read.
 bool FileExists(const std::string& path);
 
 // The file to read for a name that a user gives, which may leave out the extension of a native file: a name

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,19 +24,23 @@ struct OutputFile {
 };
 
 // SessionFiles knows the files of a session: what it reads and writes, and what it has written. The files of
-// a run appear together when the run ends well, or not at all.
+// a run, its reports among them, appear together when the run ends well, or not at all.
 //
-// CommitFiles() takes each step for all files before the next step: keep every old file, rename every new
-// one, bring every folder to the disk, forget the old files. So everything that can fail for lack of space,
-// rights or folders has failed before the first rename; and between the first and the last rename there are
-// only renames. What is in the folders when the process is killed or the power fails:
+// CommitFiles() takes each step for all files before the next step: keep every old file, note in every lock
+// file where the journal will be, write the journal (CommitJournal.h), rename every new file, bring every
+// folder to the disk, remove the helpers. So everything that can fail for lack of space, rights or folders
+// has failed before the first rename. What is in the folders when the process is killed or the power fails:
 //
-//   before the commit        all old files; helpers beside them, which the next run removes
-//   among the renames        some new files and some old ones, each of them whole
-//   after the last rename    all new files; helpers as above
+//   before the journal       all old files, with helpers beside them
+//   after it                 some new files and some old ones, each of them whole; helpers and the journal
+//   after the last rename    all new files, with what is left of the helpers
 //
-// The middle state can't be avoided: a file system has no rename of several files. A
-// failure, in contrast to a kill, has no such state, since the files renamed so far are restored.
+// A file system has no rename of several files, so the middle state exists on the disk. But whoever opens one
+// of the files with this program, to read or to write it, finishes the commit first (KilledRun.h), and then
+// all are new. Other programs can meet the middle state.
+//
+// A failure, in contrast to a kill, has no such state, since the files renamed so far are restored. Where
+// even that fails, as on a disk that takes nothing any more, the journal stays, as after a kill.
 //
 // Use:        a layer of HostSession. Claim paths; Start() and Finish() each output; CommitFiles() or
 //             DiscardFiles() at the end of the run. Destruction discards what isn't committed.
@@ -70,14 +75,22 @@ public:
   // Removes all files that aren't in their places.
   void DiscardFiles();
 
+  // The files that are finished, in the order in which they were started; still under their temporary names
+  // before the commit.
+  std::vector<const OutputFile*> FinishedFiles() const;
   // The files that CommitFiles() has put in their places, without their parts.
   const std::vector<OutputFile>& CommittedFiles() const { return fvCommitted; }
-  // The files that were claimed to be written and weren't.
+  // The files that were claimed to be written and are neither finished nor committed.
   std::vector<PathClaims::Output> MissingFiles() const;
 
 private:
+  using Step = std::function<bool(TemporaryFile&, std::string* why)>;
   // One step of the commit, for every part of every file. Errors: DataError with file and reason.
-  void ForEachPart(bool (*step)(TemporaryFile&, std::string* why));
+  void ForEachPart(const Step& step);
+  void WriteJournalOfAll();
+  void SyncFolders();
+  // Takes a commit back that has failed. False where that failed too; the helpers are then left.
+  bool TakeBack();
 
   PathClaims fClaims;
   std::vector<std::unique_ptr<OutputFile>> fvFiles;  // in the order in which they were started

@@ -14,10 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// In the private folder.
-constexpr const char* kNew = "new";
-constexpr const char* kOld = "old";
-
 bool Sync(const std::string& path, int flags, std::string* why) {
   const FileDescriptor file(path, flags);
   if (file.IsOpen() && fsync(file.Get()) == 0) return true;
@@ -25,16 +21,20 @@ bool Sync(const std::string& path, int flags, std::string* why) {
   return false;
 }
 
-// A new name is an entry of its folder: a power cut can lose it until the folder is on the disk.
-bool SyncFolderOf(const std::string& path, std::string* why) {
-  const std::string folder = fs::path(path).parent_path().string();
-  return Sync(folder.empty() ? "." : folder, O_RDONLY | O_DIRECTORY, why);
-}
-
 }  // namespace
 
 std::string SystemReason() {
   return std::system_category().message(errno);
+}
+
+std::string FolderOf(const std::string& path) {
+  const std::string folder = fs::path(path).parent_path().string();
+  return folder.empty() ? "." : folder;
+}
+
+// A new name is an entry of its folder: a power cut can lose it until the folder is on the disk.
+bool SyncFolder(const std::string& folder, std::string* why) {
+  return Sync(folder, O_RDONLY | O_DIRECTORY, why);
 }
 
 std::string PlainPath(const std::string& path) {
@@ -54,12 +54,14 @@ std::string BesideName(const std::string& path, std::string_view suffix) {
   return (whole.parent_path() / fmt::format(".{}{}", whole.filename().string(), suffix)).string();
 }
 
-TemporaryFile::TemporaryFile(std::string target, std::unique_ptr<FileLock> lock,
+TemporaryFile::TemporaryFile(std::string target, std::string key, std::unique_ptr<FileLock> lock,
                              std::unique_ptr<PrivateFolder> folder)
     : fTarget(std::move(target)),
+      fKey(std::move(key)),
       fpLock(std::move(lock)),
       fpFolder(std::move(folder)),
-      fTemporary(fpFolder->PathOf(kNew)) {}
+      fName(NewName(fTarget)),
+      fTemporary(fpFolder->PathOf(fName)) {}
 
 // The lock file names the folder before there is one, so that a kill in between leaves nothing unnamed.
 std::unique_ptr<TemporaryFile> TemporaryFile::Open(const std::string& target, std::string* why) {
@@ -68,21 +70,29 @@ std::unique_ptr<TemporaryFile> TemporaryFile::Open(const std::string& target, st
   std::unique_ptr<FileLock> lock = FileLock::Take(file, key, why);
   if (lock == nullptr) return nullptr;
   std::unique_ptr<PrivateFolder> folder = PrivateFolder::Make(file, key, why);
-  if (folder == nullptr) return nullptr;
-  return std::unique_ptr<TemporaryFile>(new TemporaryFile(file, std::move(lock), std::move(folder)));
+  if (folder == nullptr) {
+    std::string ignored;
+    if (!PrivateFolder::Remove(file, key, &ignored)) lock->Leave();
+    return nullptr;
+  }
+  return std::unique_ptr<TemporaryFile>(new TemporaryFile(file, key, std::move(lock), std::move(folder)));
 }
 
 TemporaryFile::~TemporaryFile() {
-  Restore();
+  Restore();  // failures are ignored: it is part of giving up, and the cause has been reported
+  if (!fpFolder->Remove()) Leave();
 }
 
 bool TemporaryFile::Finish(std::string* why) {
   struct stat old {};
-  if (lstat(fTarget.c_str(), &old) == 0 && S_ISREG(old.st_mode)) {
-    // May fail where the old file is another user's.
-    [[maybe_unused]] const int changed = fchmodat(fpFolder->Get(), kNew, old.st_mode & 07777, 0);
+  const bool hasOld = lstat(fTarget.c_str(), &old) == 0;
+  bool isGood = hasOld || errno == ENOENT;
+  if (hasOld && S_ISREG(old.st_mode)) {
+    // EPERM: some file systems know no permissions.
+    isGood = fchmodat(fpFolder->Get(), fName.c_str(), old.st_mode & 07777, 0) == 0 || errno == EPERM;
   }
-  return Sync(fTemporary, O_RDONLY, why) && SyncFolderOf(fTemporary, why);
+  if (!isGood) *why = SystemReason();
+  return isGood && Sync(fTemporary, O_RDONLY, why) && SyncFolder(FolderOf(fTemporary), why);
 }
 
 // Some file systems have no hard links (EPERM, EOPNOTSUPP, ENOSYS). There the run goes on without a way back,
@@ -93,7 +103,7 @@ bool TemporaryFile::KeepOldFile(std::string* why) {
     *why = std::system_category().message(EISDIR);
     return false;
   }
-  fbHasOld = linkat(AT_FDCWD, fTarget.c_str(), fpFolder->Get(), kOld, 0) == 0;
+  fbHasOld = linkat(AT_FDCWD, fTarget.c_str(), fpFolder->Get(), kOldName, 0) == 0;
   fbIsNew = !fbHasOld && errno == ENOENT;
   if (fbHasOld || fbIsNew || errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS) return true;
   *why = SystemReason();
@@ -101,7 +111,7 @@ bool TemporaryFile::KeepOldFile(std::string* why) {
 }
 
 bool TemporaryFile::Replace(std::string* why) {
-  if (renameat(fpFolder->Get(), kNew, AT_FDCWD, fTarget.c_str()) != 0) {
+  if (renameat(fpFolder->Get(), fName.c_str(), AT_FDCWD, fTarget.c_str()) != 0) {
     *why = SystemReason();
     return false;
   }
@@ -109,22 +119,30 @@ bool TemporaryFile::Replace(std::string* why) {
 }
 
 bool TemporaryFile::SyncPlace(std::string* why) const {
-  return SyncFolderOf(fTarget, why);
+  return SyncFolder(FolderOf(fTarget), why);
 }
 
-// Failures are ignored: it is part of giving up, and the cause has been reported.
-void TemporaryFile::Restore() {
-  if (!fbReplaced) return;
+bool TemporaryFile::Restore() {
+  if (!fbReplaced) return true;
+  bool isGood = false;  // if the old file couldn't be kept
   if (fbHasOld) {
-    renameat(fpFolder->Get(), kOld, AT_FDCWD, fTarget.c_str());
+    isGood = linkat(AT_FDCWD, fTarget.c_str(), fpFolder->Get(), fName.c_str(), 0) == 0 &&
+             renameat(fpFolder->Get(), kOldName, AT_FDCWD, fTarget.c_str()) == 0;
   } else if (fbIsNew) {
-    unlink(fTarget.c_str());
+    isGood = renameat(AT_FDCWD, fTarget.c_str(), fpFolder->Get(), fName.c_str()) == 0;
   }
+  fbReplaced = !isGood;
+  return isGood;
+}
+
+void TemporaryFile::Leave() {
   fbReplaced = false;
+  fpFolder->Leave();
+  fpLock->Leave();
 }
 
 void TemporaryFile::Settle() {
-  unlinkat(fpFolder->Get(), kOld, 0);
+  unlinkat(fpFolder->Get(), kOldName, 0);
   fbReplaced = false;
   fbHasOld = false;
 }

@@ -4,11 +4,17 @@
 #include <string>
 #include <string_view>
 
+#include "host/files/CommitJournal.h"
 #include "host/files/FileLock.h"
 #include "host/files/PrivateFolder.h"
 
 // The system's reason for the last failure, from errno.
 std::string SystemReason();
+
+// The folder of a path, "." for one without.
+std::string FolderOf(const std::string& path);
+// Brings the names in a folder to the disk.
+bool SyncFolder(const std::string& folder, std::string* why);
 
 // The file that a path leads to: absolute, without symbolic links. Neither the file nor the target of a link
 // need exist.
@@ -25,16 +31,18 @@ inline constexpr std::size_t kBesideRoom = 24;
 // The target is the old file or the new one at any moment, never half of one. For "dir/s.csv" these helpers
 // are beside it while the object lives, with twelve random letters and digits for KEY:
 //
-//   .s.csv.svselect-KEY/new   what is being written (DuckDB may add a log with .wal behind the name)
-//   .s.csv.svselect-KEY/old   a second name (hard link) of the old file, from KeepOldFile() to Settle()
-//   .s.csv.svselect-lock      the lock that keeps other runs away, see FileLock; KEY is written in it
+//   .s.csv.svselect-KEY/new.csv  what is being written (DuckDB may add a log with .wal behind the name)
+//   .s.csv.svselect-KEY/old      a second name (hard link) of the old file, from KeepOldFile() to Settle()
+//   .s.csv.svselect-KEY/journal  in the first of several files, while they are put in their places
+//   .s.csv.svselect-lock         the lock that keeps other runs away, see FileLock; KEY is written in it
 //
 // Others may write into the target's folder: PrivateFolder and FileLock say what keeps them out.
 //
 // What a kill or a power cut leaves:
 //
-//   before Replace()       the old file under its name. The helpers stay until the next run that writes this
-//                          target finds the lock file in Open() and removes them.
+//   before Replace()       the old file under its name. The helpers stay until the next run that reads or
+//                          writes this target finds the lock file and removes them. Where there is a journal,
+//                          it finishes the commit first, see CommitJournal.h.
 //   after Replace()        the new file, whole: Finish() had brought its contents to the disk. Until
 //                          SyncPlace() a power cut may bring the old file back, also whole.
 //
@@ -44,7 +52,7 @@ inline constexpr std::size_t kBesideRoom = 24;
 //             SyncPlace() and Settle() in this order. SessionFiles takes each step for all files of a run
 //             before the next one. Until Settle(), Restore() brings the old file back.
 // Ownership:  owns the helpers and the lock. Destroyed before Settle(), it restores the old file and removes
-//             what it wrote.
+//             what it wrote. Where a helper can't be removed, the lock file stays too, so that it's found.
 // Failures:   false or null, with the system's reason in `why`.
 class TemporaryFile {
 public:
@@ -66,17 +74,32 @@ public:
   bool Replace(std::string* why);
   // Flushes the folder, so that the rename survives a power cut.
   bool SyncPlace(std::string* why) const;
-  // Undoes Replace(); without one it does nothing. Where the old file couldn't be kept, the new one stays.
-  void Restore();
+  // Undoes Replace(); without one it does nothing. The new file gets its temporary name back first, so that
+  // it isn't lost for who finishes the commit if this process is killed here. Where the old file couldn't be
+  // kept, that is a failure, and the new one stays.
+  // Takes no memory.
+  bool Restore();
   // Deletes the old file; Restore() is no longer possible.
   void Settle();
 
+  // For a commit of several files; JournalPart is what it knows of each.
+  JournalPart Part() const { return {fTarget, fKey}; }
+  // Notes in the lock file, on the disk, where the journal of the commit is.
+  bool NoteJournal(const JournalPart& first, std::string* why) { return fpLock->Note({fKey, first}, why); }
+  // The folder that the first part's journal is in.
+  const FileDescriptor& Folder() const { return fpFolder->Folder(); }
+  // Leaves everything as if this process had been killed here, for whoever finds the journal.
+  void Leave();
+
 private:
-  TemporaryFile(std::string target, std::unique_ptr<FileLock> lock, std::unique_ptr<PrivateFolder> folder);
+  TemporaryFile(std::string target, std::string key, std::unique_ptr<FileLock> lock,
+                std::unique_ptr<PrivateFolder> folder);
 
   std::string fTarget;
+  std::string fKey;
   std::unique_ptr<FileLock> fpLock;         // never null; goes after the folder that its file names
   std::unique_ptr<PrivateFolder> fpFolder;  // never null
+  std::string fName;                        // of the new file in the folder
   std::string fTemporary;
   bool fbHasOld = false;  // the old file has its second name
   bool fbIsNew = false;   // there was no old file

@@ -133,6 +133,7 @@ bool IsSplitAtSemicolons(const std::string& path) {
     if (isLineEnd) break;
     hasSemicolon = hasSemicolon || c == ';';
   }
+  if (file.bad() || !file.is_open()) throw DataError(fmt::format("{}, line 1: can't be read on", path));
   return hasSemicolon;
 }
 

@@ -13,6 +13,8 @@
 #include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
 #include "host/files/FileKind.h"
+#include "host/files/FileWatch.h"
+#include "host/files/KilledRun.h"
 #include "host/files/ReadableFile.h"
 #include "host/read/CsvReader.h"
 #include "host/read/JsonReader.h"
@@ -105,7 +107,6 @@ CaseRelation OpenParquet(WorkDatabase& work, const std::string& path, const std:
   });
   const SchemaRules rules = schema.empty() ? EmbeddedRules(path, dictionary) : SchemaRules::FromFile(schema);
   CaseRelation relation = MakeTypedRelation(work, {path, from, columns}, rules, schema.empty());
-  relation.watched = path;
   return relation;
 }
 
@@ -127,7 +128,7 @@ CaseRelation OpenText(WorkDatabase& work, const std::string& path, FileKind kind
   } else {
     LoadCsv(path, kind == FileKind::kTsv ? '\t' : '\0', &table);
   }
-  return table.Finish();  // nothing to watch: all cases are in the work database
+  return table.Finish();
 }
 
 // A schema that the user names replaces the file's own dictionary; only then are the cases scanned. The new
@@ -142,9 +143,27 @@ CaseRelation OpenNative(WorkDatabase& work, const std::string& path, const std::
   }
   CaseRelation ruled =
       MakeTypedRelation(work, {path, relation.from, columns}, SchemaRules::FromFile(schema), false);
-  ruled.watched = path;
   ruled.held = relation.held;
   return ruled;
+}
+
+// What DuckDB says of a file that is changed meanwhile only confuses.
+CaseRelation OpenWatched(WorkDatabase& work, const std::string& path, FileKind kind,
+                         const std::string& schema) {
+  const auto watch = Named(path, [&] { return std::make_shared<const FileWatch>(path); });
+  const auto check = [&] { Named(path, [&] { watch->Check(); }); };
+  try {
+    CaseRelation relation = kind == FileKind::kNative    ? OpenNative(work, path, schema)
+                            : kind == FileKind::kParquet ? OpenParquet(work, path, schema)
+                                                         : OpenText(work, path, kind, schema);
+    check();
+    const bool isInPlace = kind == FileKind::kNative || kind == FileKind::kParquet;
+    if (isInPlace) relation.watched = watch;  // the cases of others are in the work database
+    return relation;
+  } catch (const DataError&) {
+    check();
+    throw;
+  }
 }
 
 // Checked in this order, so that a missing file is reported before its extension.
@@ -163,9 +182,7 @@ CaseRelation OpenFile(WorkDatabase& work, const std::string& path, const std::st
     empty.from = kNoCases;
     return empty;
   }
-  if (kind == FileKind::kNative) return OpenNative(work, path, schema);
-  if (kind == FileKind::kParquet) return OpenParquet(work, path, schema);
-  return OpenText(work, path, kind, schema);
+  return OpenWatched(work, path, kind, schema);
 }
 
 // --- queries ---------------------------------------------------------------------------------------------
@@ -238,13 +255,14 @@ CaseRelation Sorted(WorkDatabase& work, CaseRelation relation, const std::vector
     list += fmt::format("{} AS c{}, ", relation.columns[i].sql, i);
     sorted.columns[i].sql = fmt::format("c{}", i);
   }
-  sorted.watched.clear();  // the file may change now
+  sorted.watched.reset();  // the file may change now
   sorted.from = work.UniqueName("sorted");
   const std::string numbered =
       fmt::format("SELECT {}row_number() OVER () AS place FROM {}", list, relation.from);
   Named(relation.name, [&] {
     work.Connect().Run(fmt::format("CREATE TABLE {} AS SELECT * FROM ({}) ORDER BY {}", sorted.from, numbered,
                                    fmt::join(keys, ", ")));
+    if (relation.watched != nullptr) relation.watched->Check();
   });
   sorted.held = work.Hold("DROP TABLE " + sorted.from);
   return sorted;
@@ -257,6 +275,8 @@ CaseRelation Sorted(WorkDatabase& work, CaseRelation relation, const std::vector
 DataFrame OpenDataFile(HostSession& session, const std::string& path, const FrameRules& rules) {
   if (path.empty()) throw DataError("no data file is named");
   const std::string file = PathToRead(path);
+  std::string why;
+  if (!FinishKilledRun(file, &why)) throw DataError(fmt::format("{}: {}", file, why));
   // Nothing in a file of another kind is run, so the session's database, which is there anyway, will do.
   std::shared_ptr<WorkDatabase> work = KindOf(file) == FileKind::kNative
                                            ? std::make_shared<WorkDatabase>(session, kForeignMemory)

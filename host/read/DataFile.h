@@ -15,9 +15,9 @@ class HostSession;
 //   query           run once; its rows are kept in a table
 //   sorted          any of them, copied once into a table in the new order
 //
-// A file that is read in place is watched: if it changes during the run, the engine reports that. The
-// dictionary comes from the schema that the user names, else from the file or the schema beside it, else from
-// the columns.
+// A file is watched while it is read: one that is read in place from here to the end of the run, any other
+// until its cases are copied. If it changes meanwhile, that is an error. The dictionary comes from the schema
+// that the user names, else from the file or the schema beside it, else from the columns.
 //
 // The frame borrows the session's work database and must be destroyed before it.
 

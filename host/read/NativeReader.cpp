@@ -57,7 +57,6 @@ public:
   CaseRelation Read() {
     CheckVersion();
     fRelation.name = fPath;
-    fRelation.watched = fPath;
     fRelation.from = fAlias + ".cases";
     ReadVariables();
     ReadColumns();

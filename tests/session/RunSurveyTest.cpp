@@ -163,7 +163,7 @@ TEST(RunSurvey, EndsWhereACallbackStopsOrThrows) {
       {"stop before the frame", RunStep::kReadFrame, RequestStop, RunStatus::kCancelled},
       {"stop before the draw", RunStep::kDraw, RequestStop, RunStatus::kCancelled},
       {"stop before the files", RunStep::kWriteFiles, RequestStop, RunStatus::kCancelled},
-      {"stop before the report", RunStep::kReport, RequestStop, RunStatus::kOk},
+      {"stop before the report", RunStep::kReport, RequestStop, RunStatus::kCancelled},
       {"throw before the frame", RunStep::kReadFrame, fail, RunStatus::kError},
       {"throw before the files", RunStep::kWriteFiles, fail, RunStatus::kError},
       {"throw before the report", RunStep::kReport, fail, RunStatus::kError},
@@ -180,11 +180,31 @@ TEST(RunSurvey, EndsWhereACallbackStopsOrThrows) {
     EXPECT_EQ(outcome.status, c.status);
     const bool isError = c.status == RunStatus::kError;
     EXPECT_EQ(Messages(*outcome.document), std::vector<std::string>(isError ? 1 : 0, "out of memory"));
-    EXPECT_EQ(fs::exists(folder.Path("s.csv")), c.step == RunStep::kReport);
-    EXPECT_THAT(folder.Names(), testing::Not(HasSubstr("svselect-new")));
+    EXPECT_FALSE(fs::exists(folder.Path("s.csv")));
+    EXPECT_THAT(folder.Names(), testing::Not(HasSubstr(".svselect-")));
     const std::string status = isError ? "" : std::string("Status: ") + StatusWord(c.status);
     EXPECT_THAT(folder.Text("r.txt"), testing::StartsWith(status));
   }
+}
+
+// The reports are files of the run like the others. Where one can't take its place, none does, and the others
+// tell of it.
+TEST(RunSurvey, CommitsItsReportsWithItsData) {
+  const SurveyFolder folder;
+  HostSession session;
+  RunRequest request = folder.Request();
+  request.reports = {folder.Path("r.txt"), folder.Path("r.json")};
+  std::ofstream(folder.Path("s.csv")) << "old";
+  const SurveyOutcome outcome = RunSurvey(session, request, {.stepBegins = [&](RunStep step) {
+                                            if (step == RunStep::kReport)
+                                              fs::create_directory(folder.Path("r.txt"));
+                                          }});
+  EXPECT_EQ(outcome.status, RunStatus::kError);
+  EXPECT_THAT(Messages(*outcome.document), ElementsAre(HasSubstr("r.txt can't be written: Is a directory")));
+  EXPECT_THAT(outcome.reportProblems, ElementsAre(HasSubstr("r.txt can't be written")));
+  EXPECT_THAT(outcome.files, IsEmpty());
+  EXPECT_EQ(folder.Text("s.csv"), "old");
+  EXPECT_EQ(nlohmann::json::parse(folder.Text("r.json"))["status"], "error");
 }
 
 // The advice after an interruption depends on the design, the stage and how far the run came: only a draw can

@@ -1,7 +1,14 @@
+#include <chrono>
+#include <functional>
+#include <thread>
+
 #include "FrameFixture.h"
 #include "host/engine/CaseProgress.h"
 #include "host/environment/CommonBlocks.h"
 #include "host/environment/MCStopProcessor.h"
+#include "host/files/SessionFiles.h"
+#include "host/files/UserCaseFileSpec.h"
+#include "host/write/SaveActiveFile.h"
 
 namespace {
 
@@ -135,6 +142,67 @@ TEST_F(ProcDSIteratorTest, FailsOnceWhenTheFileChanges) {
   EXPECT_EQ(Start()->NextCase(), 0);
   EXPECT_TRUE(fSource->FatalError());
   EXPECT_EQ(WithoutFolder(fMessages), "many.parquet: the file was changed while it was being read\n");
+}
+
+// Goal: between two passes any change of a file that is read in place is noticed, even one that keeps its
+// size and gets its old time back.
+TEST_F(ProcDSIteratorTest, NoticesChangesBetweenPasses) {
+  namespace fs = std::filesystem;
+  struct Case {
+    const char* aim;
+    std::function<void(const fs::path& file)> change;
+  };
+  const Case kCases[] = {
+      {"replaced by its equal",
+       [](const fs::path& file) {
+         fs::copy_file(file, file.string() + ".copy");
+         fs::rename(file.string() + ".copy", file);
+       }},
+      {"grown", [](const fs::path& file) { std::ofstream(file, std::ios::app) << 'x'; }},
+      {"cut", [](const fs::path& file) { fs::resize_file(file, fs::file_size(file) - 1); }},
+      {"written to in place", [](const fs::path& file) { std::fstream(file).seekp(100) << 'x'; }},
+      {"gone", [](const fs::path& file) { fs::remove(file); }},
+  };
+  for (const std::string name : {"f.parquet", "f.sav"}) {
+    for (const Case& c : kCases) {
+      SCOPED_TRACE(name + " " + c.aim);
+      ActiveFile::Current().Close();
+      fMessages.clear();
+      fs::remove(Path(name));
+      UserCaseFileSpec spec(FileRole::kSaved);
+      OpenFrame({.sql = "SELECT i FROM range(5) t(i)"});
+      spec.Init(Path(name), true, true);
+      ASSERT_TRUE(SaveActiveFile(spec) && CommitFiles());
+      SessionFiles::Current().Claims() = PathClaims();
+      OpenFrame({.path = Path(name)});
+      ActiveFile& file = ActiveFile::Current();
+      ASSERT_EQ(file.Engine().Open({0}, 0)->NextBlock(), 5U);
+      std::this_thread::sleep_for(
+          std::chrono::milliseconds(20));  // more than a tick of the clock of file systems
+      const auto time = fs::last_write_time(Path(name));
+      c.change(Path(name));
+      if (fs::exists(Path(name))) fs::last_write_time(Path(name), time);
+      EXPECT_THROW(file.Engine().Open({0}, 0), DataError);
+      EXPECT_THROW(file.Engine().CountCases(), DataError);
+    }
+  }
+}
+
+// Goal: the same while a text file is loaded, or a file sorted. Another thread changes the time of the file
+// until that is done.
+TEST_F(ProcDSIteratorTest, NoticesChangesWhileCasesAreCopied) {
+  Sql("COPY (SELECT i, i % 7 AS k FROM range(200000) t(i)) TO '$/f.csv'");
+  Sql("COPY (SELECT i, i % 7 AS k FROM range(200000) t(i)) TO '$/f.parquet'");
+  for (const std::string name : {"f.csv", "f.parquet"}) {
+    std::jthread other([&](const std::stop_token& end) {
+      while (!end.stop_requested()) {
+        std::filesystem::permissions(Path(name), std::filesystem::perms::all);
+        std::this_thread::sleep_for(std::chrono::microseconds(100));
+      }
+    });
+    EXPECT_EQ(ErrorOf({.path = Path(name), .sort = {"k"}}),
+              name + ": the file was changed while it was being read");
+  }
 }
 
 }  // namespace

@@ -59,7 +59,7 @@ protected:
   // Makes the files that are going to be written, so that they can't be.
   void PlantFiles() const {
     for (const auto& entry : std::filesystem::directory_iterator(fFolder.path))
-      if (entry.is_directory()) std::ofstream(entry.path() / "new") << "planted";
+      if (entry.is_directory()) std::ofstream(entry.path() / "new.csv") << "planted";
   }
 
   bool fbPlants = false;

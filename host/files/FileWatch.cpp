@@ -1,0 +1,40 @@
+#include "host/files/FileWatch.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "host/environment/HostErrors.h"
+#include "host/files/TemporaryFile.h"
+
+FileWatch::FileWatch(std::string path) : fPath(std::move(path)), fFile(fPath, O_RDONLY) {
+  if (!fFile.IsOpen()) throw DataError(SystemReason());
+  fState = Now();
+  Check();
+}
+
+// A file that isn't there has a state of its own. Any other failure is one: it would look like a change.
+FileWatch::State FileWatch::Now() const {
+  struct stat found {};
+  if (stat(fPath.c_str(), &found) != 0) {
+    if (errno == ENOENT) return {};
+    throw DataError(SystemReason());
+  }
+  State state;
+  state.device = found.st_dev;
+  state.inode = found.st_ino;
+  state.bytes = found.st_size;
+  state.written[0] = found.st_mtim.tv_sec;
+  state.written[1] = found.st_mtim.tv_nsec;
+  state.changed[0] = found.st_ctim.tv_sec;
+  state.changed[1] = found.st_ctim.tv_nsec;
+  return state;
+}
+
+void FileWatch::Check() const {
+  struct stat opened {};
+  const bool isOpened = fstat(fFile.Get(), &opened) == 0 && opened.st_ino == fState.inode;
+  if (isOpened && Now() == fState) return;
+  throw DataError("the file was changed while it was being read");
+}
