@@ -12,6 +12,7 @@
 #include "backend/svselect/results/NoteLabels.h"
 #include "host/command/KORV_TokenSequence.h"
 #include "host/environment/Clocks.h"
+#include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
 #include "host/files/ReadableFile.h"
 #include "host/files/Sha256.h"
@@ -39,7 +40,9 @@ public:
   // `frame` is null for a run that drew nothing; then no file is read.
   FactList(HostSession& session, const RunRequest& request, const FileStamp* frame)
       : fSession(session), fRequest(request), fpFrame(frame) {
-    if (fpFrame != nullptr) fCommanded = ReadCommandedPlan();
+    if (fpFrame == nullptr) return;
+    fCommanded = ReadCommandedPlan();
+    if (!fCommanded) throw DataError("the plan can't be read a second time");
   }
 
   std::vector<RunFact> Collect() {
@@ -55,7 +58,7 @@ public:
     AddCommand();
     Add("Exact design", fSession.Settings().exactDesign ? "yes" : "");
     Add("Strict", fSession.Settings().strict ? "yes" : "");
-    if (fCommanded) Add("SHA-256 of the plan", Sha256OfFile(fCommanded->path).value_or(""));
+    if (fCommanded) Add("SHA-256 of the plan", SumOf(fCommanded->path));
     // The same program draws the same sample for ever; another version may not know an option.
     Add("Program", "svselect " SV_VERSION, RunFact::Kind::kVarying);
     const CalendarDay today = BCLOCK();
@@ -77,12 +80,20 @@ private:
                                   : fmt::format("{}, {} of them left out", cases->read, cases->leftOut));
   }
 
+  // A report without the sum would look like one of a run that had no file.
+  static std::string SumOf(const std::string& path) {
+    const std::optional<std::string> sum = Sha256OfFile(path);
+    if (!sum) throw DataError(path + " can't be read a second time");
+    return *sum;
+  }
+
   // A text file is read as a whole when it is opened, so that nobody notices when it changes afterwards.
   void AddFrameSum() {
     if (fpFrame == nullptr || fRequest.frame.path.empty()) return;
-    const std::optional<std::string> sum = Sha256OfFile(fRequest.frame.path);
+    if (!fpFrame->isKnown) throw DataError(fRequest.frame.path + " can't be read a second time");
+    const std::string sum = SumOf(fpFrame->path);
     const bool isSame = FileStamp(fRequest.frame.path) == *fpFrame;
-    Add("SHA-256 of the frame", isSame ? sum.value_or("") : "unknown: the file was changed during the run");
+    Add("SHA-256 of the frame", isSame ? sum : "unknown: the file was changed during the run");
   }
 
   // Without a seed of the user the command alone would draw another sample.
@@ -103,7 +114,8 @@ private:
   void AddPlan() {
     std::string text;
     std::string why;
-    if (!fCommanded || !ReadWholeFile(fCommanded->path, &text, &why)) return;
+    if (!fCommanded) return;
+    if (!ReadWholeFile(fCommanded->path, &text, &why)) throw DataError(fCommanded->path + ": " + why);
     const std::size_t bytes = text.size();
     if (bytes > kMostPlanBytes) {
       text.resize(kMostPlanBytes);
@@ -121,12 +133,19 @@ private:
 
 }  // namespace
 
-FileStamp::FileStamp(const std::string& path) {
+FileStamp::FileStamp(const std::string& name) {
+  if (name.empty()) return;
+  try {
+    path = PathToRead(name);
+  } catch (const DataError&) {
+    return;
+  }
   std::error_code error;
   const auto time = std::filesystem::last_write_time(path, error);
   if (error) return;
   changed = time;
   bytes = std::filesystem::file_size(path, error);
+  isKnown = !error;
 }
 
 std::vector<RunFact> FactsOf(HostSession& session, const RunRequest& request) {

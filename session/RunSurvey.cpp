@@ -58,7 +58,7 @@ public:
       Work();
     } catch (...) {
       Fail(CaughtException());
-      fpOutcome->status = RunStatus::kError;
+      fpOutcome->status = StopRequested() ? RunStatus::kCancelled : RunStatus::kError;
     }
     if (fbCommitted) return;
     fSession.Layer<SessionFiles>().DiscardFiles();
