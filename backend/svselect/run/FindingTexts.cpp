@@ -72,7 +72,7 @@ std::string Places(const FindingNames& names, const SVSFinding& finding,
     const std::string place = PlaceText(names, finding.stage, example);
     const std::string values = valuesText(example);
     const char* const between = place.empty() || values.empty() ? "" : ": ";
-    if (!place.empty() || !values.empty()) places.push_back(place + between + values);
+    if (!place.empty() || !values.empty()) places.push_back(fmt::format("{}{}{}", place, between, values));
   }
   const auto shown = static_cast<std::int64_t>(finding.examples.size());
   if (finding.count > shown && !places.empty())

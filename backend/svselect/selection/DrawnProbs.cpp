@@ -113,7 +113,7 @@ template <class Visit>
 void ForEachPosition(std::span<const double> cumulative, std::int32_t low, std::int32_t high,
                      const Visit& visit) {
   const auto entries =
-      cumulative.subspan(static_cast<std::size_t>(low), static_cast<std::size_t>(high - low + 1));
+      cumulative.subspan(static_cast<std::size_t>(low), static_cast<std::size_t>(high - low) + 1);
   if (entries.front() >= 0.0 && std::is_sorted(entries.begin(), entries.end())) {
     double below = 0.0;
     for (std::size_t i = 0; i < entries.size(); ++i) {
