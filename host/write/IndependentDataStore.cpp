@@ -71,6 +71,8 @@ void IndependentDataStore::CloseStore() {
   FinishDictionary();  // for a caller without a case; otherwise it does nothing
   if (!fUntold.empty()) IssueHostMessage(std::exchange(fUntold, {}), kErrorLevel);
   if (fState != State::kTaking) return;
+  fState =
+      State::kFailed;  // until all is well: whatever is thrown, a second call must not end the file again
   try {
     End();
   } catch (const DataError& error) {
@@ -85,6 +87,5 @@ void IndependentDataStore::CloseStore() {
   } catch (const DataError& error) {
     IssueHostMessage(error.what(), kErrorLevel);
     fFiles.Abandon(file);
-    fState = State::kFailed;
   }
 }

@@ -14,6 +14,7 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <errno.h>
+#include <execinfo.h>
 #include <fcntl.h>
 #include <pthread.h>
 #include <signal.h>
@@ -48,6 +49,22 @@ static void WriteLog(void) {
   const int log = (int)syscall(SYS_openat, AT_FDCWD, gLog, O_WRONLY | O_CREAT | O_TRUNC, 0600);
   if (log >= 0) syscall(SYS_write, log, line, bytes);
   if (log >= 0) syscall(SYS_close, log);
+}
+
+// Says on standard error where the program was when it crashed, innermost call first.
+static void TellCrash(int signal) {
+  void* calls[16];
+  const char head[] = "crash:\n";
+  syscall(SYS_write, 2, head, sizeof head - 1);
+  backtrace_symbols_fd(calls, backtrace(calls, 16), 2);
+  kill(getpid(), signal);
+}
+
+__attribute__((constructor)) static void WatchCrashes(void) {
+  void* call;
+  backtrace(&call, 1);  // loads what it needs while there is memory
+  struct sigaction action = {.sa_handler = TellCrash, .sa_flags = (int)SA_RESETHAND};
+  sigaction(SIGSEGV, &action, NULL);
 }
 
 // Counts a call. Whether it is to fail, with errno set.
