@@ -90,7 +90,7 @@ public:
   // Messages(), followed by one message with FurtherText() if any were only counted.
   std::vector<OutputMessage> AllMessages() const;
   // The same with one message of each kind, in the order of the first ones; `repeats` is how many more there
-  // were, kept or not. For people, to whom a hundred equal messages say no more than one.
+  // were, kept or not. For people: a hundred equal messages say no more than one.
   std::vector<OutputMessage> MessagesByKind() const;
 
 private:

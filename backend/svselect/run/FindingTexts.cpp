@@ -82,7 +82,7 @@ std::string Places(const FindingNames& names, const SVSFinding& finding,
 
 // --- the sentences ---------------------------------------------------------------------------------------
 
-// How a finding is told: "stage 1: COUNT ONE|MANY (PLACES): CURE".
+// The sentence of a finding: "stage 1: COUNT ONE|MANY (PLACES): CURE".
 struct Wording {
   FindingKind kind;
   const char* one;   // after the number 1
@@ -113,7 +113,7 @@ std::string Hits(const Example& example) {
   return Number(example.value) + " hits";
 }
 
-// kHitsNotKept is here for what a draw did; what a strict one would do, and kStatedProbs, are told apart.
+// kHitsNotKept is here for what a draw did. TextOf() words what a strict draw would do, and kStatedProbs.
 constexpr Wording kWordings[] = {
     {FindingKind::kNoPreviousWeight,
      "case is left out, because its weight of an earlier sampling isn't above 0",

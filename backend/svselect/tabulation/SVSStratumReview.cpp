@@ -74,7 +74,7 @@ bool SVSStratumData::OnlyApproaches(std::int32_t requested, bool anyFraction) co
   return stated == StatedProbs::kApproached || (stated == StatedProbs::kMetByWholeSizes && anyFraction);
 }
 
-// Only a draw that fails tells of these: its sums are in another order than these, so a size at the very
+// Only a draw that fails reports these: its sums are in another order than these, so a size at the very
 // limit can be beyond it here and not there.
 void SVSStratumData::ReviewLargeSizes(const SVKey& key, double limit, SVSFindings* findings) const {
   const SizeBounds bounds = fbUseMOSVar ? Bounds() : SizeBounds();
