@@ -155,6 +155,7 @@ TEST_F(DataFileTest, ReadsNativeFiles) {
       {"a width beyond memory", "'7'", 2147483647, "'1'",
        "variable \"7\" is 2147483647 bytes wide, expected at most 16777216"},
       {"a width as of its text", "'7'", 16777217, "'1'", "", 16777217},
+      {"a name twice", "'8'", 4, "'1'", "two columns are named \"8\" and \"8\""},
       {"a negative width", "'7'", -1, "'1'", "a variable of a negative width"},
   };
   int number = 0;
