@@ -6,61 +6,51 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
+#include "TestFolder.h"
 #include "host/files/CommitJournal.h"
 #include "host/files/TemporaryFile.h"
-#include "host/files/TemporaryFolder.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
 constexpr std::size_t kParts = 3;
-constexpr const char* kKey = "abcdefgh2345";
-
-void Put(const std::string& path, const std::string& text) {
-  std::ofstream(path) << text;
-}
-
-std::string Get(const std::string& path) {
-  std::ostringstream text;
-  text << std::ifstream(path).rdbuf();
-  return fs::exists(path) ? text.str() : "none";
-}
+constexpr const char* kNames = "a.csv b.csv c.csv";
 
 // A folder with three files of an earlier run, and a commit of new ones that ends as by a kill.
 class KilledRun : public ::testing::Test {
 protected:
-  std::string Path(std::size_t part) const { return fFolder.Path() + "/" + "abc"[part] + ".csv"; }
+  static std::string Name(std::size_t part) { return std::string(1, "abc"[part]) + ".csv"; }
+  std::string Path(std::size_t part) const { return fFolder.Path(Name(part)); }
 
-  // Everything up to `renames` renames. Without a journal none of them is done.
-  void Kill(bool hasJournal, std::size_t renames) {
+  // Everything up to `renames` renames, of which the first `restored` are taken back. Without a journal none of
+  // them is done.
+  void Kill(bool hasJournal, std::size_t renames, std::size_t restored = 0) {
     std::vector<std::unique_ptr<TemporaryFile>> files;
-    std::vector<JournalPart> parts;
+    fvParts.clear();
     std::string why;
     for (std::size_t i = 0; i < kParts; ++i) {
-      Put(Path(i), "old");
+      if (i > 0 || restored == 0) fFolder.Write(Name(i), "old");  // else the first file is new
       files.push_back(TemporaryFile::Open(Path(i), &why));
       ASSERT_NE(files.back(), nullptr) << why;
-      Put(files.back()->TemporaryPath(), "new");
+      std::ofstream(files.back()->TemporaryPath()) << "new";
       ASSERT_TRUE(files.back()->Finish(&why) && files.back()->KeepOldFile(&why)) << why;
-      parts.push_back(files.back()->Part());
-      ASSERT_TRUE(files.back()->NoteJournal(parts.front(), &why)) << why;
+      fvParts.push_back(files.back()->Part());
+      ASSERT_TRUE(files.back()->NoteJournal(fvParts.front(), &why)) << why;
     }
     if (hasJournal) {
-      ASSERT_TRUE(WriteJournal(files.front()->Folder(), parts, &why)) << why;
+      ASSERT_TRUE(WriteJournal(files.front()->Folder(), fvParts, &why)) << why;
     }
     for (std::size_t i = 0; i < renames; ++i) ASSERT_TRUE(files[i]->Replace(&why)) << why;
+    for (std::size_t i = 0; i < restored; ++i) EXPECT_TRUE(files[i]->Restore());
     for (const auto& file : files) file->Leave();
-    fvParts = parts;
   }
 
-  std::string Texts() const { return Get(Path(0)) + " " + Get(Path(1)) + " " + Get(Path(2)); }
-  std::ptrdiff_t Names() const { return std::distance(fs::directory_iterator(fFolder.Path()), {}); }
+  std::string Text(std::size_t part) const { return fFolder.Text(Name(part)); }
+  std::string Texts() const { return Text(0) + " " + Text(1) + " " + Text(2); }
 
-  const TemporaryFolder fFolder;
+  const TestFolder fFolder;
   std::vector<JournalPart> fvParts;
 };
 
@@ -76,18 +66,29 @@ TEST_F(KilledRun, IsFinishedFromAnyOfItsFiles) {
       Kill(true, renames);
       EXPECT_TRUE(FinishKilledRun(Path(met), &why)) << why;
       EXPECT_EQ(Texts(), "new new new");
-      EXPECT_EQ(Names(), 3);
+      EXPECT_EQ(fFolder.Names(), kNames);
       Kill(true, renames);
       EXPECT_TRUE(WriteWholeFile(Path(met), "newer", &why)) << why;
-      EXPECT_EQ(Get(Path(met)) + Get(Path((met + 1) % kParts)), "newernew");
-      EXPECT_EQ(Names(), 3);
+      EXPECT_EQ(Text(met) + Text((met + 1) % kParts), "newernew");
+      EXPECT_EQ(fFolder.Names(), kNames);
     }
     Kill(false, 0);
-    for (std::size_t i = 0; i < kParts; ++i) {
+    for (std::size_t i = 0; i < kParts; ++i)
       EXPECT_TRUE(FinishKilledRun(Path((met + i) % kParts), &why)) << why;
-      EXPECT_EQ(Names(), 3 + 2 * static_cast<std::ptrdiff_t>(kParts - 1 - i));
-    }
     EXPECT_EQ(Texts(), "old old old");
+    EXPECT_EQ(fFolder.Names(), kNames);
+  }
+}
+
+// Goal: a commit that is taken back leaves no instant at which the journal would lead to a mixture.
+TEST_F(KilledRun, IsFinishedWhereACommitWasTakenBack) {
+  std::string why;
+  for (std::size_t restored = 1; restored <= kParts; ++restored) {
+    Kill(true, kParts, restored);
+    EXPECT_TRUE(FinishKilledRun(Path(1), &why)) << why;
+    EXPECT_EQ(Texts(), "new new new");
+    EXPECT_EQ(fFolder.Names(), kNames);
+    fs::remove(Path(0));
   }
 }
 
@@ -103,7 +104,7 @@ TEST_F(KilledRun, IsFinishedInSeveralTries) {
   fs::remove(Path(1));
   EXPECT_TRUE(FinishKilledRun(Path(2), &why)) << why;
   EXPECT_EQ(Texts(), "new new new");
-  EXPECT_EQ(Names(), 3);
+  EXPECT_EQ(fFolder.Names(), kNames);
 }
 
 // Goal: only one process at a time settles a commit, and a living run isn't touched.
@@ -119,7 +120,7 @@ TEST_F(KilledRun, IsLeftToWhoHoldsItsFirstLock) {
     EXPECT_EQ(Texts(), "new old old");
   }
   // Where the first part belongs to a later run, this one was never committed or was taken back.
-  Put(LockPath(Path(0)), kKey);
+  std::ofstream(LockPath(Path(0))) << "abcdefgh2345";
   const FileDescriptor later(LockPath(Path(0)), O_RDONLY);
   ASSERT_EQ(flock(later.Get(), LOCK_EX), 0);
   EXPECT_TRUE(FinishKilledRun(Path(1), &why)) << why;
@@ -128,9 +129,9 @@ TEST_F(KilledRun, IsLeftToWhoHoldsItsFirstLock) {
 
 // Goal: nothing is reached through a link, and nothing of another account is believed.
 TEST_F(KilledRun, BelievesNoStranger) {
-  const std::string victim = fFolder.Path() + "/victim";
+  const std::string victim = fFolder.Path("victim");
   fs::create_directory(victim);
-  Put(victim + "/new.csv", "planted");
+  fFolder.Write("victim/new.csv", "planted");
   std::string why;
   // A part's folder has become a link to another folder.
   Kill(true, 0);
@@ -139,7 +140,7 @@ TEST_F(KilledRun, BelievesNoStranger) {
   fs::create_directory_symlink(victim, folder);
   EXPECT_TRUE(FinishKilledRun(Path(0), &why)) << why;
   EXPECT_EQ(Texts(), "new old new");
-  EXPECT_EQ(Get(victim + "/new.csv"), "planted");
+  EXPECT_EQ(fFolder.Text("victim/new.csv"), "planted");
   fs::remove(folder);
   // The journal is a link.
   Kill(true, 0);
@@ -155,30 +156,4 @@ TEST_F(KilledRun, BelievesNoStranger) {
   ASSERT_EQ(chown(journal.c_str(), kNobody, kNobody), 0);
   EXPECT_TRUE(FinishKilledRun(Path(0), &why)) << why;
   EXPECT_EQ(Texts(), "old old old");
-}
-
-// Goal: a commit that is taken back leaves no instant at which the journal would lead to a mixture.
-TEST_F(KilledRun, RestoresForWhoeverFindsTheJournal) {
-  for (std::size_t restored = 0; restored <= kParts; ++restored) {
-    std::vector<std::unique_ptr<TemporaryFile>> files;
-    std::vector<JournalPart> parts;
-    std::string why;
-    for (std::size_t i = 0; i < kParts; ++i) {
-      if (i > 0) Put(Path(i), "old");  // the first file is new
-      files.push_back(TemporaryFile::Open(Path(i), &why));
-      Put(files.back()->TemporaryPath(), "new");
-      ASSERT_TRUE(files.back()->Finish(&why) && files.back()->KeepOldFile(&why)) << why;
-      parts.push_back(files.back()->Part());
-      ASSERT_TRUE(files.back()->NoteJournal(parts.front(), &why)) << why;
-    }
-    ASSERT_TRUE(WriteJournal(files.front()->Folder(), parts, &why)) << why;
-    for (const auto& file : files) ASSERT_TRUE(file->Replace(&why)) << why;
-    for (std::size_t i = 0; i < restored; ++i) EXPECT_TRUE(files[i]->Restore());
-    for (const auto& file : files) file->Leave();
-    files.clear();
-    EXPECT_TRUE(FinishKilledRun(Path(1), &why)) << why;
-    EXPECT_EQ(Texts(), "new new new");
-    EXPECT_EQ(Names(), 3);
-    fs::remove(Path(0));
-  }
 }

@@ -15,17 +15,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void Put(const std::string& path, const std::string& text) {
-  std::ofstream(path) << text;
-}
-// "none" where there is no file.
-std::string Get(const std::string& path) {
-  if (!fs::exists(path)) return "none";
-  std::ostringstream text;
-  text << std::ifstream(path).rdbuf();
-  return text.str();
-}
-
 // Goal: whichever step a commit ends after, the target is the old file or the new one, and nothing is left
 // beside it.
 TEST(TemporaryFile, LeavesTheOldFileOrTheNewOne) {
@@ -89,11 +78,11 @@ class Planted : public ::testing::Test {
 protected:
   Planted() {
     fs::create_directory(fVictim);
-    Put(fVictim + "/new", "kept");
-    Put(fVictim + "/file", "kept");
+    fFolder.Write("victim/new", "kept");
+    fFolder.Write("victim/file", "kept");
   }
   void ExpectVictimUntouched() const {
-    EXPECT_EQ(Get(fVictim + "/new") + Get(fVictim + "/file"), "keptkept");
+    EXPECT_EQ(fFolder.Text("victim/new") + fFolder.Text("victim/file"), "keptkept");
     EXPECT_EQ(std::distance(fs::directory_iterator(fVictim), {}), 2);
   }
 
@@ -113,7 +102,7 @@ TEST_F(Planted, UnderTheNameOfTheLock) {
     std::string why;
     EXPECT_FALSE(WriteWholeFile(fTarget, "new", &why));
     EXPECT_EQ(why, fLock + " is in the way and no file; remove it");
-    EXPECT_EQ(Get(fTarget), "none");
+    EXPECT_FALSE(fs::exists(fTarget));
     EXPECT_TRUE(fs::remove(fLock));
     EXPECT_FALSE(fs::exists(fFolder.Path("nowhere")));
     ExpectVictimUntouched();
@@ -121,7 +110,7 @@ TEST_F(Planted, UnderTheNameOfTheLock) {
   fs::create_hard_link(fVictim + "/file", fLock);
   std::string why;
   EXPECT_TRUE(WriteWholeFile(fTarget, "new", &why)) << why;
-  EXPECT_EQ(Get(fTarget), "new");
+  EXPECT_EQ(fFolder.Text("t.csv"), "new");
   ExpectVictimUntouched();
 }
 
@@ -134,14 +123,14 @@ TEST_F(Planted, AsTheFolderOfAKilledRun) {
   };
   const Case kCases[] = {
       {"abcdefgh2345", [&] { fs::create_directory_symlink(fVictim, named); }},
-      {"abcdefgh2345", [&] { Put(named, "x"); }},
+      {"abcdefgh2345", [&] { std::ofstream(named) << "x"; }},
       {"abcdefgh2345", [&] { ASSERT_EQ(mkfifo(named.c_str(), 0666), 0); }},
       {"x/../../victim", [&] { fs::create_directory(fFolder.Path(".t.csv.svselect-x")); }},
       {"x/../victim", [&] {}},
   };
   for (const Case& c : kCases) {
     c.plant();
-    Put(fLock, c.key);
+    std::ofstream(fLock) << c.key;
     std::string why;
     EXPECT_TRUE(WriteWholeFile(fTarget, "new", &why)) << why;
     EXPECT_EQ(fs::remove(named), c.key == kCases[0].key) << "it was left alone";
@@ -149,8 +138,8 @@ TEST_F(Planted, AsTheFolderOfAKilledRun) {
   }
   if (geteuid() != 0) GTEST_SKIP() << "only root can make files of another account";
   fs::create_directory(named);
-  Put(named + "/new", "of another account");
-  Put(fLock, "abcdefgh2345");
+  std::ofstream(named + "/new") << "of another account";
+  std::ofstream(fLock) << "abcdefgh2345";
   constexpr uid_t kNobody = 65534;
   ASSERT_TRUE(chown(named.c_str(), kNobody, kNobody) == 0 && chown(fLock.c_str(), kNobody, kNobody) == 0);
   std::string why;
@@ -170,11 +159,11 @@ TEST_F(Planted, InPlaceOfTheFolderOfARun) {
   EXPECT_EQ(fs::status(folder).permissions(), fs::perms::owner_all);
   fs::rename(folder, fFolder.Path("moved"));
   fs::create_directory_symlink(fVictim, folder);
-  Put(file->TemporaryPath(), "new");
+  std::ofstream(file->TemporaryPath()) << "new";
   EXPECT_TRUE(file->Finish(&why) && file->KeepOldFile(&why) && file->Replace(&why) && file->SyncPlace(&why))
       << why;
   file->Settle();
-  EXPECT_EQ(Get(fTarget), "new");
+  EXPECT_EQ(fFolder.Text("t.csv"), "new");
   ExpectVictimUntouched();
 }
 
