@@ -51,15 +51,13 @@ TEST(Findings, AreToldOnceAndRefusedWhenStrict) {
     return Wor(StrataOf(Var("s")) + Table(Var("s"), Row("1", {"1"}) + Row("2", {second}), count));
   };
   struct Case {
-    const char* aim;
-    std::string csv;
-    std::string stage;
+    std::string aim, csv, stage;
     End end;
     const char* part;  // of the one line; empty if there is no line
     const char* other = "";
   };
   const Case kCases[] = {
-      {"nothing", "s,u,size\na,1,1\na,2,1\n", Stage("pps_systematic", kUnits + Size("1") + kBySize),
+      {"nothing", "s,u,size\na,1,1\na,2,1\n", Stage("pps_systematic", kUnits + Size(" 1 ") + kBySize),
        End::kDrawn, ""},
       {"a missing stratum", "s,u\na,1\n,2\n,3\nb,\n", Wor(kUnits + Size("1")), End::kDrawn,
        "3 of 4 cases are left out: 2 without s, 1 without u"},
@@ -89,7 +87,7 @@ TEST(Findings, AreToldOnceAndRefusedWhenStrict) {
       {"probabilities that are only approached",
        "s,u,size\na,1,1\na,2,2\na,3,3\na,4,4\na,5,5\na,6,6\na,7,7\n", Stage("pps_brewer", kUnits + kBySize),
        End::kRefused,
-       "PPS_BREWER comes only near the probabilities that it states, by at most 0.0254 (s = a, ",
+       "PPS_BREWER comes only near the probabilities that it states, in this draw by at most 0.0254 (s = a, ",
        "u = 7: stated 0.5, true 0.5254); --exact-design draws"},
       {"units too large, each with its limit", "s,u,size\na,1,8\na,2,1\nb,1,1\nb,2,1\nb,3,4\n",
        Stage("pps_systematic", kUnits + Size("2") + kBySize), End::kFailed,

@@ -4,6 +4,7 @@
 
 #include "SurveyFolder.h"
 #include "host/command/KORV_TokenSequence.h"
+#include "host/environment/HostSession.h"
 #include "session/RunReport.h"
 #include "session/SeededCommand.h"
 
@@ -83,11 +84,7 @@ TEST(Report, ShowsStagesByStratum) {
 // What the sample or the plan leaves out isn't made up.
 TEST(Report, SaysWhatIsNotKnownOfAStage) {
   struct Case {
-    const char* aim;
-    std::string stages;
-    std::string rest;
-    std::string there;
-    std::string notThere;
+    std::string aim, stages, rest, there, notThere;
   };
   const std::string kPlain = Wor(StrataOf(Var("s")) + Size("2"));
   const std::string kFar =

@@ -47,7 +47,7 @@ struct HundredUnits : SurveyFolder {
 };
 
 // Draws that many units, in proportion to a variable or to its value within bounds.
-std::string Draw(const char* method, const char* count, const std::string& size = Var("size")) {
+std::string Draw(const std::string& method, const char* count, const std::string& size = Var("size")) {
   return Stage(method, ClustersOf(Var("unit")) + Size(count) + "<MOS fromData='no'>" + size + "</MOS>");
 }
 
@@ -207,9 +207,7 @@ TEST(RunSurvey, CommitsItsReportsWithItsData) {
 // be endless, not the reading before it or the writing after it.
 TEST(RunReview, AdvisesOnADrawThatMayNeverEnd) {
   struct Case {
-    const char* aim;
-    const char* method;
-    const char* command;
+    std::string aim, method, command;
     int passes;
     bool isExact;
     bool isAdvised;
@@ -240,9 +238,7 @@ TEST(RunReview, AdvisesOnADrawThatMayNeverEnd) {
 // PPS_BREWER meets them by its exact design alone.
 TEST(CommandedPlan, AdvisesWhereTheDrawIsOnlyNear) {
   struct Case {
-    const char* aim;
-    const char* method;
-    std::string size;
+    std::string aim, method, size;
     bool isAdvised;
     bool isExact = false;
   };

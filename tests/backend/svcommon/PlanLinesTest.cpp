@@ -38,8 +38,7 @@ TEST(PlanFaults, SayWhatIsWrong) {
       "pps_brewer, pps_murthy or pps_sampford";
   const struct {
     const char* message;  // a part of it
-    std::string design;
-    std::string lines;
+    std::string design, lines;
   } kCases[] = {
       {"in sample design", Wor(kTyped + kSizeOf3) + In("Weight", Var("Type")),
        "'Type' is used twice; names ignore case"},
@@ -110,9 +109,7 @@ TEST(PlanFaults, SayWhatIsWrong) {
 // A place is where the start tag begins, whatever comes before it and however the tag is broken into lines.
 TEST(PlanFaults, SayWhere) {
   const struct {
-    const char* aim;
-    std::string text;
-    const char* place;
+    std::string aim, text, place;
   } kCases[] = {
       {"behind text", "<p>\n <SampleDesign>\n\n  <SampleStage/></SampleDesign></p>", "line 4, column 3"},
       {"behind a declaration", "<?xml version='1.0'?>\n\n<p/>", "line 3, column 1"},
@@ -158,10 +155,7 @@ TEST(PlanContradictions, AreTold) {
     return In("KORVSurveyPlans", "<SampleDesign numberOfStages='" + count + "'>" + kGood + "</SampleDesign>");
   };
   const std::string two = Var("a") + Var("b");
-  const struct {
-    std::string text;
-    std::string lines;
-  } kCases[] = {
+  const std::pair<std::string, std::string> kCases[] = {
       {stages("1"), ""},
       {stages(" 1 "), ""},
       {stages(""), ""},
@@ -183,11 +177,11 @@ TEST(PlanContradictions, AreTold) {
       {Design(Wor(kTyped + Table(Var("type"), Row("1", {"A"}) + Row("2", {"B"}) + Row("3", {"A"}), 3))),
        "stage 1: row 3 of the table has the same categories as row 1; the last such row counts"},
   };
-  for (const auto& c : kCases) {
-    SCOPED_TRACE(c.text);
-    const PlanReading said(c.text);
+  for (const auto& [text, lines] : kCases) {
+    SCOPED_TRACE(text);
+    const PlanReading said(text);
     EXPECT_EQ(said.code, 0);
-    EXPECT_EQ(AllBehind(said.contradictions), c.lines);
+    EXPECT_EQ(AllBehind(said.contradictions), lines);
   }
 }
 

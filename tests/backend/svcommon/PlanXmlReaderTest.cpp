@@ -14,8 +14,7 @@ namespace {
 
 struct Case {
   int code;
-  const char* aim;
-  std::string text;
+  std::string aim, text;
 };
 
 const std::string kType = Var("type");
@@ -96,8 +95,7 @@ TEST(PlanXmlReader, ReadsAnalysisDesigns) {
     EXPECT_EQ(PlanReading("<!DOCTYPE KORVSurveyPlans SYSTEM 'x'>" + plan, true).message, message) << inner;
   }
   const struct {
-    const char* plan;
-    const char* message;
+    std::string plan, message;
     int estimator;
   } kEstimators[] = {
       {"<p/>", "AnalysisDesign is missing in plan file...", kSamplingWor},

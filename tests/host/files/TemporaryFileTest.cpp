@@ -21,8 +21,7 @@ TEST(TemporaryFile, LeavesTheOldFileOrTheNewOne) {
   struct Case {
     const char* aim;
     std::size_t steps;  // of Finish, KeepOldFile, Replace, SyncPlace, Settle
-    const char* during;
-    const char* after;
+    std::string during, after;
   };
   const Case kCases[] = {
       {"only written", 0, "old", "old"}, {"finished", 1, "old", "old"}, {"kept", 2, "old", "old"},
@@ -87,6 +86,7 @@ protected:
   }
 
   const TestFolder fFolder;
+  std::string fWhy;  // the reason of the last failure
   const std::string fVictim = fFolder.Path("victim");
   const std::string fTarget = fFolder.Path("t.csv");
   const std::string fLock = fFolder.Path(".t.csv.svselect-lock");
@@ -99,17 +99,15 @@ TEST_F(Planted, UnderTheNameOfTheLock) {
       [&] { ASSERT_EQ(mkfifo(fLock.c_str(), 0666), 0); }, [&] { fs::create_directory(fLock); }};
   for (const auto& plant : kPlants) {
     plant();
-    std::string why;
-    EXPECT_FALSE(WriteWholeFile(fTarget, "new", &why));
-    EXPECT_EQ(why, fLock + " is in the way and no file; remove it");
+    EXPECT_FALSE(WriteWholeFile(fTarget, "new", &fWhy));
+    EXPECT_EQ(fWhy, fLock + " is in the way and no file; remove it");
     EXPECT_FALSE(fs::exists(fTarget));
     EXPECT_TRUE(fs::remove(fLock));
     EXPECT_FALSE(fs::exists(fFolder.Path("nowhere")));
     ExpectVictimUntouched();
   }
   fs::create_hard_link(fVictim + "/file", fLock);
-  std::string why;
-  EXPECT_TRUE(WriteWholeFile(fTarget, "new", &why)) << why;
+  EXPECT_TRUE(WriteWholeFile(fTarget, "new", &fWhy)) << fWhy;
   EXPECT_EQ(fFolder.Text("t.csv"), "new");
   ExpectVictimUntouched();
 }
@@ -131,9 +129,8 @@ TEST_F(Planted, AsTheFolderOfAKilledRun) {
   for (const Case& c : kCases) {
     c.plant();
     std::ofstream(fLock) << c.key;
-    std::string why;
-    EXPECT_TRUE(WriteWholeFile(fTarget, "new", &why)) << why;
-    EXPECT_EQ(fs::remove(named), c.key == kCases[0].key) << "it was left alone";
+    EXPECT_TRUE(WriteWholeFile(fTarget, "new", &fWhy)) << fWhy;
+    EXPECT_EQ(fs::remove(named), std::string_view(c.key) == kCases[0].key) << "it was left alone";
     ExpectVictimUntouched();
   }
   if (geteuid() != 0) GTEST_SKIP() << "only root can make files of another account";
@@ -142,16 +139,14 @@ TEST_F(Planted, AsTheFolderOfAKilledRun) {
   std::ofstream(fLock) << "abcdefgh2345";
   constexpr uid_t kNobody = 65534;
   ASSERT_TRUE(chown(named.c_str(), kNobody, kNobody) == 0 && chown(fLock.c_str(), kNobody, kNobody) == 0);
-  std::string why;
-  EXPECT_TRUE(WriteWholeFile(fTarget, "newer", &why)) << why;
+  EXPECT_TRUE(WriteWholeFile(fTarget, "newer", &fWhy)) << fWhy;
   EXPECT_TRUE(fs::exists(named + "/new"));
 }
 
 // Goal: a run writes in its own folder, whatever is put under that folder's name meanwhile.
 TEST_F(Planted, InPlaceOfTheFolderOfARun) {
-  std::string why;
-  const std::unique_ptr<TemporaryFile> file = TemporaryFile::Open(fTarget, &why);
-  ASSERT_NE(file, nullptr) << why;
+  const std::unique_ptr<TemporaryFile> file = TemporaryFile::Open(fTarget, &fWhy);
+  ASSERT_NE(file, nullptr) << fWhy;
   fs::path folder;
   for (const auto& entry : fs::directory_iterator(fFolder.path)) {
     if (entry.is_directory() && entry.path() != fVictim) folder = entry.path();
@@ -160,8 +155,9 @@ TEST_F(Planted, InPlaceOfTheFolderOfARun) {
   fs::rename(folder, fFolder.Path("moved"));
   fs::create_directory_symlink(fVictim, folder);
   std::ofstream(file->TemporaryPath()) << "new";
-  EXPECT_TRUE(file->Finish(&why) && file->KeepOldFile(&why) && file->Replace(&why) && file->SyncPlace(&why))
-      << why;
+  EXPECT_TRUE(file->Finish(&fWhy) && file->KeepOldFile(&fWhy) && file->Replace(&fWhy) &&
+              file->SyncPlace(&fWhy))
+      << fWhy;
   file->Settle();
   EXPECT_EQ(fFolder.Text("t.csv"), "new");
   ExpectVictimUntouched();
@@ -171,34 +167,28 @@ TEST_F(Planted, KeysDiffer) {
   const std::string key = PrivateFolder::MakeKey();
   EXPECT_EQ(key.size(), 12U);
   EXPECT_NE(key, PrivateFolder::MakeKey());
-  std::string why;
-  EXPECT_NE(PrivateFolder::Make(fTarget, key, &why), nullptr) << why;
+  EXPECT_NE(PrivateFolder::Make(fTarget, key, &fWhy), nullptr) << fWhy;
   fs::create_directory_symlink(fVictim, fFolder.Path(".t.csv.svselect-" + key));
-  EXPECT_EQ(PrivateFolder::Make(fTarget, key, &why), nullptr);
-  EXPECT_EQ(why, "File exists");
+  EXPECT_EQ(PrivateFolder::Make(fTarget, key, &fWhy), nullptr);
+  EXPECT_EQ(fWhy, "File exists");
 }
 
-// A link with the name of a stale folder is neither followed nor removed.
+// Goal: the folders of killed processes go, those of living ones stay. A link with the name of a stale folder is
+// neither followed nor removed.
 TEST_F(Planted, AmongTemporaryFolders) {
-  const TemporaryFolder living;
-  const std::string link = living.Path() + "link";
-  fs::create_directory_symlink(fVictim, link);
-  const TemporaryFolder next;
-  EXPECT_TRUE(fs::remove(link));
-  ExpectVictimUntouched();
-}
-
-// Goal: the folders of killed processes go, those of living ones stay.
-TEST(TemporaryFolder, RemovesStaleFolders) {
   std::optional<TemporaryFolder> living(std::in_place);
   const std::string stale = living->Path() + "stale";
   const std::string other = fs::path(living->Path()).parent_path().string() + "/svselect-test-other";
   fs::create_directories(stale + "/f");
   fs::create_directory(other);
+  const std::string link = living->Path() + "link";
+  fs::create_directory_symlink(fVictim, link);
   const TemporaryFolder next;
   EXPECT_TRUE(fs::is_directory(living->Path()) && fs::is_directory(next.Path()));
   EXPECT_FALSE(fs::exists(stale));
   EXPECT_TRUE(fs::remove(other)) << "it hasn't our name";
+  EXPECT_TRUE(fs::remove(link));
+  ExpectVictimUntouched();
   const std::string path = living->Path();
   living.reset();
   EXPECT_FALSE(fs::exists(path));
