@@ -1,13 +1,11 @@
 #include <gmock/gmock.h>
 
 #include <regex>
-#include <sstream>
 
-#include "FrameSession.h"
-#include "PlanText.h"
+#include "SurveyFolder.h"
 #include "host/command/KORV_TokenSequence.h"
+#include "host/environment/HostSession.h"
 #include "session/RunReport.h"
-#include "session/RunSurvey.h"
 #include "session/SeededCommand.h"
 
 using testing::HasSubstr;
@@ -15,25 +13,18 @@ using testing::Not;
 
 namespace {
 
-// A run over a small frame with one report. In the command "@" is the folder of the run.
+// A run over a small frame with one report.
 struct Reported {
   Reported(const std::string& csv, const std::string& stages, const std::string& command,
            const std::string& name = "r.txt") {
-    const TestFolder folder;
-    std::ofstream(folder.path / "f.csv") << csv;
-    std::ofstream(folder.path / "p.xml") << Design(stages + Out("Weight", "w"));
+    const SurveyFolder folder(csv, stages);
     HostSession session;
-    RunRequest request;
-    request.frame.path = folder.path / "f.csv";
-    request.reports = {folder.path / name};
-    request.command =
-        std::regex_replace("SVSELECT /PLAN FILE='@/p.xml' " + command, std::regex("@"), folder.path.string());
+    RunRequest request = folder.Request(command);
+    request.reports = {folder.Path(name)};
     const SurveyOutcome outcome = RunSurvey(session, request);
     status = outcome.status;
     facts = outcome.facts;
-    std::ostringstream whole;
-    whole << std::ifstream(folder.path / name).rdbuf();
-    text = whole.str();
+    text = folder.Text(name);
   }
 
   std::string Fact(const std::string& label) const {
@@ -55,7 +46,7 @@ const std::string kFrame = "s,c\n1,a\n1,a\n1,b\n1,b\n2,c\n2,c\n2,c\n2,c\n2,d\n2,
 const std::string kStages = "<SampleStage label='Clusters' selectionMethod='simple_wor'>" +
                             StrataOf(Var("s")) + ClustersOf(Var("c")) + Size("1") + Out("IncProb", "p1") +
                             "</SampleStage>" + Wor(Size("2") + Out("IncProb", "p2"));
-const std::string kSample = "/CRITERIA SEED=7 /SAMPLEFILE OUTFILE='@/s.csv' ";
+const std::string kSample = "/CRITERIA SEED=7 " + kSampleFile;
 
 const std::string kManyClusters = [] {
   std::string csv = "c\n";
@@ -93,11 +84,7 @@ TEST(Report, ShowsStagesByStratum) {
 // What the sample or the plan leaves out isn't made up.
 TEST(Report, SaysWhatIsNotKnownOfAStage) {
   struct Case {
-    const char* aim;
-    std::string stages;
-    std::string rest;
-    std::string there;
-    std::string notThere;
+    std::string aim, stages, rest, there, notThere;
   };
   const std::string kPlain = Wor(StrataOf(Var("s")) + Size("2"));
   const std::string kFar =

@@ -21,8 +21,7 @@ namespace {
 struct FileCase {
   const char* aim;
   FileRole role;
-  std::string name;
-  const char* says;
+  std::string name, says;
 };
 
 class Claims : public FrameFixture {
