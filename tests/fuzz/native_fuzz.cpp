@@ -1,9 +1,11 @@
-// A native file as another program might have left it: its tables changed by statements. It is refused with a
-// reason, or opened and read to its end. Changed bytes are the part of flip-bytes.
+// A native file as another program might have left it: its tables changed by statements, or bytes of the file
+// changed with its checksums made to fit. It is refused with a reason, or opened and read as far as it goes.
 
 #include <fuzzer/FuzzedDataProvider.h>
 
+#include <cstring>
 #include <map>
+#include <sstream>
 
 #include "FrameFuzz.h"
 #include "host/engine/DuckDb.h"
@@ -72,6 +74,38 @@ void ChangeTables(FuzzedDataProvider& choose) {
   }
 }
 
+// DuckDB's files: three headers of 4096 bytes, then blocks; each begins with the checksum of what comes after
+// it.
+void FitChecksums(std::string& file) {
+  constexpr std::size_t kHeader = 4096;
+  constexpr std::size_t kHeaders = 3 * kHeader;
+  constexpr std::size_t kBlock = 16384;
+  for (std::size_t at = 0; at < file.size();) {
+    const std::size_t bytes = std::min(at < kHeaders ? kHeader : kBlock, file.size() - at);
+    std::uint64_t sum = 5381;
+    for (std::size_t i = sizeof sum; i + sizeof sum <= bytes; i += sizeof sum) {
+      std::uint64_t word = 0;
+      std::memcpy(&word, &file[at + i], sizeof word);
+      sum ^= word * 0xbf58476d1ce4e5b9U;
+    }
+    std::memcpy(&file[at], &sum, sizeof sum);
+    at += bytes;
+  }
+}
+
+void ChangeBytes(const std::string& path, FuzzedDataProvider& choose) {
+  std::ostringstream whole;
+  whole << std::ifstream(path, std::ios::binary).rdbuf();
+  std::string bytes = whole.str();
+  for (int count = choose.ConsumeIntegralInRange(1, 8); count > 0; --count) {
+    bytes[choose.ConsumeIntegralInRange<std::size_t>(0, bytes.size() - 1)] = choose.ConsumeIntegral<char>();
+  }
+  if (choose.ConsumeIntegralInRange(0, 9) == 9)
+    bytes.resize(choose.ConsumeIntegralInRange<std::size_t>(0, bytes.size()));
+  FitChecksums(bytes);
+  std::ofstream(path, std::ios::binary) << bytes;
+}
+
 constexpr const char* kFrame = "n,s\n1,t1\n2,t2\n";
 constexpr const char* kSchema =
     R"({"fields": [{"name": "n", "type": "number", "title": "a number", "missingValues": ["9"],
@@ -86,8 +120,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FuzzedDataProvider choose(data, size);
   Require(Opens(session.Write("frame.csv", kFrame), session.Write("schema.json", kSchema)));
   const std::string path = MakeFile(session.Path("native.sav"));
-  ChangeTables(choose);
+  const bool changesBytes = choose.ConsumeBool();
+  if (!changesBytes) ChangeTables(choose);
   HostSession::Current().Layer<WorkDatabase>().Connect().Run("DETACH f");
-  if (Opens(path)) Require(ReadAllCases());
+  if (changesBytes) ChangeBytes(path, choose);
+  if (Opens(path)) Require(ReadAllCases() || changesBytes);
   return 0;
 }
