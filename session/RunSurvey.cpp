@@ -119,6 +119,7 @@ private:
   bool OpenRunFrame() {
     try {
       OpenFrame(fSession, fRequest.frame);
+      AddFrameRemark(fSession);
       return true;
     } catch (const DataError& error) {
       return !StopRequested() && Fail(error.what());  // a stop request makes reading fail too
