@@ -270,7 +270,9 @@ void AddSession(CLI::App& app, RunOptions& options) {
            "Number of threads; if not given, the number of processors. The sample is the same with any")
       ->check(Allowed("a number of threads: 1 to 1024", IsThreads));
   group.AddRepeated("--report", options.reports, "FILE",
-                    "File for the report, .html, .json or .txt. May be given several times");
+                    "File for the report, .html, .json or .txt; or .R, for R code that loads the sample. May "
+                    "be given several "
+                    "times");
   group.Add("--save", options.save, "FILE",
             "Data file for the frame; if there is no --sample, with the new variables");
   group
@@ -400,7 +402,7 @@ std::string UsageError(const CLI::App& app, const RunOptions& options) {
   }
   for (const std::string& report : options.reports) {
     if (KindOfReport(report) == ReportKind::kUnknown) {
-      return "--report " + QuotedWord(report) + ": the name must end in .html, .json or .txt";
+      return "--report " + QuotedWord(report) + ": the name must end in .html, .json, .txt or .R";
     }
   }
   return "";

@@ -35,7 +35,7 @@ struct Found {
     remarks = outcome.remarks;
     hasSample = std::filesystem::exists(folder.path / "s.csv");
     std::ostringstream text;
-    WriteReport(ReportKind::kJson, outcome, text);
+    WriteReport(session, "r.json", outcome, text);
     json = text.str();
   }
 
