@@ -155,7 +155,7 @@ private:
           "Joint probabilities are those of clusters. To use them, add up the variables of each cluster "
           "first.");
     }
-    return WriteStages(probabilities, "IncProb", ",\n  pps = \"brewer\"");
+    return WriteStages(probabilities, "IncProb", "pps = \"brewer\"");
   }
 
   bool WriteBySizes() {
@@ -167,7 +167,7 @@ private:
     }
     const bool hasSizes = std::find(sizes.begin(), sizes.end(), "") == sizes.end();
     return WriteStages(hasSizes ? sizes : probabilities, "PopulationSize",
-                       ", weights = ~" + RName(fScript.weight));
+                       "weights = ~" + RName(fScript.weight));
   }
 
   // A design of all stages, with a correction for each. False, after a comment, if a stage has none.
@@ -187,7 +187,7 @@ private:
       if (hasStrata) strata.push_back(stage.strata.empty() ? OneStratum() : Term(stage.strata));
     }
     for (const std::string& name : corrections) terms.push_back(RName(name));
-    Design(Formula(units), strata, ", fpc = " + Formula(terms) + rest);
+    Design(Formula(units), strata, "fpc = " + Formula(terms) + ", " + rest);
     return true;
   }
 
@@ -205,14 +205,14 @@ private:
     if (!units.empty() && fScript.stages.size() == 1 && !first.index.empty()) units.push_back(first.index);
     Names strata;
     if (!first.strata.empty()) strata.push_back(Term(first.strata));
-    Design(units.empty() ? "~1" : Formula({Term(units)}), strata, ", weights = ~" + RName(fScript.weight));
+    Design(units.empty() ? "~1" : Formula({Term(units)}), strata, "weights = ~" + RName(fScript.weight));
   }
 
   // Numbers of clusters need only differ within a stratum.
   void Design(const std::string& units, const Names& strata, const std::string& rest) {
     const bool isNested = !strata.empty() && units != "~1";
     fOut << "d <- svydesign(ids = " << units << (strata.empty() ? "" : ", strata = " + Formula(strata))
-         << rest << ", data = s" << (isNested ? ", nest = TRUE" : "") << ")\n";
+         << ",\n  " << rest << ", data = s" << (isNested ? ", nest = TRUE" : "") << ")\n";
   }
 
   // --- columns of the script's own ---------------------------------------------------------------------------
