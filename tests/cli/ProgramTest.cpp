@@ -37,7 +37,7 @@ TEST(Program, TellsWrongUseInOneLine) {
       {"$S run --plan p --keep a b", "'b' isn't expected"},
       {"$S run --plan p --data f -- x", "'--' isn't expected: run takes options only"},
       {"$S -- describe x", "'--' isn't expected", "(svselect --help"},
-      {"$S run --plan p --keep 'a /PRINT CPS'", "--keep: 'a /PRINT CPS' isn't a name"},
+      {"$S run --plan p --keep 'a\t/PRINT CPS'", "--keep: 'a /PRINT CPS' isn't a name"},
       {"$S run --plan p --stages 1,4", "--stages: '4' isn't a stage: 1, 2 or 3"},
       {"$S run --plan p --data f --stages 1,1", "--stages: '1' is given twice"},
       {"$S run --plan p --seed 1e3", "--seed: '1e3' isn't a seed"},
@@ -83,6 +83,8 @@ TEST(Program, TakesWhatIsMeantWell) {
       {"$S plan --data ./-f.csv -- -p.xml", "Sample design of 2 stages"},
       {"$S run --plan p --explain --sample s --keep ' a , b' --keep c --print 'cps, selection'",
        "KEEP=a b c\n  /PRINT CPS SELECTION.\n"},
+      {"$S run --plan p --explain --sample s --keep 'a, b c,n-1' --drop \"it's\"",
+       "KEEP=a 'b c' 'n-1' DROP='it''s'."},
       {"$S run --plan p --explain --stages '1, 2' --seed 2147483647", "STAGES=1 2 SEED=2147483647."},
   };
   const ProgramFolder folder;

@@ -24,7 +24,7 @@ struct Found {
     remarks = outcome.remarks;
     hasSample = std::filesystem::exists(folder.Path("s.csv"));
     std::ostringstream text;
-    WriteReport(ReportKind::kJson, outcome, text);
+    WriteReport(session, "r.json", outcome, text);
     json = text.str();
   }
 

@@ -298,6 +298,36 @@ TEST(RunReview, SaysWhatWasNotKept) {
   }
 }
 
+// A variable of the frame that a plan or a word of a command can't name: quoted, the command can; for the plan it
+// must have another name.
+TEST(RunSurvey, SaysWhatToDoAboutAName) {
+  struct Case {
+    const char* stratum;
+    const char* keep;
+    std::vector<std::string> remarks;
+    const char* header = "";
+  };
+  const Case kCases[] = {
+      {"s", "'a b' id", {}, "a b,id,w"},
+      {"s", "\"N-1\" S", {}, "n-1,s,w"},
+      {"s", "n-1", {"the frame has a variable 'n-1'; in a command write the name in quotes"}},
+      {"s", "'n-2'", {}},
+      {"a b", "id", {"the frame has a variable 'a b', which no plan can name; rename it there, as in a_b"}},
+  };
+  for (const Case& c : kCases) {
+    const SurveyFolder folder(Wor(StrataOf(Var(c.stratum)) + Size("1")));
+    folder.Write("f.csv", "a b,n-1,id,s\n1,1,1,1\n");
+    HostSession session;
+    const SurveyOutcome outcome = RunSurvey(session, folder.Request(std::string("KEEP=") + c.keep));
+    EXPECT_EQ(outcome.status == RunStatus::kOk, *c.header != '\0') << c.keep;
+    std::vector<std::string> remarks = outcome.remarks;
+    std::erase_if(remarks,
+                  [](const std::string& remark) { return remark.find("is no valid name") != remark.npos; });
+    EXPECT_EQ(remarks, c.remarks);
+    EXPECT_THAT(folder.Text("s.csv"), testing::StartsWith(c.header));
+  }
+}
+
 // All that a run can be asked for beyond its command is among the facts, once each and by its own words.
 TEST(RunReport, KnowsWhatItTakesToRunItAgain) {
   HostSession session({.exactDesign = true});

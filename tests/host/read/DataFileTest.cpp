@@ -230,7 +230,7 @@ TEST_F(DataFileTest, NamesWhatIsWrongWithAFile) {
       {"b2.csv", "a,b\n\"\"\n", "b2.csv, line 2: 1 field, expected 2"},
       {"c.csv", "a\n1\n\"x\ny", "c.csv, line 3: a quote isn't closed"},
       {"d.csv", "a\n\"x\"y\n", "d.csv, line 2: text behind a closing quote"},
-      {"e.csv", "a\nb\nx\xFFy\n", "e.csv, line 3: invalid UTF-8"},
+      {"e.csv", "a\nb\nx\x81y\n", "e.csv, line 3: invalid UTF-8"},
       {"f.csv", "Ab,aB\n1,2\n", "f.csv, line 1: two columns are named \"Ab\" and \"aB\""},
       {"g.json", "[{\"a\":1},\n{\"a\":]}", "g.json, line 2: the text is no JSON"},
       {"h.json", "[{\"a\":1}, 2]", "h.json, object 2: a single value where an object is expected"},
