@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "backend/svcommon/design/MethodTable.h"
-#include "cli/HelpPage.h"
+#include "cli/OptionGroup.h"
 #include "cli/UsageWords.h"
 #include "host/text/NearestWord.h"
 #include "host/text/VariableNames.h"
@@ -34,11 +34,9 @@ constexpr std::string_view kMaxSeed = "2147483647";  // 2^31 - 1, the largest th
 
 // Headings of the help page. FirstPart() recognises the parts of the command by their group.
 
-const char* const kFrameGroup = "THE FRAME";
 const char* const kPartsGroup = "WHAT TO DRAW AND WRITE: THE COMMAND BY ITS PARTS";
 const char* const kWholeGroup = "THE COMMAND AS A WHOLE";
 const char* const kSessionGroup = "THE RUN";
-const char* const kHelpGroup = "HELP";
 
 // The sections after the options. tools/check-docs doesn't look at them: if you change an option, check
 // them and docs/svselect.1 by eye.
@@ -86,70 +84,6 @@ const char* const kProgramAfter = R"(EXAMPLES
   svselect run --help lists all options of a run; so does svselect(1).
 )";
 
-// Refuses an empty value, which is usually an unset variable of a script and must not pass for an option that
-// wasn't given. Refuses a value that looks like an option: then the value before it was forgotten.
-std::string WhyNoValue(const std::string& text) {
-  if (text.empty()) return "the value is empty";
-  const bool isOption =
-      text.starts_with("--") && (text.size() == 2 || CLI::detail::valid_first_char(text[2]));
-  return isOption ? "needs a value, and " + QuotedWord(text) + " follows" : "";
-}
-
-// Removes the blanks around an entry of a list, as in "a, b". As a validator it may change the text, and
-// never finds an error.
-std::string Trim(std::string& text) {
-  CLI::detail::trim(text);
-  return "";
-}
-
-// Declares options under one heading of the help page. `type` names the value there, as FILE or N. Every
-// option may be given once, except those of AddList() and AddRepeated().
-class OptionGroup {
-public:
-  OptionGroup(CLI::App& app, const char* name) : fApp(app), fpName(name) {}
-
-  CLI::Option* Add(const char* name, std::string& value, const char* type, const char* help) {
-    return Settle(fApp.add_option(name, value, help), type);
-  }
-  CLI::Option* Add(const char* name, int& value, const char* type, const char* help) {
-    return Settle(fApp.add_option(name, value, help), type);
-  }
-  // A list with commas, a repeated option, or both.
-  CLI::Option* AddList(const char* name, std::vector<std::string>& values, const char* type,
-                       const char* help) {
-    return AddRepeated(name, values, type, help)->delimiter(',')->transform(CLI::Validator(Trim, ""));
-  }
-  // Each use of the option takes exactly one word: the parser's default would take all words that follow.
-  CLI::Option* AddRepeated(const char* name, std::vector<std::string>& values, const char* type,
-                           const char* help) {
-    return Settle(fApp.add_option(name, values, help), type)
-        ->expected(1)
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  }
-  // A flag takes no value, not even "=true".
-  void AddFlag(const char* name, bool& value, const std::string& help) {
-    fApp.add_flag(name, value, help)->group(fpName)->disable_flag_override();
-  }
-
-private:
-  CLI::Option* Settle(CLI::Option* option, const char* type) {
-    return option->group(fpName)->type_name(type)->check(CLI::Validator(WhyNoValue, ""));
-  }
-
-  CLI::App& fApp;
-  const char* fpName;
-};
-
-// A validator from a test; the message is "'WORD' isn't WHAT".
-CLI::Validator Allowed(const char* what, bool (*isAllowed)(const std::string&)) {
-  return CLI::Validator(
-      [=](const std::string& text) -> std::string {
-        return isAllowed(text) ? "" : QuotedWord(text) + " isn't " + what;
-      },
-      "");
-}
-
 bool IsWholeNumber(const std::string& text) {
   return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
@@ -189,14 +123,6 @@ bool IsWhen(const std::string& text) {
 // Whether a text is one word of a command: none of the characters that end a word or start something else.
 bool IsWord(const std::string& text) {
   return text.find_first_of(" \t\r\n\f\v,=/()'\"") == std::string::npos;
-}
-
-// The options that every subcommand has, and its page.
-void AddHelp(CLI::App& app, const HelpPage& page) {
-  app.set_help_flag("-h,--help", "Show this page")->group(kHelpGroup);
-  app.set_version_flag("--version", "svselect " SV_VERSION, "Show the version")->group(kHelpGroup);
-  app.allow_extras();  // UnexpectedWords() reports them, with a suggestion
-  SetHelpPage(app, page);
 }
 
 // The frame of a run. `plan` and `describe` have options of their own for theirs: no order, and no query of a
@@ -314,13 +240,6 @@ std::string ListError(const RunOptions& options) {
   return "";
 }
 
-// For subcommands with one argument: without it `otherwise` is reported, unless an unexpected word explains
-// what happened to it.
-std::string UnexpectedOrNothing(const CLI::App& app, const std::string& path, const std::string& otherwise) {
-  const std::string unexpected = UnexpectedWords(app);
-  return unexpected.empty() && path.empty() ? otherwise : unexpected;
-}
-
 }  // namespace
 
 void DescribeProgram(CLI::App& app) {
@@ -349,7 +268,7 @@ void DescribeRun(CLI::App& app, RunOptions& options) {
 }
 
 void DescribePlan(CLI::App& app, PlanOptions& options) {
-  app.add_option("PLAN", options.plan, "Sampling plan, an XML file")->group("ARGUMENTS");
+  app.add_option("PLAN", options.plan, "Sampling plan, an XML file")->group(kArgumentsGroup);
   OptionGroup group(app, kFrameGroup);
   group.Add("--data", options.frame.path, "FRAME", "Data file to check the plan against");
   group.Add("--schema", options.frame.schema, "FILE",
@@ -365,7 +284,7 @@ void DescribePlan(CLI::App& app, PlanOptions& options) {
 
 void DescribeDescribe(CLI::App& app, DescribeOptions& options) {
   app.add_option("FRAME", options.frame.path, "Data file: .sav, .parquet, .csv, .tsv, .json or .ndjson")
-      ->group("ARGUMENTS");
+      ->group(kArgumentsGroup);
   OptionGroup group(app, kFrameGroup);
   group.Add("--sql", options.frame.sql, "QUERY", "Query whose rows are the cases, instead of FRAME");
   group.Add("--schema", options.frame.schema, "FILE",

@@ -33,7 +33,7 @@ std::string CommonProblem(const SizeQuestion& question) {
   if (question.cv && !IsPositive(*question.cv))
     return NotAllowed("coefficient of variation", *question.cv, "above 0");
   if (!(question.confidence > 0.0 && question.confidence < 1.0))
-    return NotAllowed("confidence level", question.confidence, "above 0 and below 1");
+    return NotAllowed("confidence level", question.confidence, "above 0 and below 1, as 0.95");
   if (!IsPositive(question.designEffect))
     return NotAllowed("design effect", question.designEffect, "above 0");
   if (!(question.responseRate > 0.0 && question.responseRate <= 1.0))
@@ -120,9 +120,10 @@ SizeAnswer SampleSizeFor(const SizeQuestion& question) {
     answer.problem =
         fmt::format("{} answers are needed, and if all {} units were drawn, about {} would answer", answers,
                     *question.population, std::floor(*question.population * question.responseRate));
-  } else {
-    answer.answers = static_cast<std::int64_t>(answers);
-    answer.sample = static_cast<std::int64_t>(sample);
   }
+  answer.isOutOfReach = !answer.problem.empty();
+  if (answer.isOutOfReach) return answer;
+  answer.answers = static_cast<std::int64_t>(answers);
+  answer.sample = static_cast<std::int64_t>(sample);
   return answer;
 }

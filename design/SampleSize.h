@@ -33,6 +33,7 @@ struct SizeQuestion {
 // given; the rest is then undefined.
 struct SizeAnswer {
   std::string problem{};
+  bool isOutOfReach = false;    // the question is a good one, and no sample is large enough
   double z = 0.0;               // 0 if a coefficient of variation was asked for
   double simple = 0.0;          // simple random sample from a population without end
   double withEffect = 0.0;      // times the design effect
