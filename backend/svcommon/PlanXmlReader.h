@@ -115,6 +115,7 @@ private:
   // that child is missing.
   int ReadPlan(std::string path, int mode, const XMLCh* designName, int absent,
                int (PlanXmlReader::*readDesign)(const Element*));
+  void ReadTitle();
   int ReadSampleDesign(const Element* design);
   int ReadAnalysisDesign(const Element* design);
   int ReadDesignWeight(const Element* design, const XMLCh* name, KorvVarName* weight);

@@ -48,7 +48,7 @@ bool SVSParser::Parse() {
       messages.NoPlanSpecifications();
       return false;
     }
-    return CheckPlan() && CheckOutputFiles();
+    return ClaimTables() && CheckPlan() && CheckOutputFiles();
   }();
   plan = nullptr;
   planReader = nullptr;

@@ -141,6 +141,9 @@ private:
   void RemarkOnOutputs();
   bool RefusesPlan();
 
+  // A table that the plan has in a file of its own can't be an output of this run.
+  bool ClaimTables();
+
   // The plan, in the order of the checks: the plan as a whole, the joint probability file, each stage, and
   // last the output variables that exist already.
   bool CheckPlan();
