@@ -29,5 +29,9 @@ int TellPlan(const PlanOptions& options);
 // dictionary.
 int DescribeFile(const DescribeOptions& options);
 
+// `svselect design`: makes a plan from options. With --out writes it, and prints it in words, with the table of
+// its allocation; else prints it as JSON.
+int MakePlan(const DesignOptions& options);
+
 // `svselect size`: tells how many units a precision needs, as a table or JSON.
 int TellSize(const SizeOptions& options);

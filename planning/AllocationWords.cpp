@@ -53,8 +53,8 @@ std::string ReadNumbers(const std::string& key, const std::string& value, Alloca
   } else if (key != "units" && ParseNumber(value, &same)) {
     numbers.same = same;
   } else {
-    return fmt::format("{}={} is neither {}a .csv file", key, QuotedWord(value),
-                       key == "units" ? "" : "a number nor ");
+    return fmt::format("{}={} is{} a .csv file", key, QuotedWord(value),
+                       key == "units" ? "n't" : " neither a number nor");
   }
   return "";
 }

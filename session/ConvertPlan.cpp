@@ -27,7 +27,7 @@ Lines Obstacles(const PlanReading& reading, PlanForm form, const std::string& ta
 
 // Claims what was read, so that it isn't overwritten, and the target. Errors: DataError.
 void ClaimFiles(PathClaims& claims, const SVPlanSpecs& plan, const std::string& target) {
-  claims.ClaimForReading(FileRole::kPlan, plan.file);
+  if (!plan.file.empty()) claims.ClaimForReading(FileRole::kPlan, plan.file);
   for (const std::string& table : plan.tableFiles) claims.ClaimForReading(FileRole::kPlan, table);
   int number = PathClaims::kNone;
   const FileFlags flags = claims.ClaimForWriting(FileRole::kPlan, target, target, &number);

@@ -13,7 +13,7 @@ PlanForm FormOfPlan(const std::string& path);
 
 // Writes a plan that was read to another file, in the form of that file's name, and makes sure that it reads
 // back as the same plan. The file appears whole or not at all, and replaces an older one; it can't be the plan
-// itself, nor one of its tables.
+// itself, nor one of its tables. A plan that was made and not read names no file.
 //
 // What the other form can't hold is a problem, and nothing is written: members that XML doesn't have; of an
 // XML plan what a JSON plan refuses, such as two rows of a table for the same categories, and numbers that

@@ -32,6 +32,7 @@ void ReadWords(const DesignRequest& request, SVPlanSpecs* plan, Lines* problems)
   stages.Read(request.stages);
   *problems = stages.Problems();
   plan->title = request.title;
+  plan->isJson = true;
   const auto read = [&](const char* option, const std::string& text, KorvVarName* name) {
     if (text.empty()) return;
     *name = text;
@@ -146,12 +147,12 @@ void AllocateFirstStage(HostSession& session, const DesignRequest& request, cons
   };
   add(design->allocation.problems, &reading.problems);
   if (counts.leftOut > 0) {
-    reading.remarks.push_back(
+    design->remarks.push_back(
         fmt::format("--allocate: {} of the frame {} left out, since a stratum or cluster is missing",
                     counts.leftOut == 1 ? "1 case" : fmt::format("{} cases", counts.leftOut),
                     counts.leftOut == 1 ? "is" : "are"));
   }
-  add(design->allocation.remarks, &reading.remarks);
+  add(design->allocation.remarks, &design->remarks);
   if (reading.problems.empty()) SetSizes(design->allocation, &stage);
 }
 

@@ -19,9 +19,10 @@ struct DesignRequest {
 };
 
 struct PlanDesign {
-  PlanReading reading;  // as if the plan had been read from a file, which it hasn't: no file is named
-  PlannedAllocation allocation;  // without strata if none was asked for
-  std::string variable;          // whose deviations were used; empty for none
+  PlanReading reading;               // as if the plan had been read from a file; but it names none
+  std::vector<std::string> remarks;  // on the frame and the allocation
+  PlannedAllocation allocation;      // without strata if none was asked for
+  std::string variable;              // whose deviations were used; empty for none
 };
 
 // Makes a plan from words. With a frame, its names are looked up in the dictionary, and so is whether the
