@@ -129,7 +129,7 @@ private:
   // A size or rate, whose kind has been set.
   void ReadRequest(Index value);
   void ReadTable(Index by, Index rows, Index file);
-  void ReadTableVariables(Index by);
+  bool ReadTableVariables(Index by);
   void ReadRow(Index row);
   bool ReadCategory(Index value, std::string* category);
   void CheckRepeatedRows();
