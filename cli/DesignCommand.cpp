@@ -4,7 +4,7 @@
 #include <iostream>
 
 #include "backend/svcommon/PlanInWords.h"
-#include "backend/svcommon/PlanText.h"
+#include "backend/svcommon/PlanAsText.h"
 #include "backend/svcommon/design/MethodTable.h"
 #include "cli/Subcommands.h"
 #include "cli/Terminal.h"

@@ -1,8 +1,8 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
+#include "backend/svcommon/PlanAsText.h"
 #include "backend/svcommon/PlanJsonReader.h"
-#include "backend/svcommon/PlanText.h"
 #include "backend/svcommon/design/MethodTable.h"
 #include "host/model/Values.h"
 

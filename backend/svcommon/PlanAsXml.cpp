@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "backend/svcommon/PlanText.h"
+#include "backend/svcommon/PlanAsText.h"
 #include "backend/svcommon/design/MethodTable.h"
 #include "host/model/Values.h"
 

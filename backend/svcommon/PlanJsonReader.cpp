@@ -64,6 +64,14 @@ bool PlanJsonReader::IsForm(const Member& member, JsonKind kind) {
   return std::find(member.forms.begin(), member.forms.end(), kind) != member.forms.end();
 }
 
+bool PlanJsonReader::HasMember(Index object, std::string_view name) const {
+  const std::vector<Index> entries = fJson.Entries(object);
+  for (std::size_t i = 0; i < entries.size(); i += 2) {
+    if (fJson.Text(entries[i]) == name) return true;
+  }
+  return false;
+}
+
 // Nearest words aren't looked for in vain: an object can have a million names.
 void PlanJsonReader::FaultUnknown(Index name, const std::vector<std::string>& known, const char* of) {
   if (fFaults.IsFull()) return Fault(kPlanInvalidFile, name, "");

@@ -85,6 +85,7 @@ private:
   void FaultUnknown(Index name, const std::vector<std::string>& known, const char* of);
   void ReadMembers(Index object, Members members, const char* of);
   static bool IsForm(const Member& member, JsonKind kind);
+  bool HasMember(Index object, std::string_view name) const;  // right or wrong
 
   // The plan as a whole.
   bool ReadFile(const std::string& path);
@@ -128,7 +129,7 @@ private:
   // A size or rate, whose kind has been set.
   void ReadRequest(Index value);
   void ReadTable(Index by, Index rows, Index file);
-  void ReadTableVariables(Index by);
+  bool ReadTableVariables(Index by);
   void ReadRow(Index row);
   bool ReadCategory(Index value, std::string* category);
   void CheckRepeatedRows();
@@ -152,9 +153,8 @@ private:
 
   SVPlanSpecs* fpPlan;  // borrowed, never null
   JsonTree fJson;
-  std::string fPath;          // as the caller named it
-  int fStage = 0;             // the stage that is being read; 0 outside the stages
-  bool fbHasMeasure = false;  // a stage had a size, right or wrong
+  std::string fPath;  // as the caller named it
+  int fStage = 0;     // the stage that is being read; 0 outside the stages
   int fCode = 0;
   SV_XML::PlanLines fFaults;
   std::vector<TablePlaces> fvTables;        // of the stages

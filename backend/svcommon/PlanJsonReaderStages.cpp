@@ -89,7 +89,6 @@ void PlanJsonReader::ReadPositive(Index value, double* bound) {
 
 // `size` is a member of the stage, and of the plan in the model: only the first stage can draw by size.
 void PlanJsonReader::ReadMeasure(Index value) {
-  fbHasMeasure = true;
   if (!MethodOfType(Stage().type).IsPps()) {
     if (Stage().type != kSamplingNoValue)
       Fault(kPlanInvalidFile, value, "'size' has no effect: only a pps_ method draws by size");
@@ -128,13 +127,14 @@ void PlanJsonReader::CheckStage(Index stage) {
   const bool isTwo =
       Stage().paramSource == kParamNotGiven ||
       (Stage().paramSource == kParamByValue && Stage().paramKind == kParamSize && Stage().paramValue == 2.0);
-  if (Stage().paramKind == kParamNone && !method.twoUnits)
+  if (!method.twoUnits && !HasMember(stage, "n") && !HasMember(stage, "rate"))
     Fault(kPlanNoSizeOrRate, stage, "the stage has neither 'n' nor 'rate'");
   if (method.twoUnits && !isTwo) {
     Fault(kPlanBadSampleSize, stage,
           QuotedWord(method.word) + " draws two units of each stratum: leave 'n' and 'rate' out");
   }
-  if (method.IsPps() && !fbHasMeasure) Fault(kPlanNoMos, stage, "the stage draws by size, and has no 'size'");
+  if (method.IsPps() && !HasMember(stage, "size"))
+    Fault(kPlanNoMos, stage, "the stage draws by size, and has no 'size'");
   CheckBounds(stage);
 }
 

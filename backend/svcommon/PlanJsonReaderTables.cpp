@@ -44,7 +44,7 @@ void PlanJsonReader::ReadRequest(Index value) {
 
 // REQUIRES: one of `rows` and `file` is given, the other is 0.
 void PlanJsonReader::ReadTable(Index by, Index rows, Index file) {
-  ReadTableVariables(by);
+  if (!ReadTableVariables(by)) return;
   if (rows != 0) {
     for (const Index row : fJson.Entries(rows)) ReadRow(row);
   } else {
@@ -60,11 +60,13 @@ void PlanJsonReader::ReadTable(Index by, Index rows, Index file) {
   CheckRepeatedRows();
 }
 
-void PlanJsonReader::ReadTableVariables(Index by) {
+// False if the variables are such that rows mean nothing.
+bool PlanJsonReader::ReadTableVariables(Index by) {
   const std::vector<Index> entries = fJson.Entries(by);
   if (entries.empty()) Fault(kPlanBadMatrixVariable, by, "'by' names no variable");
   if (entries.size() > kMaxPlanListVariables)
-    return Fault(kPlanInvalidFile, entries[kMaxPlanListVariables], "the list has too many variables");
+    Fault(kPlanInvalidFile, entries[kMaxPlanListVariables], "the list has too many variables");
+  if (entries.empty() || entries.size() > kMaxPlanListVariables) return false;
   for (const Index entry : entries) {
     if (fJson.Kind(entry) != JsonKind::kText) {
       Fault(kPlanInvalidFile, entry, "the name of a variable is a text, in quotes");
@@ -75,6 +77,7 @@ void PlanJsonReader::ReadTableVariables(Index by) {
     Stage().paramMatrix.addVarName(name);
     Fault(TableVariableFault(*fpPlan, fStage, name), entry);
   }
+  return true;
 }
 
 // A row that isn't what it should be is left out: the plan is refused, but can still be shown.

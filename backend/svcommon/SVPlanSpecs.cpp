@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <tuple>
 
-#include "backend/svcommon/PlanText.h"
+#include "backend/svcommon/PlanAsText.h"
 #include "host/text/TextConversion.h"
 
 namespace {

@@ -5,7 +5,7 @@
 
 #include "TestFolder.h"
 #include "backend/svcommon/PlanSource.h"
-#include "backend/svcommon/PlanText.h"
+#include "backend/svcommon/PlanAsText.h"
 #include "backend/svcommon/design/MethodTable.h"
 #include "host/environment/HostSession.h"
 
