@@ -23,8 +23,9 @@ const char* const kDesignAfter = R"(STAGES
     min, max              bounds of the number of units that a rate gives
     size                  cases, or a variable: the measure of size
     size_min, size_max    bounds of the measure of size
-    write                 output variables, as probability:p1,population:N1; also
-                          weight, cumulative_weight, sample_size, rate, index
+    write                 output variables, as probability:p1,weight:w1; also
+                          cumulative_weight, population, sample_size, rate,
+                          index
     label                 a name for the stage
 
 ALLOCATION
@@ -46,14 +47,14 @@ EXIT STATUS
   0 when there is a plan, 1 when not, 2 when svselect was called wrongly.
 
 EXAMPLES
-  Four counties of each region by size, then schools by type:
+  Four counties by size, then schools by type:
     svselect design \
-        --stage "strata=region clusters=county method=pps_sampford n=4 size=cases" \
+        --stage "clusters=county method=pps_sampford n=4 size=cases" \
         --stage "strata=type rate=E:0.05,M:0.1,H:0.2 min=2" \
         --weight w --out plan.json
   500 schools, allocated for the total of enrolment:
     svselect design --data schools.csv --stage "strata=type" --weight w \
-        --allocate "n=500 rule=neyman variable=enrolment min=20" --out plan.json
+        --allocate "n=500 rule=neyman variable=enrolment" --out plan.json
 )";
 
 const char* const kSizeAfter = R"(EXIT STATUS
@@ -94,7 +95,7 @@ void DescribeDesign(CLI::App& app, DesignOptions& options) {
              "File for the plan: JSON if its name ends in .json, XML if in .xml. If not given, the plan is "
              "printed as JSON");
   AddHelp(app, {{"--stage WORDS... --weight NAME [--out FILE] [OPTION]...",
-                 "--data FRAME --stage WORDS... --allocate WORDS --weight NAME [OPTION]..."},
+                 "--data FRAME --stage WORDS... --allocate WORDS --weight NAME"},
                 "Makes a sampling plan from options. With a frame, checks its names against the dictionary, "
                 "and allocates a sample over the strata of the first stage.",
                 kDesignAfter});
