@@ -27,6 +27,7 @@ struct Said {
     source = OpenPlan(folder.Write("p", text), &plan);
     code = source->readSamplePlan(folder.Path("p"));
     for (const std::string& line : source->Faults()) faults.push_back(Replace(line, folder.path, "@"));
+    if (!plan.isJson) return;
     row = Replace(source->LineAboutRow(1, 2, "x"), folder.path, "@");
     name = Replace(source->LineAboutName("S", "x"), folder.path, "@");
   }
