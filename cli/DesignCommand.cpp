@@ -3,8 +3,8 @@
 #include <cmath>
 #include <iostream>
 
-#include "backend/svcommon/PlanInWords.h"
 #include "backend/svcommon/PlanAsText.h"
+#include "backend/svcommon/PlanInWords.h"
 #include "backend/svcommon/design/MethodTable.h"
 #include "cli/Subcommands.h"
 #include "cli/Terminal.h"

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 #include <string_view>
+#include <tuple>
 #include <unordered_map>
 
 #include "host/engine/CaseEngine.h"
@@ -105,7 +106,9 @@ private:
   struct Value {  // of a stratum variable
     double number = 0.0;
     std::string text;
-    auto operator<=>(const Value&) const = default;
+    bool operator<(const Value& other) const {
+      return std::tie(number, text) < std::tie(other.number, other.text);
+    }
   };
   struct Stratum {
     std::vector<Value> values;

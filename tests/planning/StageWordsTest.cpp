@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "TestFolder.h"
-#include "backend/svcommon/PlanSource.h"
 #include "backend/svcommon/PlanAsText.h"
+#include "backend/svcommon/PlanSource.h"
 #include "backend/svcommon/design/MethodTable.h"
 #include "host/environment/HostSession.h"
 
