@@ -1,7 +1,7 @@
 #include "session/ConvertPlan.h"
 
-#include "backend/svcommon/PlanSource.h"
 #include "backend/svcommon/PlanAsText.h"
+#include "backend/svcommon/PlanSource.h"
 #include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
 #include "host/files/FileWriter.h"
