@@ -1,5 +1,7 @@
 #include "session/ConvertPlan.h"
 
+#include <fmt/format.h>
+
 #include "backend/svcommon/PlanAsText.h"
 #include "backend/svcommon/PlanSource.h"
 #include "host/environment/HostErrors.h"
@@ -19,8 +21,10 @@ Lines Obstacles(const PlanReading& reading, PlanForm form, const std::string& ta
   if (form == PlanForm::kXml) {
     for (const std::string& lack : XmlLacks(reading.plan)) obstacles.push_back(target + ": " + lack);
   } else if (!reading.remarks.empty()) {
-    obstacles.push_back(target + ": a plan in JSON can't be misread and doesn't contradict itself; correct " +
-                        reading.plan.file + " first, see the remarks");
+    obstacles.push_back(fmt::format(
+        "{}: a plan in JSON can't be misread and doesn't contradict itself; correct {} first, see "
+        "the remarks",
+        target, reading.plan.file));
   }
   return obstacles;
 }

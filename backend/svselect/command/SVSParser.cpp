@@ -34,7 +34,7 @@ bool SVSParser::Parse() {
     planReader = source.get();
     PlanSource& reader = *source;
     const int code = reader.readSamplePlan(planFile);
-    if (plan->isJson) specs->SetStrict(true);  // whatever the session says
+    if (plan->isJson) specs->SetJsonPlan();
     for (const std::string& number : reader.MisreadNumbers()) BpRemark(planFile + ": " + number);
     Remark(reader.Contradictions());
     if (code != 0) {
