@@ -188,8 +188,9 @@ std::optional<FinalWeights> ReviewWeights(HostSession& session) {
   std::optional<FinalWeights> weights =
       ReadFinalWeights(session, commanded->plan.weight.Text(), StagesOf(*commanded));
   const std::optional<FrameCases>& cases = session.Layer<OutputDocument>().Cases();
-  // Behind an earlier sampling the weights sum up to what that was drawn from.
-  if (weights && cases && commanded->plan.previousWeight.IsEmpty())
+  // Behind an earlier sampling the weights sum up to what that was drawn from, and so do those of later stages.
+  const bool beginsAtFirst = !commanded->stages.empty() && commanded->stages.front() == 1;
+  if (weights && cases && beginsAtFirst && commanded->plan.previousWeight.IsEmpty())
     weights->frameCases = cases->read - cases->leftOut;
   return weights;
 }

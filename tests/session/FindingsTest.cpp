@@ -79,6 +79,8 @@ TEST(Findings, AreToldOnceAndRefusedWhenStrict) {
        "1 case has another rate or size than the first case of its stratum (s = a: 1 and 2)"},
       {"more than there are", "s,u\na,1\na,2\nb,1\n", Wor(kUnits + Size("2")), End::kRefused,
        "stage 1: 1 stratum has fewer units than are asked for (s = b: 2 asked for, 1 there)"},
+      {"a rate of none", "s,u\na,1\na,2\na,3\nb,1\n", Wor(kUnits + Rate("0.3")), End::kRefused,
+       "stage 1: 1 stratum has a rate that comes to no unit (s = b: 0.3 of 1)"},
       {"hits without an Index", "s,u\na,1\n", Stage("simple_wr", kUnits + Size("3")), End::kRefused,
        "stage 1: 1 unit was hit more than once (s = a, u = 1: 3 hits)"},
       {"a case as the unit", "s,size\na,2\na,-3\na,9\n",

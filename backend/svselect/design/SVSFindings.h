@@ -17,6 +17,7 @@ enum class FindingKind : std::uint8_t {
   kUnequalSize,       // cases that disagree with the first of their unit on its measure of size
   kMissingSpec,       // strata without a rate or size
   kRateAboveOne,      // strata with a rate that no draw without replacement can have
+  kRoundsToNone,      // strata with a rate of so few units that none is drawn
   kTooFewUnits,       // strata that have fewer units than are asked for
   kMissingSize,       // units without a measure of size
   kNegativeSize,      // units with one below 0

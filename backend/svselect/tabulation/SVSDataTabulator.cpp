@@ -267,6 +267,7 @@ SVStatus SVSDataTabulator::CheckSamples() {
     if (const std::int32_t code = FailureBy(finding); code != 0 && !fStatus.IsError())
       fStatus = ErrorStatus(code);
   }
+  if (!fStatus.IsError()) RefusesFindings();
   return fStatus;
 }
 

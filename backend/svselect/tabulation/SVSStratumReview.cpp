@@ -30,6 +30,9 @@ void SVSStratumData::Review(const SVKey& key, SVSFindings* findings) const {
   if (request.status.code == kStatusRateAboveOne) {
     findings->Note(FindingKind::kRateAboveOne, fStageInd,
                    {.stratum = key, .unit = {}, .value = request.rate});
+  } else if (request.size == 0 && request.rate > 0.0) {
+    findings->Note(FindingKind::kRoundsToNone, fStageInd,
+                   {.stratum = key, .unit = {}, .value = request.rate, .other = 1.0 * NumUnits()});
   } else if (!method.withReplacement && request.size > NumUnits()) {
     findings->Note(FindingKind::kTooFewUnits, fStageInd,
                    {.stratum = key, .unit = {}, .value = 1.0 * request.size, .other = 1.0 * NumUnits()});
