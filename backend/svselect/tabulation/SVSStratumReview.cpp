@@ -34,7 +34,8 @@ void SVSStratumData::Review(const SVKey& key, SVSFindings* findings) const {
     findings->Note(FindingKind::kRoundsToNone, fStageInd,
                    {.stratum = key, .unit = {}, .value = request.rate, .other = 1.0 * NumUnits()});
   } else if (!method.withReplacement && request.size > NumUnits()) {
-    findings->Note(FindingKind::kTooFewUnits, fStageInd,
+    const bool isByBound = fInclProbType == kRateValue || fInclProbType == kRateVariable;
+    findings->Note(isByBound ? FindingKind::kFewerThanLeast : FindingKind::kTooFewUnits, fStageInd,
                    {.stratum = key, .unit = {}, .value = 1.0 * request.size, .other = 1.0 * NumUnits()});
   }
   const std::int32_t n = method.withReplacement ? request.size : std::min(request.size, NumUnits());
