@@ -2,14 +2,14 @@
 
 #include <utility>
 
-std::int32_t PairTable::Add(std::uint64_t pair, Slot* slot) {
-  *slot = {pair, fCount++};
-  const std::int32_t number = slot->number;
-  if (static_cast<std::size_t>(fCount) > fvSlots.size() / 2) {
-    std::vector<Slot> old(2 * fvSlots.size());
-    old.swap(fvSlots);
-    for (const Slot& moved : old) {
-      if (moved.number != kNone) fvSlots[SlotOf(moved.pair)] = moved;
+std::int32_t PairTable::Add(std::uint64_t pair, std::int32_t* slot) {
+  const auto number = static_cast<std::int32_t>(fvPairs.size());
+  *slot = number;
+  fvPairs.push_back(pair);
+  if (fvPairs.size() > fvSlots.size() / 2) {
+    fvSlots.assign(2 * fvSlots.size(), kNone);
+    for (std::int32_t moved = 0; moved <= number; ++moved) {
+      fvSlots[SlotOf(fvPairs[static_cast<std::size_t>(moved)])] = moved;
     }
   }
   return number;

@@ -28,28 +28,24 @@ struct SVSRows {
 
 // PairTable numbers pairs of whole numbers 0, 1, 2, ... in the order in which they are added.
 //
-// It is an open-addressed table with linear probing, at most half full. Numbering never depends on it but by
-// the order of the calls, so the hash may change.
+// It is an open-addressed table with linear probing, at most half full, whose slots hold numbers alone; the
+// pairs are in a list by number. That is small: the table of many units is most of what a pass reads beside
+// the frame. The numbers depend on the order of the calls and on nothing else, so the hash may change.
 class PairTable {
 public:
   static constexpr std::int32_t kNone = -1;
 
-  std::int32_t Count() const { return fCount; }
   // kNone for a pair without a number.
   std::int32_t Find(std::int32_t left, std::int32_t right) const {
-    return fvSlots[SlotOf(PairOf(left, right))].number;
+    return fvSlots[SlotOf(PairOf(left, right))];
   }
   std::int32_t FindOrAdd(std::int32_t left, std::int32_t right) {
     const std::uint64_t pair = PairOf(left, right);
-    Slot& slot = fvSlots[SlotOf(pair)];
-    return slot.number != kNone ? slot.number : Add(pair, &slot);
+    std::int32_t& slot = fvSlots[SlotOf(pair)];
+    return slot != kNone ? slot : Add(pair, &slot);
   }
 
 private:
-  struct Slot {
-    std::uint64_t pair = 0;
-    std::int32_t number = kNone;  // while the slot is free
-  };
   static constexpr std::size_t kFirstSlots = 64;  // a power of two, as it is always
 
   static std::uint64_t PairOf(std::int32_t left, std::int32_t right) {
@@ -59,23 +55,25 @@ private:
   // The slot of the pair, or the free one where it belongs. Multiplicative hashing [Knuth98, section 6.4]: the
   // upper half of the product is the well mixed one.
   std::size_t SlotOf(std::uint64_t pair) const {
+    const std::size_t mask = fvSlots.size() - 1;
     const std::uint64_t mixed = (pair ^ pair >> 29) * 0x9E3779B97F4A7C15U;
-    std::size_t slot = mixed >> 32 & (fvSlots.size() - 1);
-    while (fvSlots[slot].number != kNone && fvSlots[slot].pair != pair)
-      slot = (slot + 1) & (fvSlots.size() - 1);
+    std::size_t slot = mixed >> 32 & mask;
+    while (fvSlots[slot] != kNone && fvPairs[static_cast<std::size_t>(fvSlots[slot])] != pair) {
+      slot = (slot + 1) & mask;
+    }
     return slot;
   }
-  std::int32_t Add(std::uint64_t pair, Slot* slot);
+  std::int32_t Add(std::uint64_t pair, std::int32_t* slot);
 
-  std::vector<Slot> fvSlots = std::vector<Slot>(kFirstSlots);
-  std::int32_t fCount = 0;
+  std::vector<std::int32_t> fvSlots = std::vector<std::int32_t>(kFirstSlots, kNone);
+  std::vector<std::uint64_t> fvPairs;  // by number
 };
 
 // CodeNumbers extends the numbers of rows by the codes of some variables: rows get equal numbers where they
 // had equal ones and have equal codes. A chain of tables of pairs, (number so far, code), so a row costs one
 // probe for each variable, and no key is ever made. New numbers are given in the order of the rows.
 //
-// Cost: 32 bytes for each number and each prefix of its codes, at most twice that while a table grows.
+// Cost: 16 to 24 bytes for each number and each prefix of its codes.
 class CodeNumbers {
 public:
   static constexpr std::int32_t kNone = PairTable::kNone;
