@@ -48,12 +48,21 @@ void CaseValueReader::ReadBlock(const CaseColumn& column, bool assigns, std::spa
   if (column.numbers != nullptr) {
     for (std::size_t row = 0; row < codes.size(); ++row) {
       const double number = column.numbers[row] + 0.0;  // -0 is 0
-      codes[row] = fCaseValue.IsPresent(number) ? CodeOfNumber(number, assigns) : 0;
+      if (!fCaseValue.IsPresent(number)) {
+        codes[row] = 0;
+        continue;
+      }
+      codes[row] = CodeOfNumber(number, assigns);
     }
   } else {
     for (std::size_t row = 0; row < codes.size(); ++row) {
       const std::string_view text = column.texts[row];
-      codes[row] = fCaseValue.IsPresent(text) ? CodeOfText(text, assigns) : 0;
+      if (!fCaseValue.IsPresent(text)) {
+        codes[row] = 0;
+        continue;
+      }
+      const std::int32_t known = fShortTexts.Find(text);
+      codes[row] = known != 0 ? known : CodeOfText(text, assigns);
     }
   }
 }
@@ -63,8 +72,8 @@ std::int32_t CaseValueReader::CodeOfNumber(double number, bool assigns) {
   return assigns ? CodeOfObs(&cell) : CodeOf(&cell);
 }
 
+// Of a text that fShortTexts doesn't have.
 std::int32_t CaseValueReader::CodeOfText(std::string_view text, bool assigns) {
-  if (const std::int32_t known = fShortTexts.Find(text); known != 0) return known;
   fvTextCells.resize(fKeyCells);
   CopyText(text, fKeyCells, fvTextCells.data());
   const std::int32_t code = assigns ? CodeOfObs(fvTextCells.data()) : CodeOf(fvTextCells.data());

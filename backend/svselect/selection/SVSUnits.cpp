@@ -21,8 +21,7 @@ void SVSUnits::SetSize(std::int32_t unit, double size) {
   fvSizes[static_cast<std::size_t>(unit)] = size;
 }
 
-bool SVSUnits::CheckSize(std::int32_t unit, double value) {
-  const double size = SizeOf(unit);
+bool SVSUnits::CheckOtherSize(std::int32_t unit, double size, double value) {
   if (size == gMissingValue) {
     SetSize(unit, value);
     return value == gMissingValue;

@@ -39,7 +39,10 @@ public:
   void CountRecord(std::int32_t unit) { SetSize(unit, SizeOf(unit) + 1.0); }
   // Holds the value of a further record against the unit's size. False if they disagree. A size still missing
   // takes the value, and any other stays.
-  bool CheckSize(std::int32_t unit, double value);
+  bool CheckSize(std::int32_t unit, double value) {
+    const double size = SizeOf(unit);
+    return (size == value && size >= 0.0) || CheckOtherSize(unit, size, value);
+  }
 
   std::int32_t Count() const { return fCount; }
   double SizeOf(std::int32_t unit) const {
@@ -71,6 +74,8 @@ public:
   const Result* ResultOf(std::int32_t unit) const;
 
 private:
+  bool CheckOtherSize(std::int32_t unit, double size, double value);
+
   std::size_t fKeyLength;  // codes
   std::int32_t fCount = 0;
   double fCommonSize = MCMV::gMissingValue;  // of all units while fvSizes is empty

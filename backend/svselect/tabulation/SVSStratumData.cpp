@@ -73,14 +73,12 @@ std::int32_t SVSStratumData::AddUnit(const std::int32_t* key, double size) {
   return fUnits.Add(key, fbReadsSizes ? size : withoutVariable);
 }
 
-bool SVSStratumData::AddRecord(std::int32_t unit, double size) {
-  if (fbUseMOSData) fUnits.CountRecord(unit);
-  if (!fbReadsSizes || fUnits.CheckSize(unit, size)) return true;
-  if (!fbConstStatus && !fStatus.IsError()) {
-    fStatus = WarningStatus(kStatusUnequalSize);
-    fbConstStatus = true;
-    fpOutSamples->AddStatus(fStatus);
-  }
+// Records of a unit disagree on its measure of size. Always false.
+bool SVSStratumData::Disagree() {
+  if (fbConstStatus || fStatus.IsError()) return false;
+  fStatus = WarningStatus(kStatusUnequalSize);
+  fbConstStatus = true;
+  fpOutSamples->AddStatus(fStatus);
   return false;
 }
 

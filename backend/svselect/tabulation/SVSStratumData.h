@@ -63,15 +63,15 @@ public:
   double ConstValue() const { return fConstValues.front(); }
 
   // Adds a unit by its first record, and returns its number. `key` has the codes of its key; `size` is the
-  // record's value of the measure-of-size variable, which is read only where ReadsSizes().
+  // record's value of the measure-of-size variable, if there is one.
   std::int32_t AddUnit(const std::int32_t* key, double size);
   // Adds a further record to a unit. Warning 92033, once per stratum, if the records of a unit disagree on its
   // measure of size; false if this one does.
-  bool AddRecord(std::int32_t unit, double size);
+  bool AddRecord(std::int32_t unit, double size) {
+    if (fbUseMOSData) fUnits.CountRecord(unit);
+    return !fbReadsSizes || fUnits.CheckSize(unit, size) || Disagree();
+  }
   double SizeOf(std::int32_t unit) const { return fUnits.SizeOf(unit); }
-
-  // Whether a unit's size is the value of a variable in its records.
-  bool ReadsSizes() const { return fbReadsSizes; }
 
   // Looks at the request and at the measures of size as Select() is going to see them, and notes what makes
   // the results wrong or unclear. `key` is that of the stratum. Changes nothing.
@@ -109,6 +109,8 @@ public:
   void ClearWork() { fSelectSamples.ClearWork(); }
 
 private:
+  bool Disagree();
+
   // How many units are asked for, of how many. The status is a warning or an error about that.
   struct Request {
     std::int32_t size = 0;
