@@ -186,9 +186,9 @@ bool IsWhen(const std::string& text) {
   return text == "auto" || text == "always" || text == "never";
 }
 
-// Whether a text is one word of a command: none of the characters that end a word or start something else.
-bool IsWord(const std::string& text) {
-  return text.find_first_of(" \t\r\n\f\v,=/()'\"") == std::string::npos;
+// Whether a text can be the name of a variable in a command, which quotes it where it must.
+bool IsName(const std::string& text) {
+  return std::none_of(text.begin(), text.end(), [](char c) { return (c >= 0 && c < ' ') || c == '\x7F'; });
 }
 
 // The options that every subcommand has, and its page.
@@ -219,7 +219,7 @@ void AddFrame(CLI::App& app, FrameOptions& frame) {
 // value could change the meaning of the command; file names may hold anything, since they are quoted there.
 void AddCommandParts(CLI::App& app, CommandParts& parts) {
   OptionGroup group(app, kPartsGroup);
-  const CLI::Validator isWord = Allowed("a name", IsWord);
+  const CLI::Validator isName = Allowed("a name", IsName);
   group.Add("--plan", parts.plan, "PLAN", "Sampling plan, an XML file");
   group.AddList("--stages", parts.stages, "1,2", "Stages to draw; all if not given")
       ->check(Allowed("a stage: 1, 2 or 3", IsStage));
@@ -236,8 +236,8 @@ void AddCommandParts(CLI::App& app, CommandParts& parts) {
                 "draw is the same without it");
   group.Add("--sample", parts.sample, "FILE", "Data file for the sample: .sav, .parquet, .csv or .tsv");
   group.AddList("--keep", parts.keep, "A,B", "Variables to copy to the sample; all if not given")
-      ->check(isWord);
-  group.AddList("--drop", parts.drop, "A,B", "Variables not to copy to the sample, or ALL")->check(isWord);
+      ->check(isName);
+  group.AddList("--drop", parts.drop, "A,B", "Variables not to copy to the sample, or ALL")->check(isName);
   group.Add("--joint", parts.joint, "FILE", "Data file for the joint inclusion probabilities");
   group.Add("--rule", parts.rule, "FILE", "Text file for a rule that describes the sample");
   group
@@ -270,7 +270,9 @@ void AddSession(CLI::App& app, RunOptions& options) {
            "Number of threads; if not given, the number of processors. The sample is the same with any")
       ->check(Allowed("a number of threads: 1 to 1024", IsThreads));
   group.AddRepeated("--report", options.reports, "FILE",
-                    "File for the report, .html, .json or .txt. May be given several times");
+                    "File for the report, .html, .json or .txt; or .R, for R code that loads the sample. May "
+                    "be given several "
+                    "times");
   group.Add("--save", options.save, "FILE",
             "Data file for the frame; if there is no --sample, with the new variables");
   group
@@ -400,7 +402,7 @@ std::string UsageError(const CLI::App& app, const RunOptions& options) {
   }
   for (const std::string& report : options.reports) {
     if (KindOfReport(report) == ReportKind::kUnknown) {
-      return "--report " + QuotedWord(report) + ": the name must end in .html, .json or .txt";
+      return "--report " + QuotedWord(report) + ": the name must end in .html, .json, .txt or .R";
     }
   }
   return "";

@@ -210,6 +210,7 @@ int DescribeFile(const DescribeOptions& options) {
     isTold = FinishOutput();
   }
   RenderMessages(session.Layer<OutputDocument>(), std::cerr);
+  for (const std::string& remark : session.Layer<OutputDocument>().Remarks()) TellProblem(remark);
   for (const std::string& problem : described.problems) TellProblem(problem);
   return described.status == RunStatus::kOk && isTold ? kExitOk : kExitError;
 }

@@ -73,10 +73,20 @@ void ProgressLine::Run(bool isAtOnce) {
     Write(Text());
     wait = fbTerminal ? kOnTerminal : std::clamp(2 * wait, kElsewhere, kLongestElsewhere);
   }
-  if (fWritten > 0) {  // overwrites the line with blanks and returns to its start
-    Write("");
-    std::cerr << '\r' << std::flush;
-  }
+  Clear();
+}
+
+// Overwrites the line with blanks and returns to its start. REQUIRES: fMutex is held.
+void ProgressLine::Clear() {
+  if (fWritten == 0) return;
+  Write("");
+  std::cerr << '\r' << std::flush;
+}
+
+void ProgressLine::Tell(const std::string& problem) {
+  const std::lock_guard lock(fMutex);
+  Clear();
+  TellProblem(problem);
 }
 
 // The text to show, without the prefix; empty before the first pass. REQUIRES: fMutex is held.

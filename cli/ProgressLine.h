@@ -35,6 +35,9 @@ public:
   void ShowTask(const std::string& task);
   void ShowPasses(std::int64_t cases);
 
+  // Prints a problem, on a line of its own above.
+  void Tell(const std::string& problem);
+
   // Clears the line. Nothing is shown afterwards. May be called again.
   void Stop();
 
@@ -44,6 +47,7 @@ private:
   void Run(bool isAtOnce);
   std::string Text() const;
   void Write(const std::string& text);
+  void Clear();
 
   const CaseProgress& fProgress;
   const bool fbTerminal;

@@ -43,12 +43,14 @@ std::string TaskOf(RunStep step, const RunOptions& options) {
   }
 }
 
-// The line is gone when this returns: nothing may be written to standard error before. Without a progress
+// The line is gone when this returns: nothing else may be written to standard error before. Without a progress
 // line the sinks stay empty, which saves the run from counting the cases.
-SurveyOutcome RunWithProgress(HostSession& session, const RunOptions& options) {
+// `told` becomes the remark that was shown before the draw.
+SurveyOutcome RunWithProgress(HostSession& session, const RunOptions& options, std::string* told) {
   ProgressLine progress(options.progress, TaskOf(RunStep::kReadFrame, options),
                         session.Layer<CaseProgress>());
   RunSinks sinks;
+  sinks.replaces = [&](const std::string& remark) { progress.Tell(*told = remark); };
   if (progress.IsOn()) {
     sinks.stepBegins = [&](RunStep step) {
       const std::string task = TaskOf(step, options);
@@ -60,14 +62,16 @@ SurveyOutcome RunWithProgress(HostSession& session, const RunOptions& options) {
 }
 
 // Prints messages and remarks on standard error. Warnings of an interrupted run aren't printed: there is no
-// sample that they could be about.
-void TellOutcome(const RunOutcome& outcome, const OutputDocument& document) {
+// sample that they could be about. A remark that was told before isn't repeated.
+void TellOutcome(const RunOutcome& outcome, const OutputDocument& document, const std::string& told) {
   if (outcome.status == RunStatus::kCancelled) {
     TellProblem("interrupted; no sample was written");
   } else {
     RenderMessages(document, std::cerr);
   }
-  for (const std::string& remark : outcome.remarks) TellProblem(remark);
+  for (const std::string& remark : outcome.remarks) {
+    if (remark != told) TellProblem(remark);
+  }
 }
 
 }  // namespace
@@ -86,9 +90,10 @@ int ExplainCommand(const RunOptions& options) {
 int RunSample(const RunOptions& options) {
   HostSession session(options.settings);
   CatchInterrupts();
-  const SurveyOutcome outcome = RunWithProgress(session, options);
+  std::string told;
+  const SurveyOutcome outcome = RunWithProgress(session, options, &told);
   const OutputDocument& document = session.Layer<OutputDocument>();
-  TellOutcome(outcome, document);
+  TellOutcome(outcome, document, told);
   if (!options.quiet) RenderText(document, TerminalWidth(STDOUT_FILENO), std::cout);
   bool isTold = FinishOutput();  // whether the user got everything that was asked for
   for (const std::string& problem : outcome.reportProblems) {

@@ -102,6 +102,8 @@ std::optional<FinalWeights> OfSampleFile(HostSession& session, const OutputFile&
         Review([&](const std::vector<int>& columns) { return frame.engine->Open(columns, 0); },
                SampleReviewer(frame.dictionary, ofFrame, variable, stages));
     weights.file = file.path;
+    for (const KORV_Variable& column : frame.dictionary.variables)
+      weights.columns.push_back({column.GetName(), column.GetType() > 0});
     return weights;
   } catch (const DataError& error) {
     throw DataError(fmt::format("{} can't be read back: {}", file.path, error.what()));

@@ -16,6 +16,12 @@ struct FinalWeights {
   std::string file;      // the sample file, as written in the command; empty for the active file
   WeightSummary summary;
   std::vector<StageReview> stages{};
+  // Of the sample file; empty without one.
+  struct Column {
+    std::string name;
+    bool isString;
+  };
+  std::vector<Column> columns{};
   // Valid cases of the frame, whose number the sum of the weights estimates; empty if it doesn't.
   std::optional<std::int64_t> frameCases{};
 };

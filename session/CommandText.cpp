@@ -32,6 +32,16 @@ std::string Words(const std::vector<std::string>& words) {
   return text;
 }
 
+// Names of variables. The word ALL is left as it is: it means all of them.
+std::string Names(const std::vector<std::string>& names) {
+  std::vector<std::string> words;
+  for (const std::string& name : names) {
+    const bool isWord = ValidateKORVName(name) == 0 || GetUpperString(name) == "ALL";
+    words.push_back(isWord ? name : Quoted(name));
+  }
+  return Words(words);
+}
+
 // One subcommand on a line of its own. Without any parameter it is left out of the command, since an empty
 // subcommand is an error there.
 class Subcommand {
@@ -70,8 +80,8 @@ std::string CommandText(const CommandParts& parts) {
 
   Subcommand sample("SAMPLEFILE");
   sample.AddIf(!parts.sample.empty(), "OUTFILE=" + Quoted(parts.sample));
-  sample.AddIf(!parts.keep.empty(), "KEEP=" + Words(parts.keep));
-  sample.AddIf(!parts.drop.empty(), "DROP=" + Words(parts.drop));
+  sample.AddIf(!parts.keep.empty(), "KEEP=" + Names(parts.keep));
+  sample.AddIf(!parts.drop.empty(), "DROP=" + Names(parts.drop));
 
   Subcommand joint("JOINTPROB");
   joint.AddIf(!parts.joint.empty(), "OUTFILE=" + Quoted(parts.joint));

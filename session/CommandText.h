@@ -20,6 +20,7 @@ struct CommandParts {
 };
 
 // The command that these parts make: one line for each subcommand, ended by a full stop. File names are
-// quoted; other texts are written as they are.
-// REQUIRES: no text but a file name holds a blank or one of , = / ( ) ' ".
+// quoted, and so are names of variables that can't be words of a command; other texts are written as they are.
+// REQUIRES: no name has a control character; no text but these and file names holds a blank or one of
+//           , = / ( ) ' ".
 std::string CommandText(const CommandParts& parts);

@@ -1,10 +1,12 @@
 #include "session/FileClaims.h"
 
+#include "host/engine/ActiveFile.h"
 #include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
 #include "host/files/FileKind.h"
 #include "host/files/ReadableFile.h"
 #include "host/files/SessionFiles.h"
+#include "host/output/OutputDocument.h"
 
 bool Fail(const std::string& text) {
   IssueHostMessage(text, kErrorLevel);
@@ -33,6 +35,11 @@ bool ClaimFrame(HostSession& session, const FrameOptions& frame) {
   if (FileExists(beside)) return ClaimInput(claims, FileRole::kSchema, beside);
   claims.KeepFree(FileRole::kSchema, beside);
   return true;
+}
+
+void AddFrameRemark(HostSession& session) {
+  const std::string& remark = session.Layer<ActiveFile>().Remark();
+  if (!remark.empty()) session.Layer<OutputDocument>().AddRemark(remark);
 }
 
 std::vector<std::string> ClaimReports(HostSession& session, const std::vector<std::string>& reports,

@@ -20,6 +20,9 @@ bool Fail(const std::string& text);
 // Errors: false after a message if a file is in use. Any other fault is left to the code that opens the file.
 bool ClaimFrame(HostSession& session, const FrameOptions& frame);
 
+// Makes what there is to tell about how the open frame was read a remark of the session's document.
+void AddFrameRemark(HostSession& session);
+
 // Claims the files of reports, and returns those that can be written. `isGood` is set to false, after a
 // message for each, if there are others; it is left alone otherwise.
 std::vector<std::string> ClaimReports(HostSession& session, const std::vector<std::string>& reports,

@@ -91,7 +91,6 @@ void CheckByProcedure(HostSession& session, const SVPlanSpecs& plan, PlanCheck* 
   session.SetCheckOnly();
   session.Layer<SessionCommand>().SetCommand(CommandText(command), "Command");
   if (const std::string failure = RunProcedure(); !failure.empty()) check->problems.push_back(failure);
-  check->remarks = session.Layer<OutputDocument>().Remarks();
 }
 
 }  // namespace
@@ -103,6 +102,7 @@ FrameDescription DescribeFrame(HostSession& session, const FrameOptions& frame, 
     OpenDocument(session);
     if (!ClaimFrame(session, frame)) return;
     OpenFrame(session, frame);
+    AddFrameRemark(session);
     ActiveFile& file = session.Layer<ActiveFile>();
     described.cases = file.Engine().CountCases();
     const std::vector<KORV_Variable>& variables = file.SharedDictionary()->variables;
@@ -132,6 +132,7 @@ PlanCheck CheckPlan(HostSession& session, const SVPlanSpecs& plan, const FrameOp
   const auto lookUp = [&] {
     OpenDocument(session);
     OpenFrame(session, frame);
+    AddFrameRemark(session);
     const Dictionary& dictionary = *session.Layer<ActiveFile>().SharedDictionary();
     for (const KorvVarName& name : VariablesOf(plan)) {
       if (dictionary.Find(name.Text()) < 0) {
@@ -141,6 +142,7 @@ PlanCheck CheckPlan(HostSession& session, const SVPlanSpecs& plan, const FrameOp
     if (check.problems.empty()) CheckByProcedure(session, plan, &check);
   };
   check.status = Guard(lookUp, &check.problems);
+  check.remarks = session.Layer<OutputDocument>().Remarks();
   const bool isFaulty = !check.problems.empty() || ErrorRaised();
   if (check.status == RunStatus::kOk && isFaulty) check.status = RunStatus::kError;
   return check;

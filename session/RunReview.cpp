@@ -1,9 +1,11 @@
 #include "session/RunReview.h"
 
 #include <algorithm>
+#include <cctype>
 
 #include "backend/svcommon/PlanGaps.h"
 #include "backend/svcommon/design/MethodTable.h"
+#include "host/engine/ActiveFile.h"
 #include "host/engine/CaseProgress.h"
 #include "host/environment/CommonBlocks.h"
 #include "host/environment/HostErrors.h"
@@ -11,6 +13,8 @@
 #include "host/environment/MCStopProcessor.h"
 #include "host/files/SessionFiles.h"
 #include "host/output/OutputDocument.h"
+#include "host/text/NearestWord.h"
+#include "host/text/VariableNames.h"
 #include "session/CommandedPlan.h"
 #include "session/RunSurvey.h"
 
@@ -67,6 +71,40 @@ bool KeepsSample(HostSession& session) {
   return std::any_of(files.begin(), files.end(), [](const OutputFile* file) {
     return file->role == FileRole::kSample || file->role == FileRole::kSaved;
   });
+}
+
+// A name that a plan can have, like one that it can't.
+std::string LegalName(std::string name) {
+  const auto isGood = [](char c) {
+    return (c & 0x80) != 0 || std::isalnum(static_cast<unsigned char>(c)) != 0;
+  };
+  std::replace_if(
+      name.begin(), name.end(), [&](char c) { return !isGood(c); }, '_');
+  if (ValidateKORVName(name) != 0) name.insert(0, "v_");
+  return ValidateKORVName(name) == 0 ? name : "new_name";
+}
+
+// A frame can have variables that neither a plan nor a word of a command can name. The message about such a
+// name doesn't know that there is a variable of that name.
+void AddUnnamedVariables(HostSession& session, Lines* remarks) {
+  const ActiveFile& file = session.Layer<ActiveFile>();
+  if (!file.IsOpen()) return;
+  const Lines told = *remarks;
+  const std::vector<OutputMessage>& messages = session.Layer<OutputDocument>().Messages();
+  for (const KORV_Variable& variable : file.SharedDictionary()->variables) {
+    const std::string& name = variable.GetName();
+    if (ValidateKORVName(name) == 0) continue;
+    const std::string inPlan = QuotedWord(name) + " is no valid name";
+    const std::string inCommand = "Variable name " + name + " for parameter";
+    if (std::any_of(told.begin(), told.end(),
+                    [&](const std::string& line) { return line.find(inPlan) != line.npos; }))
+      remarks->push_back("the frame has a variable " + QuotedWord(name) +
+                         ", which no plan can name; rename it there, as in " + LegalName(name));
+    if (std::any_of(messages.begin(), messages.end(),
+                    [&](const OutputMessage& message) { return message.text.starts_with(inCommand); }))
+      remarks->push_back("the frame has a variable " + QuotedWord(name) +
+                         "; in a command write the name in quotes");
+  }
 }
 
 // The stages that were drawn. Strata lie within the units of the stages before.
@@ -133,6 +171,7 @@ Lines RemarksOnRun(HostSession& session, const RunRequest& request, RunStatus st
   AddRefusals(session, &remarks);
   const Lines& ofProcedure = session.Layer<OutputDocument>().Remarks();
   remarks.insert(remarks.end(), ofProcedure.begin(), ofProcedure.end());
+  AddUnnamedVariables(session, &remarks);
   if (ErrorRaised()) return remarks;
   if (status == RunStatus::kError && HasDrawn(session)) AddLostFiles(session, &remarks);
   if (status == RunStatus::kError && !HasDrawn(session)) AddWhyNothingDrawn(session, &remarks);

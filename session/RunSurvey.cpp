@@ -18,6 +18,7 @@
 #include "host/files/UserCaseFileSpec.h"
 #include "host/output/OutputDocument.h"
 #include "host/write/SaveActiveFile.h"
+#include "session/EarlierSample.h"
 #include "session/FileClaims.h"
 #include "session/ProcedureLibrary.h"
 #include "session/RunFacts.h"
@@ -80,6 +81,7 @@ private:
     if (Prepare() && !StopRequested()) {
       Begin(RunStep::kDraw);
       CountCases();
+      TellReplaced();
       Draw();
     }
     Begin(RunStep::kWriteFiles);
@@ -119,10 +121,16 @@ private:
   bool OpenRunFrame() {
     try {
       OpenFrame(fSession, fRequest.frame);
+      AddFrameRemark(fSession);
       return true;
     } catch (const DataError& error) {
       return !StopRequested() && Fail(error.what());  // a stop request makes reading fail too
     }
+  }
+
+  void TellReplaced() {
+    fReplaced = EarlierSampleRemark(fRequest);
+    if (!fReplaced.empty() && fSinks.replaces) fSinks.replaces(fReplaced);
   }
 
   // For a progress display. Some kinds of file know their number of cases, others must be read for it.
@@ -196,6 +204,7 @@ private:
       fpOutcome->files.push_back({RoleName(file->role), file->path, file->cases});
     }
     fpOutcome->remarks = RemarksOnRun(fSession, fRequest, fpOutcome->status);
+    if (!fReplaced.empty() && fpOutcome->status == RunStatus::kOk) fpOutcome->remarks.push_back(fReplaced);
     // Only a report shows what is in the files, and only that of a draw needs it.
     const bool needsContents = !fvReports.empty() && fpOutcome->status == RunStatus::kOk;
     fpOutcome->facts =
@@ -213,7 +222,7 @@ private:
 
   std::string ReportText(const std::string& path) const {
     std::ostringstream text;
-    WriteReport(KindOfReport(path), *fpOutcome, text);
+    WriteReport(fSession, path, *fpOutcome, text);
     return std::move(text).str();
   }
 
@@ -256,6 +265,7 @@ private:
   SurveyOutcome* fpOutcome;  // borrowed
 
   FileStamp fFrameStamp{fRequest.frame.path};  // before it is opened
+  std::string fReplaced;                       // see TellReplaced(); mostly empty
   std::vector<std::string> fvReports;          // those of the request that can be written
   UserCaseFileSpec fSave{FileRole::kSaved};
   bool fbCommitted = false;

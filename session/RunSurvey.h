@@ -51,6 +51,9 @@ struct RunSinks {
   // Number of cases in the frame, -1 if unknown; called once, before the draw. When this is set the cases are
   // counted, which takes an extra look into the file.
   std::function<void(std::int64_t)> frameCounted{};
+  // One line about an earlier sample that the run is going to replace, before it draws. Remarks of a good run
+  // have it too.
+  std::function<void(const std::string&)> replaces{};
 };
 
 // The document of the outcome is that of the session and lives as long.

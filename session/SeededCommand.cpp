@@ -6,6 +6,7 @@
 
 #include "host/command/KORV_TokenSequence.h"
 #include "host/environment/HostSession.h"
+#include "host/files/CheckFileRef.h"
 #include "host/text/VariableNames.h"
 
 namespace {
@@ -20,11 +21,12 @@ bool IsKeyword(const CommandToken& token, const char* word) {
   return token.kind == CommandTokenKind::Word && GetUpperString(token.text) == word;
 }
 
-// The token behind /CRITERIA, an equals sign and a parenthesis; the end if there is no such subcommand.
-Tokens::iterator CriteriaOf(Tokens& tokens) {
+// The token behind a subcommand's name, an equals sign and a parenthesis; the end if there is no such
+// subcommand.
+Tokens::iterator BodyOf(Tokens& tokens, const char* subcommand) {
   for (auto at = tokens.begin(); at != tokens.end(); ++at) {
     if (!IsSign(*at, CommandTokenKind::Slash) || at + 1 == tokens.end()) continue;
-    if (!IsKeyword(*(at + 1), "CRITERIA")) continue;
+    if (!IsKeyword(*(at + 1), subcommand)) continue;
     at += 2;
     if (at != tokens.end() && IsSign(*at, CommandTokenKind::Equals)) ++at;
     if (at != tokens.end() && IsSign(*at, CommandTokenKind::LeftParenthesis)) ++at;
@@ -33,14 +35,13 @@ Tokens::iterator CriteriaOf(Tokens& tokens) {
   return tokens.end();
 }
 
-// The value of SEED in the subcommand; the end if it has none.
-Tokens::iterator SeedIn(Tokens& tokens, Tokens::iterator criteria) {
-  const auto end = std::find_if(criteria, tokens.end(), [](const CommandToken& token) {
-    return IsSign(token, CommandTokenKind::Slash);
-  });
-  for (; end - criteria > 2; ++criteria) {
-    const bool isSeed = IsKeyword(*criteria, "SEED") && IsSign(*(criteria + 1), CommandTokenKind::Equals);
-    if (isSeed) return criteria + 2;
+// The value of a parameter in the body of a subcommand; the end of the tokens if it has none.
+Tokens::iterator ValueIn(Tokens& tokens, Tokens::iterator body, const char* parameter) {
+  const auto end = std::find_if(
+      body, tokens.end(), [](const CommandToken& token) { return IsSign(token, CommandTokenKind::Slash); });
+  for (; end - body > 2; ++body) {
+    const bool isFound = IsKeyword(*body, parameter) && IsSign(*(body + 1), CommandTokenKind::Equals);
+    if (isFound) return body + 2;
   }
   return tokens.end();
 }
@@ -79,13 +80,13 @@ std::string Written(const Tokens& tokens) {
 
 SeededCommand CommandWithSeed(const std::string& seed) {
   Tokens tokens = KORV_TokenSequence(true).Tokens();
-  auto criteria = CriteriaOf(tokens);
+  auto criteria = BodyOf(tokens, "CRITERIA");
   if (criteria == tokens.end()) {
     for (const char* word : {"/", "CRITERIA"})
       tokens.push_back(Token(*word == '/' ? CommandTokenKind::Slash : CommandTokenKind::Word, word));
     criteria = tokens.end();
   }
-  const auto value = SeedIn(tokens, criteria);
+  const auto value = ValueIn(tokens, criteria, "SEED");
   if (value != tokens.end() && GetUpperString(value->text) != "RANDOM") {
     return {HostSession::Current().Layer<SessionCommand>().Text(), false};
   }
@@ -96,4 +97,11 @@ SeededCommand CommandWithSeed(const std::string& seed) {
                              Token(CommandTokenKind::Word, seed)});
   }
   return {Written(tokens), true};
+}
+
+std::string CommandedSample() {
+  Tokens tokens = KORV_TokenSequence(true).Tokens();
+  const auto name = ValueIn(tokens, BodyOf(tokens, "SAMPLEFILE"), "OUTFILE");
+  return name == tokens.end() ? ""
+                              : CheckFileRef(name->text, name->kind == CommandTokenKind::Word, false).Name();
 }

@@ -10,3 +10,7 @@ struct SeededCommand {
   bool isChanged = false;
 };
 SeededCommand CommandWithSeed(const std::string& seed);
+
+// The path of the sample file that the session's command names; empty if it names none. As the command may
+// still be faulty, only its tokens are looked at, and nothing is reported.
+std::string CommandedSample();

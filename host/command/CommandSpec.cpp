@@ -1,5 +1,6 @@
 #include "host/command/CommandSpec.h"
 
+#include <algorithm>
 #include <charconv>
 #include <optional>
 
@@ -75,10 +76,22 @@ bool ParamObj::getNumberList(std::vector<double>& out) const {
 }
 
 bool ParamObj::getVarList(std::vector<KorvVarName>& out) const {
+  return !AnyString() && TakeNames(out);
+}
+
+bool ParamObj::getQuotedVarList(std::vector<KorvVarName>& out) const {
+  return AnyString() && TakeNames(out);
+}
+
+bool ParamObj::AnyString() const {
+  return std::any_of(fvValues.begin(), fvValues.end(),
+                     [](const CommandToken& value) { return value.kind == CommandTokenKind::String; });
+}
+
+bool ParamObj::TakeNames(std::vector<KorvVarName>& out) const {
   if (fvValues.empty()) return false;
   std::vector<KorvVarName> names;
   for (const CommandToken& value : fvValues) {
-    if (value.kind != CommandTokenKind::Word) return false;
     if (TokenInfoObj(value).getOperatorCode() == kOperatorAll) return false;
     names.emplace_back(value.text);
   }

@@ -67,12 +67,17 @@ public:
   bool getNumberValue(double& out) const;
   bool getNumberList(std::vector<double>& out) const;
   bool getVarList(std::vector<KorvVarName>& out) const;
+  // A list that getVarList() refuses because it has strings: 'text', a 'text'. A string can be a name that no
+  // word can.
+  bool getQuotedVarList(std::vector<KorvVarName>& out) const;
   bool getTokenList(std::vector<TokenInfoObj>& out) const;
 
   void SetHasValue() { fbLeading = false; }
   void AddValue(CommandToken token) { fvValues.push_back(std::move(token)); }
 
 private:
+  bool AnyString() const;
+  bool TakeNames(std::vector<KorvVarName>& out) const;
   bool IsOne(CommandTokenKind kind) const { return fvValues.size() == 1 && fvValues.front().kind == kind; }
 
   std::string fName;

@@ -57,6 +57,8 @@ public:
   // REQUIRES for all that follows, but for Fail() and HasFailed(): IsOpen().
 
   const std::string& Name() const { return fOpen.frame.name; }
+  // One line for the user about how the file was read; mostly empty.
+  const std::string& Remark() const { return fOpen.frame.remark; }
   const std::shared_ptr<Dictionary>& SharedDictionary() const { return fOpen.dictionary; }
   CaseEngine& Engine() { return *fOpen.frame.engine; }
 

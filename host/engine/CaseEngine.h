@@ -82,4 +82,5 @@ struct DataFrame {
   std::string name;  // for messages: the path as the user wrote it, or "query"
   Dictionary dictionary;
   std::unique_ptr<CaseEngine> engine;  // serves the dictionary's variables in its order; never null
+  std::string remark{};                // one line about how the file was read; mostly empty
 };

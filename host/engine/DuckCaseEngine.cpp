@@ -57,6 +57,7 @@ DataFrame MakeFrame(std::shared_ptr<WorkDatabase> work, CaseRelation relation) {
   DataFrame frame;
   frame.name = relation.name;
   frame.dictionary = relation.dictionary;
+  frame.remark = relation.remark;
   frame.engine = std::make_unique<DuckCaseEngine>(std::move(work), std::move(relation));
   return frame;
 }

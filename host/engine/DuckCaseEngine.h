@@ -27,6 +27,7 @@ struct CaseRelation {
   std::string from;                          // what comes after FROM
   std::vector<RelationColumn> columns;       // of the variables, in the order of the dictionary
   std::shared_ptr<const void> held;          // token of what must stay in the work database; may be null
+  std::string remark{};                      // see DataFrame
 };
 
 // The frame of a relation, served by a DuckCaseEngine over the database that the relation is in.

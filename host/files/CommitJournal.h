@@ -9,9 +9,9 @@
 // The journal of a commit: what makes several renames one step.
 //
 // A run that puts several files in their places writes a journal first: a list of all parts, in the private
-// folder of the first part. The journal comes into being by a rename, and that rename is the commit: before
-// it the run has changed nothing, after it whoever finds the journal can finish what the run was doing. The
-// lock file of every other part says where the journal is. So it is found from any of the files:
+// folder of the first part. The journal is created by a rename, and that rename is the commit: before it the
+// run has changed nothing, after it any later run that finds the journal can finish the commit. The lock file
+// of every other part says where the journal is. So it is found from any of the files:
 //
 //   .s.csv.svselect-lock         KEY1
 //   .s.csv.svselect-KEY1/        new.csv, old, journal (KEY1 /dir/s.csv, KEY2 /dir/j.csv)
@@ -37,8 +37,8 @@ inline constexpr const char* kJournalName = "journal";
 // Failures: false, with the system's reason in `why`; the folder then has no journal.
 bool WriteJournal(const FileDescriptor& folder, const std::vector<JournalPart>& parts, std::string* why);
 
-// Reads the journal of a folder; `parts` is left empty where there is none. False, with the reason in `why`,
-// when that can't be told.
+// Reads the journal of a folder; `parts` is empty if the folder has no journal. False, with the reason in `why`,
+// when the journal can't be read.
 bool ReadJournal(const FileDescriptor& folder, std::vector<JournalPart>* parts, std::string* why);
 
 // What a lock file says: the key of the part's own folder, and the first part of its commit. The latter is

@@ -4,19 +4,39 @@
 
 #include "host/text/VariableNames.h"
 
+namespace {
+
+std::string UpperExtension(const std::filesystem::path& path) {
+  return GetUpperString(path.extension().string());
+}
+
+bool IsCompressed(const std::string& path) {
+  return UpperExtension(path) == ".GZ";
+}
+
+// Without the .gz of a compressed file.
+std::filesystem::path PlainName(const std::string& path) {
+  const std::filesystem::path name = path;
+  return IsCompressed(path) ? name.parent_path() / name.stem() : name;
+}
+
+}  // namespace
+
 FileKind KindOf(const std::string& path) {
-  const std::string extension = GetUpperString(std::filesystem::path(path).extension().string());
-  if (extension.empty() || extension == ".SAV") return FileKind::kNative;
-  if (extension == ".PARQUET") return FileKind::kParquet;
+  const std::string extension = UpperExtension(PlainName(path));
   if (extension == ".CSV") return FileKind::kCsv;
   if (extension == ".TSV") return FileKind::kTsv;
   if (extension == ".JSON") return FileKind::kJson;
   if (extension == ".NDJSON") return FileKind::kNdJson;
-  return FileKind::kUnknown;
+  if (IsCompressed(path)) return FileKind::kUnknown;
+  if (extension.empty() || extension == ".SAV") return FileKind::kNative;
+  return extension == ".PARQUET" ? FileKind::kParquet : FileKind::kUnknown;
 }
 
-bool CanBeWritten(FileKind kind) {
-  return kind != FileKind::kUnknown && kind != FileKind::kJson && kind != FileKind::kNdJson;
+bool CanBeWritten(const std::string& path) {
+  const FileKind kind = KindOf(path);
+  return !IsCompressed(path) && kind != FileKind::kUnknown && kind != FileKind::kJson &&
+         kind != FileKind::kNdJson;
 }
 
 bool HasSchemaFile(FileKind kind) {
@@ -24,5 +44,5 @@ bool HasSchemaFile(FileKind kind) {
 }
 
 std::string SchemaPath(const std::string& path) {
-  return std::filesystem::path(path).replace_extension(".schema.json").string();
+  return PlainName(path).replace_extension(".schema.json").string();
 }

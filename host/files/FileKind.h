@@ -9,14 +9,16 @@
 //   .parquet                 Parquet, with our dictionary in its metadata      read and written
 //   .csv, .tsv               delimited text, with a Table Schema beside it     read and written
 //   .json, .ndjson           a list of objects, one object a line              read
+//   .csv.gz, ...             one of the text files, compressed                 read
 enum class FileKind { kNative, kParquet, kCsv, kTsv, kJson, kNdJson, kUnknown };
 
 FileKind KindOf(const std::string& path);
 
-bool CanBeWritten(FileKind kind);
+// Whether a data file of that name can be written.
+bool CanBeWritten(const std::string& path);
 
 // Whether the dictionary of such a file is in a Table Schema file beside it.
 bool HasSchemaFile(FileKind kind);
 
-// The schema file beside a data file: "dir/frame.schema.json" for "dir/frame.csv".
+// The schema file beside a data file: "dir/frame.schema.json" for "dir/frame.csv" and "dir/frame.csv.gz".
 std::string SchemaPath(const std::string& path);

@@ -29,8 +29,8 @@ bool IsStillNamed(int file, const std::string& path);
 // a pipe never waited for, and nothing is written but a lock file that the object made itself.
 //
 // The file holds the key of the folder that the run writes in, see PrivateFolder, and from the commit on the
-// place of the journal. So whoever finds the file of a killed run can finish that run or clear away what it
-// left, and needn't search; see KilledRun.h.
+// place of the journal. So a run that finds the lock file of a killed run can finish that run, or clear away
+// what it left, without searching; see KilledRun.h.
 //
 // Use:        Take(), hold it until the target is in its place.
 // Ownership:  owns the lock file, which is removed with the object, unless it was told to leave it.

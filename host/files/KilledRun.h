@@ -5,14 +5,14 @@
 
 // Finishes or clears away what a killed run left beside its files. See CommitJournal.h for what that is.
 //
-// A lock file that no process has locked belongs to a killed run. Whoever meets it locks it and looks for the
-// journal of the commit. With one the commit is finished: every part that isn't in its place yet is renamed,
-// the folders are brought to the disk, and all helpers of all parts are removed, those of the first part
-// last. Without one only the helpers of this part are removed; the old file is there, untouched.
+// A lock file that no process has locked belongs to a killed run. The process that finds it locks it and looks
+// for the journal of the commit. If there is a journal, the commit is finished: every part that isn't in its
+// place yet is renamed, the folders are synced to the disk, and all helpers of all parts are removed, those of
+// the first part last. Otherwise only the helpers of this part are removed; the old file is still untouched.
 //
-// Every step can be repeated, so it doesn't matter where the one who does this is killed. Two processes can't
-// do it at once: only the holder of the first part's lock judges and moves any part of that commit. Nothing
-// is believed but files of this account, and nothing is reached through a link.
+// Every step can be repeated, so this process may be killed at any point, too. Two processes can't do it at
+// once: only the holder of the first part's lock checks and moves any part of that commit. Only files of this
+// account are trusted, and links are never followed.
 
 enum class Settled {
   kDone,

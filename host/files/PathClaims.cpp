@@ -158,7 +158,7 @@ FileFlags PathClaims::TryWriting(FileRole role, const std::string& spelling, con
     return flags;
   }
   std::vector<std::string> paths = {PlainPath(path)};
-  if (IsDataOutput(role) && !CanBeWritten(KindOf(path))) {
+  if (IsDataOutput(role) && !CanBeWritten(path)) {
     flags.why = "data files are written as .sav, .parquet, .csv and .tsv";
     return flags;
   }

@@ -11,8 +11,8 @@
 // once: its files are named by way of the open folder, so that they stay in it even if somebody moves it away
 // and puts a link or another folder under its name.
 //
-// A killed process can't remove its folder. Whoever makes one therefore notes its key where the next run
-// finds it, see FileLock, and that run removes what it names.
+// A killed process can't remove its folder. So a process that makes one writes its key where the next run will
+// find it, see FileLock, and that run removes the folder.
 //
 // Ownership:  owns the folder and all that is put into it; both go with the object, unless it was told to
 // leave
@@ -27,9 +27,9 @@ public:
                                              std::string* why);
   // Whether a text can be a key.
   static bool IsKey(std::string_view text);
-  // Opens the folder that a killed run left. `folder` stays closed where there is none, or where something
-  // else has its name: anything but a folder of this account, or a link.
-  // Failures: false, with the system's reason in `why`, when that can't be told.
+  // Opens the folder that a killed run left. `folder` stays closed if the folder doesn't exist, or if its name
+  // belongs to something else: a link, or anything but a folder of this account.
+  // Failures: false, with the system's reason in `why`, when that can't be found out.
   static bool OpenLeft(const std::string& target, std::string_view key, FileDescriptor* folder,
                        std::string* why);
   // Removes the folder that a killed run left, and leaves alone what OpenLeft() doesn't open.

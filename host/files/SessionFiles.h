@@ -35,9 +35,9 @@ struct OutputFile {
 //   after it                 some new files and some old ones, each of them whole; helpers and the journal
 //   after the last rename    all new files, with what is left of the helpers
 //
-// A file system has no rename of several files, so the middle state exists on the disk. But whoever opens one
-// of the files with this program, to read or to write it, finishes the commit first (KilledRun.h), and then
-// all are new. Other programs can meet the middle state.
+// A file system can't rename several files at once, so the middle state exists on the disk. But when this
+// program opens one of the files, to read or to write it, it finishes the commit first (KilledRun.h), and then
+// all are new. Other programs can see the middle state.
 //
 // A failure, in contrast to a kill, has no such state, since the files renamed so far are restored. Where
 // even that fails, as on a disk that takes nothing any more, the journal stays, as after a kill.

@@ -88,7 +88,7 @@ public:
   bool NoteJournal(const JournalPart& first, std::string* why) { return fpLock->Note({fKey, first}, why); }
   // The folder that the first part's journal is in.
   const FileDescriptor& Folder() const { return fpFolder->Folder(); }
-  // Leaves everything as if this process had been killed here, for whoever finds the journal.
+  // Leaves everything as if this process had been killed here; the next run that finds the journal goes on.
   void Leave();
 
 private:

@@ -3,17 +3,20 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
+#include <ios>
+#include <utility>
 
 #include "host/text/TextConversion.h"
+#include "host/text/VariableNames.h"
 
 namespace {
 constexpr std::size_t kBufferBytes = 1 << 18;  // 256 KiB a read
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 }  // namespace
 
-CsvReader::CsvReader(std::string path)
-    : fPath(std::move(path)), fFile(fPath, std::ios::binary), fBuffer(kBufferBytes) {
-  if (!fFile) throw DataError(fmt::format("{}: can't be opened", fPath));
+CsvReader::CsvReader(std::string path, const TextForm& form)
+    : fPath(std::move(path)), fForm(form), fFile(fPath, form), fBuffer(kBufferBytes) {
   Peek();
   if (std::string_view(fBuffer.data(), fCount).starts_with(kByteOrderMark)) fAt = kByteOrderMark.size();
 }
@@ -21,10 +24,13 @@ CsvReader::CsvReader(std::string path)
 // Fills the buffer when it is used up. At the end of the file it may be called again and again.
 int CsvReader::Peek() {
   if (fAt == fCount) {
-    fFile.read(fBuffer.data(), static_cast<std::streamsize>(fBuffer.size()));
-    fCount = static_cast<std::size_t>(fFile.gcount());
-    fAt = 0;
-    if (fFile.bad()) throw DataError(fmt::format("{}, line {}: can't be read on", fPath, fLine));
+    fAt = fCount = 0;
+    try {
+      fCount =
+          static_cast<std::size_t>(fFile.sgetn(fBuffer.data(), static_cast<std::streamsize>(fBuffer.size())));
+    } catch (const std::ios_base::failure&) {
+      throw DataError(fmt::format("{}, line {}: can't be read on", fPath, fLine));
+    }
     if (fCount == 0) return kEnd;
   }
   return static_cast<unsigned char>(fBuffer[fAt]);
@@ -46,6 +52,7 @@ bool CsvReader::NextRecord() {
   fBytes.clear();
   fvEnds.clear();
   fbAnyQuoted = false;
+  fFile.EndPiece();
   if (Peek() == kEnd) return false;
   fRecordLine = fLine;
   while (ReadField()) {
@@ -106,35 +113,75 @@ void CsvReader::CheckEncoding() const {
   if (bad == std::string_view::npos) return;
   // A quoted field may span lines: the bad byte's own line is reported.
   const auto lineEnds = std::count(fBytes.begin(), fBytes.begin() + static_cast<std::ptrdiff_t>(bad), '\n');
-  throw DataError(fmt::format("{}, line {}: invalid UTF-8", fPath, fRecordLine + lineEnds));
+  throw EncodingError(
+      fmt::format("{}, line {}: invalid {}", fPath, fRecordLine + lineEnds, EncodingName(fForm.encoding)));
 }
 
 namespace {
 
-// Whether the header has semicolons and no comma, outside of quotes. It opens the file a second time, since
-// the reader needs the delimiter before the first record.
-bool IsSplitAtSemicolons(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  char mark[kByteOrderMark.size()];
-  if (!file.read(mark, sizeof mark) || std::string_view(mark, sizeof mark) != kByteOrderMark) {
-    file.clear();
-    file.seekg(0);
+// The characters of a text one by one, after a byte order mark.
+class FirstLines {
+public:
+  FirstLines(const std::string& path, const TextForm& form) : fText(path, form) {
+    std::string mark(kByteOrderMark.size(), '\0');
+    mark.resize(
+        static_cast<std::size_t>(fText.sgetn(mark.data(), static_cast<std::streamsize>(mark.size()))));
+    if (mark != kByteOrderMark) fBegin = mark;
   }
+  // False at the end.
+  bool Next(char* c) {
+    if (fAt < fBegin.size()) {
+      *c = fBegin[fAt++];
+      return true;
+    }
+    const auto next = fText.sbumpc();
+    *c = static_cast<char>(next);
+    return next != TextSource::traits_type::eof();
+  }
+
+private:
+  TextSource fText;
+  std::string fBegin;  // taken while looking for the mark
+  std::size_t fAt = 0;
+};
+
+// How the fields of a file are split, and what comes before its header.
+struct Layout {
+  char delimiter = ',';
+  bool hasSeparatorLine = false;
+};
+
+// Semicolons, if the header has these and no comma outside of quotes.
+char DelimiterOfHeader(const std::string& path, const TextForm& form) {
+  FirstLines lines(path, form);
   bool isBlank = true;
   bool isQuoted = false;
   bool hasSemicolon = false;
-  for (char c = 0; file.get(c);) {
+  for (char c = 0; lines.Next(&c);) {
     const bool isLineEnd = c == '\n' || c == '\r';
     if (isLineEnd && isBlank) continue;
     isBlank = false;
     if (c == '"') isQuoted = !isQuoted;  // a doubled quote switches twice
     if (isQuoted) continue;
-    if (c == ',') return false;
+    if (c == ',') return ',';
     if (isLineEnd) break;
     hasSemicolon = hasSemicolon || c == ';';
   }
-  if (file.bad() || !file.is_open()) throw DataError(fmt::format("{}, line 1: can't be read on", path));
-  return hasSemicolon;
+  return hasSemicolon ? ';' : ',';
+}
+
+// Opens the file beside the reader, which needs the delimiter before the first record.
+Layout LayoutOf(const std::string& path, const TextForm& form, char delimiter) {
+  constexpr std::size_t kSeparatorBytes = 8;
+  try {
+    FirstLines lines(path, form);
+    std::string begin;
+    for (char c = 0; begin.size() < kSeparatorBytes && lines.Next(&c);) begin += c;
+    if (const char named = SeparatorLine(begin); named != '\0') return {named, true};
+    return {delimiter == '\0' ? DelimiterOfHeader(path, form) : delimiter, false};
+  } catch (const std::ios_base::failure&) {
+    throw DataError(fmt::format("{}, line 1: can't be read on", path));
+  }
 }
 
 // Names must differ, but several columns may have none. The first of them keeps the empty name; the others
@@ -151,10 +198,32 @@ void AddColumns(const CsvReader& header, TextTable* table) {
 
 }  // namespace
 
-void LoadCsv(const std::string& path, char delimiter, TextTable* table) {
-  CsvReader reader(path);
-  if (delimiter == '\0') delimiter = IsSplitAtSemicolons(path) ? ';' : ',';
-  reader.SetDelimiter(delimiter);
+char SeparatorLine(std::string_view begin) {
+  const bool isQuoted = begin.starts_with('"');
+  if (isQuoted) begin.remove_prefix(1);
+  constexpr std::string_view kWord = "sep=";
+  constexpr std::string_view kNoDelimiter = "\"\r\n ";
+  if (begin.size() <= kWord.size() || GetUpperString(std::string(begin.substr(0, kWord.size()))) != "SEP=")
+    return '\0';
+  const char delimiter = begin[kWord.size()];
+  begin.remove_prefix(kWord.size() + 1);
+  if (isQuoted) {
+    if (!begin.starts_with('"')) return '\0';
+    begin.remove_prefix(1);
+  }
+  const auto code = static_cast<unsigned char>(delimiter);
+  const bool isDelimiter = code < 0x80 && std::isalnum(code) == 0 &&
+                           kNoDelimiter.find(delimiter) == std::string_view::npos &&
+                           (std::iscntrl(code) == 0 || delimiter == '\t');
+  const bool isWholeLine = begin.empty() || begin.front() == '\n' || begin.front() == '\r';
+  return isDelimiter && isWholeLine ? delimiter : '\0';
+}
+
+void LoadCsv(const std::string& path, const TextForm& form, char delimiter, TextTable* table) {
+  CsvReader reader(path, form);
+  const Layout layout = LayoutOf(path, form, delimiter);
+  reader.SetDelimiter(layout.delimiter);
+  if (layout.hasSeparatorLine) reader.NextRecord();
   do {
     if (!reader.NextRecord()) return;
   } while (reader.IsBlank());

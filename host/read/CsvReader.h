@@ -2,11 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <fstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "host/read/TextSource.h"
 #include "host/read/TextTable.h"
 
 // CsvReader splits a file of delimited text into records and fields. The notation:
@@ -15,17 +15,19 @@
 //   - A field that begins with a quote ends with the matching one. In between a doubled quote stands for
 //     one, and delimiters and line ends are ordinary characters.
 //   - A quote inside a field that doesn't begin with one is an ordinary character, as in 5" pipe.
+//   - A first line that only says sep=; (quoted or not, with any delimiter) is a spreadsheet's word for the
+//     delimiter and no record: see SeparatorLine().
 //
 // It reads the file itself rather than through DuckDB, so that a message can name the line at fault, and no
 // value is changed by a guess at its type.
 //
 // Use:       NextRecord() until it is false; in between Fields(), Field(), Line() and IsBlank().
-// Failures:  DataError with file and line: a quote that isn't closed, text after a closing quote, invalid
-//            UTF-8.
+// Failures:  DataError with file and line: a quote that isn't closed, text after a closing quote; as an
+//            EncodingError, invalid UTF-8. Also those of TextSource.
 // Cost:      one copy of each byte; memory for one record and a buffer.
 class CsvReader {
 public:
-  explicit CsvReader(std::string path);
+  explicit CsvReader(std::string path, const TextForm& form = {});
 
   // The delimiter from the next record on. It is a comma at first.
   void SetDelimiter(char delimiter) { fDelimiter = delimiter; }
@@ -53,7 +55,8 @@ private:
   void CheckEncoding() const;
 
   std::string fPath;
-  std::ifstream fFile;
+  TextForm fForm;
+  TextSource fFile;
   std::vector<char> fBuffer;
   std::size_t fAt = 0;     // next character in the buffer
   std::size_t fCount = 0;  // characters in the buffer
@@ -70,4 +73,9 @@ private:
 // delimiter ('\0') fields are split at commas, or at semicolons where the header has these and no comma.
 // Blank lines are skipped, except in a file of one column, where each of them is a case without a value.
 // Errors: DataError, also for a record that has more or fewer fields than the header.
-void LoadCsv(const std::string& path, char delimiter, TextTable* table);
+void LoadCsv(const std::string& path, const TextForm& form, char delimiter, TextTable* table);
+
+// The delimiter that a text's first line names, as spreadsheets write it for one another: sep=; with any one
+// character that is no letter, digit, quote or blank, or a tab; the line may be in quotes. '\0' if it isn't
+// such a line. `begin` has the first 8 bytes of the text, without a byte order mark, or all there are.
+char SeparatorLine(std::string_view begin);

@@ -20,6 +20,8 @@
 #include "host/read/JsonReader.h"
 #include "host/read/NativeReader.h"
 #include "host/read/SchemaRules.h"
+#include "host/read/TextForm.h"
+#include "host/read/TextSource.h"
 #include "host/read/TextTable.h"
 #include "host/read/TypedColumns.h"
 #include "host/text/VariableNames.h"
@@ -112,7 +114,22 @@ CaseRelation OpenParquet(WorkDatabase& work, const std::string& path, const std:
 
 // --- text and native files -------------------------------------------------------------------------------
 
-// The schema that the user names replaces the one beside the file, which is then not even read.
+CaseRelation LoadText(WorkDatabase& work, const std::string& path, FileKind kind, const TextForm& form,
+                      const SchemaRules& rules) {
+  const bool isJson = kind == FileKind::kJson || kind == FileKind::kNdJson;
+  TextTable table(work, path, isJson ? "object" : "line", rules);
+  if (isJson) {
+    LoadJson(path, form, &table);
+  } else {
+    LoadCsv(path, form, kind == FileKind::kTsv ? '\t' : '\0', &table);
+  }
+  CaseRelation relation = table.Finish();
+  relation.remark = TextFormRemark(path, form);
+  return relation;
+}
+
+// The schema that the user names replaces the one beside the file, which is then not even read. A text is
+// read as UTF-8 first, and only one that isn't is looked at as a whole, so that plain files cost nothing more.
 CaseRelation OpenText(WorkDatabase& work, const std::string& path, FileKind kind, const std::string& schema) {
   const std::string beside = SchemaPath(path);
   SchemaRules rules;
@@ -121,14 +138,15 @@ CaseRelation OpenText(WorkDatabase& work, const std::string& path, FileKind kind
   } else if (FileExists(beside)) {
     rules = SchemaRules::FromFile(beside);
   }
-  const bool isJson = kind == FileKind::kJson || kind == FileKind::kNdJson;
-  TextTable table(work, path, isJson ? "object" : "line", rules);
-  if (isJson) {
-    LoadJson(path, &table);
-  } else {
-    LoadCsv(path, kind == FileKind::kTsv ? '\t' : '\0', &table);
+  TextForm form;
+  try {
+    form = FindTextForm(path);
+    return LoadText(work, path, kind, form, rules);
+  } catch (const EncodingError&) {
+    if (form.encoding != TextEncoding::kUtf8 || !IsWindows1252(path, form.isGzip)) throw;
+    form.encoding = TextEncoding::kWindows1252;
   }
-  return table.Finish();
+  return LoadText(work, path, kind, form, rules);
 }
 
 // A schema that the user names replaces the file's own dictionary; only then are the cases scanned. The new

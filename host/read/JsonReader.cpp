@@ -3,7 +3,8 @@
 #include <fmt/format.h>
 
 #include <cstdint>
-#include <fstream>
+#include <ios>
+#include <istream>
 #include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "host/environment/HostErrors.h"
+#include "host/read/TextSource.h"
 #include "host/read/TextTable.h"
 
 namespace {
@@ -26,7 +28,8 @@ using Json =
 // fRowDepth + 1 is a row's own, and what is deeper belongs to a nested value.
 class RowBuilder : public nlohmann::json_sax<Json> {
 public:
-  RowBuilder(std::string path, TextTable* table) : fPath(std::move(path)), fpTable(table) {}
+  RowBuilder(std::string path, TextSource* text, TextTable* table)
+      : fPath(std::move(path)), fpText(text), fpTable(table) {}
 
   bool null() override { return Take("", false); }
   bool boolean(bool value) override { return Take(value ? "true" : "false", false); }
@@ -68,6 +71,7 @@ public:
   }
 
   bool key(string_t& name) override {
+    fpText->EndPiece();
     if (fDepth != fRowDepth + 1) return true;
     fColumn = ColumnOf(name);
     if (fvSeenIn[fColumn] == fObject) {
@@ -98,6 +102,7 @@ private:
 
   // A single value: of the row, of something nested (ignored), or where an object should be.
   bool Take(const std::string& text, bool isString) {
+    fpText->EndPiece();
     if (fDepth <= fRowDepth) Refuse("a single value");
     if (fDepth == fRowDepth + 1) fpTable->Set(fColumn, text, isString);
     return true;
@@ -123,6 +128,7 @@ private:
   }
 
   std::string fPath;
+  TextSource* fpText;  // borrowed
   TextTable* fpTable;  // borrowed
   int fDepth = 0;
   int fRowDepth = 0;
@@ -136,37 +142,40 @@ private:
   bool fbOverflow = false;
 };
 
-// The line of a byte of a file, both from 1. Reads the file again: only for a message.
-std::int64_t LineOfByte(const std::string& path, std::size_t position) {
-  std::ifstream file(path, std::ios::binary);
+// The line of a byte of a text, both from 1. Reads the file again: only for a message.
+std::int64_t LineOfByte(const std::string& path, const TextForm& form, std::int64_t position) {
+  TextSource text(path, form);
   std::int64_t line = 1;
-  for (char c = 0; position > 1 && file.get(c); --position) line += c == '\n';
+  for (; position > 1; --position) {
+    const auto c = text.sbumpc();
+    if (c == TextSource::traits_type::eof()) break;
+    line += c == '\n';
+  }
   return line;
 }
 
-// Parses the next value of a file. False where the parser refuses the text.
-bool ParseNext(const std::string& path, std::ifstream& file, RowBuilder* rows) {
-  try {
-    return Json::sax_parse(file, rows, Json::input_format_t::json, false);
-    // The parser reads from the stream's buffer directly, which throws where the stream would set a flag.
-  } catch (const std::ios_base::failure&) {
-    throw DataError(fmt::format("{}: can't be read", path));
+// Loads what follows, value by value, up to the end.
+void LoadValues(const std::string& path, const TextForm& form, TextTable* table) {
+  TextSource text(path, form);
+  std::istream stream(&text);
+  stream.exceptions(std::ios::badbit);  // what the source throws goes through the stream
+  RowBuilder rows(path, &text, table);
+  while (stream.peek() != std::istream::traits_type::eof()) {
+    const std::int64_t start = text.Position();
+    if (!Json::sax_parse(stream, &rows, Json::input_format_t::json, false)) {
+      const std::int64_t line = LineOfByte(path, form, start + static_cast<std::int64_t>(rows.ErrorAt()));
+      throw EncodingError(fmt::format("{}, line {}: {}", path, line, rows.Reason()));
+    }
+    stream >> std::ws;  // blanks after the value, up to the next one
   }
 }
 
 }  // namespace
 
-void LoadJson(const std::string& path, TextTable* table) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) throw DataError(fmt::format("{}: can't be opened", path));
-  RowBuilder rows(path, table);
-  while (file.peek() != std::ifstream::traits_type::eof()) {
-    const auto start = static_cast<std::size_t>(file.tellg());
-    if (!ParseNext(path, file, &rows)) {
-      throw DataError(
-          fmt::format("{}, line {}: {}", path, LineOfByte(path, start + rows.ErrorAt()), rows.Reason()));
-    }
-    file >> std::ws;  // blanks after the value, up to the next one
+void LoadJson(const std::string& path, const TextForm& form, TextTable* table) {
+  try {
+    LoadValues(path, form, table);
+  } catch (const std::ios_base::failure&) {
+    throw DataError(fmt::format("{}: can't be read", path));
   }
-  if (file.bad()) throw DataError(fmt::format("{}: can't be read", path));
 }

@@ -6,7 +6,7 @@
 class DuckConnection;
 
 // Checks that all that a reader asks for in an attached native file are tables of values, which DuckDB reads
-// without running anything: no view in the place of a table, which could read any file of whoever opens it,
+// without running anything: no view in the place of a table, which could read any file of the user who opens it,
 // and no generated column, default, index or constraint but NOT NULL. What else the database has, such as
 // other views or macros, is never asked for. Nothing of it but its catalogue is read here.
 //

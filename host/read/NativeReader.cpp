@@ -15,6 +15,7 @@
 #include "host/environment/HostErrors.h"
 #include "host/model/Values.h"
 #include "host/read/NativeCatalogue.h"
+#include "host/read/TypedColumns.h"
 
 namespace {
 
@@ -98,6 +99,9 @@ private:
           fvPositions.push_back(Integer(chunk, 10, row));
           fRelation.dictionary.variables.push_back(std::move(variable));
         });
+    std::vector<std::string> names;
+    for (const KORV_Variable& variable : fRelation.dictionary.variables) names.push_back(variable.GetName());
+    CheckNamesDiffer(names);
   }
 
   // The columns of `cases` have the order of the variables; their names needn't agree.

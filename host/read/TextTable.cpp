@@ -53,7 +53,16 @@ TextTable::TextTable(WorkDatabase& work, std::string name, std::string unit, con
       fConnection(work.Connect()),
       fTable(work.UniqueName("texts")) {}
 
-TextTable::~TextTable() = default;
+// Without Finish() the texts would stay in the database to its end.
+TextTable::~TextTable() {
+  fpAppender.reset();
+  if (fbFinished || fMade == 0) return;
+  try {
+    fConnection.Run("DROP TABLE " + fTable);
+  } catch (const DataError&) {
+    // The table goes with the database.
+  }
+}
 
 std::size_t TextTable::AddColumn(const std::string& columnName, std::int64_t place) {
   const std::string upper = GetUpperVarName(columnName);
@@ -227,6 +236,7 @@ CaseRelation TextTable::Finish() {
   relation.from = fWork.UniqueName("cases");
   Run(fmt::format("CREATE TABLE {} AS SELECT {} FROM {}", relation.from, list, fTable));
   Run(fmt::format("DROP TABLE {}", fTable));
+  fbFinished = true;
   relation.held = fWork.Hold("DROP TABLE " + relation.from);
   return relation;
 }

@@ -100,5 +100,6 @@ private:
   std::string fTable;  // texts_N
   std::vector<Column> fvColumns;
   std::size_t fMade = 0;                     // columns that texts_N has already
+  bool fbFinished = false;                   // texts_N is gone
   std::unique_ptr<DuckAppender> fpAppender;  // null until a row comes and while columns are added
 };

@@ -59,7 +59,7 @@ std::string MakeFile(const std::string& path) {
   DuckConnection connection = HostSession::Current().Layer<WorkDatabase>().Connect();
   connection.Run("ATTACH '" + path + "' AS f (BLOCK_SIZE 16384)");
   connection.Run(NativeDictionarySql(*ActiveFile::Current().SharedDictionary(), "f"));
-  connection.Run("CREATE TABLE f.cases AS SELECT i % 4 AS n, 't' || i AS s FROM range(300) r(i)");
+  connection.Run("CREATE TABLE f.cases AS SELECT i % 4 AS n, 't' || i % 10 AS s FROM range(300) r(i)");
   return path;
 }
 

@@ -46,3 +46,21 @@ StratumDraw DrawStratum(MethodType method, const std::vector<double>& sizes, int
   drawn.order.assign(selected.begin(), selected.end());
   return drawn;
 }
+
+double DeviationOfDraws(const RepeatedDraws& repeated, const std::vector<double>& probs) {
+  const auto& [method, sizes, n, exact, draws] = repeated;
+  MCCommonMath::MCRandomTwister random;
+  random.Initialize(4711);
+  std::vector<double> counts(probs.size());
+  for (int draw = 0; draw < draws; ++draw) {
+    const StratumDraw drawn = DrawStratum(method, sizes, n, &random, exact);
+    for (std::size_t i = 0; i < counts.size(); ++i) counts[i] += drawn.hits[i] > 0 ? 1 : 0;
+  }
+  double sum = 0;
+  for (std::size_t i = 0; i < counts.size(); ++i) {
+    const double variance = draws * probs[i] * (1 - probs[i]);
+    const double deviation = counts[i] - draws * probs[i];
+    sum += variance > 1e-6 ? deviation * deviation / variance : std::abs(deviation) * 1e9;
+  }
+  return sum;
+}

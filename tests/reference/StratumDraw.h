@@ -23,3 +23,16 @@ struct StratumDraw {
 StratumDraw DrawStratum(MethodType method, const std::vector<double>& sizes, int n,
                         MCCommonMath::MCRandomTwister* random, bool exact = false,
                         int stopAt = std::numeric_limits<int>::max());
+
+// Draws that are repeated from a fixed seed.
+struct RepeatedDraws {
+  MethodType method;
+  std::vector<double> sizes;
+  int n;
+  bool exact;
+  int draws;
+};
+
+// How far the units drawn are from these probabilities: a sum of squared deviations, one for each unit, each of
+// expectation below 1. Of eight units or fewer, a sound build exceeds 60 with less than one chance in 10^8.
+double DeviationOfDraws(const RepeatedDraws& repeated, const std::vector<double>& probs);

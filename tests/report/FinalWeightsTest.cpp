@@ -8,9 +8,7 @@
 // often a case is drawn, the five sum up to 12.
 TEST(FinalWeights, AreReadBackFromWhereTheyWere) {
   struct Case {
-    const char* aim;
-    std::string stages;
-    std::string file;
+    std::string aim, stages, file;
     const char* summary;  // number, sum, smallest, largest, coefficient of variation
   };
   const std::string strata = Stage("simple_wor", Strata("s") + Size("2"));
@@ -37,6 +35,6 @@ TEST(FinalWeights, AreReadBackFromWhereTheyWere) {
     const WeightSummary& w = weights->summary;
     EXPECT_EQ(fmt::format("{} {} {} {} {:.4g}", w.count, w.sum, w.smallest, w.largest, w.cv), c.summary);
     EXPECT_FALSE(ReadFinalWeights(HostSession::Current(), "nothing").has_value());
-    EXPECT_TRUE(CommitFiles()) << "whoever reads a file back lets go of it";
+    EXPECT_TRUE(CommitFiles()) << "a file that was read back is released";
   }
 }

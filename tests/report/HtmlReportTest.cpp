@@ -115,11 +115,9 @@ TEST(HtmlReport, EscapesWhatComesFromOutside) {
 }
 
 // Header cells span what they are the header of, and say so; no cell is missing or stands on another.
-TEST(HtmlReport, NestsHeadersBySpans) {
-  HostSession session;
-  BpProcedure procedure("SVSelect", 4);
+TEST_F(ShownTable, NestsHeadersBySpans) {
   {
-    BpPivotTable table = procedure.PivotTable(Fixed("Uneven"), Fixed("Uneven"), true);
+    BpPivotTable table = fProcedure.PivotTable(Fixed("Uneven"), Fixed("Uneven"), true);
     const BpDimension rows = table.Dimension(Fixed("Rows"), 2);
     const BpDimension columns = table.Dimension(Fixed("Columns"), 2);
     columns.Position(kPlaceColumn, 1, true, false);
@@ -147,11 +145,9 @@ TEST(HtmlReport, NestsHeadersBySpans) {
 }
 
 // No share that isn't 0 looks like it, and no other cell changes.
-TEST(HtmlReport, ShowsSmallSharesWithTheirDigits) {
-  HostSession session;
-  BpProcedure procedure("SVSelect", 4);
+TEST_F(ShownTable, ShowsSmallSharesWithTheirDigits) {
   {
-    BpPivotTable table = procedure.PivotTable(Fixed("T"), Fixed("T"), true);
+    BpPivotTable table = fProcedure.PivotTable(Fixed("T"), Fixed("T"), true);
     const BpDimension columns = table.Dimension(Fixed("Columns"), 2);
     columns.Position(kPlaceColumn, 1, true, false);
     for (const double share : {0.0131, 0.049, 0.0, 0.96, 6.66, 100.0})
@@ -163,9 +159,7 @@ TEST(HtmlReport, ShowsSmallSharesWithTheirDigits) {
 
 // Messages say what they are and how many of a kind came; notes are by group, a list for each; a table
 // of more than ten columns is marked for printing across the page.
-TEST(HtmlReport, ShowsMessagesNotesAndWideTables) {
-  HostSession session;
-  BpProcedure procedure("SVSelect", 4);
+TEST_F(ShownTable, ShowsMessagesNotesAndWideTables) {
   OutputDocument& document = OutputDocument::Current();
   document.AddMessage(kErrorLevel, "wrong", "Plan stage 2...");
   for (int i = 0; i < 102; ++i) document.AddMessage(kWarningLevel, "careful", "");
@@ -173,7 +167,7 @@ TEST(HtmlReport, ShowsMessagesNotesAndWideTables) {
   AddNotes(1, Fixed("a"), Fixed("a1"));
   AddNotes(2, Fixed("c"), Fixed("b2"));
   for (const int columnCount : {9, 10}) {
-    BpPivotTable table = procedure.PivotTable(Fixed("T"), Fixed("T"), true);
+    BpPivotTable table = fProcedure.PivotTable(Fixed("T"), Fixed("T"), true);
     table.Dimension(Fixed("Rows"), 2).Category(Fixed("row"));
     const BpDimension columns = table.Dimension(Fixed("Columns"), 2);
     columns.Position(kPlaceColumn, 1, true, false);
@@ -191,18 +185,16 @@ TEST(HtmlReport, ShowsMessagesNotesAndWideTables) {
 
 // The picture says in words what it shows. Bars up to the limit that the header states, points from there on,
 // in a size that is bounded however many strata there are.
-TEST(StageFigure, ShowsFewAndManyStrata) {
-  HostSession session;
-  BpProcedure procedure("SVSelect", 4);
-  AddSummary(&procedure, "few", {{"North", "7", {4, 4}}, {"North", "8", {2, 1}}, {"South", "1", {0, 0}}});
-  AddSummary(&procedure, "even", {{"North", "7", {4, 4}}, {"North", "8", {2, 2}}});
+TEST_F(ShownTable, StageFigureHasFewOrManyStrata) {
+  AddSummary(&fProcedure, "few", {{"North", "7", {4, 4}}, {"North", "8", {2, 1}}, {"South", "1", {0, 0}}});
+  AddSummary(&fProcedure, "even", {{"North", "7", {4, 4}}, {"North", "8", {2, 2}}});
   for (const std::size_t strata : {kMostStageBars, kMostStageBars + 1, std::size_t{6000}}) {
     std::vector<Stratum> many;
     for (std::size_t i = 0; i < strata; ++i) {
       const auto size = static_cast<double>(i);
       many.push_back({"North", std::to_string(i), {size, i % 3 == 0 ? size - 1 : size}});
     }
-    AddSummary(&procedure, "many", many);
+    AddSummary(&fProcedure, "many", many);
   }
   const std::string few = FigureText(0);
   EXPECT_EQ(Texts(few, "desc").at(0),

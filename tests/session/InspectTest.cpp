@@ -12,13 +12,16 @@ using testing::IsEmpty;
 
 namespace {
 
-struct PlanAndFrame {
-  explicit PlanAndFrame(const std::string& plan, const std::string& csv = "a\n1\n") {
-    folder.Write("p.xml", plan);
-    frame.path = folder.Write("f.csv", csv);
+// A plan that was read and checked on a frame.
+struct Checked {
+  Checked(const std::string& plan, const std::string& csv) {
+    const PlanReading reading = ReadPlan(session, folder.Write("p.xml", plan));
+    EXPECT_EQ(reading.status, RunStatus::kOk);
+    check = CheckPlan(session, reading.plan, {.path = folder.Write("f.csv", csv)});
   }
   TestFolder folder;
-  FrameOptions frame;
+  HostSession session;
+  PlanCheck check;
 };
 
 }  // namespace
@@ -26,20 +29,17 @@ struct PlanAndFrame {
 // Each kind of variable that a plan takes from its frame is looked for, in the order of the plan, whatever
 // its case; the variables that a run adds aren't.
 TEST(CheckPlan, ListsTheVariablesThatTheFrameLacks) {
-  const PlanAndFrame files(
+  const Checked checked(
       Design(Stage("pps_wor", StrataOf(Var("s")) + ClustersOf(Var("c")) + Table(Var("s"), Row("3", {"1"})) +
                                   "<MOS fromData='no'><Variable name='size'/></MOS>" +
                                   Out("IncProb", "added")) +
              Wor(In("InputSampleSize", Var("take"))) +
              "<PreviousWeight><Variable name='w'/></PreviousWeight>" + Out("Weight", "final")),
       "A,C\n1,1\n");
-  HostSession session;
-  const PlanReading reading = ReadPlan(session, files.folder.path / "p.xml");
-  ASSERT_EQ(reading.status, RunStatus::kOk);
-  const PlanCheck check = CheckPlan(session, reading.plan, files.frame);
-  EXPECT_EQ(check.status, RunStatus::kError);
+  EXPECT_EQ(checked.check.status, RunStatus::kError);
   std::vector<std::string> missing;
-  for (const std::string& problem : check.problems) missing.push_back(problem.substr(problem.rfind(' ') + 1));
+  for (const std::string& problem : checked.check.problems)
+    missing.push_back(problem.substr(problem.rfind(' ') + 1));
   EXPECT_THAT(missing, ElementsAre("w", "size", "s", "take"));
 }
 
@@ -52,11 +52,9 @@ TEST(CheckPlan, FindsWhatADrawWouldMeet) {
   const std::string byTable = StrataOf(Var("s")) + Table(Var("s"), Row("1", {"a"}) + Row("2", {"c"}), 2);
   const std::string units = ClustersOf(Var("u"));
   struct Case {
-    const char* aim;
-    std::string stage;
+    std::string aim, stage;
     RunStatus status;
-    const char* message;
-    const char* remark;
+    std::string message, remark;
   };
   const Case kCases[] = {
       {"good", Wor(Size("3")), RunStatus::kOk, "", ""},
@@ -85,27 +83,21 @@ TEST(CheckPlan, FindsWhatADrawWouldMeet) {
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
-    const PlanAndFrame files(Design(c.stage + weight), "s,u,size,gap\na,1,9,1\na,2,1,\nb,3,1,1\n");
-    HostSession session;
-    const PlanReading reading = ReadPlan(session, files.folder.path / "p.xml");
-    ASSERT_EQ(reading.status, RunStatus::kOk);
-    const PlanCheck check = CheckPlan(session, reading.plan, files.frame);
-    EXPECT_EQ(check.status, c.status);
+    const Checked checked(Design(c.stage + weight), "s,u,size,gap\na,1,9,1\na,2,1,\nb,3,1,1\n");
+    EXPECT_EQ(checked.check.status, c.status);
     std::string messages;
     for (const OutputMessage& message : OutputDocument::Current().Messages()) messages += message.text;
     EXPECT_THAT(messages, HasSubstr(c.message));
-    EXPECT_EQ(messages.empty(), *c.message == 0);
-    EXPECT_THAT(testing::PrintToString(check.remarks), HasSubstr(c.remark));
-    EXPECT_THAT(check.problems, IsEmpty());
-    const auto entries = std::filesystem::directory_iterator(files.folder.path);
-    EXPECT_EQ(std::distance(begin(entries), end(entries)), 2);
+    EXPECT_EQ(messages.empty(), c.message.empty());
+    EXPECT_THAT(testing::PrintToString(checked.check.remarks), HasSubstr(c.remark));
+    EXPECT_THAT(checked.check.problems, IsEmpty());
+    EXPECT_EQ(checked.folder.Names(), "f.csv p.xml");
   }
 }
 
 TEST(ReadPlan, SaysWhereAPlanIsWrong) {
   struct Case {
-    const char* aim;
-    std::string plan;
+    std::string aim, plan;
     RunStatus status;
     const char* problem;
   };
@@ -118,9 +110,9 @@ TEST(ReadPlan, SaysWhereAPlanIsWrong) {
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
-    const PlanAndFrame files(c.plan);
+    const TestFolder folder;
     HostSession session;
-    const PlanReading reading = ReadPlan(session, files.folder.path / "p.xml");
+    const PlanReading reading = ReadPlan(session, folder.Write("p.xml", c.plan));
     EXPECT_EQ(reading.status, c.status);
     EXPECT_THAT(testing::PrintToString(reading.problems), HasSubstr(c.problem));
     EXPECT_EQ(OutputDocument::Current().Messages().empty(), reading.isRead);
@@ -128,13 +120,14 @@ TEST(ReadPlan, SaysWhereAPlanIsWrong) {
 }
 
 TEST(DescribeFrame, CountsFailsAndStops) {
-  PlanAndFrame files("", "a,b\n1,x\n2,y\n");
+  const TestFolder folder;
+  FrameOptions frame = {.path = folder.Write("f.csv", "a,b\n1,x\n2,y\n")};
   for (const RunStatus status : {RunStatus::kOk, RunStatus::kCancelled, RunStatus::kError}) {
     SCOPED_TRACE(StatusWord(status));
     HostSession session;
     if (status == RunStatus::kCancelled) RequestStop();
-    if (status == RunStatus::kError) files.frame.path += ".no.csv";
-    const FrameDescription described = DescribeFrame(session, files.frame);
+    if (status == RunStatus::kError) frame.path += ".no.csv";
+    const FrameDescription described = DescribeFrame(session, frame);
     EXPECT_EQ(described.status, status);
     EXPECT_EQ(described.problems.empty(), status != RunStatus::kError);
     EXPECT_EQ(described.dictionary != nullptr, status == RunStatus::kOk);

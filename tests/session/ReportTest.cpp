@@ -1,13 +1,11 @@
 #include <gmock/gmock.h>
 
 #include <regex>
-#include <sstream>
 
-#include "FrameSession.h"
-#include "PlanText.h"
+#include "SurveyFolder.h"
 #include "host/command/KORV_TokenSequence.h"
+#include "host/environment/HostSession.h"
 #include "session/RunReport.h"
-#include "session/RunSurvey.h"
 #include "session/SeededCommand.h"
 
 using testing::HasSubstr;
@@ -15,25 +13,18 @@ using testing::Not;
 
 namespace {
 
-// A run over a small frame with one report. In the command "@" is the folder of the run.
+// A run over a small frame with one report.
 struct Reported {
   Reported(const std::string& csv, const std::string& stages, const std::string& command,
            const std::string& name = "r.txt") {
-    const TestFolder folder;
-    std::ofstream(folder.path / "f.csv") << csv;
-    std::ofstream(folder.path / "p.xml") << Design(stages + Out("Weight", "w"));
+    const SurveyFolder folder(csv, stages);
     HostSession session;
-    RunRequest request;
-    request.frame.path = folder.path / "f.csv";
-    request.reports = {folder.path / name};
-    request.command =
-        std::regex_replace("SVSELECT /PLAN FILE='@/p.xml' " + command, std::regex("@"), folder.path.string());
+    RunRequest request = folder.Request(command);
+    request.reports = {folder.Path(name)};
     const SurveyOutcome outcome = RunSurvey(session, request);
     status = outcome.status;
     facts = outcome.facts;
-    std::ostringstream whole;
-    whole << std::ifstream(folder.path / name).rdbuf();
-    text = whole.str();
+    text = folder.Text(name);
   }
 
   std::string Fact(const std::string& label) const {
@@ -55,7 +46,7 @@ const std::string kFrame = "s,c\n1,a\n1,a\n1,b\n1,b\n2,c\n2,c\n2,c\n2,c\n2,d\n2,
 const std::string kStages = "<SampleStage label='Clusters' selectionMethod='simple_wor'>" +
                             StrataOf(Var("s")) + ClustersOf(Var("c")) + Size("1") + Out("IncProb", "p1") +
                             "</SampleStage>" + Wor(Size("2") + Out("IncProb", "p2"));
-const std::string kSample = "/CRITERIA SEED=7 /SAMPLEFILE OUTFILE='@/s.csv' ";
+const std::string kSample = "/CRITERIA SEED=7 " + kSampleFile;
 
 const std::string kManyClusters = [] {
   std::string csv = "c\n";
@@ -93,11 +84,7 @@ TEST(Report, ShowsStagesByStratum) {
 // What the sample or the plan leaves out isn't made up.
 TEST(Report, SaysWhatIsNotKnownOfAStage) {
   struct Case {
-    const char* aim;
-    std::string stages;
-    std::string rest;
-    std::string there;
-    std::string notThere;
+    std::string aim, stages, rest, there, notThere;
   };
   const std::string kPlain = Wor(StrataOf(Var("s")) + Size("2"));
   const std::string kFar =
@@ -119,6 +106,66 @@ TEST(Report, SaysWhatIsNotKnownOfAStage) {
     EXPECT_THAT(text, HasSubstr(c.there));
     EXPECT_THAT(text, Not(HasSubstr(c.notThere)));
   }
+}
+
+// R code, from the plan's words to the sample's columns. The codes in it were run in R. A sample without what the
+// design takes, or none, gives the reason.
+TEST(Report, WritesCodeForR) {
+  const std::string joint = "/JOINTPROB OUTFILE='@/j.csv' ";
+  const std::string key = "<MOS fromData='no'>" + Var("m") + "</MOS>" + Out("IncProb", "p");
+  const std::string csv = "S,c,m\n1,a,2\n1,b,3\n1,d,4\n2,a,2\n2,b,2\n2,e,3\n";
+  const struct Case {
+    std::string stages;
+    std::string command;
+    std::string said;
+  } kCases[] = {
+      {kStages, kSample,
+       "ids = ~c + case_number, strata = ~S + one_stratum,\n  fpc = ~p1 + p2, weights = ~w"},
+      {kStages, kSample + "DROP=s", "# There is no design: the sample lacks the variable s, which"},
+      {kStages, "/CRITERIA SEED=7", "# There is no design: the run wrote no sample file."},
+      {kStages, "/CRITERIA SEED=7 /SAMPLEFILE OUTFILE='@/no/s.csv'",
+       "# There is no design: the run didn't end well"},
+      {Stage("pps_murthy", StrataOf(Var("s")) + ClustersOf(Var("c")) + key), kSample + joint,
+       "read.csv(\"j.csv\", check.names = FALSE, encoding = \"UTF-8\", na.strings = character(),\n"
+       "  colClasses = c(\"c\" = \"character\"))\nkey <- c(\"S\", \"c\")"},
+      {Stage("pps_wr", ClustersOf(Var("c")) + Size("2") + key + Out("Index", "i")), kSample,
+       "ids = ~interaction(c, i, drop = TRUE),\n  weights = ~w"},
+      {"<PreviousWeight><Variable name='m'/></PreviousWeight>" + Wor(Size("2")), kSample,
+       "ids = ~1,\n  weights = ~w"},
+  };
+  for (const Case& c : kCases) EXPECT_THAT(Reported(csv, c.stages, c.command, "r.R").text, HasSubstr(c.said));
+}
+
+// A run without a seed says before the draw that it replaces a file, with the seed of what is there if a report
+// knows it: one of that sample, not older, by the seed that was given or drawn.
+TEST(Report, TellsOfTheSampleThatIsReplaced) {
+  const TestFolder folder;
+  std::ofstream(folder.path / "f.csv") << kFrame;
+  std::ofstream(folder.path / "p.xml") << Design(Wor(Size("2")) + Out("Weight", "w"));
+  const auto run = [&](const std::string& seed, const std::string& sample, const std::string& report) {
+    HostSession session;
+    RunRequest request;
+    request.frame.path = folder.path / "f.csv";
+    request.reports = {folder.Path(report)};
+    request.command = "SVSELECT /PLAN FILE='" + folder.Path("p.xml") + "' " + seed + "/SAMPLEFILE OUTFILE='" +
+                      folder.Path(sample) + "'";
+    std::string told;
+    const SurveyOutcome outcome =
+        RunSurvey(session, request, {.replaces = [&](const std::string& line) { told = line; }});
+    EXPECT_EQ(outcome.status, RunStatus::kOk);
+    EXPECT_EQ(outcome.remarks, told.empty() ? std::vector<std::string>() : std::vector<std::string>{told});
+    return Replace(told, folder.Path(""), "");
+  };
+  const std::string replaced = "s.csv: a run without a seed draws another sample, which replaces this one; ";
+  const std::string unknown = replaced + "no report that this run names tells its seed";
+  EXPECT_EQ(run("", "s.csv", "r.txt"), "");
+  EXPECT_EQ(run("/CRITERIA SEED=77 ", "s.csv", "r.html"), "");
+  EXPECT_EQ(run("/CRITERIA SEED=random ", "s.csv", "r.html"), replaced + "its seed was 77 (r.html)");
+  EXPECT_EQ(run("", "s.csv", "t.txt"), unknown);
+  EXPECT_EQ(run("/CRITERIA SEED=5 ", "o.csv", "r.html"), "");
+  EXPECT_EQ(run("", "s.csv", "r.html"), unknown);  // of another sample
+  std::filesystem::last_write_time(folder.path / "r.html", std::filesystem::file_time_type::min());
+  EXPECT_EQ(run("", "s.csv", "r.html"), unknown);
 }
 
 // More clusters than fit are counted.

@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include <atomic>
@@ -7,7 +8,7 @@
 #include <sstream>
 #include <thread>
 
-#include "PlanText.h"
+#include "SurveyFolder.h"
 #include "host/command/KORV_TokenSequence.h"
 #include "host/engine/CaseProgress.h"
 #include "host/environment/HostErrors.h"
@@ -19,7 +20,6 @@
 #include "session/RunFacts.h"
 #include "session/RunReport.h"
 #include "session/RunReview.h"
-#include "session/RunSurvey.h"
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -33,25 +33,21 @@ namespace fs = std::filesystem;
 const std::string kTenOfTwoStrata =
     Stage("simple_wor", StrataOf(Var("stratum")) + Size("5") + Out("IncProb", "p"));
 
-// A folder with a frame of 100 units in two strata and a plan that draws them.
-struct SurveyFolder : TestFolder {
-  explicit SurveyFolder(const std::string& stages = kTenOfTwoStrata) {
-    std::ofstream frame(Path("f.csv"));
-    frame << "unit,stratum,size\n";
-    for (int i = 1; i <= 100; ++i) frame << i << ',' << (i <= 40 ? "a" : "b") << ',' << 1 + i % 7 << '\n';
-    Write("p.xml", Design(stages + Out("Weight", "w")));
+// A frame of 100 units in two strata and a plan that draws them.
+struct HundredUnits : SurveyFolder {
+  explicit HundredUnits(const std::string& stages = kTenOfTwoStrata) : SurveyFolder(Frame(), stages) {}
+  static std::string Frame() {
+    std::string csv = "unit,stratum,size\n";
+    for (int i = 1; i <= 100; ++i) csv += fmt::format("{},{},{}\n", i, i <= 40 ? "a" : "b", 1 + i % 7);
+    return csv;
   }
   RunRequest Request(const std::string& rest = "") const {
-    RunRequest request;
-    request.frame.path = Path("f.csv");
-    request.command = "SVSELECT /PLAN FILE='" + Path("p.xml") +
-                      "' /CRITERIA SEED=4711 /SAMPLEFILE OUTFILE='" + Path("s.csv") + "' " + rest + ".";
-    return request;
+    return SurveyFolder::Request("/CRITERIA SEED=4711 " + kSampleFile + rest + ".");
   }
 };
 
 // Draws that many units, in proportion to a variable or to its value within bounds.
-std::string Draw(const char* method, const char* count, const std::string& size = Var("size")) {
+std::string Draw(const std::string& method, const char* count, const std::string& size = Var("size")) {
   return Stage(method, ClustersOf(Var("unit")) + Size(count) + "<MOS fromData='no'>" + size + "</MOS>");
 }
 
@@ -67,7 +63,7 @@ std::vector<std::string> Messages(const OutputDocument& document) {
 // hand: 5 of 40 and 5 of 60 units have weights 8 and 12, in all 100. A second run in the process sees nothing
 // of the first, and draws the same.
 TEST(RunSurvey, DrawsWithoutATerminalAgainAndAgain) {
-  const SurveyFolder folder;
+  const HundredUnits folder;
   std::string first;
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
@@ -130,7 +126,7 @@ TEST(RunSurvey, FailsInWordsAndLeavesNothing) {
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
-    const SurveyFolder folder;
+    const HundredUnits folder;
     folder.Write("c", "\xFF\xFES");
     folder.Write("r.txt", "a report of before");
     HostSession session;
@@ -170,7 +166,7 @@ TEST(RunSurvey, EndsWhereACallbackStopsOrThrows) {
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
-    const SurveyFolder folder;
+    const HundredUnits folder;
     HostSession session;
     RunRequest request = folder.Request();
     request.reports = {folder.Path("r.txt")};
@@ -190,7 +186,7 @@ TEST(RunSurvey, EndsWhereACallbackStopsOrThrows) {
 // The reports are files of the run like the others. Where one can't take its place, none does, and the others
 // tell of it.
 TEST(RunSurvey, CommitsItsReportsWithItsData) {
-  const SurveyFolder folder;
+  const HundredUnits folder;
   HostSession session;
   RunRequest request = folder.Request();
   request.reports = {folder.Path("r.txt"), folder.Path("r.json")};
@@ -211,9 +207,7 @@ TEST(RunSurvey, CommitsItsReportsWithItsData) {
 // be endless, not the reading before it or the writing after it.
 TEST(RunReview, AdvisesOnADrawThatMayNeverEnd) {
   struct Case {
-    const char* aim;
-    const char* method;
-    const char* command;
+    std::string aim, method, command;
     int passes;
     bool isExact;
     bool isAdvised;
@@ -229,7 +223,7 @@ TEST(RunReview, AdvisesOnADrawThatMayNeverEnd) {
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
-    const SurveyFolder folder(Draw(c.method, "50") + Wor(Size("1")));
+    const HundredUnits folder(Draw(c.method, "50") + Wor(Size("1")));
     HostSession session({.exactDesign = c.isExact});
     session.Layer<SessionCommand>().SetCommand("SVSELECT /PLAN FILE='" + folder.Path("p.xml") + "' " +
                                                c.command);
@@ -244,9 +238,7 @@ TEST(RunReview, AdvisesOnADrawThatMayNeverEnd) {
 // PPS_BREWER meets them by its exact design alone.
 TEST(CommandedPlan, AdvisesWhereTheDrawIsOnlyNear) {
   struct Case {
-    const char* aim;
-    const char* method;
-    std::string size;
+    std::string aim, method, size;
     bool isAdvised;
     bool isExact = false;
   };
@@ -261,7 +253,7 @@ TEST(CommandedPlan, AdvisesWhereTheDrawIsOnlyNear) {
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
-    const SurveyFolder folder(Draw(c.method, "2", c.size));
+    const HundredUnits folder(Draw(c.method, "2", c.size));
     HostSession session({.exactDesign = c.isExact});
     RunRequest request = folder.Request();
     request.frame.sql = "SELECT *, size / 2 AS half FROM '" + request.frame.path + "'";
@@ -306,6 +298,36 @@ TEST(RunReview, SaysWhatWasNotKept) {
   }
 }
 
+// A variable of the frame that a plan or a word of a command can't name: quoted, the command can; for the plan it
+// must have another name.
+TEST(RunSurvey, SaysWhatToDoAboutAName) {
+  struct Case {
+    const char* stratum;
+    const char* keep;
+    std::vector<std::string> remarks;
+    const char* header = "";
+  };
+  const Case kCases[] = {
+      {"s", "'a b' id", {}, "a b,id,w"},
+      {"s", "\"N-1\" S", {}, "n-1,s,w"},
+      {"s", "n-1", {"the frame has a variable 'n-1'; in a command write the name in quotes"}},
+      {"s", "'n-2'", {}},
+      {"a b", "id", {"the frame has a variable 'a b', which no plan can name; rename it there, as in a_b"}},
+  };
+  for (const Case& c : kCases) {
+    const SurveyFolder folder(Wor(StrataOf(Var(c.stratum)) + Size("1")));
+    folder.Write("f.csv", "a b,n-1,id,s\n1,1,1,1\n");
+    HostSession session;
+    const SurveyOutcome outcome = RunSurvey(session, folder.Request(std::string("KEEP=") + c.keep));
+    EXPECT_EQ(outcome.status == RunStatus::kOk, *c.header != '\0') << c.keep;
+    std::vector<std::string> remarks = outcome.remarks;
+    std::erase_if(remarks,
+                  [](const std::string& remark) { return remark.find("is no valid name") != remark.npos; });
+    EXPECT_EQ(remarks, c.remarks);
+    EXPECT_THAT(folder.Text("s.csv"), testing::StartsWith(c.header));
+  }
+}
+
 // All that a run can be asked for beyond its command is among the facts, once each and by its own words.
 TEST(RunReport, KnowsWhatItTakesToRunItAgain) {
   HostSession session({.exactDesign = true});
@@ -326,7 +348,7 @@ TEST(RunReport, KnowsWhatItTakesToRunItAgain) {
 
 // Stopped from another thread while it draws 50 of 100 units anew and anew until no unit comes up twice.
 TEST(RunSurvey, EndsADrawThatNeverEnds) {
-  const SurveyFolder folder(Draw("pps_sampford", "50"));
+  const HundredUnits folder(Draw("pps_sampford", "50"));
   HostSession session;
   const auto& progress = session.Layer<CaseProgress>();
   std::atomic<bool> hasEnded = false;

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <utility>
 
 #include "backend/svselect/results/SummaryTableKind.h"
+#include "host/environment/HostSession.h"
 #include "host/output/BpProcedure.h"
 #include "host/output/BpTable.h"
 #include "host/output/BpText.h"
@@ -11,6 +14,13 @@
 inline BpString Fixed(const std::string& text) {
   return {text, true};
 }
+
+// Tests that build tables and look at what is shown of them.
+class ShownTable : public testing::Test {
+protected:
+  HostSession fSession;
+  BpProcedure fProcedure{"SVSelect", 4};
+};
 
 // A table as the summary of a stage is built: two nested column dimensions, rows nested by variable. It shows
 // once this is gone.

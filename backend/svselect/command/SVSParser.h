@@ -123,6 +123,7 @@ private:
   enum class Step { kGood, kFailedGoOn, kFailedStop };
   Step ReadSampleFileParameter(const ParamObj& parameter);
   Step ReadOutFile(const ParamObj& parameter);
+  bool ReadNames(const ParamObj& parameter, std::vector<KorvVarName>& names);
   Step ReadKeep(const ParamObj& parameter);
   Step ReadDrop(const ParamObj& parameter);
   template <class IsRefused>
@@ -195,6 +196,7 @@ private:
                seenJointProb = 0, seenSelectRule = 0, seenPrint = 0;
   std::int64_t seenStages = 0, seenSeed = 0, seenExclude = 0, seenInclude = 0, seenRenameVars = 0,
                seenPresorted = 0, seenOutFile = 0, seenKeep = 0, seenDrop = 0, seenSelection = 0, seenCps = 0;
+  bool areNamesQuoted = false;  // some of the list of KEEP or DROP that is being read
 
   // Results that the specifications point to: they must not move or change after Parse().
   std::vector<std::int32_t> keepIndices;  // dictionary indices, in the order of the command

@@ -317,10 +317,16 @@ SVSParser::Step SVSParser::ReadOutFile(const ParamObj& parameter) {
   return TestCaseFile(specs->SampleFile(), value) ? Step::kGood : Step::kFailedGoOn;
 }
 
+// A list with quoted names may have any that the frame has, such as 'n-1'.
+bool SVSParser::ReadNames(const ParamObj& parameter, std::vector<KorvVarName>& names) {
+  areNamesQuoted = parameter.getQuotedVarList(names);
+  return areNamesQuoted || parameter.getVarList(names);
+}
+
 // The list stays in this object; the specifications point to it.
 SVSParser::Step SVSParser::ReadKeep(const ParamObj& parameter) {
   std::vector<KorvVarName> names;
-  if (!parameter.getVarList(names)) {
+  if (!ReadNames(parameter, names)) {
     messages.InvalidVariableList(currentParameter.c_str(), "SAMPLEFILE");
     return Step::kFailedStop;
   }
@@ -334,7 +340,7 @@ SVSParser::Step SVSParser::ReadKeep(const ParamObj& parameter) {
 // valid list.
 SVSParser::Step SVSParser::ReadDrop(const ParamObj& parameter) {
   std::vector<KorvVarName> names;
-  if (!parameter.getVarList(names)) {
+  if (!ReadNames(parameter, names)) {
     std::vector<TokenInfoObj> words;
     names.clear();  // with ALL there are no names
     if (!parameter.getTokenList(words) || words.size() != 1 ||
@@ -374,7 +380,8 @@ bool SVSParser::CheckNames(const std::vector<KorvVarName>& names, std::set<std::
     } else {
       accepted.insert(upper);
     }
-    const std::int32_t index = FindVariable(name.Text(), false);
+    const std::int32_t quoted = areNamesQuoted ? dataSource->FindVarIndex(name.Text(), 0) : -1;
+    const std::int32_t index = quoted >= 0 ? quoted : FindVariable(name.Text(), false);
     if (index >= 0) {
       indices.push_back(index);
     } else {

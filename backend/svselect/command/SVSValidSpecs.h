@@ -83,8 +83,7 @@ public:
   int DropCount() const;
   int SelectStageCount() const;
   bool DropAll() const { return fbDropAll; }
-  std::int32_t SeedRequested() const { return fSeedRequested; }  // as the command gave it
-  std::int32_t Seed() const { return fSeed; }                    // in force
+  std::int32_t Seed() const { return fSeed; }  // in force
   bool SeedNotGiven() const { return fSeedRequested < 1; }
   bool RenameVars() const { return fbRenameVars; }
   bool PreSorted() const { return fbPreSorted; }
@@ -125,7 +124,7 @@ private:
   const std::vector<std::int32_t>* fpDropList = nullptr;
   bool fbDropAll = false;
   const std::vector<std::int32_t>* fpSelectStages = nullptr;  // stages to draw, ascending without gaps
-  std::int32_t fSeedRequested = -1;
+  std::int32_t fSeedRequested = -1;                           // as the command gave it
   std::int32_t fSeed = -1;
   bool fbRenameVars = false;
   bool fbPreSorted = false;  // carried; no computation depends on it

@@ -10,8 +10,8 @@
 class KORV_DataSource;
 class SVSValidSpecs;
 
-// The design in words, stored inside the sample as a document of its dictionary. Whoever opens the sample
-// years later finds out how it was drawn without having the plan.
+// The design in words, stored inside the sample as a document of its dictionary. It shows
+// how the sample was drawn even years later, when the plan is lost.
 
 // SVSDocumentStrings is a list of texts that can be read in pieces of a fixed number of bytes, as the lines
 // of a document are limited. A cut ignores words and even characters: the pieces put together give the text

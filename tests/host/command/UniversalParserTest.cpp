@@ -69,9 +69,7 @@ std::string Parse(const std::string& command) {
 
 TEST(UniversalParser, CutsCommands) {
   struct Case {
-    const char* aim;
-    std::string command;
-    const char* parts;
+    std::string aim, command, parts;
   };
   const Case kCases[] = {
       {"the name alone", "\xEF\xBB\xBFsvSelect .\r\n", ""},

@@ -21,8 +21,7 @@ namespace {
 struct FileCase {
   const char* aim;
   FileRole role;
-  std::string name;
-  const char* says;
+  std::string name, says;
 };
 
 class Claims : public FrameFixture {
@@ -77,6 +76,7 @@ TEST_F(Claims, NamesOfFilesToWrite) {
       {"a rule of any extension", FileRole::kRule, "rule.txt", "ok"},
       {"no kind of ours", FileRole::kSample, "s.txt", kNoKind},
       {"a kind that is only read", FileRole::kJoint, "s.json", kNoKind},
+      {"nothing is compressed", FileRole::kSample, "s.CSV.gz", kNoKind},
       {"a folder", FileRole::kRule, "folder", "a folder, expected a file"},
       {"nothing but a folder", FileRole::kSample, "folder/", "a folder, expected a file"},
       {"a pipe", FileRole::kRule, "pipe", "a pipe or device, expected a file"},

@@ -15,25 +15,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void Put(const std::string& path, const std::string& text) {
-  std::ofstream(path) << text;
-}
-// "none" where there is no file.
-std::string Get(const std::string& path) {
-  if (!fs::exists(path)) return "none";
-  std::ostringstream text;
-  text << std::ifstream(path).rdbuf();
-  return text.str();
-}
-
 // Goal: whichever step a commit ends after, the target is the old file or the new one, and nothing is left
 // beside it.
 TEST(TemporaryFile, LeavesTheOldFileOrTheNewOne) {
   struct Case {
     const char* aim;
     std::size_t steps;  // of Finish, KeepOldFile, Replace, SyncPlace, Settle
-    const char* during;
-    const char* after;
+    std::string during, after;
   };
   const Case kCases[] = {
       {"only written", 0, "old", "old"}, {"finished", 1, "old", "old"}, {"kept", 2, "old", "old"},
@@ -89,15 +77,16 @@ class Planted : public ::testing::Test {
 protected:
   Planted() {
     fs::create_directory(fVictim);
-    Put(fVictim + "/new", "kept");
-    Put(fVictim + "/file", "kept");
+    fFolder.Write("victim/new", "kept");
+    fFolder.Write("victim/file", "kept");
   }
   void ExpectVictimUntouched() const {
-    EXPECT_EQ(Get(fVictim + "/new") + Get(fVictim + "/file"), "keptkept");
+    EXPECT_EQ(fFolder.Text("victim/new") + fFolder.Text("victim/file"), "keptkept");
     EXPECT_EQ(std::distance(fs::directory_iterator(fVictim), {}), 2);
   }
 
   const TestFolder fFolder;
+  std::string fWhy;  // the reason of the last failure
   const std::string fVictim = fFolder.Path("victim");
   const std::string fTarget = fFolder.Path("t.csv");
   const std::string fLock = fFolder.Path(".t.csv.svselect-lock");
@@ -110,18 +99,16 @@ TEST_F(Planted, UnderTheNameOfTheLock) {
       [&] { ASSERT_EQ(mkfifo(fLock.c_str(), 0666), 0); }, [&] { fs::create_directory(fLock); }};
   for (const auto& plant : kPlants) {
     plant();
-    std::string why;
-    EXPECT_FALSE(WriteWholeFile(fTarget, "new", &why));
-    EXPECT_EQ(why, fLock + " is in the way and no file; remove it");
-    EXPECT_EQ(Get(fTarget), "none");
+    EXPECT_FALSE(WriteWholeFile(fTarget, "new", &fWhy));
+    EXPECT_EQ(fWhy, fLock + " is in the way and no file; remove it");
+    EXPECT_FALSE(fs::exists(fTarget));
     EXPECT_TRUE(fs::remove(fLock));
     EXPECT_FALSE(fs::exists(fFolder.Path("nowhere")));
     ExpectVictimUntouched();
   }
   fs::create_hard_link(fVictim + "/file", fLock);
-  std::string why;
-  EXPECT_TRUE(WriteWholeFile(fTarget, "new", &why)) << why;
-  EXPECT_EQ(Get(fTarget), "new");
+  EXPECT_TRUE(WriteWholeFile(fTarget, "new", &fWhy)) << fWhy;
+  EXPECT_EQ(fFolder.Text("t.csv"), "new");
   ExpectVictimUntouched();
 }
 
@@ -134,35 +121,35 @@ TEST_F(Planted, AsTheFolderOfAKilledRun) {
   };
   const Case kCases[] = {
       {"abcdefgh2345", [&] { fs::create_directory_symlink(fVictim, named); }},
-      {"abcdefgh2345", [&] { Put(named, "x"); }},
+      {"abcdefgh2345", [&] { std::ofstream(named) << "x"; }},
       {"abcdefgh2345", [&] { ASSERT_EQ(mkfifo(named.c_str(), 0666), 0); }},
       {"x/../../victim", [&] { fs::create_directory(fFolder.Path(".t.csv.svselect-x")); }},
       {"x/../victim", [&] {}},
   };
   for (const Case& c : kCases) {
     c.plant();
-    Put(fLock, c.key);
-    std::string why;
-    EXPECT_TRUE(WriteWholeFile(fTarget, "new", &why)) << why;
-    EXPECT_EQ(fs::remove(named), c.key == kCases[0].key) << "it was left alone";
+    std::ofstream(fLock) << c.key;
+    EXPECT_TRUE(WriteWholeFile(fTarget, "new", &fWhy)) << fWhy;
+    EXPECT_EQ(fs::remove(named), std::string_view(c.key) == kCases[0].key) << "it was left alone";
     ExpectVictimUntouched();
   }
   if (geteuid() != 0) GTEST_SKIP() << "only root can make files of another account";
   fs::create_directory(named);
-  Put(named + "/new", "of another account");
-  Put(fLock, "abcdefgh2345");
+  std::ofstream(named + "/new") << "of another account";
   constexpr uid_t kNobody = 65534;
-  ASSERT_TRUE(chown(named.c_str(), kNobody, kNobody) == 0 && chown(fLock.c_str(), kNobody, kNobody) == 0);
-  std::string why;
-  EXPECT_TRUE(WriteWholeFile(fTarget, "newer", &why)) << why;
-  EXPECT_TRUE(fs::exists(named + "/new"));
+  ASSERT_EQ(chown(named.c_str(), kNobody, kNobody), 0);
+  for (const uid_t ownerOfLock : {geteuid(), kNobody}) {
+    std::ofstream(fLock) << "abcdefgh2345";
+    ASSERT_EQ(chown(fLock.c_str(), ownerOfLock, kNobody), 0);
+    EXPECT_TRUE(WriteWholeFile(fTarget, "newer", &fWhy)) << fWhy;
+    EXPECT_TRUE(fs::exists(named + "/new"));
+  }
 }
 
 // Goal: a run writes in its own folder, whatever is put under that folder's name meanwhile.
 TEST_F(Planted, InPlaceOfTheFolderOfARun) {
-  std::string why;
-  const std::unique_ptr<TemporaryFile> file = TemporaryFile::Open(fTarget, &why);
-  ASSERT_NE(file, nullptr) << why;
+  const std::unique_ptr<TemporaryFile> file = TemporaryFile::Open(fTarget, &fWhy);
+  ASSERT_NE(file, nullptr) << fWhy;
   fs::path folder;
   for (const auto& entry : fs::directory_iterator(fFolder.path)) {
     if (entry.is_directory() && entry.path() != fVictim) folder = entry.path();
@@ -170,11 +157,12 @@ TEST_F(Planted, InPlaceOfTheFolderOfARun) {
   EXPECT_EQ(fs::status(folder).permissions(), fs::perms::owner_all);
   fs::rename(folder, fFolder.Path("moved"));
   fs::create_directory_symlink(fVictim, folder);
-  Put(file->TemporaryPath(), "new");
-  EXPECT_TRUE(file->Finish(&why) && file->KeepOldFile(&why) && file->Replace(&why) && file->SyncPlace(&why))
-      << why;
+  std::ofstream(file->TemporaryPath()) << "new";
+  EXPECT_TRUE(file->Finish(&fWhy) && file->KeepOldFile(&fWhy) && file->Replace(&fWhy) &&
+              file->SyncPlace(&fWhy))
+      << fWhy;
   file->Settle();
-  EXPECT_EQ(Get(fTarget), "new");
+  EXPECT_EQ(fFolder.Text("t.csv"), "new");
   ExpectVictimUntouched();
 }
 
@@ -182,34 +170,28 @@ TEST_F(Planted, KeysDiffer) {
   const std::string key = PrivateFolder::MakeKey();
   EXPECT_EQ(key.size(), 12U);
   EXPECT_NE(key, PrivateFolder::MakeKey());
-  std::string why;
-  EXPECT_NE(PrivateFolder::Make(fTarget, key, &why), nullptr) << why;
+  EXPECT_NE(PrivateFolder::Make(fTarget, key, &fWhy), nullptr) << fWhy;
   fs::create_directory_symlink(fVictim, fFolder.Path(".t.csv.svselect-" + key));
-  EXPECT_EQ(PrivateFolder::Make(fTarget, key, &why), nullptr);
-  EXPECT_EQ(why, "File exists");
+  EXPECT_EQ(PrivateFolder::Make(fTarget, key, &fWhy), nullptr);
+  EXPECT_EQ(fWhy, "File exists");
 }
 
-// A link with the name of a stale folder is neither followed nor removed.
+// Goal: the folders of killed processes go, those of living ones stay. A link with the name of a stale folder is
+// neither followed nor removed.
 TEST_F(Planted, AmongTemporaryFolders) {
-  const TemporaryFolder living;
-  const std::string link = living.Path() + "link";
-  fs::create_directory_symlink(fVictim, link);
-  const TemporaryFolder next;
-  EXPECT_TRUE(fs::remove(link));
-  ExpectVictimUntouched();
-}
-
-// Goal: the folders of killed processes go, those of living ones stay.
-TEST(TemporaryFolder, RemovesStaleFolders) {
   std::optional<TemporaryFolder> living(std::in_place);
   const std::string stale = living->Path() + "stale";
   const std::string other = fs::path(living->Path()).parent_path().string() + "/svselect-test-other";
   fs::create_directories(stale + "/f");
   fs::create_directory(other);
+  const std::string link = living->Path() + "link";
+  fs::create_directory_symlink(fVictim, link);
   const TemporaryFolder next;
   EXPECT_TRUE(fs::is_directory(living->Path()) && fs::is_directory(next.Path()));
   EXPECT_FALSE(fs::exists(stale));
   EXPECT_TRUE(fs::remove(other)) << "it hasn't our name";
+  EXPECT_TRUE(fs::remove(link));
+  ExpectVictimUntouched();
   const std::string path = living->Path();
   living.reset();
   EXPECT_FALSE(fs::exists(path));

@@ -3,7 +3,6 @@
 #include <sstream>
 
 #include "SummaryTable.h"
-#include "host/environment/HostSession.h"
 #include "host/output/BpComposite.h"
 #include "host/output/BpProcedure.h"
 #include "host/output/BpTable.h"
@@ -54,11 +53,9 @@ void AddRow(const SummaryTable& table, const char* region, double district, doub
 
 }  // namespace
 
-TEST(BpPivotTable, NestsRowsAndColumns) {
-  HostSession session;
-  BpProcedure procedure("SVSelect", 4);
+TEST_F(ShownTable, NestsRowsAndColumns) {
   {
-    SummaryTable table(&procedure, "Summary stage 1");
+    SummaryTable table(&fProcedure, "Summary stage 1");
     AddRow(table, "N", 7, 12, 25);
     AddRow(table, "South", 10, 3, 100);
     AddRow(table, "N", 8, 2000, 12.5);  // comes late and stands with its group
@@ -95,13 +92,11 @@ A note that is a little too long for one line.
 }
 
 // Eighteen levels of long and wide labels, a table of rows alone, a cell without a column.
-TEST(BpPivotTable, KeepsToTheWidth) {
-  HostSession session;
-  BpProcedure procedure("SVSelect", 4);
+TEST_F(ShownTable, KeepsToTheWidth) {
   AddNotes(2, Fixed("B"), Fixed("b"));
   AddNotes(1, Fixed("A label"), Fixed("東京都港区 " + std::string(150, 'x')));
   {
-    BpPivotTable table = procedure.PivotTable(Fixed("Deep"), Fixed("Deep"), true);
+    BpPivotTable table = fProcedure.PivotTable(Fixed("Deep"), Fixed("Deep"), true);
     const BpDimension rows = table.Dimension(Fixed("Rows"), 2);
     const BpDimension columns = table.Dimension(Fixed("Columns"), 2);
     columns.Position(kPlaceColumn, 1, true, false);
@@ -124,24 +119,20 @@ TEST(BpPivotTable, KeepsToTheWidth) {
 }
 
 // Values that are shown alike stay apart; the same value in another place of the order doesn't.
-TEST(BpPivotTable, TellsValuesApartByValue) {
-  HostSession session;
-  BpProcedure procedure("SVSelect", 4);
+TEST_F(ShownTable, TellsValuesApartByValue) {
   {
-    const SummaryTable table(&procedure, "Summary stage 1");
+    const SummaryTable table(&fProcedure, "Summary stage 1");
     for (const double district : {7.1, 7.2, 7.1, 0.0, -0.0}) AddRow(table, "N", district, 10 * district, 0);
     AddRow(table, "North", 7.1, 5, 0);  // the text of another value's label
   }
   EXPECT_EQ(OutputDocument::Current().Tables().at(0)->Cells().size(), 4U * 4);  // four cells a row
 }
 
-TEST(JsonReport, HasItsFixedForm) {
-  HostSession session;
-  BpProcedure procedure("SVSelect", 4);
+TEST_F(ShownTable, JsonHasItsFixedForm) {
   OutputDocument::Current().AddMessage(2, "a \"b\" \xFF", "Plan stage 1...");
   AddNotes(1, Fixed("Plan File"), Fixed("plan.xml"));
   {
-    BpPivotTable table = procedure.PivotTable(Fixed("Renamed"), Fixed("Kind"), true);
+    BpPivotTable table = fProcedure.PivotTable(Fixed("Renamed"), Fixed("Kind"), true);
     table.Caption(Fixed("caption"));
     const BpDimension name = table.Dimension(Fixed("Name"), 0);
     name.Position(kPlaceRow, 1, false, false);
@@ -152,7 +143,7 @@ TEST(JsonReport, HasItsFixedForm) {
     old.Cell(BpNumber(12.25, BpProcedure::Percent()));
     none.Cell(BpNumber(std::nan(""), BpProcedure::Count()));
     table.Note(BpAnnotation(Fixed("so").Replicate(), -1));
-    const BpPivotTable empty = procedure.PivotTable(Fixed("Empty"), Fixed("Empty"), true);
+    const BpPivotTable empty = fProcedure.PivotTable(Fixed("Empty"), Fixed("Empty"), true);
   }
   std::ostringstream out;
   WriteJsonReport({.status = RunStatus::kOk,
@@ -186,11 +177,9 @@ TEST(JsonReport, HasItsFixedForm) {
 }
 
 // Dimensions of one label keep their own members, and none takes the name that another one has.
-TEST(JsonReport, KeepsDimensionsOfOneLabelApart) {
-  HostSession session;
-  BpProcedure procedure("SVSelect", 4);
+TEST_F(ShownTable, JsonKeepsDimensionsOfOneLabelApart) {
   {
-    BpPivotTable table = procedure.PivotTable(Fixed("T"), Fixed("T"), true);
+    BpPivotTable table = fProcedure.PivotTable(Fixed("T"), Fixed("T"), true);
     std::vector<BpDimension> dimensions;
     for (const char* label : {"A", "A", "A (2)", "A"}) dimensions.push_back(table.Dimension(Fixed(label), 2));
     for (const char* text : {"a", "b", "c"}) {

@@ -11,12 +11,7 @@ class DataFileTest : public FrameFixture {};
 // should.
 TEST_F(DataFileTest, TypesTextFilesOverAllRows) {
   struct Case {
-    const char* aim;
-    std::string bytes;
-    const char* dictionary;
-    std::string cases;
-    const char* schema = "";
-    const char* name = "x.csv";
+    std::string aim, bytes, dictionary, cases, schema = "", name = "x.csv";
   };
   const Case kCases[] = {
       {"numbers and texts", "id,size,name\n1,-1.5e3,ab\n2,,\"c,\"\"d\"\"\"\n",
@@ -66,7 +61,7 @@ TEST_F(DataFileTest, TypesTextFilesOverAllRows) {
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
     std::filesystem::remove(Path("x.schema.json"));
-    if (*c.schema != '\0') Write("x.schema.json", c.schema);
+    if (!c.schema.empty()) Write("x.schema.json", c.schema);
     OpenFrame({.path = Write(c.name, c.bytes)});
     EXPECT_EQ(ShowDictionary(), c.dictionary);
     EXPECT_EQ(ShowCases(), c.cases);
@@ -104,10 +99,7 @@ TEST_F(DataFileTest, LeavesNestedValuesOutWithOneWarning) {
 // Goal: the table of column types, each with the value that decides it.
 TEST_F(DataFileTest, MakesVariablesOfParquetColumns) {
   struct Case {
-    const char* aim;
-    const char* columns;
-    const char* dictionary;
-    const char* cases;
+    std::string aim, columns, dictionary, cases;
   };
   const Case kCases[] = {
       {"integers that doubles hold", "9007199254740992::BIGINT a, 7::TINYINT b, 2147483648::UINTEGER c",
@@ -155,6 +147,7 @@ TEST_F(DataFileTest, ReadsNativeFiles) {
       {"a width beyond memory", "'7'", 2147483647, "'1'",
        "variable \"7\" is 2147483647 bytes wide, expected at most 16777216"},
       {"a width as of its text", "'7'", 16777217, "'1'", "", 16777217},
+      {"a name twice", "'8'", 4, "'1'", "two columns are named \"8\" and \"8\""},
       {"a negative width", "'7'", -1, "'1'", "a variable of a negative width"},
   };
   int number = 0;
@@ -205,10 +198,7 @@ TEST_F(DataFileTest, AppliesASchemaToParquet) {
 // Goal: the dictionary in a Parquet file is believed without a scan, but never at the cost of a value.
 TEST_F(DataFileTest, TrustsTheDictionaryOfParquetUpToTheValues) {
   struct Case {
-    const char* values;
-    const char* field;
-    const char* cases;
-    const char* message;
+    std::string values, field, cases, message;
   };
   const Case kCases[] = {
       {"'abc', 'abcd'", R"("type":"string","width":6)", "abc;abcd", ""},
@@ -226,15 +216,13 @@ TEST_F(DataFileTest, TrustsTheDictionaryOfParquetUpToTheValues) {
     OpenFrame({.path = Path("d.parquet")});
     EXPECT_EQ(ShowCases(), c.cases);
     const std::string why = fmt::format("d.parquet, case 2: {}, in column \"s\"\n", c.message);
-    EXPECT_EQ(WithoutFolder(fMessages), *c.message == '\0' ? "" : why);
+    EXPECT_EQ(WithoutFolder(fMessages), c.message.empty() ? "" : why);
   }
 }
 
 TEST_F(DataFileTest, NamesWhatIsWrongWithAFile) {
   struct Case {
-    const char* name;
-    std::string bytes;
-    const char* message;
+    std::string name, bytes, message;
   };
   const Case kCases[] = {
       {"a.csv", "a,b\n1,2\n\n1\n", "a.csv, line 4: 1 field, expected 2"},
@@ -242,7 +230,7 @@ TEST_F(DataFileTest, NamesWhatIsWrongWithAFile) {
       {"b2.csv", "a,b\n\"\"\n", "b2.csv, line 2: 1 field, expected 2"},
       {"c.csv", "a\n1\n\"x\ny", "c.csv, line 3: a quote isn't closed"},
       {"d.csv", "a\n\"x\"y\n", "d.csv, line 2: text behind a closing quote"},
-      {"e.csv", "a\nb\nx\xFFy\n", "e.csv, line 3: invalid UTF-8"},
+      {"e.csv", "a\nb\nx\x81y\n", "e.csv, line 3: invalid UTF-8"},
       {"f.csv", "Ab,aB\n1,2\n", "f.csv, line 1: two columns are named \"Ab\" and \"aB\""},
       {"g.json", "[{\"a\":1},\n{\"a\":]}", "g.json, line 2: the text is no JSON"},
       {"h.json", "[{\"a\":1}, 2]", "h.json, object 2: a single value where an object is expected"},
@@ -274,11 +262,7 @@ TEST_F(DataFileTest, NamesWhatIsWrongWithAFile) {
 
 TEST_F(DataFileTest, NamesWhatIsWrongWithASchema) {
   const std::string data = Write("a.csv", "a,b\n1,x\n12345678901234567890,\n");
-  struct Case {
-    const char* schema;
-    const char* message;
-  };
-  const Case kCases[] = {
+  const std::pair<std::string, std::string> kCases[] = {
       {R"({"fields":[{"name":"c"}]})", "s.json: a.csv has no column \"c\""},
       {R"({"fields":[{"name":"b","type":"number"}]})", "a.csv, line 2: \"x\" in column \"b\" is no number"},
       {R"({"fields":[{"name":"a","type":"number"}]})",
@@ -286,8 +270,8 @@ TEST_F(DataFileTest, NamesWhatIsWrongWithASchema) {
       {R"({"fields":[{"name":"b","type":"boolean"}]})",
        "a.csv, line 2: \"x\" in column \"b\" is neither true nor false"},
   };
-  for (const Case& c : kCases)
-    EXPECT_EQ(ErrorOf({.path = data, .schema = Write("s.json", c.schema)}), c.message);
+  for (const auto& [schema, message] : kCases)
+    EXPECT_EQ(ErrorOf({.path = data, .schema = Write("s.json", schema)}), message);
   EXPECT_EQ(ErrorOf({.path = data, .schema = Path("t.json")}), "t.json: there is no such file");
   // A file that opens and then fails to be read.
   EXPECT_EQ(ErrorOf({.path = data, .schema = "/proc/self/mem"}), "/proc/self/mem: Input/output error");

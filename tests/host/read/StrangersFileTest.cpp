@@ -21,11 +21,7 @@ protected:
     return path;
   }
   // The text with the folder for each $.
-  std::string InFolder(std::string text) const {
-    for (std::size_t at = text.find('$'); at != std::string::npos; at = text.find('$'))
-      text.replace(at, 1, fFolder.path);
-    return text;
-  }
+  std::string InFolder(const std::string& text) const { return Replace(text, "$", fFolder.path); }
 
   std::string fDictionary;
 };

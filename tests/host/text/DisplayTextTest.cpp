@@ -4,8 +4,7 @@
 // ends.
 TEST(DisplayText, WidthsPrintableFormsAndLines) {
   struct Case {
-    const char* aim;
-    const char* text;
+    std::string aim, text;
     int width;
     const char* printable;
     std::vector<std::string> lines;  // at 6 columns

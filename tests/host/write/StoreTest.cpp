@@ -1,7 +1,3 @@
-#include <sys/resource.h>
-
-#include <csignal>
-
 #include "FrameFixture.h"
 #include "host/environment/HostErrors.h"
 #include "host/files/ExtNameStr.h"
@@ -204,28 +200,6 @@ TEST_F(Store, CannotBegin) {
   EXPECT_EQ(fMessages, "");
   EXPECT_EQ(WriteNumbers(Path("a.csv"), 0), "");
   EXPECT_EQ(WithoutFolder(fMessages), "a.csv can't be written: File exists\n");
-}
-
-// A file that grows beyond what it may have.
-TEST_F(Store, FullDisk) {
-  std::signal(SIGXFSZ, SIG_IGN);
-  rlimit before{};
-  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-  for (const std::string name : {"s.csv", "s.parquet", "s.sav", "rule.txt"}) {
-    SCOPED_TRACE(name);
-    Write(name, "old");
-    const rlimit small = {1 << 20, before.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    fMessages.clear();
-    const std::string thrown = name == "rule.txt" ? WriteRule(200'000) : WriteNumbers(Path(name), 400'000);
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
-    EXPECT_NE((thrown + fMessages).find(name + " can't be written: "), std::string::npos);
-    EXPECT_NE((thrown + fMessages).find("File too large"), std::string::npos) << thrown << fMessages;
-    EXPECT_EQ((thrown + fMessages).find("/proc/"), std::string::npos) << thrown << fMessages;
-    EXPECT_FALSE(CommitFiles());  // what failed takes the whole run with it
-    EXPECT_EQ(Read(name), "old");
-  }
-  EXPECT_EQ(Names(), "rule.txt s.csv s.parquet s.sav");
 }
 
 }  // namespace

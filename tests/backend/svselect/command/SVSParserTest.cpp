@@ -146,8 +146,7 @@ TEST(SVSParser, TellsWhatIsWrongWithAPlanOnThisFrame) {
   const std::string pps = "<MOS fromData='no'>" + size + "</MOS>";
   const std::string joint = Stage("pps_wor", clusters + Size("1") + pps) + kWeight;
   struct Case {
-    const char* aim;
-    std::string stages;
+    std::string aim, stages;
     std::string message;  // empty if the plan is good
     const char* command = "";
   };
@@ -155,9 +154,6 @@ TEST(SVSParser, TellsWhatIsWrongWithAPlanOnThisFrame) {
   const std::string manyDigits(40, '0');
   const Case kCases[] = {
       {"a fault of its own", Wor(Size("2.5")) + kWeight, "Sample size values are not positive..."},
-      {"replacement before the last stage",
-       Stage("simple_wr", clusters + Size("1")) + Wor(Size("1")) + kWeight,
-       "The parser cannot get plan file specifications..."},
       {"no final weight", kOneStage, ""},
       {"the final weight is a string", kOneStage + Out("Weight", "name"),
        "[Global plan stage...] Variable name for parameter SAMPLEWEIGHT is not numeric..."},

@@ -25,9 +25,7 @@ std::string SampleFile(const std::string& options) {
 TEST(SVSSampleFile, WritesCopiedAndNewVariablesOfSelectedCases) {
   const std::string counted = Census(Out("PopulationSize", "n")) + kWeight;
   struct Case {
-    const char* aim;
-    std::string stages;
-    std::string options;
+    std::string aim, stages, options;
     Texts cases;
   };
   const Case kCases[] = {

@@ -11,11 +11,7 @@ const std::string kOutputs = "/CRITERIA SEED=1 /SELECTRULE OUTFILE='@/r.txt' /SA
 TEST(SVSSelectRuleFile, WritesOneClauseForEachCombination) {
   const std::string frame = "b,a,c\n20,o'neill,1\n10,\"x \"\"y\"\"\",1\n20,o'neill,2\n,z,3\n";
   struct Case {
-    const char* aim;
-    std::string stages;
-    std::string rule;
-    std::string cases, clauses;
-    std::string schema = "";
+    std::string aim, stages, rule, cases, clauses, schema = "";
   };
   const std::string pairs =
       "( ( a EQ o'neill ) AND\n  ( b EQ 20 ) ) OR\n( ( a EQ x \"y\" ) AND\n  ( b EQ 10 ) )\n";

@@ -19,10 +19,7 @@ const std::string kOutputs = " /SAMPLEFILE OUTFILE='@/s.csv' /SELECTRULE OUTFILE
 // What a run that can't go on leaves: its messages, notes only once the command is good, and no file.
 TEST(SVSELECT, EndsWhereItCannotGoOn) {
   struct Case {
-    const char* aim;
-    const char* csv;
-    std::string stages;
-    std::string command;
+    std::string aim, csv, stages, command;
     Texts messages;
     bool hasNotes;
   };
@@ -62,19 +59,6 @@ TEST(SVSELECT, PutsTheWordsOfTheHostBack) {
   }
 }
 
-// The same seed draws the same sample, in a file as in the active file, and another seed another.
-TEST(SVSELECT, DrawsTheSameTwice) {
-  std::string csv = "s\n";
-  for (int i = 0; i < 40; ++i) csv += i % 2 == 0 ? "a\n" : "b\n";
-  const std::string stages = Stage("simple_wor", Strata("s") + Size("5") + Out("IncProb", "p")) + kWeight;
-  const DrawSession first(csv, stages, "/CRITERIA SEED=11");
-  EXPECT_NE(DrawSession(csv, stages, "/CRITERIA SEED=12").active, first.active);
-  Texts drawn;
-  for (const std::string& line : first.active)
-    if (!line.ends_with(".")) drawn.push_back(line);
-  EXPECT_EQ(DrawSession(csv, stages, "/CRITERIA SEED=11" + kOutputs).Cases("s.csv"), drawn);
-}
-
 // The key of a table's row is blank beyond a print format that is narrower than its variable.
 TEST(SVSELECT, FindsRowsOfATableByANarrowFormat) {
   const std::string table = Table(Var("t"), Row("1", {"x"}) + Row("1", {"y"}), 2);
@@ -83,16 +67,6 @@ TEST(SVSELECT, FindsRowsOfATableByANarrowFormat) {
                          R"({"fields": [{"name": "t", "printFormat": "A1"}]})");
   EXPECT_THAT(draw.messages, IsEmpty());
   EXPECT_THAT(draw.files, ElementsAre("sample 2", "rule 2"));
-}
-
-// The statuses of a run that goes on are shown after it, each once.
-TEST(SVSELECT, ReportsStatuses) {
-  const DrawSession draw(
-      "s,r\na,0.5\na,1\nb,1\nb,0.5\n",
-      Stage("simple_wor", Strata("s") + "<InputSampleRate><Variable name='r'/></InputSampleRate>") + kWeight,
-      "/CRITERIA SEED=1" + kOutputs);
-  EXPECT_THAT(draw.messages, ElementsAre("warning: Unequal sample rate in stage 1 stratum ..."));
-  EXPECT_THAT(draw.files, ElementsAre("sample 3", "rule 2"));
 }
 
 // A text that shows its stage has another form for a stage with strata or clusters.

@@ -45,8 +45,7 @@ TEST(DesignProbabilities, OfTwoDrawsAreTheKnownOnes) {
              {0.064677, 0.132177, 0.203018, 0.277756, 0.356848, 0.440172, 0.525353}, 5e-7);
 }
 
-// Goal: the engine draws by these probabilities. Per method a statistic of seven squared deviations, each of
-// expectation below 1; a sound build exceeds 60 with less than one chance in 10^9, and the seed is fixed.
+// Goal: the engine draws by these probabilities.
 TEST(DesignProbabilities, AreMetByFrequencies) {
   const auto probsOf = [](const SVMethod& method, bool exact) {
     if (method.code == kMethodPpsMurthy) return Outcomes(kOneToSeven).Murthy().Single();
@@ -62,21 +61,8 @@ TEST(DesignProbabilities, AreMetByFrequencies) {
   for (const SVMethod& method : kMethods) {
     for (const bool exact : {false, true}) {
       const std::vector<double> sizes = method.equalProbability ? std::vector<double>(7, 1.0) : kOneToSeven;
-      MCCommonMath::MCRandomTwister random;
-      random.Initialize(4711);
-      const int draws = 5000;
-      std::vector<double> counts(7);
-      for (int draw = 0; draw < draws; ++draw) {
-        const StratumDraw drawn = DrawStratum(method.code, sizes, 2, &random, exact);
-        for (std::size_t i = 0; i < counts.size(); ++i) counts[i] += drawn.hits[i] > 0 ? 1 : 0;
-      }
-      const std::vector<double> probs = probsOf(method, exact);
-      double chiSquare = 0;
-      for (std::size_t i = 0; i < counts.size(); ++i) {
-        const double deviation = counts[i] - draws * probs[i];
-        chiSquare += deviation * deviation / (draws * probs[i] * (1 - probs[i]));
-      }
-      EXPECT_LT(chiSquare, 60) << method.word << exact;
+      const double deviation = DeviationOfDraws({method.code, sizes, 2, exact, 5000}, probsOf(method, exact));
+      EXPECT_LT(deviation, 60) << method.word << exact;
     }
   }
 }

@@ -26,9 +26,7 @@ std::vector<double> DrawnProbs(MethodType method, const std::vector<double>& siz
 
 }  // namespace
 
-// The engine's own draws meet them: a statistic of squared deviations, each of expectation below 1; a sound
-// build exceeds 60 with less than one chance in 10^8, and the seed is fixed. PPS_WOR with whole parts alike
-// keeps the order of the list, so fractions bring it out of order: the last two rows make negative steps.
+// The engine's own draws meet them. PPS_WOR with whole parts alike keeps the order of the list, so fractions bring it out of order: the last two rows make negative steps.
 TEST(DrawnProbs, AreThoseOfTheDraw) {
   const std::vector<double> oneToSeven = {1, 2, 3, 4, 5, 6, 7};
   const struct {
@@ -49,21 +47,8 @@ TEST(DrawnProbs, AreThoseOfTheDraw) {
     SCOPED_TRACE(testing::PrintToString(c.sizes) + testing::PrintToString(c.n));
     const std::vector<double> probs = DrawnProbs(c.method, c.sizes, c.n);
     ASSERT_EQ(probs.size(), c.sizes.size());
-    MCCommonMath::MCRandomTwister random;
-    random.Initialize(4711);
-    const int draws = 20000;
-    std::vector<double> counts(probs.size());
-    for (int draw = 0; draw < draws; ++draw) {
-      const StratumDraw drawn = DrawStratum(c.method, c.sizes, c.n, &random);
-      for (std::size_t i = 0; i < counts.size(); ++i) counts[i] += drawn.hits[i];
-    }
-    double chiSquare = 0;
-    for (std::size_t i = 0; i < counts.size(); ++i) {
-      const double variance = draws * probs[i] * (1 - probs[i]);
-      const double deviation = counts[i] - draws * probs[i];
-      chiSquare += variance > 1e-6 ? deviation * deviation / variance : std::abs(deviation) * 1e9;
-    }
-    EXPECT_LT(chiSquare, 60) << testing::PrintToString(probs) << testing::PrintToString(counts);
+    EXPECT_LT(DeviationOfDraws({c.method, c.sizes, c.n, false, 20000}, probs), 60)
+        << testing::PrintToString(probs);
   }
 }
 
