@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -14,8 +15,8 @@ class ProcedureDataSource;
 
 // How cases are walked. Results don't depend on it, as the tests show with the help of this.
 struct CaseWalk {
-  bool byBlocks = true;       // where that is possible
-  std::size_t mostRows = -1;  // in a block; the cursor may have fewer
+  bool byBlocks = true;                                            // where that is possible
+  std::size_t mostRows = std::numeric_limits<std::size_t>::max();  // in a block; the cursor may have fewer
 };
 
 // A column of a block of cases, by row: one of the two, the other is null. Numbers can be -0.
