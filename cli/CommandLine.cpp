@@ -8,10 +8,11 @@
 #include <utility>
 
 #include "backend/svcommon/design/MethodTable.h"
-#include "cli/HelpPage.h"
+#include "cli/OptionGroup.h"
 #include "cli/UsageWords.h"
 #include "host/text/NearestWord.h"
 #include "host/text/VariableNames.h"
+#include "session/ConvertPlan.h"
 #include "session/RunReport.h"
 
 // How a command line is checked, from the single word to the whole:
@@ -34,11 +35,10 @@ constexpr std::string_view kMaxSeed = "2147483647";  // 2^31 - 1, the largest th
 
 // Headings of the help page. FirstPart() recognises the parts of the command by their group.
 
-const char* const kFrameGroup = "THE FRAME";
 const char* const kPartsGroup = "WHAT TO DRAW AND WRITE: THE COMMAND BY ITS PARTS";
 const char* const kWholeGroup = "THE COMMAND AS A WHOLE";
 const char* const kSessionGroup = "THE RUN";
-const char* const kHelpGroup = "HELP";
+const char* const kConvertGroup = "ANOTHER FORM OF THE PLAN";
 
 // The sections after the options. tools/check-docs doesn't look at them: if you change an option, check
 // them and docs/svselect.1 by eye.
@@ -50,13 +50,13 @@ const char* const kRunAfter = R"(EXIT STATUS
 
 EXAMPLES
   Draw by a plan, and keep the sample and the joint probabilities:
-    svselect run --data schools.csv --plan plan.xml --seed 4711 \
+    svselect run --data schools.csv --plan plan.json --seed 4711 \
         --sample sample.csv --joint joint.csv
   Draw from the rows of a query, in the order of two variables:
     svselect run --sql "SELECT * FROM 'schools.csv' WHERE type = 'H'" \
-        --sort county,district --plan plan.xml --sample sample.parquet
+        --sort county,district --plan plan.json --sample sample.parquet
   Show the command that the options make:
-    svselect run --plan plan.xml --seed 4711 --sample sample.csv --explain
+    svselect run --plan plan.json --seed 4711 --sample sample.csv --explain
 )";
 
 const char* const kPlanAfter = R"(EXIT STATUS
@@ -64,8 +64,9 @@ const char* const kPlanAfter = R"(EXIT STATUS
   2 when svselect was called wrongly.
 
 EXAMPLES
-    svselect plan plan.xml
-    svselect plan plan.xml --data schools.csv
+    svselect plan plan.json
+    svselect plan plan.json --data schools.csv
+    svselect plan old.xml --to plan.json
 )";
 
 const char* const kDescribeAfter = R"(EXIT STATUS
@@ -80,75 +81,11 @@ EXAMPLES
 const char* const kProgramAfter = R"(EXAMPLES
   Describe a data file and a plan, and draw a sample by the plan:
     svselect describe schools.csv
-    svselect plan plan.xml --data schools.csv
-    svselect run --data schools.csv --plan plan.xml --sample sample.csv
+    svselect plan plan.json --data schools.csv
+    svselect run --data schools.csv --plan plan.json --sample sample.csv
 
   svselect run --help lists all options of a run; so does svselect(1).
 )";
-
-// Refuses an empty value, which is usually an unset variable of a script and must not pass for an option that
-// wasn't given. Refuses a value that looks like an option: then the value before it was forgotten.
-std::string WhyNoValue(const std::string& text) {
-  if (text.empty()) return "the value is empty";
-  const bool isOption =
-      text.starts_with("--") && (text.size() == 2 || CLI::detail::valid_first_char(text[2]));
-  return isOption ? "needs a value, and " + QuotedWord(text) + " follows" : "";
-}
-
-// Removes the blanks around an entry of a list, as in "a, b". As a validator it may change the text, and
-// never finds an error.
-std::string Trim(std::string& text) {
-  CLI::detail::trim(text);
-  return "";
-}
-
-// Declares options under one heading of the help page. `type` names the value there, as FILE or N. Every
-// option may be given once, except those of AddList() and AddRepeated().
-class OptionGroup {
-public:
-  OptionGroup(CLI::App& app, const char* name) : fApp(app), fpName(name) {}
-
-  CLI::Option* Add(const char* name, std::string& value, const char* type, const char* help) {
-    return Settle(fApp.add_option(name, value, help), type);
-  }
-  CLI::Option* Add(const char* name, int& value, const char* type, const char* help) {
-    return Settle(fApp.add_option(name, value, help), type);
-  }
-  // A list with commas, a repeated option, or both.
-  CLI::Option* AddList(const char* name, std::vector<std::string>& values, const char* type,
-                       const char* help) {
-    return AddRepeated(name, values, type, help)->delimiter(',')->transform(CLI::Validator(Trim, ""));
-  }
-  // Each use of the option takes exactly one word: the parser's default would take all words that follow.
-  CLI::Option* AddRepeated(const char* name, std::vector<std::string>& values, const char* type,
-                           const char* help) {
-    return Settle(fApp.add_option(name, values, help), type)
-        ->expected(1)
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  }
-  // A flag takes no value, not even "=true".
-  void AddFlag(const char* name, bool& value, const std::string& help) {
-    fApp.add_flag(name, value, help)->group(fpName)->disable_flag_override();
-  }
-
-private:
-  CLI::Option* Settle(CLI::Option* option, const char* type) {
-    return option->group(fpName)->type_name(type)->check(CLI::Validator(WhyNoValue, ""));
-  }
-
-  CLI::App& fApp;
-  const char* fpName;
-};
-
-// A validator from a test; the message is "'WORD' isn't WHAT".
-CLI::Validator Allowed(const char* what, bool (*isAllowed)(const std::string&)) {
-  return CLI::Validator(
-      [=](const std::string& text) -> std::string {
-        return isAllowed(text) ? "" : QuotedWord(text) + " isn't " + what;
-      },
-      "");
-}
 
 bool IsWholeNumber(const std::string& text) {
   return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
@@ -191,14 +128,6 @@ bool IsName(const std::string& text) {
   return std::none_of(text.begin(), text.end(), [](char c) { return (c >= 0 && c < ' ') || c == '\x7F'; });
 }
 
-// The options that every subcommand has, and its page.
-void AddHelp(CLI::App& app, const HelpPage& page) {
-  app.set_help_flag("-h,--help", "Show this page")->group(kHelpGroup);
-  app.set_version_flag("--version", "svselect " SV_VERSION, "Show the version")->group(kHelpGroup);
-  app.allow_extras();  // UnexpectedWords() reports them, with a suggestion
-  SetHelpPage(app, page);
-}
-
 // The frame of a run. `plan` and `describe` have options of their own for theirs: no order, and no query of a
 // plan.
 void AddFrame(CLI::App& app, FrameOptions& frame) {
@@ -220,7 +149,8 @@ void AddFrame(CLI::App& app, FrameOptions& frame) {
 void AddCommandParts(CLI::App& app, CommandParts& parts) {
   OptionGroup group(app, kPartsGroup);
   const CLI::Validator isName = Allowed("a name", IsName);
-  group.Add("--plan", parts.plan, "PLAN", "Sampling plan, an XML file");
+  group.Add("--plan", parts.plan, "PLAN",
+            "Sampling plan, a JSON or XML file. A draw by a JSON plan is always --strict");
   group.AddList("--stages", parts.stages, "1,2", "Stages to draw; all if not given")
       ->check(Allowed("a stage: 1, 2 or 3", IsStage));
   group
@@ -316,23 +246,15 @@ std::string ListError(const RunOptions& options) {
   return "";
 }
 
-// For subcommands with one argument: without it `otherwise` is reported, unless an unexpected word explains
-// what happened to it.
-std::string UnexpectedOrNothing(const CLI::App& app, const std::string& path, const std::string& otherwise) {
-  const std::string unexpected = UnexpectedWords(app);
-  return unexpected.empty() && path.empty() ? otherwise : unexpected;
-}
-
 }  // namespace
 
 void DescribeProgram(CLI::App& app) {
-  AddHelp(app,
-          {{"run --data FRAME --plan PLAN [--sample FILE] [OPTION]...", "plan PLAN [--data FRAME]",
-            "describe FRAME", "describe --sql QUERY"},
-           "Draws a probability sample from the cases of a data file, by a sampling plan: an XML file that "
-           "describes a design of up to three stages with strata, clusters, a method of selection and a "
-           "size or rate for each.",
-           kProgramAfter});
+  AddHelp(app, {{"run --data FRAME --plan PLAN [--sample FILE] [OPTION]...", "plan PLAN [--data FRAME]",
+                 "describe FRAME", "describe --sql QUERY"},
+                "Draws a probability sample from the cases of a data file, by a sampling plan: a file that "
+                "describes a design of up to three stages with strata, clusters, a method of selection and a "
+                "size or rate for each.",
+                kProgramAfter});
 }
 
 void DescribeRun(CLI::App& app, RunOptions& options) {
@@ -351,23 +273,27 @@ void DescribeRun(CLI::App& app, RunOptions& options) {
 }
 
 void DescribePlan(CLI::App& app, PlanOptions& options) {
-  app.add_option("PLAN", options.plan, "Sampling plan, an XML file")->group("ARGUMENTS");
+  app.add_option("PLAN", options.plan, "Sampling plan, a JSON or XML file")->group(kArgumentsGroup);
   OptionGroup group(app, kFrameGroup);
   group.Add("--data", options.frame.path, "FRAME", "Data file to check the plan against");
   group.Add("--schema", options.frame.schema, "FILE",
             "Table Schema of the frame, instead of the one beside it");
+  OptionGroup(app, kConvertGroup)
+      .Add("--to", options.to, "FILE",
+           "File to write the plan to: as JSON if its name ends in .json, as XML if in .xml");
   AddHelp(
       app,
-      {{"PLAN [--data FRAME [--schema FILE]]"},
+      {{"PLAN [--data FRAME [--schema FILE]]", "PLAN --to FILE"},
        "Describes what the plan draws, stage by stage, or reports what is wrong with it. With a frame, "
        "also checks whether the plan can be drawn from it: variables, types, tables, output names and the "
-       "first stage. Writes nothing.",
+       "first stage; writes nothing. With --to, writes the same plan to another file, in the form of that "
+       "file's name.",
        kPlanAfter});
 }
 
 void DescribeDescribe(CLI::App& app, DescribeOptions& options) {
   app.add_option("FRAME", options.frame.path, "Data file: .sav, .parquet, .csv, .tsv, .json or .ndjson")
-      ->group("ARGUMENTS");
+      ->group(kArgumentsGroup);
   OptionGroup group(app, kFrameGroup);
   group.Add("--sql", options.frame.sql, "QUERY", "Query whose rows are the cases, instead of FRAME");
   group.Add("--schema", options.frame.schema, "FILE",
@@ -412,7 +338,12 @@ std::string UsageError(const CLI::App& app, const PlanOptions& options) {
   std::string error = UnexpectedOrNothing(app, options.plan, "a plan is needed: svselect plan PLAN");
   // Without a frame the schema would be ignored without a word.
   const bool isLost = options.frame.path.empty() && !options.frame.schema.empty();
-  return error.empty() && isLost ? "--schema needs --data FRAME" : error;
+  if (!error.empty() || options.to.empty()) {
+    return error.empty() && isLost ? "--schema needs --data FRAME" : error;
+  }
+  if (FormOfPlan(options.to) == PlanForm::kUnknown)
+    return "--to " + QuotedWord(options.to) + ": the name must end in .json or .xml";
+  return options.frame.path.empty() ? "" : "--to and --data exclude each other";
 }
 
 std::string UsageError(const CLI::App& app, const DescribeOptions& options) {

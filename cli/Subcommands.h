@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/CommandLine.h"
+#include "cli/PlanningLine.h"
 
 // The subcommands. Each makes a session of the host, calls the library in session/, shows the result and
 // returns the exit status. The options have passed UsageError().
@@ -27,3 +28,10 @@ int TellPlan(const PlanOptions& options);
 // query, and what the cases have in each variable. Messages come last, so that they aren't lost above a long
 // dictionary.
 int DescribeFile(const DescribeOptions& options);
+
+// `svselect design`: makes a plan from options. With --out writes it, and prints it in words, with the table of
+// its allocation; else prints it as JSON.
+int MakePlan(const DesignOptions& options);
+
+// `svselect size`: tells how many units a precision needs, as a table or JSON.
+int TellSize(const SizeOptions& options);

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "cli/CommandLine.h"
+#include "cli/PlanningLine.h"
 #include "cli/Subcommands.h"
 #include "cli/Terminal.h"
 #include "cli/UsageWords.h"
@@ -47,13 +48,19 @@ int Main(int argc, const char* const* argv) {
   RunOptions runOptions;
   PlanOptions planOptions;
   DescribeOptions describeOptions;
+  DesignOptions designOptions;
+  SizeOptions sizeOptions;
   CLI::App* run = app.add_subcommand("run", "draw a sample");
   CLI::App* plan = app.add_subcommand("plan", "describe a sampling plan in words");
   CLI::App* describe = app.add_subcommand("describe", "show a data file's dictionary and number of cases");
+  CLI::App* design = app.add_subcommand("design", "make a sampling plan from options");
+  CLI::App* size = app.add_subcommand("size", "tell how many units a precision needs");
   DescribeProgram(app);
   DescribeRun(*run, runOptions);
   DescribePlan(*plan, planOptions);
   DescribeDescribe(*describe, describeOptions);
+  DescribeDesign(*design, designOptions);
+  DescribeSize(*size, sizeOptions);
   // The subcommand that was parsed; while there is none, the program itself.
   const auto chosen = [&]() -> const CLI::App& {
     return app.get_subcommands().empty() ? app : *app.get_subcommands().front();
@@ -74,7 +81,8 @@ int Main(int argc, const char* const* argv) {
   }
   // An unknown word is reported before the missing subcommand, which it may have been meant for.
   error = UnexpectedWords(app);
-  if (error.empty() && &chosen() == &app) error = "a subcommand is needed: run, plan or describe";
+  if (error.empty() && &chosen() == &app)
+    error = "a subcommand is needed: run, plan, describe, design or size";
   if (!error.empty()) return TellUsageError(error, "svselect");
   // Options can be right one by one and wrong together.
   const auto call = [&](const auto& options, auto subcommand) {
@@ -82,6 +90,8 @@ int Main(int argc, const char* const* argv) {
     return error.empty() ? subcommand(options) : TellUsageError(error, command(chosen()));
   };
   if (run->parsed()) return call(runOptions, Run);
+  if (design->parsed()) return call(designOptions, MakePlan);
+  if (size->parsed()) return call(sizeOptions, TellSize);
   return plan->parsed() ? call(planOptions, TellPlan) : call(describeOptions, DescribeFile);
 }
 

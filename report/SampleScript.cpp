@@ -141,7 +141,7 @@ private:
   // The column of the probabilities of the first stage. In a design of one stage they are those of the weights.
   std::string FirstProbability() {
     if (!First().probability.empty() || fScript.stages.size() > 1) return First().probability;
-    const std::string name = NewName("probability");
+    std::string name = NewName("probability");
     fOut << "s$" << RName(name) << " <- 1 / s$" << RName(fScript.weight) << '\n';
     return name;
   }
@@ -220,7 +220,7 @@ private:
   // A column that numbers the cases; ~1 can't be one stage of several.
   std::string Cases() {
     if (fScript.stages.size() == 1) return "1";
-    const std::string name = NewName("case_number");
+    std::string name = NewName("case_number");
     fOut << "s$" << name << " <- seq_len(nrow(s))\n";
     return name;
   }

@@ -6,7 +6,7 @@
 
 #include "backend/svcommon/PlanGaps.h"
 #include "backend/svcommon/PlanReadErrors.h"
-#include "backend/svcommon/PlanXmlReader.h"
+#include "backend/svcommon/PlanSource.h"
 #include "host/command/KORV_TokenSequence.h"
 #include "host/engine/ActiveFile.h"
 #include "host/environment/HostErrors.h"
@@ -17,24 +17,11 @@
 #include "host/text/VariableNames.h"
 #include "session/CommandText.h"
 #include "session/FileClaims.h"
+#include "session/GuardInspection.h"
 #include "session/ProcedureLibrary.h"
 #include "session/RunReview.h"
 
 namespace {
-
-// Runs `work` and turns what it throws into a problem, unless a stop request was the cause.
-template <class Work>
-RunStatus Guard(const Work& work, std::vector<std::string>* problems) {
-  try {
-    work();
-  } catch (...) {
-    if (!StopRequested()) {
-      problems->push_back(CaughtException());
-      return RunStatus::kError;
-    }
-  }
-  return StopRequested() ? RunStatus::kCancelled : RunStatus::kOk;
-}
 
 // The document collects messages from its first use on.
 void OpenDocument(HostSession& session) {
@@ -45,7 +32,8 @@ void OpenDocument(HostSession& session) {
 // added. Errors: DataError if the file can't be read at all.
 void ReadPlanFile(const std::string& path, PlanReading* reading) {
   CheckReadableFile(path);
-  SV_XML::PlanXmlReader reader(&reading->plan);
+  const std::unique_ptr<PlanSource> source = OpenPlan(path, &reading->plan);
+  PlanSource& reader = *source;
   const int code = reader.readSamplePlan(path);
   for (const std::string& misread : reader.MisreadNumbers()) {
     reading->remarks.push_back(fmt::format("{}: {}", path, misread));
@@ -64,8 +52,18 @@ void ReadPlanFile(const std::string& path, PlanReading* reading) {
   reading->problems = reader.Faults();
 }
 
-// The variables that a frame must have, each once, in the order of the plan: all but those that a run adds.
-std::vector<KorvVarName> VariablesOf(const SVPlanSpecs& plan) {
+// Checks what only the procedure can check. REQUIRES: the frame is open.
+void CheckByProcedure(HostSession& session, const SVPlanSpecs& plan, PlanCheck* check) {
+  CommandParts command;
+  command.plan = plan.file;
+  session.SetCheckOnly();
+  session.Layer<SessionCommand>().SetCommand(CommandText(command), "Command");
+  if (const std::string failure = RunProcedure(); !failure.empty()) check->problems.push_back(failure);
+}
+
+}  // namespace
+
+std::vector<KorvVarName> FrameVariablesOf(const SVPlanSpecs& plan) {
   std::vector<KorvVarName> names;
   std::set<std::string> added;
   const auto add = [&](const KorvVarName& name) {
@@ -84,17 +82,6 @@ std::vector<KorvVarName> VariablesOf(const SVPlanSpecs& plan) {
   return names;
 }
 
-// Checks what only the procedure can check. REQUIRES: the frame is open.
-void CheckByProcedure(HostSession& session, const SVPlanSpecs& plan, PlanCheck* check) {
-  CommandParts command;
-  command.plan = plan.file;
-  session.SetCheckOnly();
-  session.Layer<SessionCommand>().SetCommand(CommandText(command), "Command");
-  if (const std::string failure = RunProcedure(); !failure.empty()) check->problems.push_back(failure);
-}
-
-}  // namespace
-
 FrameDescription DescribeFrame(HostSession& session, const FrameOptions& frame, bool readsValues) {
   FrameDescription described;
   // The dictionary is set last: it says that everything was read.
@@ -111,7 +98,7 @@ FrameDescription DescribeFrame(HostSession& session, const FrameOptions& frame, 
       described.contents.push_back(file.Engine().Summarize(static_cast<int>(i), variables[i]));
     described.dictionary = file.SharedDictionary();
   };
-  described.status = Guard(describe, &described.problems);
+  described.status = GuardInspection(describe, &described.problems);
   if (described.status == RunStatus::kOk && ErrorRaised()) described.status = RunStatus::kError;
   return described;
 }
@@ -122,7 +109,7 @@ PlanReading ReadPlan(HostSession& session, const std::string& path) {
     OpenDocument(session);
     ReadPlanFile(path, &reading);
   };
-  const RunStatus guarded = Guard(read, &reading.problems);
+  const RunStatus guarded = GuardInspection(read, &reading.problems);
   if (guarded != RunStatus::kOk) reading.status = guarded;
   return reading;
 }
@@ -134,14 +121,14 @@ PlanCheck CheckPlan(HostSession& session, const SVPlanSpecs& plan, const FrameOp
     OpenFrame(session, frame);
     AddFrameRemark(session);
     const Dictionary& dictionary = *session.Layer<ActiveFile>().SharedDictionary();
-    for (const KorvVarName& name : VariablesOf(plan)) {
+    for (const KorvVarName& name : FrameVariablesOf(plan)) {
       if (dictionary.Find(name.Text()) < 0) {
         check.problems.push_back(frame.path + " has no variable " + name.Text());
       }
     }
     if (check.problems.empty()) CheckByProcedure(session, plan, &check);
   };
-  check.status = Guard(lookUp, &check.problems);
+  check.status = GuardInspection(lookUp, &check.problems);
   check.remarks = session.Layer<OutputDocument>().Remarks();
   const bool isFaulty = !check.problems.empty() || ErrorRaised();
   if (check.status == RunStatus::kOk && isFaulty) check.status = RunStatus::kError;

@@ -51,6 +51,9 @@ struct PlanReading {
 // frame.
 PlanReading ReadPlan(HostSession& session, const std::string& path);
 
+// The variables that a frame must have, each once, in the order of the plan: all but those that a run adds.
+std::vector<KorvVarName> FrameVariablesOf(const SVPlanSpecs& plan);
+
 // How a plan fits a frame.
 struct PlanCheck {
   RunStatus status = RunStatus::kError;

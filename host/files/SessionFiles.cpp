@@ -35,7 +35,7 @@ SessionFiles::~SessionFiles() {
 
 OutputFile* SessionFiles::Start(FileRole role, const std::string& path, const std::string& target) {
   std::vector<std::string> paths = {target};
-  const bool isData = role != FileRole::kRule && role != FileRole::kReport;
+  const bool isData = role != FileRole::kRule && role != FileRole::kReport && role != FileRole::kPlan;
   if (isData && HasSchemaFile(KindOf(target))) paths.insert(paths.begin(), SchemaPath(target));
   auto file = std::make_unique<OutputFile>();
   file->role = role;

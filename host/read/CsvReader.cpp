@@ -7,6 +7,8 @@
 #include <ios>
 #include <utility>
 
+#include "host/environment/HostErrors.h"
+#include "host/read/TextTable.h"
 #include "host/text/TextConversion.h"
 #include "host/text/VariableNames.h"
 

@@ -7,7 +7,8 @@
 #include <vector>
 
 #include "host/read/TextSource.h"
-#include "host/read/TextTable.h"
+
+class TextTable;
 
 // CsvReader splits a file of delimited text into records and fields. The notation:
 //

@@ -21,7 +21,7 @@ TEST(Program, TellsWrongUseInOneLine) {
     std::string commandLine, error, help = "svselect run --help";
   };
   const Case kCases[] = {
-      {"$S", "a subcommand is needed: run, plan or describe", "(svselect --help"},
+      {"$S", "a subcommand is needed: run, plan, describe, design or size", "(svselect --help"},
       {"$S rnu", "'rnu' is no subcommand; did you mean run?", "(svselect --help"},
       {"$S pl", "'pl' is no subcommand; did you mean plan?", "(svselect --help"},
       {"$S p", "'p' is no subcommand (", "(svselect --help"},
@@ -271,7 +271,8 @@ TEST(Program, EndsInGoodOrderWhenInterrupted) {
 TEST(Program, HelpsInTheFormOfAManualPage) {
   const ProgramFolder folder;
   EXPECT_THAT(folder.Run("$S --version").out, testing::MatchesRegex("svselect [0-9]+\\.[0-9]+\\.[0-9]+\n"));
-  for (const char* command : {"$S --help", "$S run -h", "$S plan --help", "$S describe --help"}) {
+  for (const char* command : {"$S --help", "$S run -h", "$S plan --help", "$S describe --help",
+                              "$S size --help", "$S design --help"}) {
     SCOPED_TRACE(command);
     const ProgramFolder::Result help = folder.Run(command);
     EXPECT_EQ(help.status, 0);

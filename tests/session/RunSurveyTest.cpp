@@ -315,10 +315,9 @@ TEST(RunSurvey, SaysWhatToDoAboutAName) {
       {"a b", "id", {"the frame has a variable 'a b', which no plan can name; rename it there, as in a_b"}},
   };
   for (const Case& c : kCases) {
-    const SurveyFolder folder(Wor(StrataOf(Var(c.stratum)) + Size("1")));
-    folder.Write("f.csv", "a b,n-1,id,s\n1,1,1,1\n");
+    const SurveyFolder folder("a b,n-1,id,s\n1,1,1,1\n", Wor(StrataOf(Var(c.stratum)) + Size("1")));
     HostSession session;
-    const SurveyOutcome outcome = RunSurvey(session, folder.Request(std::string("KEEP=") + c.keep));
+    const SurveyOutcome outcome = RunSurvey(session, folder.Request(kSampleFile + "KEEP=" + c.keep));
     EXPECT_EQ(outcome.status == RunStatus::kOk, *c.header != '\0') << c.keep;
     std::vector<std::string> remarks = outcome.remarks;
     std::erase_if(remarks,
