@@ -136,6 +136,9 @@ private:
     std::int32_t next = 0;  // the next selected one, as a position in fvPlaces
   };
 
+  // One comparison also rejects the missing value, which is negative.
+  static bool IsPositive(double weight) { return weight > 0.0; }
+
   void TakeBlocks(MCCommon::MultiPassRecordIter& iterator);
   void TakeBlock(const MCCommon::RecordBlock& block);
   bool MayHaveFault(const MCCommon::RecordBlock& block) const;
