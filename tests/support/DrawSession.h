@@ -62,6 +62,7 @@ public:
       files.push_back(std::string(RoleName(file.role)) + " " + std::to_string(file.cases));
     for (const OutputMessage& m : OutputDocument::Current().Messages())
       messages.push_back((m.level == kErrorLevel ? "error: " : "warning: ") + Shown(m.text));
+    for (const std::string& remark : OutputDocument::Current().Remarks()) remarks.push_back(Shown(remark));
     for (const OutputNote& n : OutputDocument::Current().Notes())
       notes.push_back(std::to_string(n.group) + " " + n.label + ": " + Shown(n.text));
     for (const auto& table : OutputDocument::Current().Tables()) AddTable(*table);
@@ -83,6 +84,7 @@ public:
   Texts active;           // the active file after the draw
   Dictionary dictionary;  // of the active file
   Texts messages;
+  Texts remarks;
   Texts notes;
   Texts tables;  // "title (kind) caption", each followed by its cells: "dimension=path dimension=path: text"
   Texts files;   // role and cases

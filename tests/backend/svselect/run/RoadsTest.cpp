@@ -122,7 +122,8 @@ private:
 // All that a run leaves.
 Texts Left(const DrawSession& draw) {
   Texts all;
-  for (const Texts* part : {&draw.messages, &draw.notes, &draw.tables, &draw.files, &draw.active})
+  for (const Texts* part :
+       {&draw.messages, &draw.remarks, &draw.notes, &draw.tables, &draw.files, &draw.active})
     all.insert(all.end(), part->begin(), part->end());
   for (const char* name : {"s.csv", "r.txt", "j.csv"})
     if (draw.Exists(name)) all.push_back(draw.TextOf(name));
