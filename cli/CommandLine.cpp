@@ -150,7 +150,7 @@ void AddCommandParts(CLI::App& app, CommandParts& parts) {
   OptionGroup group(app, kPartsGroup);
   const CLI::Validator isName = Allowed("a name", IsName);
   group.Add("--plan", parts.plan, "PLAN",
-            "Sampling plan, a JSON or XML file. A draw by a JSON plan is always --strict");
+            "Sampling plan, a JSON or XML file. A draw by a JSON plan is strict");
   group.AddList("--stages", parts.stages, "1,2", "Stages to draw; all if not given")
       ->check(Allowed("a stage: 1, 2 or 3", IsStage));
   group

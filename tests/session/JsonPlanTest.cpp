@@ -27,12 +27,13 @@ std::string Plan(const std::string& stage) {
 
 // A run of a JSON plan in a folder with a table; "@" in its lines is the folder.
 struct Drawn {
-  explicit Drawn(const std::string& stage, const std::string& sample = "sample.csv") {
+  explicit Drawn(const std::string& stage, const std::string& sample = "sample.csv",
+                 const std::string& frame = kFrame, const HostSettings& settings = {}) {
     folder.Write("t.csv", kTable);
     folder.Write("p.json", Plan(stage));
-    HostSession session;
+    HostSession session(settings);
     RunRequest request;
-    request.frame.path = folder.Write("f.csv", kFrame);
+    request.frame.path = folder.Write("f.csv", frame);
     request.reports = {folder.Path("r.json")};
     request.command =
         Replace("SVSELECT /PLAN FILE='@/p.json' /CRITERIA SEED=1 /SAMPLEFILE OUTFILE='@/" + sample + "'", "@",
@@ -73,6 +74,16 @@ TEST(JsonPlan, IsDrawnStrictly) {
     EXPECT_EQ(drawn.status, RunStatus::kError) << c.stage;
     EXPECT_THAT(drawn.said, HasSubstr(c.said)) << c.stage;
     EXPECT_EQ(drawn.folder.Names(), "f.csv p.json r.json t.csv");
+  }
+}
+
+// A plan that names a method has asked for its draw. A user who asks for a strict one gets no other.
+TEST(JsonPlan, AllowsDrawsThatComeNear) {
+  for (const bool isStrict : {false, true}) {
+    const Drawn drawn(R"("method": "pps_brewer", "size": {"variable": "size"})", "sample.csv",
+                      "s,u,size\na,1,1\na,2,2\na,3,3\na,4,4\na,5,5\n", {.strict = isStrict});
+    EXPECT_EQ(drawn.status, isStrict ? RunStatus::kError : RunStatus::kOk);
+    EXPECT_THAT(drawn.said, HasSubstr("comes only near the probabilities that it states"));
   }
 }
 

@@ -217,6 +217,7 @@ void SVSValidSpecs::AddRun(std::int32_t* next) {
   fpStopProcessor.reset(new (std::nothrow) MCStopProcessor(0.0));
   fpCompSettings->SetStopProcessor(fpStopProcessor.get());
   fpCompSettings->SetExactDesign(fbExactDesign);
-  fpCompSettings->SetStrict(fbStrict);
+  const Strictness ofPlan = fbJsonPlan ? Strictness::kPlan : Strictness::kLenient;
+  fpCompSettings->SetStrictness(fbStrict ? Strictness::kAll : ofPlan);
   fpCompSettings->SetCheckOnly(fbCheckOnly);
 }

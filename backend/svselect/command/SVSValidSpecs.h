@@ -66,8 +66,8 @@ public:
   void SetSelectRuleFile(const std::string& name) { fSelectRuleFile = name; }
   void SetExactDesign(bool exact) { fbExactDesign = exact; }
   void SetStrict(bool strict) { fbStrict = strict; }
-  // A JSON plan is drawn strictly whatever the session says, and texts about it have its words.
-  void SetJsonPlan() { fbJsonPlan = fbStrict = true; }
+  // A JSON plan is drawn strictly whatever the session says, see Strictness; texts about it have its words.
+  void SetJsonPlan() { fbJsonPlan = true; }
   void SetCheckOnly(bool checkOnly) { fbCheckOnly = checkOnly; }
 
   // --- reads
@@ -102,7 +102,7 @@ public:
   const SVSCompSettings* CompSettings() const { return fpCompSettings.get(); }
   const std::vector<std::int32_t>& DesignVars() const { return fDesignVars; }
   bool ExactDesign() const { return fbExactDesign; }
-  bool Strict() const { return fbStrict; }
+  bool Strict() const { return fbStrict || fbJsonPlan; }
   bool IsJsonPlan() const { return fbJsonPlan; }
   bool CheckOnly() const { return fbCheckOnly; }
   // The largest number of variables that the run can add to the active file.

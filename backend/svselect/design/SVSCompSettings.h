@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "backend/svcommon/design/DesignStage.h"
+#include "backend/svselect/design/SVSFindings.h"
 #include "model_components/surveyplans/common/SVStatus.h"
 
 class MCStopProcessor;
@@ -61,7 +62,7 @@ public:
   void SetStopProcessor(MCStopProcessor* stopProcessor) { fpStopProcessor = stopProcessor; }
   void SetFinalWeightName(std::string name) { fWgtFinalName = std::move(name); }
   void SetExactDesign(bool exact) { fbExactDesign = exact; }
-  void SetStrict(bool strict) { fbStrict = strict; }
+  void SetStrictness(Strictness strictness) { fStrictness = strictness; }
   void SetCheckOnly(bool checkOnly) { fbCheckOnly = checkOnly; }
 
   // --- reads -----------------------------------------------------------------------------------------------
@@ -86,7 +87,7 @@ public:
   std::int32_t NumThreads() const { return fNumThreads; }
   MCStopProcessor* StopProcessor() const { return fpStopProcessor; }
   bool ExactDesign() const { return fbExactDesign; }
-  bool Strict() const { return fbStrict; }
+  Strictness HowStrict() const { return fStrictness; }
   bool CheckOnly() const { return fbCheckOnly; }
 
   // The variable that holds the stage's rate or size; -1 if no variable does, or the stage doesn't exist.
@@ -130,6 +131,6 @@ private:
   MCStopProcessor* fpStopProcessor = nullptr;  // borrowed, may be null
   // The draws of Brewer, Sampford and PPS_WOR have exactly the inclusion probabilities that they state.
   bool fbExactDesign = false;
-  bool fbStrict = false;     // a finding that makes probabilities or weights wrong or unclear is an error
+  Strictness fStrictness = Strictness::kLenient;
   bool fbCheckOnly = false;  // the first selected stage is tabulated and reviewed, and nothing is drawn
 };

@@ -22,9 +22,9 @@ void SVSFindings::KeepWorst(std::int32_t stage, const SVSFinding::Example& examp
   if (difference(example) > difference(examples.front())) examples.front() = example;
 }
 
-bool SVSFindings::AnyWrong() const {
+bool SVSFindings::AnyRefused(Strictness strictness) const {
   return std::any_of(fvFindings.begin(), fvFindings.end(),
-                     [](const SVSFinding& finding) { return MakesWrong(finding.kind); });
+                     [=](const SVSFinding& finding) { return IsRefused(finding.kind, strictness); });
 }
 
 SVSFinding& SVSFindings::Find(FindingKind kind, std::int32_t stage) {

@@ -28,12 +28,20 @@ enum class FindingKind : std::uint8_t {
   kStatedProbs,       // strata whose draw may not have the inclusion probabilities that it states
 };
 
-// Whether the finding makes a probability or weight wrong or unclear. A strict draw ends with an error there.
+// Which findings end a run with an error, so that nothing is written.
+enum class Strictness : std::uint8_t {
+  kLenient,  // none
+  kPlan,  // those by which a probability or weight is wrong or unclear, but for kStatedProbs: the plan names
+          // its method, and the draw of some methods only comes near what they state
+  kAll    // kStatedProbs too
+};
+
 // Cases that are left out and units that can't be drawn limit what the sample represents, but not the
 // weights; a size above the limit is an error in any draw.
-constexpr bool MakesWrong(FindingKind kind) {
-  return kind != FindingKind::kNoPreviousWeight && kind != FindingKind::kZeroSize &&
-         kind != FindingKind::kSizeAboveLimit;
+constexpr bool IsRefused(FindingKind kind, Strictness strictness) {
+  if (kind == FindingKind::kStatedProbs) return strictness == Strictness::kAll;
+  return strictness != Strictness::kLenient && kind != FindingKind::kNoPreviousWeight &&
+         kind != FindingKind::kZeroSize && kind != FindingKind::kSizeAboveLimit;
 }
 
 // All findings of one kind in one stage.
@@ -77,7 +85,7 @@ public:
 
   // In the order in which they were first noted.
   const std::vector<SVSFinding>& All() const { return fvFindings; }
-  bool AnyWrong() const;
+  bool AnyRefused(Strictness strictness) const;
 
 private:
   SVSFinding& Find(FindingKind kind, std::int32_t stage);

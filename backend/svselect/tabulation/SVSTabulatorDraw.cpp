@@ -68,7 +68,7 @@ SVStatus SVSDataTabulator::CheckSamples() {
 void SVSDataTabulator::Review() {
   for (const StratumEntry* entry : fvStrata) {
     entry->value.Review(entry->key, &Findings());
-    if (fCompSettings->Strict() && LosesHits()) {
+    if (fCompSettings->HowStrict() != Strictness::kLenient && LosesHits()) {
       Findings().Note(FindingKind::kHitsNotKept, fStageInd, {.stratum = entry->key, .unit = {}});
     }
   }
@@ -81,7 +81,7 @@ bool SVSDataTabulator::LosesHits() const {
 }
 
 bool SVSDataTabulator::RefusesFindings() {
-  if (!fCompSettings->Strict() || !Findings().AnyWrong()) return false;
+  if (!Findings().AnyRefused(fCompSettings->HowStrict())) return false;
   fStatus = ErrorStatus(kStatusNotStrict);
   fpOutSamples->AddStatus(fStatus);
   return true;

@@ -129,7 +129,7 @@ TEST(PlanJsonFaults, SayWhere) {
     std::string text;
     const char* fault;
   } kCases[] = {
-      {"\n {\"é\": 1,\n\"weight\": \"w\"}", "@/p, line 2, column 3: a plan has no member 'é'"},
+      {"\n {\"title\": \"é\", \"é\": 1}", "@/p, line 2, column 17: a plan has no member 'é'"},
       {"\xEF\xBB\xBF{\"x\": 1}", "@/p, line 1, column 2: a plan has no member 'x'"},
       {"{\"svselect_plan\":1,}", "line 1, column 20: no valid JSON: there is a comma too many"},
       {"{\n// hm\n}", "line 2, column 1: no valid JSON, which has no comments"},
