@@ -12,6 +12,7 @@
 #include "cli/UsageWords.h"
 #include "host/text/NearestWord.h"
 #include "host/text/VariableNames.h"
+#include "session/ConvertPlan.h"
 #include "session/RunReport.h"
 
 // How a command line is checked, from the single word to the whole:
@@ -38,6 +39,7 @@ const char* const kFrameGroup = "THE FRAME";
 const char* const kPartsGroup = "WHAT TO DRAW AND WRITE: THE COMMAND BY ITS PARTS";
 const char* const kWholeGroup = "THE COMMAND AS A WHOLE";
 const char* const kSessionGroup = "THE RUN";
+const char* const kConvertGroup = "ANOTHER FORM OF THE PLAN";
 const char* const kHelpGroup = "HELP";
 
 // The sections after the options. tools/check-docs doesn't look at them: if you change an option, check
@@ -50,13 +52,13 @@ const char* const kRunAfter = R"(EXIT STATUS
 
 EXAMPLES
   Draw by a plan, and keep the sample and the joint probabilities:
-    svselect run --data schools.csv --plan plan.xml --seed 4711 \
+    svselect run --data schools.csv --plan plan.json --seed 4711 \
         --sample sample.csv --joint joint.csv
   Draw from the rows of a query, in the order of two variables:
     svselect run --sql "SELECT * FROM 'schools.csv' WHERE type = 'H'" \
-        --sort county,district --plan plan.xml --sample sample.parquet
+        --sort county,district --plan plan.json --sample sample.parquet
   Show the command that the options make:
-    svselect run --plan plan.xml --seed 4711 --sample sample.csv --explain
+    svselect run --plan plan.json --seed 4711 --sample sample.csv --explain
 )";
 
 const char* const kPlanAfter = R"(EXIT STATUS
@@ -64,8 +66,9 @@ const char* const kPlanAfter = R"(EXIT STATUS
   2 when svselect was called wrongly.
 
 EXAMPLES
-    svselect plan plan.xml
-    svselect plan plan.xml --data schools.csv
+    svselect plan plan.json
+    svselect plan plan.json --data schools.csv
+    svselect plan old.xml --to plan.json
 )";
 
 const char* const kDescribeAfter = R"(EXIT STATUS
@@ -80,8 +83,8 @@ EXAMPLES
 const char* const kProgramAfter = R"(EXAMPLES
   Describe a data file and a plan, and draw a sample by the plan:
     svselect describe schools.csv
-    svselect plan plan.xml --data schools.csv
-    svselect run --data schools.csv --plan plan.xml --sample sample.csv
+    svselect plan plan.json --data schools.csv
+    svselect run --data schools.csv --plan plan.json --sample sample.csv
 
   svselect run --help lists all options of a run; so does svselect(1).
 )";
@@ -220,7 +223,8 @@ void AddFrame(CLI::App& app, FrameOptions& frame) {
 void AddCommandParts(CLI::App& app, CommandParts& parts) {
   OptionGroup group(app, kPartsGroup);
   const CLI::Validator isWord = Allowed("a name", IsWord);
-  group.Add("--plan", parts.plan, "PLAN", "Sampling plan, an XML file");
+  group.Add("--plan", parts.plan, "PLAN",
+            "Sampling plan, a JSON or XML file. A draw by a JSON plan is always --strict");
   group.AddList("--stages", parts.stages, "1,2", "Stages to draw; all if not given")
       ->check(Allowed("a stage: 1, 2 or 3", IsStage));
   group
@@ -324,13 +328,12 @@ std::string UnexpectedOrNothing(const CLI::App& app, const std::string& path, co
 }  // namespace
 
 void DescribeProgram(CLI::App& app) {
-  AddHelp(app,
-          {{"run --data FRAME --plan PLAN [--sample FILE] [OPTION]...", "plan PLAN [--data FRAME]",
-            "describe FRAME", "describe --sql QUERY"},
-           "Draws a probability sample from the cases of a data file, by a sampling plan: an XML file that "
-           "describes a design of up to three stages with strata, clusters, a method of selection and a "
-           "size or rate for each.",
-           kProgramAfter});
+  AddHelp(app, {{"run --data FRAME --plan PLAN [--sample FILE] [OPTION]...", "plan PLAN [--data FRAME]",
+                 "describe FRAME", "describe --sql QUERY"},
+                "Draws a probability sample from the cases of a data file, by a sampling plan: a file that "
+                "describes a design of up to three stages with strata, clusters, a method of selection and a "
+                "size or rate for each.",
+                kProgramAfter});
 }
 
 void DescribeRun(CLI::App& app, RunOptions& options) {
@@ -349,17 +352,21 @@ void DescribeRun(CLI::App& app, RunOptions& options) {
 }
 
 void DescribePlan(CLI::App& app, PlanOptions& options) {
-  app.add_option("PLAN", options.plan, "Sampling plan, an XML file")->group("ARGUMENTS");
+  app.add_option("PLAN", options.plan, "Sampling plan, a JSON or XML file")->group("ARGUMENTS");
   OptionGroup group(app, kFrameGroup);
   group.Add("--data", options.frame.path, "FRAME", "Data file to check the plan against");
   group.Add("--schema", options.frame.schema, "FILE",
             "Table Schema of the frame, instead of the one beside it");
+  OptionGroup(app, kConvertGroup)
+      .Add("--to", options.to, "FILE",
+           "File to write the plan to: as JSON if its name ends in .json, as XML if in .xml");
   AddHelp(
       app,
-      {{"PLAN [--data FRAME [--schema FILE]]"},
+      {{"PLAN [--data FRAME [--schema FILE]]", "PLAN --to FILE"},
        "Describes what the plan draws, stage by stage, or reports what is wrong with it. With a frame, "
        "also checks whether the plan can be drawn from it: variables, types, tables, output names and the "
-       "first stage. Writes nothing.",
+       "first stage; writes nothing. With --to, writes the same plan to another file, in the form of that "
+       "file's name.",
        kPlanAfter});
 }
 
@@ -410,7 +417,12 @@ std::string UsageError(const CLI::App& app, const PlanOptions& options) {
   std::string error = UnexpectedOrNothing(app, options.plan, "a plan is needed: svselect plan PLAN");
   // Without a frame the schema would be ignored without a word.
   const bool isLost = options.frame.path.empty() && !options.frame.schema.empty();
-  return error.empty() && isLost ? "--schema needs --data FRAME" : error;
+  if (!error.empty() || options.to.empty()) {
+    return error.empty() && isLost ? "--schema needs --data FRAME" : error;
+  }
+  if (FormOfPlan(options.to) == PlanForm::kUnknown)
+    return "--to " + QuotedWord(options.to) + ": the name must end in .json or .xml";
+  return options.frame.path.empty() ? "" : "--to and --data exclude each other";
 }
 
 std::string UsageError(const CLI::App& app, const DescribeOptions& options) {

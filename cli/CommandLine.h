@@ -34,6 +34,7 @@ struct RunOptions {
 // Options of `svselect plan`. Without a frame the plan is read and nothing is checked against it.
 struct PlanOptions {
   std::string plan;
+  std::string to;  // file to write the plan to, instead of showing it
   FrameOptions frame;
 };
 

@@ -6,6 +6,7 @@
 #include "cli/Terminal.h"
 #include "host/output/OutputDocument.h"
 #include "host/render/TextRenderer.h"
+#include "session/ConvertPlan.h"
 #include "session/Inspect.h"
 
 // `svselect plan`: reading the plan and checking it against a frame are two steps. The plan in words appears
@@ -42,11 +43,17 @@ int TellPlan(const PlanOptions& options) {
   const PlanReading reading = ReadPlan(session, options.plan);
   TellAll(reading.remarks);
   if (!reading.isRead) RenderMessages(session.Layer<OutputDocument>(), std::cerr);
-  if (reading.isRead) {
+  if (reading.isRead && options.to.empty()) {
     for (const std::string& line : PlanInWords(reading.plan)) PrintFolded(line);
     if (!FinishOutput()) return kExitError;  // shown before the frame is read, which may take long
   }
   TellAll(reading.problems);
   if (reading.status != RunStatus::kOk) return kExitError;
+  if (!options.to.empty()) {
+    const std::vector<std::string> problems = ConvertPlan(session, reading, options.to);
+    if (!problems.empty()) RenderMessages(session.Layer<OutputDocument>(), std::cerr);
+    TellAll(problems);
+    return problems.empty() ? kExitOk : kExitError;
+  }
   return options.frame.path.empty() ? kExitOk : CheckAgainstFrame(session, reading, options.frame);
 }

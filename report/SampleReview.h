@@ -18,8 +18,9 @@ struct StageVariables {
   // They identify a stratum, as in the stage's summary table: strata and clusters of the stages before, then
   // the strata of this one.
   std::vector<std::string> strata{};
-  std::vector<std::string> clusters{};  // its units; empty if these are the cases
-  std::string probability{};            // inclusion probability; empty if the plan doesn't ask for it
+  std::vector<std::string> clusters{};      // its units; empty if these are the cases
+  std::string probability{};                // inclusion probability; empty if the plan doesn't ask for it
+  std::string probabilityWord = "IncProb";  // what a plan calls it
   bool withReplacement = false;
 };
 

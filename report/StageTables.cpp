@@ -185,7 +185,8 @@ private:
           "The sample lacks a variable that identifies the strata of this stage (it was dropped), so that "
           "probabilities and weights aren't known by stratum.");
     } else if (!fStage.hasProbability) {
-      fTable.AddNote("The plan asks for no inclusion probability of this stage (IncProb).");
+      fTable.AddNote("The plan asks for no inclusion probability of this stage (" +
+                     fStage.variables.probabilityWord + ").");
     } else if (!fStage.hasUnits) {
       fTable.AddNote("The sample lacks a cluster variable of this stage (it was dropped).");
     }

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "backend/svcommon/PlanXmlReader.h"
+#include "backend/svcommon/PlanSource.h"
 #include "backend/svcommon/design/MethodTable.h"
 #include "host/command/CommandSpec.h"
 #include "host/command/KORV_TokenSequence.h"
@@ -74,9 +74,8 @@ std::optional<CommandedPlan> ReadCommandedPlan() {
   CommandSpec command;
   if (!ReadCommand(&command)) return std::nullopt;
   CommandedPlan commanded;
-  SV_XML::PlanXmlReader reader(&commanded.plan);
   commanded.path = PlanPath(command);
-  if (reader.readSamplePlan(commanded.path) != 0) return std::nullopt;
+  if (OpenPlan(commanded.path, &commanded.plan)->readSamplePlan(commanded.path) != 0) return std::nullopt;
   commanded.stages = DrawnStages(command, commanded.plan.numStages());
   return commanded;
 }

@@ -6,7 +6,7 @@
 
 #include "backend/svcommon/PlanGaps.h"
 #include "backend/svcommon/PlanReadErrors.h"
-#include "backend/svcommon/PlanXmlReader.h"
+#include "backend/svcommon/PlanSource.h"
 #include "host/command/KORV_TokenSequence.h"
 #include "host/engine/ActiveFile.h"
 #include "host/environment/HostErrors.h"
@@ -45,7 +45,8 @@ void OpenDocument(HostSession& session) {
 // added. Errors: DataError if the file can't be read at all.
 void ReadPlanFile(const std::string& path, PlanReading* reading) {
   CheckReadableFile(path);
-  SV_XML::PlanXmlReader reader(&reading->plan);
+  const std::unique_ptr<PlanSource> source = OpenPlan(path, &reading->plan);
+  PlanSource& reader = *source;
   const int code = reader.readSamplePlan(path);
   for (const std::string& misread : reader.MisreadNumbers()) {
     reading->remarks.push_back(fmt::format("{}: {}", path, misread));

@@ -57,8 +57,9 @@ public:
     Add("Split by", fmt::format("{}", fmt::join(frame.split, ", ")));
     AddCommand();
     Add("Exact design", fSession.Settings().exactDesign ? "yes" : "");
-    Add("Strict", fSession.Settings().strict ? "yes" : "");
-    if (fCommanded) Add("SHA-256 of the plan", SumOf(fCommanded->path));
+    const bool isJson = fCommanded && fCommanded->plan.isJson;
+    Add("Strict", fSession.Settings().strict || isJson ? "yes" : "");
+    if (fCommanded) AddPlanSums();
     // The same program draws the same sample for ever; another version may not know an option.
     Add("Program", "svselect " SV_VERSION, RunFact::Kind::kVarying);
     const CalendarDay today = BCLOCK();
@@ -85,6 +86,15 @@ private:
     const std::optional<std::string> sum = Sha256OfFile(path);
     if (!sum) throw DataError(path + " can't be read a second time");
     return *sum;
+  }
+
+  // A table of the plan in a file of its own is a part of the plan.
+  void AddPlanSums() {
+    Add("SHA-256 of the plan", SumOf(fCommanded->path));
+    std::string sums;
+    for (const std::string& table : fCommanded->plan.tableFiles)
+      sums += fmt::format("{}{} {}", sums.empty() ? "" : "\n", SumOf(table), table);
+    Add("SHA-256 of its tables", sums);
   }
 
   // A text file is read as a whole when it is opened, so that nobody notices when it changes afterwards.

@@ -82,6 +82,7 @@ std::vector<StageVariables> StagesOf(const CommandedPlan& commanded) {
     append(stage.strataVariables, &variables.strata);
     append(stage.clusterVariables, &variables.clusters);
     variables.probability = stage.inclProbName.Text();
+    if (commanded.plan.isJson) variables.probabilityWord = "probability";
     variables.withReplacement = MethodOfType(stage.type).withReplacement;
     before = variables.strata;
     append(stage.clusterVariables, &before);

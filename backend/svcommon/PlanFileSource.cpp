@@ -37,19 +37,26 @@ private:
 PlanFileSource::PlanFileSource(std::string path, const std::u16string& wide, const PlanDomParser* parser)
     : LocalFileInputSource(wide.c_str()), fPath(std::move(path)), fpParser(parser) {}
 
-xercesc::BinInputStream* PlanFileSource::makeStream() const {
+std::FILE* OpenPlanFile(const std::string& path) {
   // O_NONBLOCK: opening a pipe would wait for its writer. O_NOCTTY: a terminal mustn't become ours. What was
   // opened is tested afterwards, on the descriptor, so that it can't be exchanged in between.
-  const int file = open(fPath.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (file < 0) return nullptr;
   struct stat status {};
-  const bool isReadable = fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_size <= kMaxBytes;
+  const bool isReadable = fstat(file, &status) == 0 && S_ISREG(status.st_mode);
   std::FILE* const stream = isReadable ? fdopen(file, "rb") : nullptr;
-  if (stream == nullptr) {
-    close(file);
-    return nullptr;
-  }
-  return new PlanFileStream(stream, fpParser);
+  if (stream == nullptr) close(file);
+  return stream;
+}
+
+xercesc::BinInputStream* PlanFileSource::makeStream() const {
+  std::FILE* const stream = OpenPlanFile(fPath);
+  if (stream == nullptr) return nullptr;
+  struct stat status {};
+  if (fstat(fileno(stream), &status) == 0 && status.st_size <= kMaxBytes)
+    return new PlanFileStream(stream, fpParser);
+  std::fclose(stream);
+  return nullptr;
 }
 
 }  // namespace SV_XML

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdio>
 #include <string>
 #include <xercesc/framework/LocalFileInputSource.hpp>
 
@@ -8,13 +9,17 @@ namespace SV_XML {
 
 class PlanDomParser;
 
+// Opens a file of a plan to read: a regular file, and nothing else, so that a folder or a device fails at once
+// and a pipe without a writer can't block the run. Null if it isn't one or can't be opened; else the caller
+// closes it.
+std::FILE* OpenPlanFile(const std::string& path);
+
 // PlanFileSource gives the XML parser a local file.
 //
 // It replaces the library's own file source for three reasons. The library converts the path to the locale's
 // encoding and back, which loses the name of a file written in another encoding; here the file is opened by
-// the bytes of its path. The library opens anything; here only regular files are read, so a folder or a
-// device fails at once and a pipe without a writer can't block the run. And the library reads to the end;
-// here a file larger than kMaxBytes isn't opened at all, since a single attribute that fills the file takes
+// the bytes of its path. The library opens anything; here only regular files are read. And the library reads
+// to the end; here a file larger than kMaxBytes isn't opened at all, since a single attribute that fills the file takes
 // ten times its size in memory.
 //
 // Use:        pass to PlanDomParser::parse(), which calls makeStream().

@@ -126,9 +126,12 @@ void AddStage(const SVPlanSpecs& plan, int number, Lines* lines) {
 
 }  // namespace
 
-// The default kind of estimation isn't mentioned: it follows from the methods.
+// The default kind of estimation isn't mentioned: it follows from the methods. Nor is the annotation of an XML
+// plan, which is a comment.
 std::vector<std::string> PlanInWords(const SVPlanSpecs& plan) {
-  Lines lines = {"Sample design of " + CountText(plan.stages.size(), "stage")};
+  Lines lines;
+  if (plan.isJson && !plan.title.empty()) lines.push_back("Title: " + PrintableText(plan.title));
+  lines.push_back("Sample design of " + CountText(plan.stages.size(), "stage"));
   lines.push_back("Final weight: " + (plan.weight.IsEmpty() ? "none, so nothing can be drawn"
                                                             : PrintableText(plan.weight.Text())));
   if (!plan.previousWeight.IsEmpty()) {

@@ -78,6 +78,7 @@ int PlanXmlReader::ReadPlan(std::string path, int mode, const XMLCh* designName,
   try {
     fpPlan->mode = mode;
     fpPlan->file = std::move(path);
+    ReadTitle();
     const Element* const design = FindChild(fpDocument->getDocumentElement(), designName);
     if (design != nullptr) return (this->*readDesign)(design);
     return Fault(absent, fpDocument->getDocumentElement(),
@@ -87,6 +88,13 @@ int PlanXmlReader::ReadPlan(std::string path, int mode, const XMLCh* designName,
     // and its type says nothing that the user could act on; the records may be half filled.
     return kPlanInvalidFile;
   }
+}
+
+// A title has no place of its own in XML. It is carried and never shown.
+void PlanXmlReader::ReadTitle() {
+  const Element* const annotation =
+      FindChild(FindChild(fpDocument->getDocumentElement(), u"Header"), u"Annotation");
+  if (annotation != nullptr) KORVMBU16ToGeneric(fpConverter, fpPlan->title, annotation->getTextContent());
 }
 
 // The weights are read last, though PreviousWeight comes first in a run: a fault in a stage is reported

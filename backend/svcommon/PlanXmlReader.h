@@ -7,9 +7,11 @@
 #include <xercesc/util/XercesDefs.hpp>
 
 #include "backend/svcommon/PlanLines.h"
+#include "backend/svcommon/PlanSource.h"
 #include "backend/svcommon/SVPlanSpecs.h"
 
 struct KORVMBConverter;
+struct PlanFault;
 
 XERCES_CPP_NAMESPACE_BEGIN
 class DOMDocument;
@@ -63,9 +65,6 @@ namespace SV_XML {
 
 class PlanDomParser;
 
-// That a row of a table repeats the categories of an earlier one; rows count from 1.
-std::string RepeatedRowText(int row, int earlier);
-
 // PlanXmlReader fills the records of a plan from a plan file and checks it on the way.
 //
 // Use:        construct on an empty SVPlanSpecs, read once, destroy. The XML library must be initialised,
@@ -77,20 +76,19 @@ std::string RepeatedRowText(int row, int earlier);
 // Failures:   throws nothing. A file that can't be parsed is code 1. So is a document that lacks an element
 //             that a valid one has, if no other code fits.
 // Bounds:     those of PlanDomParser and PlanFileSource. A plan with too many stages is read up to
-//             kMaxStagesRead of them. A list or table of more than kMaxListVariables variables is code 1.
+//             kMaxStagesRead of them. A list or table of more than kMaxPlanListVariables variables is code 1.
 // Threads:    one.
-class PlanXmlReader {
+class PlanXmlReader : public PlanSource {
 public:
   explicit PlanXmlReader(SVPlanSpecs* plan);
-  ~PlanXmlReader();
+  ~PlanXmlReader() override;
   PlanXmlReader(const PlanXmlReader&) = delete;
   PlanXmlReader& operator=(const PlanXmlReader&) = delete;
 
   static constexpr std::size_t kMaxStagesRead = 20;
-  static constexpr std::size_t kMaxListVariables = 10'000;
 
   // Reads the sample design of the plan file.
-  int readSamplePlan(std::string path);
+  int readSamplePlan(std::string path) override;
 
   // Reads the analysis design, for procedures that estimate from a sample. No command of this program does.
   int readAnalysisPlan(std::string path);
@@ -98,27 +96,17 @@ public:
   // Parses the file. True if there is a document; it is replaced by the next parse.
   bool parseFile(const std::string& path);
 
-  // What is wrong with the plan, a line for each fault in the order of reading: "PLAN, line 12, column 5:
-  // stage 2: 'county' is used twice; names ignore case". If the code is 0, faults in what doesn't count.
-  //
   // An element that is misplaced, or missing from another, ends the parse, and its place is the end of the
   // element around it. There is no place if the file couldn't be read or exceeded a bound.
-  std::vector<std::string> Faults() const { return fFaults.All(); }
+  std::vector<std::string> Faults() const override { return fFaults.All(); }
 
-  // Where the plan contradicts itself without being at fault: a number of stages, variables or rows that
-  // isn't theirs, rows of a table with the same categories. Lines as above.
-  std::vector<std::string> Contradictions() const { return fContradictions.All(); }
+  // A number of stages, variables or rows that isn't theirs, rows of a table with the same categories.
+  std::vector<std::string> Contradictions() const override { return fContradictions.All(); }
 
-  // For a caller that finds something wrong when it looks the plan up in a frame. The place is that of the
-  // first variable with that name; of a row, which counts from 1, of a stage's table; else none.
-  // REQUIRES: the plan was read.
-  std::string LineAboutName(const KorvVarName& name, const std::string& what) const;
-  std::string LineAboutRow(int stage, int row, const std::string& what) const;
+  std::string LineAboutName(const KorvVarName& name, const std::string& what) const override;
+  std::string LineAboutRow(int stage, int row, const std::string& what) const override;
 
-  // Texts that should have been a number and were only partly read as one, each with the value that was used:
-  // "2,5" is read as 2. At most kMaxMisread, without repeats.
-  static constexpr std::size_t kMaxMisread = 10;
-  const std::vector<std::string>& MisreadNumbers() const { return fvMisread; }
+  const std::vector<std::string>& MisreadNumbers() const override { return fvMisread; }
 
 private:
   using Element = xercesc::DOMElement;
@@ -127,6 +115,7 @@ private:
   // that child is missing.
   int ReadPlan(std::string path, int mode, const XMLCh* designName, int absent,
                int (PlanXmlReader::*readDesign)(const Element*));
+  void ReadTitle();
   int ReadSampleDesign(const Element* design);
   int ReadAnalysisDesign(const Element* design);
   int ReadDesignWeight(const Element* design, const XMLCh* name, KorvVarName* weight);
@@ -172,6 +161,7 @@ private:
 
   // What is wrong, and where. Fault() returns the code.
   int Fault(int code, const Element* at, const std::string& what);
+  int Fault(const PlanFault& fault, const Element* at);
   void NoteContradiction(const Element* at, const std::string& what);
   void CheckCount(const Element* element, const XMLCh* attribute, std::size_t count, const char* ofWhat);
   std::string LineAbout(PlanPosition at, const std::string& what) const;

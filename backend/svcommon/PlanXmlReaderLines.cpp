@@ -1,14 +1,13 @@
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <charconv>
-#include <numeric>
 #include <xercesc/dom/DOMDocument.hpp>
 #include <xercesc/dom/DOMElement.hpp>
 #include <xercesc/dom/DOMNodeList.hpp>
 
 #include "backend/svcommon/PlanDomParser.h"
 #include "backend/svcommon/PlanElements.h"
+#include "backend/svcommon/PlanRules.h"
 #include "backend/svcommon/PlanXmlReader.h"
 #include "host/text/NearestWord.h"
 #include "host/text/VariableNames.h"
@@ -20,6 +19,10 @@ namespace SV_XML {
 int PlanXmlReader::Fault(int code, const Element* at, const std::string& what) {
   fFaults.Add(fFaults.IsFull() ? "" : LineAbout(at, what));
   return code;
+}
+
+int PlanXmlReader::Fault(const PlanFault& fault, const Element* at) {
+  return fault.code == 0 ? 0 : Fault(fault.code, at, fault.what);
 }
 
 void PlanXmlReader::NoteContradiction(const Element* at, const std::string& what) {
@@ -78,26 +81,12 @@ void PlanXmlReader::CheckCount(const Element* element, const XMLCh* attribute, s
 // Of rows with the same categories the last one counts: see SVSParser::ReadMatrix(), which also finds those
 // that are written differently.
 void PlanXmlReader::CheckRepeatedRows(const Element* matrix, const VarCatList& table) {
-  const std::vector<VarCatList::CatList>& rows = table.Rows();
-  std::vector<std::size_t> sorted(rows.size());
-  std::iota(sorted.begin(), sorted.end(), 0U);
-  std::stable_sort(sorted.begin(), sorted.end(),
-                   [&](std::size_t a, std::size_t b) { return rows[a] < rows[b]; });
-  std::vector<std::pair<std::size_t, std::size_t>> repeats;  // a row, and the one before with its categories
-  for (std::size_t i = 1; i < sorted.size(); ++i) {
-    if (rows[sorted[i - 1]] == rows[sorted[i]]) repeats.emplace_back(sorted[i], sorted[i - 1]);
-  }
-  std::sort(repeats.begin(), repeats.end());
   const xercesc::DOMNodeList* const list = matrix->getElementsByTagName(u"MatrixValue");
-  for (const auto& [row, earlier] : repeats) {
+  for (const auto& [row, earlier] : RepeatedRows(table)) {
     const auto* const element = static_cast<const Element*>(list->item(row));
-    NoteContradiction(element, RepeatedRowText(static_cast<int>(row) + 1, static_cast<int>(earlier) + 1));
+    NoteContradiction(element,
+                      RepeatedRowText(static_cast<int>(row) + 1, static_cast<int>(earlier) + 1, false));
   }
-}
-
-std::string RepeatedRowText(int row, int earlier) {
-  return fmt::format("row {} of the table has the same categories as row {}; the last such row counts", row,
-                     earlier);
 }
 
 }  // namespace SV_XML

@@ -10,8 +10,8 @@
 
 #include "backend/svcommon/PlanElements.h"
 #include "backend/svcommon/PlanReadErrors.h"
+#include "backend/svcommon/PlanRules.h"
 #include "backend/svcommon/PlanXmlReader.h"
-#include "host/numeric/Fuzzy.h"
 #include "host/text/NearestWord.h"
 #include "host/text/TextConversion.h"
 #include "host/text/VariableNames.h"
@@ -28,29 +28,6 @@ namespace SV_XML {
 namespace {
 
 constexpr const char* kTooManyVariables = "the list has too many variables";
-
-// What a quantity may be, and the code if it isn't.
-struct ValueRule {
-  int code = 0;
-  const char* allowed = "";
-  bool mustBeWhole = false;
-  double most = std::numeric_limits<double>::infinity();
-};
-
-// A rate may exceed 1 here: a method with replacement can draw more often than there are units. Without
-// replacement the stratum warns and takes all.
-ValueRule RuleOf(std::int32_t paramKind) {
-  switch (paramKind) {
-    case kParamSize:
-      return {kPlanBadSampleSize, "a whole number above 0", true};
-    case kParamRate:
-      return {kPlanBadSampleRate, "a number above 0"};
-    case kParamPopSize:
-      return {kPlanBadPopulationSize, "a whole number above 0", true};
-    default:
-      return {kPlanBadInclusionProbability, "a number above 0 and at most 1", false, 1.0};
-  }
-}
 
 }  // namespace
 
@@ -71,8 +48,8 @@ int PlanXmlReader::ReadClusters(const Element* element, int number) {
 
 // Each name becomes a design variable even if it is faulty, so that a table that uses it isn't blamed too.
 int PlanXmlReader::ReadVariableList(const Element* list, std::vector<KorvVarName>* names) {
-  const std::vector<const Element*> variables = FindAll(list, u"Variable", kMaxListVariables + 1);
-  if (variables.size() > kMaxListVariables) return Fault(kPlanInvalidFile, list, kTooManyVariables);
+  const std::vector<const Element*> variables = FindAll(list, u"Variable", kMaxPlanListVariables + 1);
+  if (variables.size() > kMaxPlanListVariables) return Fault(kPlanInvalidFile, list, kTooManyVariables);
   CheckCount(list, u"numberOfVariables", variables.size(), "variables");
   int code = 0;
   for (const Element* const variable : variables) {
@@ -133,8 +110,6 @@ int PlanXmlReader::ReadMatrix(const Element* matrix, int number) {
   return code;
 }
 
-// A table may use strata of its own and earlier stages, and clusters of earlier stages. Clusters of its own
-// stage make no sense: they are the units to be drawn, and a number of units per unit says nothing.
 int PlanXmlReader::ReadMatrixVariables(const Element* matrix, int number) {
   const Element* const list = FindChild(matrix, u"MatrixVarList");
   if (list == nullptr) return 0;
@@ -142,19 +117,12 @@ int PlanXmlReader::ReadMatrixVariables(const Element* matrix, int number) {
   std::size_t count = 0;
   for (const Element* variable = ElementFrom(list->getFirstChild()); variable != nullptr;
        variable = ElementFrom(variable->getNextSibling())) {
-    if (++count > kMaxListVariables) return Fault(kPlanInvalidFile, list, kTooManyVariables);
+    if (++count > kMaxPlanListVariables) return Fault(kPlanInvalidFile, list, kTooManyVariables);
     const KorvVarName name = Text(variable, u"name");
-    const std::string quoted = QuotedWord(name.Text());
     if (ValidateKORVName(name.Text()) != 0) code = kPlanInvalidVariable;
     fpPlan->getStage(number)->paramMatrix.addVarName(name);
-    if (!fpPlan->hasDesignVariableName(name)) {
-      code = Fault(kPlanBadMatrixVariable, variable,
-                   quoted + " is neither a stratum of this stage nor a stratum or cluster of one before");
-    } else if (fpPlan->hasStageVariableName(number, name)) {
-      code = Fault(
-          kPlanBadMatrixVariable, variable,
-          quoted + " is a cluster of this stage; a table takes its strata, and clusters of stages before");
-    }
+    const PlanFault fault = TableVariableFault(*fpPlan, number, name);
+    if (fault.code != 0) code = Fault(fault, variable);
   }
   CheckCount(list, u"numberOfVariables", count, "variables");
   return code;
@@ -178,18 +146,9 @@ int PlanXmlReader::ReadMatrixRow(const Element* row, SVPlanStageSpecs* stage) {
   return LastFault(code, CheckValue(row, u"sizeValue", stage->paramKind, value));
 }
 
-// A repeated name is reported as repeated even if it is also invalid.
 int PlanXmlReader::ReadName(const Element* variable, KorvVarName* name) {
   *name = Text(variable, u"name");
-  const std::string quoted = QuotedWord(name->Text());
-  if (!fpPlan->addVariableName(*name)) {
-    return Fault(kPlanRepeatedVariable, variable, quoted + " is used twice; names ignore case");
-  }
-  if (ValidateKORVName(name->Text()) == 0) return 0;
-  return Fault(kPlanInvalidVariable, variable,
-               quoted +
-                   " is no valid name: a name has up to 64 bytes, begins with a letter or one of _@#$, goes "
-                   "on with these, digits and full stops, doesn't end in a full stop, and isn't ALL");
+  return Fault(NameFault(fpPlan, *name), variable);
 }
 
 // A bound that is absent keeps its 0. Its value is judged by the caller.
@@ -204,10 +163,7 @@ int PlanXmlReader::ReadBound(const Element* parent, const XMLCh* name, double* b
 
 int PlanXmlReader::CheckValue(const Element* element, const XMLCh* attribute, std::int32_t paramKind,
                               double value) {
-  const ValueRule rule = RuleOf(paramKind);
-  if (value > 0.0 && value <= rule.most && (!rule.mustBeWhole || IsValidInteger(value))) return 0;
-  return Fault(rule.code, element,
-               fmt::format("{} isn't {}", QuotedWord(Text(element, attribute)), rule.allowed));
+  return Fault(ValueFault(paramKind, value, Text(element, attribute)), element);
 }
 
 // The code if the least is above the most, which is given.

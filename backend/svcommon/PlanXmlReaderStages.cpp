@@ -1,10 +1,10 @@
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <xercesc/dom/DOMElement.hpp>
 
 #include "backend/svcommon/PlanElements.h"
 #include "backend/svcommon/PlanReadErrors.h"
+#include "backend/svcommon/PlanRules.h"
 #include "backend/svcommon/PlanXmlReader.h"
 #include "backend/svcommon/design/MethodTable.h"
 #include "host/numeric/Fuzzy.h"
@@ -38,32 +38,6 @@ SamplingType TypeOf(const xercesc::DOMElement* element, const XMLCh* attribute, 
     if (IsWord(element, attribute, row.word)) return row.type;
   }
   return kSamplingNoValue;
-}
-
-// The words of the methods for which that holds.
-template <class Holds>
-std::vector<std::string> MethodWords(const Holds& holds) {
-  std::vector<std::string> words;
-  for (const SVMethod& method : kMethods) {
-    if (holds(method)) words.emplace_back(method.word);
-  }
-  return words;
-}
-
-// "a, b or c".
-std::string Listed(const std::vector<std::string>& words) {
-  std::string text = fmt::format("{}", fmt::join(words.begin(), words.end() - 1, ", "));
-  return text + " or " + words.back();
-}
-
-// Words of a plan are in lower case; in another case they aren't known, but there is no doubt which is meant.
-std::string NoMethodText(const std::string& word) {
-  const std::vector<std::string> all = MethodWords([](const SVMethod&) { return true; });
-  std::string lower = word;
-  for (char& c : lower) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  const std::string nearest = NearestWord(lower, all);
-  return (word.empty() ? "selectionMethod is missing" : QuotedWord(word) + " is no selection method") +
-         (nearest.empty() ? "; a method is " + Listed(all) : "; did you mean " + nearest + "?");
 }
 
 }  // namespace
@@ -113,17 +87,8 @@ void PlanXmlReader::ReadStageHead(const Element* element, SVPlanStageSpecs* stag
 
 int PlanXmlReader::ReadSelectionMethod(const Element* element, int number, SVPlanStageSpecs* stage) {
   stage->type = TypeOf(element, u"selectionMethod", kMethods);
-  const SVMethod& method = MethodOfType(stage->type);
   const std::string word = Text(element, u"selectionMethod");
-  if (method.code == kMethodNone) return Fault(kPlanIllegalMethod, element, NoMethodText(word));
-  if (method.IsPps() && number >= 2) {
-    return Fault(kPlanIllegalMethod, element,
-                 QuotedWord(word) + " draws by size, which only the first stage can; this one takes " +
-                     Listed(MethodWords([](const SVMethod& m) { return m.equalProbability; })));
-  }
-  if (!method.withReplacement || number == fpPlan->numStages()) return 0;
-  return Fault(kPlanReplacementBeforeLast, element,
-               QuotedWord(word) + " draws with replacement, which only the last stage can");
+  return Fault(MethodFault(*fpPlan, number, word, "selectionMethod is missing"), element);
 }
 
 // If a plan gives both, the size counts and the rate isn't read.
@@ -209,16 +174,10 @@ int PlanXmlReader::ReadOutputs(const Element* element, SVPlanStageSpecs* stage) 
   return code;
 }
 
-// A lone stage that writes joint probabilities in any case needs clusters, which name the rows of their file.
 int PlanXmlReader::CheckOnlyStage(const Element* element) {
-  const SVPlanStageSpecs& stage = fpPlan->stages.front();
-  const SVMethod& method = MethodOfType(stage.type);
-  if (!method.writesJointUnasked || !stage.designVariableNames.empty()) return 0;
-  fStage = 1;
-  return Fault(kPlanClusterMissing, element,
-               QuotedWord(method.word) +
-                   " writes joint probabilities, in which clusters name the units: add a "
-                   "ClusterVarList");
+  const PlanFault fault = OnlyStageFault(fpPlan->stages.front(), "add a ClusterVarList");
+  if (fault.code != 0) fStage = 1;
+  return Fault(fault, element);
 }
 
 // Each stage but the last needs clusters: the next stage draws within them.
@@ -226,8 +185,7 @@ int PlanXmlReader::CheckClusters(const std::vector<const Element*>& elements) {
   for (std::size_t i = 0; i + 1 < elements.size(); ++i) {
     if (!fpPlan->stages[i].designVariableNames.empty()) continue;
     fStage = static_cast<int>(i) + 1;
-    return Fault(kPlanClustersRequired, elements[i],
-                 "the stage has no clusters, within which the next one could draw");
+    return Fault(kPlanClustersRequired, elements[i], kNoClustersText);
   }
   return 0;
 }

@@ -1,5 +1,9 @@
 #include "backend/svcommon/SVPlanSpecs.h"
 
+#include <algorithm>
+#include <tuple>
+
+#include "backend/svcommon/PlanAsText.h"
 #include "host/text/TextConversion.h"
 
 namespace {
@@ -52,4 +56,43 @@ bool SVPlanSpecs::addStageVariableName(int stage, const KorvVarName& name) {
 bool SVPlanSpecs::hasStageVariableName(int stage, const KorvVarName& name) const {
   const SVPlanStageSpecs* const specs = getStage(stage);
   return specs != nullptr && specs->designVariableNames.contains(UpperCase(name));
+}
+
+namespace {
+
+// A bound that isn't positive isn't one.
+double BoundOf(double bound) {
+  return std::max(bound, 0.0);
+}
+
+bool HasSameTable(const VarCatList& one, const VarCatList& other) {
+  std::vector<KorvVarName> names[2];
+  std::vector<VarCatList::CatList> keys[2];
+  std::vector<double> values[2];
+  one.copyVarList(names[0]);
+  other.copyVarList(names[1]);
+  one.copyMapKeyVal(keys[0], values[0]);
+  other.copyMapKeyVal(keys[1], values[1]);
+  return names[0] == names[1] && keys[0] == keys[1] && values[0] == values[1];
+}
+
+auto PartsOf(const SVPlanStageSpecs& s) {
+  return std::tuple(s.label, s.strataVariables, s.clusterVariables, s.type, s.paramKind, s.paramSource,
+                    s.paramValue, s.paramVariable, BoundOf(s.minSize), BoundOf(s.maxSize), s.inclProbName,
+                    s.cumWeightName, s.indexName, s.popSizeName, s.sampSizeName, s.rateName, s.weightName);
+}
+
+auto PartsOf(const SVPlanSpecs& p) {
+  return std::tuple(p.mode, p.title, p.weight, p.previousWeight, p.estimation, p.mosVariable, p.mosFromData,
+                    BoundOf(p.mosMin), BoundOf(p.mosMax));
+}
+
+}  // namespace
+
+bool SaysTheSame(const SVPlanSpecs& one, const SVPlanSpecs& other) {
+  return PartsOf(one) == PartsOf(other) &&
+         std::equal(one.stages.begin(), one.stages.end(), other.stages.begin(), other.stages.end(),
+                    [](const SVPlanStageSpecs& a, const SVPlanStageSpecs& b) {
+                      return PartsOf(a) == PartsOf(b) && HasSameTable(a.paramMatrix, b.paramMatrix);
+                    });
 }

@@ -69,7 +69,10 @@ public:
   bool hasStageVariableName(int stage, const KorvVarName& name) const;
 
   std::int32_t mode = kNoMode;  // PlanMode
+  bool isJson = false;  // the form of the file: a JSON plan is drawn strictly, and messages use its words
   std::string file;
+  std::string title;                         // carried; in a plan in XML, the first Annotation of its Header
+  std::vector<std::string> tableFiles;       // the tables that were read from files of their own
   KorvVarName weight;                        // the final sampling weight
   KorvVarName previousWeight;                // the weight of an earlier sampling
   std::int32_t srsEstimator = kSamplingWor;  // of an analysis plan

@@ -36,7 +36,8 @@ SessionFiles::~SessionFiles() {
 OutputFile* SessionFiles::Start(FileRole role, const std::string& path, const std::string& target) {
   std::vector<std::string> paths;
   if (!fClaims.IsInMemory(target)) paths.push_back(target);
-  const bool isData = !paths.empty() && role != FileRole::kRule && role != FileRole::kReport;
+  const bool isData =
+      !paths.empty() && role != FileRole::kRule && role != FileRole::kReport && role != FileRole::kPlan;
   if (isData && HasSchemaFile(KindOf(target))) paths.insert(paths.begin(), SchemaPath(target));
   auto file = std::make_unique<OutputFile>();
   file->role = role;

@@ -3,7 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
+#include "host/environment/HostErrors.h"
+#include "host/read/TextTable.h"
 #include "host/text/TextConversion.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/read/TextTable.h"
+class TextTable;
 
 // CsvReader splits a file of delimited text into records and fields. The notation:
 //

@@ -1,7 +1,7 @@
 #include "backend/svselect/command/SVSParser.h"
 
 #include "backend/svcommon/PlanReadErrors.h"
-#include "backend/svcommon/PlanXmlReader.h"
+#include "backend/svcommon/PlanSource.h"
 #include "backend/svcommon/SVPlanSpecs.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "host/command/CommandSpec.h"
@@ -30,9 +30,11 @@ bool SVSParser::Parse() {
   SVPlanSpecs planSpecs;
   plan = &planSpecs;
   const bool isGood = [&] {
-    SV_XML::PlanXmlReader reader(plan);
-    planReader = &reader;
+    const std::unique_ptr<PlanSource> source = OpenPlan(planFile, plan);
+    planReader = source.get();
+    PlanSource& reader = *source;
     const int code = reader.readSamplePlan(planFile);
+    if (plan->isJson) specs->SetJsonPlan();
     for (const std::string& number : reader.MisreadNumbers()) BpRemark(planFile + ": " + number);
     Remark(reader.Contradictions());
     if (code != 0) {
@@ -46,7 +48,7 @@ bool SVSParser::Parse() {
       messages.NoPlanSpecifications();
       return false;
     }
-    return CheckPlan() && CheckOutputFiles();
+    return ClaimTables() && CheckPlan() && CheckOutputFiles();
   }();
   plan = nullptr;
   planReader = nullptr;

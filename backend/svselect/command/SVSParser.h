@@ -19,9 +19,7 @@ class KORV_TokenSequence;
 class ParamObj;
 class SubComObj;
 class VarCatList;
-namespace SV_XML {
-class PlanXmlReader;
-}
+class PlanSource;
 class SVPlanSpecs;
 struct SVPlanStageSpecs;
 class SVSValidSpecs;
@@ -143,6 +141,9 @@ private:
   void RemarkOnOutputs();
   bool RefusesPlan();
 
+  // A table that the plan has in a file of its own can't be an output of this run.
+  bool ClaimTables();
+
   // The plan, in the order of the checks: the plan as a whole, the joint probability file, each stage, and
   // last the output variables that exist already.
   bool CheckPlan();
@@ -177,7 +178,7 @@ private:
   // Given at construction, and the state of the parse.
   const KORV_TokenSequence& tokens;
   SVPlanSpecs* plan = nullptr;  // borrowed, as is its reader; set while Parse() has a plan
-  SV_XML::PlanXmlReader* planReader = nullptr;
+  PlanSource* planReader = nullptr;
   SVSValidSpecs* specs;         // borrowed, never null
   KORV_DataSource* dataSource;  // borrowed, never null: the active file's dictionary
   SVParserMessage messages;

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
-#include "backend/svcommon/PlanXmlReader.h"
+#include "backend/svcommon/PlanLines.h"
+#include "backend/svcommon/PlanRules.h"
+#include "backend/svcommon/PlanSource.h"
 #include "backend/svcommon/SVPlanSpecs.h"
 #include "backend/svselect/command/SVSParser.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
@@ -75,7 +77,7 @@ bool SVSParser::FillMatrix(const VarCatList& matrix, MatrixTable& table) {
       const auto earlier = static_cast<std::size_t>(cells[SVMatrixSpec::kUnusedRow].number);
       // The plan reader has noted rows that are the same to the letter.
       if (rows[earlier - 1] != rows[row]) {
-        const std::string what = SV_XML::RepeatedRowText(number, static_cast<int>(earlier));
+        const std::string what = RepeatedRowText(number, static_cast<int>(earlier), plan->isJson);
         repeats.Add(repeats.IsFull() ? "" : LineAboutRow(number, what));
       }
     }

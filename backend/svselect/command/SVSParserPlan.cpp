@@ -1,4 +1,4 @@
-#include "backend/svcommon/PlanXmlReader.h"
+#include "backend/svcommon/PlanSource.h"
 #include "backend/svcommon/SVPlanSpecs.h"
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/command/SVSParser.h"

@@ -1,3 +1,4 @@
+#include "backend/svcommon/SVPlanSpecs.h"
 #include "backend/svselect/command/SVSParser.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "host/command/CommandSpec.h"
@@ -94,6 +95,15 @@ bool SVSParser::ReadResolvedFile(const char* keyword, const char* subcommand,
 bool SVSParser::ReadPlan() {
   if (!ReadResolvedFile("FILE", "PLAN", CanRead, planFile)) return false;
   specs->SetPlanFile(planFile);
+  return true;
+}
+
+bool SVSParser::ClaimTables() {
+  for (const std::string& table : plan->tableFiles) {
+    if (CanRead(table)) continue;
+    messages.FileAccess(table.c_str());
+    return false;
+  }
   return true;
 }
 

@@ -66,6 +66,8 @@ public:
   void SetSelectRuleFile(const std::string& name) { fSelectRuleFile = name; }
   void SetExactDesign(bool exact) { fbExactDesign = exact; }
   void SetStrict(bool strict) { fbStrict = strict; }
+  // A JSON plan is drawn strictly whatever the session says, and texts about it have its words.
+  void SetJsonPlan() { fbJsonPlan = fbStrict = true; }
   void SetCheckOnly(bool checkOnly) { fbCheckOnly = checkOnly; }
 
   // --- reads
@@ -102,6 +104,7 @@ public:
   const std::vector<std::int32_t>& DesignVars() const { return fDesignVars; }
   bool ExactDesign() const { return fbExactDesign; }
   bool Strict() const { return fbStrict; }
+  bool IsJsonPlan() const { return fbJsonPlan; }
   bool CheckOnly() const { return fbCheckOnly; }
   // The largest number of variables that the run can add to the active file.
   unsigned MaxObsAdded() const;
@@ -139,5 +142,6 @@ private:
   std::vector<std::int32_t> fDesignVars;  // all strata and cluster variables, stage by stage, with repeats
   bool fbExactDesign = false;
   bool fbStrict = false;
+  bool fbJsonPlan = false;
   bool fbCheckOnly = false;
 };

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 #include <utility>
 
 #include "backend/svcommon/design/MethodTable.h"
@@ -155,10 +156,23 @@ constexpr Wording kWordings[] = {
      "the measures of size don't allow the draw to keep its number"},
 };
 
+// A text with elements of XML plans; for a JSON plan, with the members instead.
+std::string InWordsOf(const SVSValidSpecs& specs, std::string text) {
+  constexpr std::pair<std::string_view, std::string_view> kMembers[] = {
+      {"MinSize", "'min' of 'size'"}, {"MaxSize", "'max' of 'size'"}, {"Index", "'index'"}};
+  for (const auto& [element, member] : kMembers) {
+    if (!specs.IsJsonPlan()) break;
+    for (std::size_t at = text.find(element); at != std::string::npos;
+         at = text.find(element, at + member.size()))
+      text.replace(at, element.size(), member);
+  }
+  return text;
+}
+
 std::string WordedText(const SVSFinding& finding, const FindingNames& names) {
   for (const Wording& wording : kWordings) {
     if (wording.kind != finding.kind) continue;
-    const std::string cure = wording.cure;
+    const std::string cure = InWordsOf(names.specs, wording.cure);
     return fmt::format("stage {}: {} {}{}{}{}", finding.stage, finding.count,
                        finding.count == 1 ? wording.one : wording.many,
                        Places(names, finding, wording.values), cure.empty() ? "" : ": ", cure);
@@ -190,10 +204,12 @@ std::string TextOf(const SVSFinding& finding, const FindingNames& names) {
   const bool isBeforeDraw =
       finding.kind == FindingKind::kHitsNotKept && finding.examples.front().unit.Length() == 0;
   if (isBeforeDraw) {
-    return fmt::format(
-        "stage {} draws with replacement, and its plan has no Index: a unit that is hit more than once would "
-        "be in the sample once, with the weight of one hit; ask for Index in the plan",
-        finding.stage);
+    return InWordsOf(
+        names.specs,
+        fmt::format("stage {} draws with replacement, and its plan has no Index: a unit that is "
+                    "hit more than once would be in the sample once, with the weight of one hit; "
+                    "ask for Index in the plan",
+                    finding.stage));
   }
   return WordedText(finding, names);
 }
