@@ -35,6 +35,15 @@ install(DIRECTORY docs/ DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs" FILES_MATCHIN
 install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}"
   FILES_MATCHING PATTERN "expected" EXCLUDE PATTERN "*.csv" PATTERN "*.json" PATTERN "*.xml" PATTERN "*.md")
 
+# The component of the Python package: our libraries with all that they link, the language's runtime aside, in one
+# folder. The loader finds them by the RPATH of ours, which counts for the libraries that these load as well.
+install(TARGETS svhost svselect_library svselect_c RUNTIME_DEPENDENCY_SET python_libraries
+  LIBRARY DESTINATION svselect/lib COMPONENT python EXCLUDE_FROM_ALL)
+install(RUNTIME_DEPENDENCY_SET python_libraries
+  PRE_EXCLUDE_REGEXES "^lib(c|m|dl|rt|pthread|resolv|stdc\\+\\+|gcc_s)\\.so" "^ld-linux"
+  LIBRARY DESTINATION svselect/lib COMPONENT python EXCLUDE_FROM_ALL)
+install(DIRECTORY data/ DESTINATION svselect/share/svselect COMPONENT python EXCLUDE_FROM_ALL)
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "The svselect developers <svselect@example.org>")
 set(CPACK_PACKAGE_DESCRIPTION

@@ -186,7 +186,8 @@ SVS_EXPORT int svs_describe(svs_session* session, const svs_frame* frame, svs_po
 /*
  * Checks a plan of `plan_length` bytes, and, unless `frame` is null, whether a draw from the frame can begin: its
  * variables, their types, the strata and units of the first stage. svs_result_json() is {"status": "ok" |
- * "error", "messages": [...]} with the messages of svs_messages(). A plan is recognised by its contents.
+ * "error", "messages": [...]} with the messages of svs_messages(). A plan is JSON or XML, which its contents tell;
+ * a table in a file beside the plan can't be found.
  * `options` as for svs_draw(). The result is also set for SVS_ERROR_PLAN and SVS_ERROR_FRAME.
  */
 SVS_EXPORT int svs_check(svs_session* session, const char* plan, size_t plan_length, const svs_frame* frame,
