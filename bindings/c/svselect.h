@@ -29,12 +29,12 @@
  * Threads. A session is used by one thread at a time, and so is a result; a frame must not be closed while it is
  * used. Apart from that any thread may call any function. One thread of a process draws, checks, describes or
  * takes a frame over at a time; others wait for it in the call, with their polls called meanwhile.
- * A call of the library from within one of its callbacks is refused (SVS_ERROR_ARGUMENT).
+ * Such a call from within a callback of the library is refused (SVS_ERROR_ARGUMENT).
  * Work is done by threads of the library with all signals blocked, so that signals reach the caller's own.
  * Every callback is called on the thread that called the function.
  *
  * Processes. A handle belongs to the process that made it. After fork() the child must not use it, not even to
- * close it; every function refuses it with SVS_ERROR_ARGUMENT, and closing it does nothing. The child can open
+ * close it: functions with a status refuse it (SVS_ERROR_ARGUMENT), and closing it does nothing. The child can open
  * a session of its own, unless it was forked in the middle of a call of another thread.
  *
  * Errors. A function that can fail returns a status, and svs_messages() says why. No exception comes out, nothing

@@ -174,7 +174,7 @@ public:
       ArrowArray& column = fvColumns.emplace_back(*batch.children[i]);
       column.offset += batch.offset + first;
       column.length = rows;
-      if (column.null_count != 0) column.null_count = kUnknownNulls;
+      if (column.n_buffers > 0) column.null_count = CountNulls(column);
       column.release = &NothingToRelease;
       fvPlaces.push_back(&column);
     }
@@ -188,7 +188,16 @@ public:
   ArrowArray* Get() { return &fBlock; }
 
 private:
-  static constexpr std::int64_t kUnknownNulls = -1;
+  // DuckDB takes the -1 of a producer that hasn't counted for none, where it reads a dictionary.
+  static std::int64_t CountNulls(const ArrowArray& column) {
+    if (column.null_count == 0 || column.buffers[0] == nullptr) return 0;
+    std::int64_t nulls = 0;
+    const auto* const bits = static_cast<const std::uint8_t*>(column.buffers[0]);
+    for (std::int64_t i = column.offset; i < column.offset + column.length; ++i) {
+      nulls += 1 - (bits[i / 8] >> (i % 8) & 1);
+    }
+    return nulls;
+  }
   static void NothingToRelease(ArrowArray* array) { array->release = nullptr; }
 
   ArrowArray fBlock;

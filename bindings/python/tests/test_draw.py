@@ -27,7 +27,7 @@ def units():
         "size": pa.array(RANDOM.uniform(1, 9, N)),
         "small": pa.array([i % 11 - 5 if i % 13 else None for i in range(N)], pa.int8()),
         "flag": pa.array([bool(i % 2) if i % 5 else None for i in range(N)]),
-        "note": pa.array([None if i % 4 else "ä" * (i % 30) for i in range(N)]),
+        "note": pa.array(["n" + "ä" * (i % 30) if i % 4 else None for i in range(N)]),
         "day": pa.array([day + datetime.timedelta(i) for i in range(N)]),
         "time": pa.array([datetime.datetime(2026, 1, 1) + datetime.timedelta(hours=i) for i in range(N)], pa.timestamp("us")),
         "money": pa.array([decimal.Decimal(i) / 100 for i in range(N)], pa.decimal128(12, 2)),
@@ -57,7 +57,7 @@ FRAMES = {
     "slices": lambda: sliced(TABLE, 1001),
     "small batches": lambda: sliced(TABLE, 37),
     "reader": lambda: TABLE.to_reader(max_chunksize=2047),
-    "dictionary": lambda: sliced(recoded(TABLE, dict, "region", "note"), 999),
+    "dictionary": lambda: sliced(recoded(TABLE, dict, "region", "note", "small", "day"), 999),
     "views": lambda: sliced(recoded(TABLE, pa.string_view(), "region", "note"), 1500),
     "large texts": lambda: recoded(TABLE, pa.large_string(), "region", "note"),
     "polars": lambda: pl.from_arrow(TABLE),
@@ -70,7 +70,7 @@ FRAMES = {
 @pytest.fixture(scope="module")
 def plan():
     return sv.Plan("units", [
-        sv.Stage("pps_sampford", strata="region", clusters=["unit"], n=3, size="size", write={"probability": "p"})])
+        sv.Stage("pps_sampford", strata="region", clusters=["unit"], n=12, size="size", write={"probability": "p"})])
 
 
 @pytest.fixture(scope="module")
@@ -124,13 +124,13 @@ def test_a_frame_and_a_result_serve_many_times(plan, drawn):
 def test_joint_matrix(plan):
     s = plan.draw(TABLE, seed=4711, exact_design=True, joint=True)
     matrix = s.joint(region="r0")
-    assert matrix.shape == (3, 3)
+    assert matrix.shape == (12, 12)
     np.testing.assert_array_equal(matrix, matrix.T)
     selected = s.sample.to_polars().filter(region="r0").sort("unit")
     np.testing.assert_allclose(sorted(np.diag(matrix)), sorted(selected["p"]))
     # Sampford's design has a fixed size: the joint probabilities of all units with unit i add up to (n - 1) p_i, so that those
     # of the selected ones don't exceed it.
-    assert all(matrix.sum(axis=1) - np.diag(matrix) <= 2 * np.diag(matrix))
+    assert all(matrix.sum(axis=1) - np.diag(matrix) <= 11 * np.diag(matrix))
     with pytest.raises(KeyError):
         s.joint(region="nowhere")
     with pytest.raises(KeyError):

@@ -95,7 +95,7 @@ def test_wrong_arguments():
 def test_interrupt_ends_a_draw(endless):
     # The timer waits for the draw: its first report of a pass.
     begun = threading.Event()
-    killer = threading.Thread(target=lambda: (begun.wait(), os.kill(os.getpid(), signal.SIGINT)))
+    killer = threading.Thread(target=lambda: (begun.wait(), os.kill(os.getpid(), signal.SIGINT)), daemon=True)
     killer.start()
     handler = signal.getsignal(signal.SIGINT)
     with pytest.raises(KeyboardInterrupt):
