@@ -123,7 +123,7 @@ PlanCheck CheckPlan(HostSession& session, const SVPlanSpecs& plan, const FrameOp
     const Dictionary& dictionary = *session.Layer<ActiveFile>().SharedDictionary();
     for (const KorvVarName& name : FrameVariablesOf(plan)) {
       if (dictionary.Find(name.Text()) < 0) {
-        check.problems.push_back(frame.path + " has no variable " + name.Text());
+        check.problems.push_back(session.Layer<ActiveFile>().Name() + " has no variable " + name.Text());
       }
     }
     if (check.problems.empty()) CheckByProcedure(session, plan, &check);

@@ -154,11 +154,13 @@ bool HasDrawn(HostSession& session) {
 }
 
 // The procedure claims the file for joint probabilities under its default name even when the design has none;
-// that file isn't missed.
+// that file isn't missed. Nor is a table that the design doesn't have: a caller can look whether it is there.
 Lines MissingFiles(HostSession& session) {
   Lines missing;
-  for (const PathClaims::Output& output : session.Layer<SessionFiles>().MissingFiles()) {
-    if (output.role != FileRole::kJoint || NamesJointFile()) missing.push_back(output.path);
+  SessionFiles& files = session.Layer<SessionFiles>();
+  for (const PathClaims::Output& output : files.MissingFiles()) {
+    const bool isWanted = NamesJointFile() && !files.Claims().IsInMemory(output.path);
+    if (output.role != FileRole::kJoint || isWanted) missing.push_back(output.path);
   }
   return missing;
 }

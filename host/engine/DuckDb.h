@@ -85,6 +85,8 @@ public:
   std::size_t Columns() { return duckdb_column_count(&fResult); }
   std::string Name(std::size_t column) { return duckdb_column_name(&fResult, column); }
   duckdb_type Type(std::size_t column) { return duckdb_column_type(&fResult, column); }
+  // The type with its parameters, which the caller must destroy.
+  duckdb_logical_type LogicalType(std::size_t column) { return duckdb_column_logical_type(&fResult, column); }
 
   // The next chunk; an empty one at the end.
   DuckChunk Fetch();

@@ -308,3 +308,9 @@ DataFrame OpenQuery(HostSession& session, const std::string& sql, const FrameRul
   CaseRelation relation = Sorted(*work, RunQuery(*work, sql, rules.schema), rules.sort);
   return MakeFrame(std::move(work), std::move(relation));
 }
+
+DataFrame OpenTable(std::shared_ptr<WorkDatabase> work, const TypedSource& source, const FrameRules& rules) {
+  const SchemaRules schema = rules.schema.empty() ? SchemaRules() : SchemaRules::FromFile(rules.schema);
+  CaseRelation relation = Sorted(*work, MakeTypedRelation(*work, source, schema, false), rules.sort);
+  return MakeFrame(std::move(work), std::move(relation));
+}
