@@ -16,13 +16,9 @@
 #include "host/files/FileWatch.h"
 #include "host/files/KilledRun.h"
 #include "host/files/ReadableFile.h"
-#include "host/read/CsvReader.h"
-#include "host/read/JsonReader.h"
 #include "host/read/NativeReader.h"
 #include "host/read/SchemaRules.h"
-#include "host/read/TextForm.h"
-#include "host/read/TextSource.h"
-#include "host/read/TextTable.h"
+#include "host/read/TextFile.h"
 #include "host/read/TypedColumns.h"
 #include "host/text/VariableNames.h"
 
@@ -34,25 +30,14 @@ constexpr const char* kQueryName = "query";  // in messages, where a file has it
 // take beside the session's. It needs little unless its cases are sorted, which can spill.
 constexpr double kForeignMemory = 0.25;
 
-// DuckDB takes a path for a pattern of several names. In brackets its special characters are ordinary ones.
-std::string PatternOf(const std::string& path) {
-  std::string pattern;
-  for (const char c : std::filesystem::absolute(path).string()) {
-    const bool isSpecial = c == '*' || c == '?' || c == '[';
-    pattern += isSpecial ? fmt::format("[{}]", c) : std::string(1, c);
-  }
-  return pattern;
-}
-
 // --- Parquet ---------------------------------------------------------------------------------------------
 
 // Refuses a file with two columns of one name. The file's own names are read, since DuckDB gives a repeated
 // column a new name. The schema of a Parquet file is a tree, listed from the root down with each node's
 // number of children; only the root's children are columns.
 void CheckParquetNames(const std::string& path, DuckConnection& connection) {
-  DuckResult result =
-      connection.Query(fmt::format("SELECT name, coalesce(num_children, 0)::INTEGER FROM parquet_schema({})",
-                                   QuoteLiteral(PatternOf(path))));
+  DuckResult result = connection.Query(fmt::format(
+      "SELECT name, coalesce(num_children, 0)::INTEGER FROM parquet_schema({})", FileLiteral(path)));
   std::vector<std::string> names;
   int pending = -1;  // entries left of a nested column; -1 before the first entry, which is the root
   while (const DuckChunk chunk = result.Fetch()) {
@@ -77,7 +62,7 @@ std::string ParquetDictionary(const std::string& path, DuckConnection& connectio
   DuckResult result =
       connection.Query(fmt::format("SELECT coalesce(TRY(decode(value)), '') FROM parquet_kv_metadata({}) "
                                    "WHERE key = 'dictionary'::BLOB",
-                                   QuoteLiteral(PatternOf(path))));
+                                   FileLiteral(path)));
   const DuckChunk chunk = result.Fetch();
   return chunk && chunk.Rows() > 0 ? std::string(TextOf(chunk.Values<duckdb_string_t>(0)[0])) : std::string();
 }
@@ -99,8 +84,7 @@ SchemaRules EmbeddedRules(const std::string& path, const std::string& dictionary
 CaseRelation OpenParquet(WorkDatabase& work, const std::string& path, const std::string& schema) {
   DuckConnection connection = work.Connect();
   // Folders in the path that look like "key=value" must not become columns.
-  const std::string from =
-      fmt::format("read_parquet({}, hive_partitioning = false)", QuoteLiteral(PatternOf(path)));
+  const std::string from = fmt::format("read_parquet({}, hive_partitioning = false)", FileLiteral(path));
   std::string dictionary;
   const std::vector<TypedColumn> columns = Named(path, [&] {
     CheckParquetNames(path, connection);
@@ -112,42 +96,7 @@ CaseRelation OpenParquet(WorkDatabase& work, const std::string& path, const std:
   return relation;
 }
 
-// --- text and native files -------------------------------------------------------------------------------
-
-CaseRelation LoadText(WorkDatabase& work, const std::string& path, FileKind kind, const TextForm& form,
-                      const SchemaRules& rules) {
-  const bool isJson = kind == FileKind::kJson || kind == FileKind::kNdJson;
-  TextTable table(work, path, isJson ? "object" : "line", rules);
-  if (isJson) {
-    LoadJson(path, form, &table);
-  } else {
-    LoadCsv(path, form, kind == FileKind::kTsv ? '\t' : '\0', &table);
-  }
-  CaseRelation relation = table.Finish();
-  relation.remark = TextFormRemark(path, form);
-  return relation;
-}
-
-// The schema that the user names replaces the one beside the file, which is then not even read. A text is
-// read as UTF-8 first, and only one that isn't is looked at as a whole, so that plain files cost nothing more.
-CaseRelation OpenText(WorkDatabase& work, const std::string& path, FileKind kind, const std::string& schema) {
-  const std::string beside = SchemaPath(path);
-  SchemaRules rules;
-  if (!schema.empty()) {
-    rules = SchemaRules::FromFile(schema);
-  } else if (FileExists(beside)) {
-    rules = SchemaRules::FromFile(beside);
-  }
-  TextForm form;
-  try {
-    form = FindTextForm(path);
-    return LoadText(work, path, kind, form, rules);
-  } catch (const EncodingError&) {
-    if (form.encoding != TextEncoding::kUtf8 || !IsWindows1252(path, form.isGzip)) throw;
-    form.encoding = TextEncoding::kWindows1252;
-  }
-  return LoadText(work, path, kind, form, rules);
-}
+// --- native files ------------------------------------------------------------------------------------
 
 // A schema that the user names replaces the file's own dictionary; only then are the cases scanned. The new
 // relation takes over the token that keeps the file attached.
@@ -173,7 +122,7 @@ CaseRelation OpenWatched(WorkDatabase& work, const std::string& path, FileKind k
   try {
     CaseRelation relation = kind == FileKind::kNative    ? OpenNative(work, path, schema)
                             : kind == FileKind::kParquet ? OpenParquet(work, path, schema)
-                                                         : OpenText(work, path, kind, schema);
+                                                         : OpenTextFile(work, path, kind, schema);
     check();
     const bool isInPlace = kind == FileKind::kNative || kind == FileKind::kParquet;
     if (isInPlace) relation.watched = watch;  // the cases of others are in the work database
