@@ -17,6 +17,7 @@
 #include "host/files/KilledRun.h"
 #include "host/files/ReadableFile.h"
 #include "host/read/NativeReader.h"
+#include "host/read/ParquetReader.h"
 #include "host/read/SchemaRules.h"
 #include "host/read/TextFile.h"
 #include "host/read/TypedColumns.h"
@@ -29,72 +30,6 @@ constexpr const char* kQueryName = "query";  // in messages, where a file has it
 // Of the memory that DuckDB takes by default, 80 % of the machine's: what the database of a native file may
 // take beside the session's. It needs little unless its cases are sorted, which can spill.
 constexpr double kForeignMemory = 0.25;
-
-// --- Parquet ---------------------------------------------------------------------------------------------
-
-// Refuses a file with two columns of one name. The file's own names are read, since DuckDB gives a repeated
-// column a new name. The schema of a Parquet file is a tree, listed from the root down with each node's
-// number of children; only the root's children are columns.
-void CheckParquetNames(const std::string& path, DuckConnection& connection) {
-  DuckResult result = connection.Query(fmt::format(
-      "SELECT name, coalesce(num_children, 0)::INTEGER FROM parquet_schema({})", FileLiteral(path)));
-  std::vector<std::string> names;
-  int pending = -1;  // entries left of a nested column; -1 before the first entry, which is the root
-  while (const DuckChunk chunk = result.Fetch()) {
-    for (std::size_t row = 0; row < chunk.Rows(); ++row) {
-      const int children = chunk.Values<std::int32_t>(1)[row];  // 0 for a leaf
-      if (pending > 0) {  // inside a nested column: one entry less, and its own children to come
-        pending += children - 1;
-        continue;
-      }
-      const std::string name(TextOf(chunk.Values<duckdb_string_t>(0)[row]));
-      const bool isTable = pending < 0;
-      pending = isTable ? 0 : children;
-      if (!isTable) names.push_back(name);
-    }
-  }
-  CheckNamesDiffer(names);
-}
-
-// The dictionary that our own writer puts into the file's metadata; empty without one.
-// TRY: the metadata is bytes, which needn't be text in a file of another program.
-std::string ParquetDictionary(const std::string& path, DuckConnection& connection) {
-  DuckResult result =
-      connection.Query(fmt::format("SELECT coalesce(TRY(decode(value)), '') FROM parquet_kv_metadata({}) "
-                                   "WHERE key = 'dictionary'::BLOB",
-                                   FileLiteral(path)));
-  const DuckChunk chunk = result.Fetch();
-  return chunk && chunk.Rows() > 0 ? std::string(TextOf(chunk.Values<duckdb_string_t>(0)[0])) : std::string();
-}
-
-// The key is a common word, so other programs may have something else under it. A warning says so, and the
-// file is read as one without a dictionary.
-SchemaRules EmbeddedRules(const std::string& path, const std::string& dictionary) {
-  if (dictionary.empty()) return {};
-  try {
-    return SchemaRules(dictionary, "its dictionary");
-  } catch (const DataError& error) {
-    IssueHostMessage(fmt::format("{}: {}; the variables are as the columns say", path, error.what()),
-                     kWarningLevel);
-    return {};
-  }
-}
-
-// The columns have types, and mostly nothing needs to be scanned: see MakeTypedRelation().
-CaseRelation OpenParquet(WorkDatabase& work, const std::string& path, const std::string& schema) {
-  DuckConnection connection = work.Connect();
-  // Folders in the path that look like "key=value" must not become columns.
-  const std::string from = fmt::format("read_parquet({}, hive_partitioning = false)", FileLiteral(path));
-  std::string dictionary;
-  const std::vector<TypedColumn> columns = Named(path, [&] {
-    CheckParquetNames(path, connection);
-    dictionary = ParquetDictionary(path, connection);
-    return DescribeColumns(work, from);
-  });
-  const SchemaRules rules = schema.empty() ? EmbeddedRules(path, dictionary) : SchemaRules::FromFile(schema);
-  CaseRelation relation = MakeTypedRelation(work, {path, from, columns}, rules, schema.empty());
-  return relation;
-}
 
 // --- native files ------------------------------------------------------------------------------------
 
@@ -121,7 +56,7 @@ CaseRelation OpenWatched(WorkDatabase& work, const std::string& path, FileKind k
   const auto check = [&] { Named(path, [&] { watch->Check(); }); };
   try {
     CaseRelation relation = kind == FileKind::kNative    ? OpenNative(work, path, schema)
-                            : kind == FileKind::kParquet ? OpenParquet(work, path, schema)
+                            : kind == FileKind::kParquet ? OpenParquetFile(work, path, schema)
                                                          : OpenTextFile(work, path, kind, schema);
     check();
     const bool isInPlace = kind == FileKind::kNative || kind == FileKind::kParquet;
