@@ -140,15 +140,15 @@ TEST_F(DataFileTest, BelievesMetadataAsFarAsItGoes) {
       {"unsigned", "(4294967295 - i)::UINTEGER AS a, (18446744073709551615 - i)::UBIGINT AS b"},
       {"nulls in a row group, and in all", "CASE WHEN i > 5000 THEN i * 1000000 END AS a, NULL::BIGINT AS b"},
       {"not numbers",
-       "CASE WHEN i = 3000 THEN 'nan' ELSE i * 1e7 END::DOUBLE AS a, "
-       "CASE WHEN i > 5000 THEN 'nan' ELSE '-3.3e8' END::FLOAT AS b"},
+       "(CASE WHEN i = 3000 THEN 'nan' ELSE i * 1e7 END)::DOUBLE AS a, "
+       "(CASE WHEN i > 5000 THEN 'nan' ELSE '-3.3e8' END)::FLOAT AS b"},
       {"infinities",
-       "CASE WHEN i = 9 THEN '-inf' ELSE -1e9 END::DOUBLE AS a, CASE i WHEN 1 THEN 'inf' END::FLOAT b"},
+       "(CASE WHEN i = 9 THEN '-inf' ELSE -1e9 END)::DOUBLE AS a, (CASE i WHEN 1 THEN 'inf' END)::FLOAT b"},
       {"dates",
        "DATE '2024-02-29' + i::INTEGER AS a, DATE '9999-12-01' + i::INTEGER AS b, "
-       "DATE '0001-01-09' - i::INTEGER AS c, NULL::DATE AS d, CASE i WHEN 3 THEN 'infinity' END::DATE AS e"},
+       "DATE '0001-01-09' - i::INTEGER AS c, NULL::DATE AS d, (CASE i WHEN 3 THEN 'infinity' END)::DATE AS e"},
       {"texts",
-       "repeat('x', i // 1000) AS a, '2024-02-29' AS b, TIMESTAMP '2024-02-29' + INTERVAL (i) MS AS c"},
+       "repeat('x', i // 1000) AS a, '2024-02-29' AS b, TIMESTAMP '2024-02-29' + to_milliseconds(i) AS c"},
       {"paths like another column's", "{'b': i} AS a, i * 1000000 AS \"a, b\", i AS c"},
   };
   for (const auto& [aim, columns] : kColumns) {
