@@ -146,7 +146,8 @@ TEST_F(DataFileTest, BelievesMetadataAsFarAsItGoes) {
        "(CASE WHEN i = 9 THEN '-inf' ELSE -1e9 END)::DOUBLE AS a, (CASE i WHEN 1 THEN 'inf' END)::FLOAT b"},
       {"dates",
        "DATE '2024-02-29' + i::INTEGER AS a, DATE '9999-12-01' + i::INTEGER AS b, "
-       "DATE '0001-01-09' - i::INTEGER AS c, NULL::DATE AS d, (CASE i WHEN 3 THEN 'infinity' END)::DATE AS e"},
+       "DATE '0001-01-09' - i::INTEGER AS c, NULL::DATE AS d, (CASE i WHEN 3 THEN 'infinity' END)::DATE AS "
+       "e"},
       {"texts",
        "repeat('x', i // 1000) AS a, '2024-02-29' AS b, TIMESTAMP '2024-02-29' + to_milliseconds(i) AS c"},
       {"paths like another column's", "{'b': i} AS a, i * 1000000 AS \"a, b\", i AS c"},
