@@ -21,8 +21,8 @@ class TextTable;
 //   - A first line that only says sep=; (quoted or not, with any delimiter) is a spreadsheet's word for the
 //     delimiter and no record: see SeparatorLine().
 //
-// It reads the file itself rather than through DuckDB, so that a message can name the line at fault, and no
-// value is changed by a guess at its type.
+// It reads the file itself rather than through DuckDB, so that a message can name the line at fault, and every
+// text is read by the same rules. Only plain texts (see PlainText), which all rules split alike, are left to DuckDB.
 //
 // Use:       NextRecord() until it is false; in between Fields(), Field(), Line() and IsBlank().
 // Failures:  DataError with file and line: a quote that isn't closed, text after a closing quote; as an

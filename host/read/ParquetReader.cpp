@@ -106,48 +106,62 @@ bool AddBound(Reading reading, std::string_view text, bool isFirst, ColumnBounds
   return true;
 }
 
+// A text of the metadata; empty for none.
+std::string_view Text(const DuckChunk& chunk, std::size_t column, std::size_t row) {
+  return chunk.IsNull(column, row) ? std::string_view() : TextOf(chunk.Values<duckdb_string_t>(column)[row]);
+}
+
+// What the row groups say of one column.
+class ColumnInMetadata {
+public:
+  explicit ColumnInMetadata(TypedColumn* column) : fpColumn(column) {}
+
+  // A row of the query in AddBounds().
+  void AddRowGroup(const DuckChunk& chunk, std::size_t row) {
+    fbSeen = true;
+    const bool isEmpty = chunk.Values<bool>(4)[row];
+    if (isEmpty) return;
+    const bool isExact = chunk.Values<bool>(5)[row];
+    const Reading reading = ReadingOf(fpColumn->type, Text(chunk, 1, row));
+    fbOpen = fbOpen || reading == Reading::kNone || !isExact ||
+             !AddBound(reading, Text(chunk, 2, row), !fbAny, &fBounds) ||
+             !AddBound(reading, Text(chunk, 3, row), false, &fBounds);
+    fbAny = true;
+  }
+
+  void TellColumn() const {
+    if (fbSeen && !fbOpen) fpColumn->bounds = fBounds;
+  }
+
+private:
+  TypedColumn* fpColumn;  // borrowed
+  ColumnBounds fBounds;
+  bool fbSeen = false;  // in the metadata
+  bool fbAny = false;   // a row group had values
+  bool fbOpen = false;  // a row group has values of which it says nothing
+};
+
 // Bounds of the columns of which every row group has them, or nothing but nulls. A writer leaves them out, or
 // writes NaN, where a value isn't a number; infinities are among them; then the values have to be looked at.
 void AddBounds(DuckConnection& connection, const std::string& path, std::vector<TypedColumn>* columns) {
-  struct State {
-    TypedColumn* column;
-    ColumnBounds bounds{};
-    bool isSeen = false;
-    bool hasValues = false;
-    bool isOpen = false;
-  };
-  std::unordered_map<std::string, State> states;
+  std::unordered_map<std::string, ColumnInMetadata> byPath;
   for (TypedColumn& column : *columns) {
-    const bool isPath =
-        column.name.find(", ") == std::string::npos;  // so is the path of a nested value written
-    if (isPath) states.emplace(column.name, State{&column});
+    const bool isNested =
+        column.name.find(", ") != std::string::npos;  // or looks like the path of such a value
+    if (!isNested) byPath.emplace(column.name, &column);
   }
   DuckResult result = connection.Query(fmt::format(
       "SELECT path_in_schema, type, stats_min_value, stats_max_value, coalesce(stats_null_count = "
       "num_values, false) OR num_values = 0, coalesce(min_is_exact AND max_is_exact, true) FROM "
       "parquet_metadata({})",
       FileLiteral(path)));
-  const auto text = [](const DuckChunk& chunk, std::size_t column, std::size_t row) {
-    return chunk.IsNull(column, row) ? std::string_view()
-                                     : TextOf(chunk.Values<duckdb_string_t>(column)[row]);
-  };
   while (const DuckChunk chunk = result.Fetch()) {
     for (std::size_t row = 0; row < chunk.Rows(); ++row) {
-      const auto found = states.find(std::string(text(chunk, 0, row)));
-      if (found == states.end()) continue;
-      State& state = found->second;
-      state.isSeen = true;
-      if (chunk.Values<bool>(4)[row]) continue;
-      const Reading reading = ReadingOf(state.column->type, text(chunk, 1, row));
-      state.isOpen = state.isOpen || reading == Reading::kNone || !chunk.Values<bool>(5)[row] ||
-                     !AddBound(reading, text(chunk, 2, row), !state.hasValues, &state.bounds) ||
-                     !AddBound(reading, text(chunk, 3, row), false, &state.bounds);
-      state.hasValues = true;
+      const auto found = byPath.find(std::string(Text(chunk, 0, row)));
+      if (found != byPath.end()) found->second.AddRowGroup(chunk, row);
     }
   }
-  for (auto& [name, state] : states) {
-    if (state.isSeen && !state.isOpen) state.column->bounds = state.bounds;
-  }
+  for (const auto& [name, column] : byPath) column.TellColumn();
 }
 
 }  // namespace

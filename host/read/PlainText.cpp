@@ -169,6 +169,7 @@ private:
 template <class Work>
 void RunOnThreads(std::size_t count, const Work& work) {
   std::vector<std::jthread> threads;
+  threads.reserve(count);
   try {
     for (std::size_t i = 1; i < count; ++i) threads.emplace_back(work, i);
   } catch (const std::system_error&) {

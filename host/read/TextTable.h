@@ -38,7 +38,8 @@ class DuckAppender;
 // JSON may bring a new column at any row. The appender is closed then, the column added to texts_N, and a new
 // appender opened with the next row; the rows before have a null there.
 //
-// A plain text needs no texts_N: the profiles are there already, and DuckDB reads the rows straight into cases_N.
+// A plain text needs no texts_N: a scan has made the profiles, and DuckDB reads the rows straight into cases_N. The
+// file is then read twice. If it changes in between, the watch on it says so (FileWatch).
 //
 // Use:       AddColumn() as columns become known; for each row Set() for its values, then EndRow(); Finish()
 //            once, after which the object is spent.
