@@ -28,6 +28,8 @@
 // "name" and 'text' in SQL notation, with quotes inside doubled.
 std::string QuoteIdentifier(std::string_view name);
 std::string QuoteLiteral(std::string_view text);
+// A path as the literal that names this one file: DuckDB takes a path for a pattern of several names.
+std::string FileLiteral(const std::string& path);
 
 // The reason in one of DuckDB's messages: its first line without the error classes in front ("IO Error: ",
 // also several of them) and without blanks and full stops at the end. The lines after it are hints and an

@@ -14,7 +14,7 @@ struct TypedSource;
 //
 //   native          attached read-only; cases are read in place
 //   Parquet         scanned by each query; cases are read in place
-//   CSV, TSV, JSON  loaded once, as text, and typed over all rows (TextTable)
+//   CSV, TSV, JSON  loaded once and typed over all rows (TextTable); plain CSV and TSV by DuckDB (PlainText)
 //   query           run once; its rows are kept in a table
 //   Arrow stream    read once into a table, see ArrowFrame.h
 //   sorted          any of them, copied once into a table in the new order
