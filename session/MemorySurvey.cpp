@@ -153,7 +153,7 @@ MemoryOutcome Draw(const PlanFile& plan, const MemoryFrame& frame, const DrawOpt
   AddMessages(run.remarks, "remark", &outcome);
   if (run.document != nullptr) {
     std::ostringstream report;
-    WriteReport(ReportKind::kJson, run, report);
+    WriteReport(session, "report.json", run, report);
     outcome.json = std::move(report).str();
   }
   if (outcome.fault != MemoryFault::kNone) return outcome;
