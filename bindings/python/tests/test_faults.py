@@ -96,12 +96,16 @@ def test_interrupt_ends_a_draw(endless):
     # The timer waits for the draw: its first report of a pass.
     begun = threading.Event()
     killer = threading.Thread(target=lambda: (begun.wait(), os.kill(os.getpid(), signal.SIGINT)), daemon=True)
+    handler = signal.default_int_handler
+    outside = signal.signal(signal.SIGINT, handler)  # ignored, if the tests run in the background
     killer.start()
-    handler = signal.getsignal(signal.SIGINT)
-    with pytest.raises(KeyboardInterrupt):
-        endless.draw(FRAME, progress=lambda now: begun.set() if now.step == "draw" else None)
-    killer.join()
-    assert signal.getsignal(signal.SIGINT) is handler
+    try:
+        with pytest.raises(KeyboardInterrupt):
+            endless.draw(FRAME, progress=lambda now: begun.set() if now.step == "draw" else None)
+        killer.join()
+        assert signal.getsignal(signal.SIGINT) is handler
+    finally:
+        signal.signal(signal.SIGINT, outside)
     assert PLAN.draw(FRAME, seed=1).sample.to_polars().height == 5
 
 
