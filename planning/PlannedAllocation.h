@@ -28,7 +28,7 @@ struct SVPlanStageSpecs;
 // A number for each stratum, as it was asked for.
 struct StratumNumbers {
   std::optional<double> same{};  // for all strata
-  std::string path{};            // of a table; empty if there is none
+  std::string path{};            // of a table; empty without one
 };
 
 struct AllocationWords {

@@ -132,7 +132,7 @@ private:
 
   std::vector<ColumnReader> fvStrata;
   std::vector<ColumnReader> fvClusters;
-  std::unique_ptr<ColumnReader> fpVariable;  // null if there is none
+  std::unique_ptr<ColumnReader> fpVariable;  // null without a variable
   std::unordered_map<std::string, std::size_t> fStratumNumbers;
   std::unordered_map<std::string, Unit> fUnits;  // of clusters
   std::vector<Stratum> fvCounts;

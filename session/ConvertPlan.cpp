@@ -19,7 +19,8 @@ using Lines = std::vector<std::string>;
 Lines Obstacles(const PlanReading& reading, PlanForm form, const std::string& target) {
   Lines obstacles;
   if (form == PlanForm::kXml) {
-    for (const std::string& lack : XmlLacks(reading.plan)) obstacles.push_back(target + ": " + lack);
+    for (const std::string& lack : XmlLacks(reading.plan))
+      obstacles.push_back(fmt::format("{}: {}", target, lack));
   } else if (!reading.remarks.empty()) {
     obstacles.push_back(fmt::format(
         "{}: a plan in JSON can't be misread and doesn't contradict itself; correct {} first, see "

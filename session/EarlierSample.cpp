@@ -16,7 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 
 // The number behind the first SEED= of a text: every report has the command with the seed that was used.
-// Empty if there is none.
+// Empty if the text has no seed.
 std::string SeedIn(std::string_view text) {
   constexpr std::string_view kWord = "SEED";
   const auto isSame = [](char a, char b) { return std::toupper(static_cast<unsigned char>(a)) == b; };

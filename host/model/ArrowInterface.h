@@ -6,7 +6,7 @@
 // for everybody to copy. DuckDB declares the first two and doesn't define them. The guards are Arrow's too, so
 // that another copy in the same source does no harm.
 //
-// Ownership:  whoever has a structure calls its `release`, once; a null `release` marks one that was released
+// Ownership:  the owner of a structure calls its `release`, once; a null `release` marks one that was released
 //             or moved. To move one, copy its bytes and set the `release` of the source to null. A child is
 //             released with its parent, unless it was moved out of it.
 

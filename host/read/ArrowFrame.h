@@ -51,6 +51,6 @@ private:
   std::string ReadColumns(const ArrowSchema& schema);  // and gives them as in a CREATE TABLE
 
   std::shared_ptr<WorkDatabase> fpWork;
-  std::string fTable;  // empty while there is none
+  std::string fTable;  // empty before the table is made
   std::vector<TypedColumn> fvColumns;
 };

@@ -7,8 +7,8 @@
 
 #include "host/read/TextProfile.h"
 
-// PlainText is what a scan has found in a text file of delimited fields that leaves nothing to judge: whoever
-// splits it finds the same fields. Such a file can be loaded by DuckDB's reader, which works on several
+// PlainText is what a scan has found in a text file of delimited fields that leaves nothing to judge: every
+// reader splits it into the same fields. Such a file can be loaded by DuckDB's reader, which works on several
 // threads. All others are for CsvReader, which words the messages too.
 //
 //   - UTF-8 without zero bytes; a byte order mark may begin it. It isn't compressed.

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t kBlockBytes = 1 << 18;  // 256 KiB of the file at a time
 
-// The characters of the bytes 80 to 9F; 0 where there is none. All other bytes are those of Latin-1.
+// The characters of the bytes 80 to 9F; 0 where a byte has no character. All other bytes are those of Latin-1.
 // Source: the Unicode consortium's table CP1252.TXT.
 constexpr std::array<char16_t, 32> kWindows1252 = {
     0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,

@@ -9,7 +9,7 @@
 // MemoryTables has the outputs of a session that are kept in memory instead of in files, by their roles. Which
 // outputs these are is said with PathClaims::KeepInMemory() before the run.
 //
-// Use:        a layer of HostSession; the stores fill it, whoever runs the session takes the tables at its end.
+// Use:        a layer of HostSession; the stores fill it, the caller of the run takes the tables at its end.
 class MemoryTables {
 public:
   void Keep(FileRole role, std::shared_ptr<const ArrowTable> table) { fTables[role] = std::move(table); }

@@ -13,7 +13,7 @@ inline std::int32_t CodeOf(double value) {
   return TruncateToInt32(value + 0.5);
 }
 
-// RecordAsBlock shows a single record as a block of one row, so that whoever reads blocks reads records too.
+// RecordAsBlock shows a single record as a block of one row, so that code for blocks takes records too.
 // Each slot has both a code and a number there, whatever it holds.
 //
 // Ownership:  owns copies of the values; the block is valid until the next call.

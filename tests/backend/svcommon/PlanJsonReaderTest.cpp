@@ -165,7 +165,7 @@ TEST(PlanJsonFaults, AreTenAndACount) {
   EXPECT_EQ(said.faults.back(), "... and 990 more of the plan");
 }
 
-// Every member, and where a frame's faults are told.
+// Every member, and the places in messages about the frame.
 TEST(PlanJson, IsRead) {
   const Said said(R"(
 { "$schema": "x", "title": "T", "svselect_plan": 1.0, "previous_weight": "v", "with_replacement_estimates": true,
