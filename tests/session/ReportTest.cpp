@@ -81,6 +81,18 @@ TEST(Report, ShowsStagesByStratum) {
   }
 }
 
+// Strata that the display format shows alike are told apart, in the table, the clusters and the remarks; so are
+// those with the same label.
+TEST(Report, ShowsValuesInFullThatTheFormatRounds) {
+  const Reported run("s,c\n.001,1e-07\n.001,2\n.002,3\n.0031,4\n",
+                     Wor(StrataOf(Var("s")) + ClustersOf(Var("c")) + Size("2")), kSample);
+  const std::string text = Squeezed(run.text);
+  EXPECT_THAT(text, HasSubstr("s =\n 0.001 2 2"));
+  EXPECT_THAT(text, HasSubstr("\n 0.002 1 1"));
+  EXPECT_THAT(text, HasSubstr("0.001 / 1e-07; 0.001 / 2"));
+  EXPECT_THAT(text, HasSubstr("(s = 0.002: 2 asked for, 1 there; s = 0.0031: 2 asked for, 1 there)"));
+}
+
 // What the sample or the plan leaves out isn't made up.
 TEST(Report, SaysWhatIsNotKnownOfAStage) {
   struct Case {

@@ -46,8 +46,8 @@ void AddValues(const FindingNames& names, const std::vector<std::int32_t>& slots
     const OBS* const value = names.adapter.ObsOfCode(variable, key[i]);
     if (value == nullptr) continue;
     const KORV_Variable& described = names.dataSource.GetVariable(variable);
-    words->push_back(
-        fmt::format("{} = {}", described.GetName(), BpDataValue(described, value, kShowInMessage).Text()));
+    words->push_back(fmt::format("{} = {}", described.GetName(),
+                                 BpDataValue(described, value, kShowInMessage).FullText()));
   }
 }
 
@@ -219,8 +219,8 @@ std::string RowText(const FindingNames& names, const SVMatrixSpec& table, const 
   std::vector<std::string> words;
   for (const std::int32_t variable : *table.variables) {
     const KORV_Variable& described = names.dataSource.GetVariable(variable);
-    words.push_back(
-        fmt::format("{} = {}", described.GetName(), BpDataValue(described, entry, kShowInMessage).Text()));
+    words.push_back(fmt::format("{} = {}", described.GetName(),
+                                BpDataValue(described, entry, kShowInMessage).FullText()));
     entry += ObsCells(described.GetType());
   }
   return fmt::format("row {}: {}", Number(row), fmt::join(words, ", "));
