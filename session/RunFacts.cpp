@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <optional>
 #include <sstream>
-#include <system_error>
 #include <utility>
 
 #include "backend/svselect/results/NoteLabels.h"
@@ -100,10 +99,9 @@ private:
   // A text file is read as a whole when it is opened, so that nobody notices when it changes afterwards.
   void AddFrameSum() {
     if (fpFrame == nullptr || fRequest.frame.path.empty()) return;
-    if (!fpFrame->isKnown) throw DataError(fRequest.frame.path + " can't be read a second time");
+    if (fpFrame->path.empty()) throw DataError(fRequest.frame.path + " can't be read a second time");
     const std::string sum = SumOf(fpFrame->path);
-    const bool isSame = FileStamp(fRequest.frame.path) == *fpFrame;
-    Add("SHA-256 of the frame", isSame ? sum : "unknown: the file was changed during the run");
+    Add("SHA-256 of the frame", fpFrame->IsSame() ? sum : "unknown: the file was changed during the run");
   }
 
   // Without a seed of the user the command alone would draw another sample.
@@ -143,19 +141,36 @@ private:
 
 }  // namespace
 
-FileStamp::FileStamp(const std::string& name) {
-  if (name.empty()) return;
+FileStamp::FileStamp(std::string file) : path(std::move(file)) {
   try {
-    path = PathToRead(name);
+    if (!path.empty()) state = FileState::Of(path);
   } catch (const DataError&) {
-    return;
+    // As if there were no file: whoever opens it reports the reason.
   }
-  std::error_code error;
-  const auto time = std::filesystem::last_write_time(path, error);
-  if (error) return;
-  changed = time;
-  bytes = std::filesystem::file_size(path, error);
-  isKnown = !error;
+  if (state == FileState()) path.clear();
+}
+
+bool FileStamp::IsSame() const {
+  return FileStamp(path).state == state;
+}
+
+FileStamp StampOfFrame(const std::string& name) {
+  try {
+    return FileStamp(name.empty() ? "" : PathToRead(name));
+  } catch (const DataError&) {
+    return FileStamp("");
+  }
+}
+
+// The plan's stamp is taken before the names of its tables are read in it, so that it covers them.
+std::vector<FileStamp> StampsOfPlan() {
+  const std::optional<std::string> path = CommandedPlanFile();
+  if (!path) return {};
+  std::vector<FileStamp> stamps = {FileStamp(*path)};
+  const std::optional<CommandedPlan> commanded = ReadCommandedPlan();
+  if (!commanded) return {};
+  for (const std::string& table : commanded->plan.tableFiles) stamps.emplace_back(table);
+  return stamps;
 }
 
 std::vector<RunFact> FactsOf(HostSession& session, const RunRequest& request) {

@@ -82,6 +82,7 @@ private:
       Begin(RunStep::kDraw);
       CountCases();
       TellReplaced();
+      if (ReadsPlanAgain()) fvPlanStamps = StampsOfPlan();
       Draw();
     }
     Begin(RunStep::kWriteFiles);
@@ -172,12 +173,23 @@ private:
     CompleteOutcome();
     SessionFiles& files = fSession.Layer<SessionFiles>();
     for (const std::string& report : fvReports) AddReport(report);
+    CheckPlan();
     if (StopRequested()) {
       fpOutcome->status = RunStatus::kCancelled;
     } else if (!ErrorRaised() && files.CommitFiles()) {
       fbCommitted = true;
     } else {
       fpOutcome->status = RunStatus::kError;
+    }
+  }
+
+  // Reports and final weights take the names of variables, the text and the checksum from the plan.
+  bool ReadsPlanAgain() const { return !fvReports.empty() || fRequest.summarizeWeights; }
+
+  // Whatever was read again must be the plan of the draw.
+  void CheckPlan() const {
+    for (const FileStamp& stamp : fvPlanStamps) {
+      if (!stamp.IsSame()) Fail(stamp.path + ": the file was changed during the run");
     }
   }
 
@@ -264,9 +276,10 @@ private:
   const RunSinks& fSinks;
   SurveyOutcome* fpOutcome;  // borrowed
 
-  FileStamp fFrameStamp{fRequest.frame.path};  // before it is opened
-  std::string fReplaced;                       // see TellReplaced(); mostly empty
-  std::vector<std::string> fvReports;          // those of the request that can be written
+  FileStamp fFrameStamp = StampOfFrame(fRequest.frame.path);  // before it is opened
+  std::vector<FileStamp> fvPlanStamps;                        // of the plan and its tables, before the draw
+  std::string fReplaced;                                      // see TellReplaced(); mostly empty
+  std::vector<std::string> fvReports;                         // those of the request that can be written
   UserCaseFileSpec fSave{FileRole::kSaved};
   bool fbCommitted = false;
 };

@@ -201,6 +201,41 @@ TEST(Report, IdentifiesFrameAndPlan) {
   EXPECT_EQ(failed.Fact("SHA-256 of the frame"), "");
 }
 
+// A report describes the plan that was drawn, or there is none: another plan or table put in its place before the
+// report reads them, alike in size and time, ends the run.
+TEST(Report, DescribesNoOtherPlanOrFrame) {
+  const std::string plan = R"({"svselect_plan": 1, "weight": "w", "stages": [{"strata": ["s"],
+    "method": "simple_wor", "n": {"by": ["s"], "table": "t.csv"}}]})";
+  const struct {
+    const char *name, *what, *by;
+    RunStatus status;
+  } kCases[] = {{"p.json", "\"w\"", "\"v\"", RunStatus::kError},
+                {"t.csv", "1,1", "1,2", RunStatus::kError},
+                {"f.csv", "2,1", "2,9", RunStatus::kOk}};
+  for (const auto& [name, what, by, status] : kCases) {
+    SCOPED_TRACE(name);
+    const SurveyFolder folder("s,u\n1,1\n1,2\n2,1\n", "");
+    folder.Write("p.json", plan);
+    folder.Write("t.csv", "s,n\n1,1\n2,1\n");
+    const std::string path = folder.Path(name);
+    const auto replace = [&, what = what, by = by](RunStep step) {
+      if (step != RunStep::kReview) return;
+      folder.Write("other", Replace(folder.Text(path), what, by));
+      std::filesystem::last_write_time(folder.path / "other", std::filesystem::last_write_time(path));
+      std::filesystem::rename(folder.path / "other", path);
+    };
+    HostSession session;
+    RunRequest request = folder.Request(kSample);
+    request.command = Replace(request.command, "p.xml", "p.json");
+    request.reports = {folder.Path("r.txt")};
+    EXPECT_EQ(RunSurvey(session, request, {.stepBegins = replace}).status, status) << folder.Text("r.txt");
+    EXPECT_EQ(std::filesystem::exists(folder.Path("s.csv")), status == RunStatus::kOk);
+    EXPECT_THAT(folder.Text("r.txt"),
+                HasSubstr(status == RunStatus::kOk ? "unknown: the file was changed during the run"
+                                                   : path + ": the file was changed during the run"));
+  }
+}
+
 // The command in the report draws the same 5 of 203 clusters again.
 TEST(Report, GivesTheCommandThatRepeatsTheRun) {
   const std::string stages = Wor(ClustersOf(Var("c")) + Size("5"));
