@@ -53,8 +53,9 @@ TEST(Findings, AreToldOnceAndRefusedWhenStrict) {
   struct Case {
     std::string aim, csv, stage;
     End end;
-    const char* part;  // of the one line; empty if there is no line
+    const char* part;  // of a line; empty if there is no line
     const char* other = "";
+    const char* second = "";  // another line, if there is one
   };
   const Case kCases[] = {
       {"nothing", "s,u,size\na,1,1\na,2,1\n", Stage("pps_systematic", kUnits + Size(" 1 ") + kBySize),
@@ -102,6 +103,13 @@ TEST(Findings, AreToldOnceAndRefusedWhenStrict) {
        "stage 1: numberOfValues is '1', and the number of rows is 2"},
       {"an unused row", kTwoCases, byTable("2", 2), End::kDrawn,
        "stage 1: 1 row of the table matches no case (row 2: s = 2)"},
+      {"invalid rates, beside another reason", "s,u,r\na,1,.5\na,2,1.25\nb,1,0\nb,2,0\n,3,1\n",
+       Wor(kUnits + In("InputSampleRate", Var("r"))), End::kFailed,
+       "stage 1: 3 cases have an invalid rate in r (s = a: 1.25; s = b: 0): a rate is above 0 and at most 1",
+       "", "4 of 5 cases are left out: 1 without s, 3 with an invalid rate in r"},
+      {"no row for the first stratum", "s\n3\n1\n3\n4\n", byTable("2", 2), End::kFailed,
+       "p.xml, line 1, column ", ": stage 1: the table has no row for s = 3; s = 4 of 3 cases: add them",
+       "stage 1: 1 row of the table matches no case (row 2: s = 2)"},
       {"a faulty plan", kTwoCases, Wor(Size("0")), End::kFailed, "p.xml, line 1, column "},
       {"no such variable", kTwoCases, Wor(ClustersOf(Var("U")) + In("InputSampleSize", Var("v"))),
        End::kFailed, "'v' isn't in the frame"},
@@ -112,9 +120,11 @@ TEST(Findings, AreToldOnceAndRefusedWhenStrict) {
     SCOPED_TRACE(c.aim);
     const Found told(c.csv, c.stage, false);
     EXPECT_EQ(told.status, c.end == End::kFailed ? RunStatus::kError : RunStatus::kOk) << told.json;
-    ASSERT_EQ(told.remarks.size(), *c.part == '\0' ? 0U : 1U) << testing::PrintToString(told.remarks);
-    for (const std::string& remark : told.remarks)
-      EXPECT_THAT(remark, testing::AllOf(HasSubstr(c.part), HasSubstr(c.other)));
+    const std::size_t lines = (*c.part == '\0' ? 0U : 1U) + (*c.second == '\0' ? 0U : 1U);
+    ASSERT_EQ(told.remarks.size(), lines) << testing::PrintToString(told.remarks);
+    if (lines > 0)
+      EXPECT_THAT(told.remarks, testing::Contains(testing::AllOf(HasSubstr(c.part), HasSubstr(c.other))));
+    if (lines > 1) EXPECT_THAT(told.remarks, testing::Contains(HasSubstr(c.second)));
     EXPECT_EQ(nlohmann::json::parse(told.json)["remarks"], nlohmann::json(told.remarks));
     const Found refused(c.csv, c.stage, true);
     EXPECT_EQ(refused.status == RunStatus::kError, c.end != End::kDrawn) << refused.json;

@@ -194,6 +194,7 @@ bool SVSParser::AddStage(const SVPlanStageSpecs& stageSpecs) {
   const bool hasTable = table->map != nullptr;
   specs->AddDesignStage(stageSpecs.label, stage.get(), hasTable ? &table->indices : nullptr, table->map.get(),
                         hasTable ? &table->formats : nullptr);
+  if (hasTable) specs->SetTableLine(stage->stageNumber(), LineAboutRow(1, ""));
   designStages.push_back(std::move(stage));
   matrixTables.push_back(std::move(table));
   return true;

@@ -2,12 +2,14 @@
 
 #include "backend/svcommon/adapters/SVInputAdapter.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
+#include "backend/svselect/records/RefusedCases.h"
 
 // SVSInputAdapter decides which cases take part in a draw.
 //
 // A case is rejected if a strata or cluster variable is missing, if the weight of an earlier sampling is
 // missing, if a rate or size isn't allowed, or if a table has no number for the case. The last two are the
-// user's mistake rather than gaps in the data, so a message is shown as well, which ends the run. A missing
+// user's mistake rather than gaps in the data, so a message is shown as well, in the first pass, which ends the
+// run. A missing
 // rate, size or measure of size doesn't reject the case: the stratum deals with it, since one record with a
 // value is enough.
 //
@@ -21,9 +23,22 @@ public:
                   const SVMessages* messages);
   ~SVSInputAdapter() override;
 
+  bool ReadCategorical(double* record) override;
   bool ReadContinuous(double* record) override;
   bool ReadMatrix(double* record) override;
 
+  // What the messages were about.
+  const RefusedCases& Refused() const { return fRefused; }
+  // From now on cases are refused without a message.
+  void Silence() { fbSilent = true; }
+
 private:
+  // Note the current case, with a message. Only in the first pass: the others see the same cases.
+  void RefuseValue(RefusedCases::Why why, std::int32_t variable);
+  void RefuseByTable(std::int32_t stage, const std::vector<std::int32_t>& variables, bool isSize);
+  std::string PlaceText(const std::vector<std::int32_t>& variables) const;
+
   const SVSValidSpecs* fpSelectSpecs;  // the object that fpValidSpecs points to, by its own type
+  RefusedCases fRefused;
+  bool fbSilent = false;
 };

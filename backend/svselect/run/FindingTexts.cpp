@@ -272,14 +272,3 @@ std::vector<std::string> FindingTexts(const SVSFindings& findings, const Finding
   }
   return texts;
 }
-
-std::string LeftOutText(const FindingNames& names) {
-  const SVInputAdapter::LeftOut leftOut = names.adapter.CasesLeftOut();
-  if (leftOut.cases == 0) return "";
-  std::vector<std::string> reasons;
-  for (const auto& [variable, cases] : leftOut.byVariable) {
-    reasons.push_back(fmt::format("{} without {}", cases, names.dataSource.GetVariable(variable).GetName()));
-  }
-  return fmt::format("{} of {} cases {} left out: {}", leftOut.cases, leftOut.of,
-                     leftOut.cases == 1 ? "is" : "are", fmt::join(reasons, ", "));
-}

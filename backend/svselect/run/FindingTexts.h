@@ -27,6 +27,10 @@ std::vector<std::string> FindingTexts(const SVSFindings& findings, const Finding
 // REQUIRES: the first pass is over.
 std::vector<std::string> UnusedRowTexts(const FindingNames& names);
 
-// One sentence about the cases that were left out because they lack a value; empty if there are none.
+// One sentence for each rate, size or table for which cases were refused: where, as above, and what is allowed.
+std::vector<std::string> RefusedTexts(const FindingNames& names);
+
+// One sentence about the cases that were left out because they lack a value, with all reasons why cases were left
+// out; empty if none lacks a value.
 // REQUIRES: the first pass is over.
 std::string LeftOutText(const FindingNames& names);

@@ -103,7 +103,7 @@ void WriteSample(SVSValidSpecs& specs, ProcedureDataSource& dataSource, SVSProce
 // become remarks. What a draw would end with is an error, also where the draw has no message for it.
 void CheckSpecifications(SVSValidSpecs& specs, ProcedureDataSource& dataSource) {
   SVSProcedure procedure(&specs, &dataSource);
-  if (ErrorRaised()) return;
+  if (ErrorRaised()) return procedure.RemarkOnRefused();
   if (procedure.Run() || ErrorRaised()) return;
   procedure.Report();
   if (!ErrorRaised())
@@ -119,7 +119,7 @@ void RunSpecifications(SVSValidSpecs& specs, ProcedureDataSource& dataSource, Bp
   const auto summary =
       std::make_unique<SVSSummaryTable>(&specs, procedure.GetInputAdapter(), &heading, &dataSource);
   procedure.SetSummary(summary.get());
-  if (ErrorRaised()) return;
+  if (ErrorRaised()) return procedure.RemarkOnRefused();
   const bool isGood = procedure.Run();
   if (ErrorRaised()) return;
   if (isGood) WriteSample(specs, dataSource, procedure, heading);
