@@ -138,6 +138,8 @@ TEST(PlanJsonFaults, SayWhere) {
       {"{\"a\": \"x\ny\"}", "line 1, column 9: no valid JSON: a text has the end of a line"},
       {"{\"a\": \"x\\y\"}", "line 1, column 10: no valid JSON: a text has a backslash"},
       {"{\"a\": 1} 2", "line 1, column 10: no valid JSON: '2' can't be here"},
+      {"{\u201Ca\u201D: 1}", "line 1, column 2: no valid JSON, in which quotes are straight: \""},
+      {"{é: 1}", "line 1, column 2: no valid JSON: 'é' can't be here"},
       {"{\"a\": NaN}", "line 1, column 7: no valid JSON: 'N' can't be here"},
       {"{\"a\": \"\xFF\"}", "line 1, column 8: invalid UTF-8"},
       {"{\"a\":\n 1e999}", "line 2, column 2: the number is beyond what can be computed with"},

@@ -132,7 +132,10 @@ TEST(PlanFaults, SayWhere) {
     ASSERT_FALSE(said.faults.empty());
     EXPECT_THAT(said.faults.front(), HasSubstr(std::string("P, ") + c.place + ":"));
   }
-  EXPECT_THAT(PlanReading("").faults, ElementsAre(HasSubstr("P")));
+  EXPECT_THAT(PlanReading("\n ").faults, ElementsAre(HasSubstr(": the file is empty")));
+  EXPECT_THAT(
+      PlanReading("stages: 2").faults,
+      ElementsAre("P, line 1, column 1: not well-formed XML here: a plan begins with < (XML) or { (JSON)"));
 }
 
 TEST(PlanFaults, AreTenAndACount) {
