@@ -149,9 +149,12 @@ std::string ValidWords(const KORV_Variable& variable, const ColumnContents& cont
 // The line about the cases, below what the dictionary says of a variable.
 void PrintContents(const KORV_Variable& variable, const ColumnContents& contents) {
   std::string missing;
-  if (contents.systemMissing > 0) missing = std::to_string(contents.systemMissing) + " system-missing";
-  if (contents.userMissing > 0)
-    missing += (missing.empty() ? "" : ", ") + std::to_string(contents.userMissing) + " user-missing";
+  const auto add = [&](std::int64_t cases, const char* what) {
+    if (cases > 0) missing += (missing.empty() ? "" : ", ") + std::to_string(cases) + what;
+  };
+  add(contents.systemMissing, " system-missing");
+  add(contents.blank, " blank, which a draw leaves out");
+  add(contents.userMissing, " user-missing");
   PrintFolded(kBelow + ("values: " + ValidWords(variable, contents)) + "; " +
               (missing.empty() ? "none missing" : missing));
 }

@@ -144,8 +144,7 @@ void SVSProcedure::Remark() const {
     for (const std::string& text : UnusedRowTexts(names)) BpRemark(text);
   }
   if (fpComponent == nullptr) return;
-  const bool failedBySize = fStatus.code == kStatusInvalidSize;
-  for (const std::string& text : FindingTexts(fpComponent->Findings(), names, failedBySize)) BpRemark(text);
+  for (const std::string& text : FindingTexts(fpComponent->Findings(), names, fStatus)) BpRemark(text);
 }
 
 const SVSOutputStats* SVSProcedure::GetOutputStats() {

@@ -1,6 +1,7 @@
 #include "backend/svselect/tabulation/SVSDataTabulator.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVCancelInfo.h"
@@ -71,6 +72,11 @@ std::int32_t FailureBy(const SVSFinding& finding) {
       return kStatusMissingSpec;
     case FindingKind::kMissingSize:
       return kStatusMissingSize;
+    case FindingKind::kNoTotalSize:
+      return std::any_of(finding.examples.begin(), finding.examples.end(),
+                         [](const SVSFinding::Example& e) { return e.other > 0.0; })
+                 ? kStatusInvalidSize
+                 : 0;
     case FindingKind::kSizeAboveLimit:
       return std::any_of(finding.examples.begin(), finding.examples.end(), isBeyond) ? kStatusInvalidSize : 0;
     default:
@@ -201,8 +207,8 @@ void SVSDataTabulator::EnterNext() {
   StratumEntry* entry = arrival.stratum != nullptr ? arrival.stratum : fDataTable.Find(arrival.stratumKey);
   if (entry != nullptr && !fConstVars.empty()) CheckConstant(*entry, data);
   SVSStratumData& stratum = entry != nullptr ? entry->value : NewStratum(arrival.stratumKey, data);
-  const SVSClusterData* disagreeing = stratum.AddRecord(arrival.unitKey, data);
-  if (disagreeing != nullptr) NoteUnequalSize(arrival, disagreeing->GetSize());
+  const std::optional<double> disagreeing = stratum.AddRecord(arrival.unitKey, data);
+  if (disagreeing) NoteUnequalSize(arrival, *disagreeing);
 }
 
 // Whether the record has the rate or size of its stratum. The warning is raised once per stage.

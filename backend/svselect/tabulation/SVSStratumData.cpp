@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cmath>
+#include <limits>
 
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVSCompSettings.h"
@@ -73,16 +74,17 @@ int SVSStratumData::CheckConstValues(const double* record, const std::vector<std
 }
 
 // A unit starts with size 1 (equal probability), 0 (to be counted) or missing (to be read from its records).
-const SVSClusterData* SVSStratumData::AddRecord(const SVKey& unitKey, const double* record) {
+std::optional<double> SVSStratumData::AddRecord(const SVKey& unitKey, const double* record) {
   const bool readSize = fbUseMOSVar && !fConstClusterVars.empty();
-  bool agrees = true;
+  std::optional<double> disagreeing;
   ClusterTable::Entry* entry = fClusterTable.Find(unitKey);
   if (entry == nullptr) {
     entry = fClusterTable.Insert(unitKey, fInitSizeMeasure);
     fClusterTablePairs.push_back(entry);
     if (readSize) entry->value.LoadSize(record, fConstClusterVars);
-  } else if (readSize && entry->value.CheckSize(record, fConstClusterVars) >= 0) {
-    agrees = false;
+  } else if (const double size = entry->value.GetSize();
+             readSize && entry->value.CheckSize(record, fConstClusterVars) >= 0) {
+    disagreeing = size;
     if (!fbConstStatus && !fStatus.IsError()) {
       fStatus = WarningStatus(kStatusUnequalSize);
       fbConstStatus = true;
@@ -90,7 +92,7 @@ const SVSClusterData* SVSStratumData::AddRecord(const SVKey& unitKey, const doub
   }
   if (fbUseMOSData) entry->value.CountRecord();
   fpOutSamples->AddStatus(fStatus);
-  return agrees ? nullptr : &entry->value;
+  return disagreeing;
 }
 
 // Runs at the draw and again for each read of the request. The result is the same every time, and so are its
@@ -121,6 +123,7 @@ SVSStratumData::Request SVSStratumData::RequestSize(double size) const {
     return request;
   }
   const std::int32_t n = TruncateToInt32(size);
+  request.asked = std::trunc(size);
   if (!MethodOf(fSelectMethod).withReplacement && n > NumUnits())
     request.status = WarningStatus(kStatusSizeAboveUnits);
   if (n < 0) return request;
@@ -149,6 +152,7 @@ SVSStratumData::Request SVSStratumData::RequestRate(double rate) const {
   const double most = design.rateMaxSize();
   if (least > 0.0 && least > n) n = TruncateToInt32(least);
   if (most > 0.0 && n > most) n = TruncateToInt32(most);
+  request.asked = n < std::numeric_limits<std::int32_t>::max() ? n : whole;
   if (n < 0) return request;
   request.size = n;
   request.rate = rate;

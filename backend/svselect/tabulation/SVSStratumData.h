@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "backend/svselect/selection/SVSClusterData.h"
@@ -71,8 +72,9 @@ public:
   void PrefetchUnit(const SVKey& unitKey) const { fClusterTable.PrefetchEntry(unitKey); }
 
   // Adds a record to its unit, which is made if it is new. Warning 92033, once per stratum, if a unit's
-  // records disagree on its measure of size. Null if this record agrees with its unit, else the unit.
-  const SVSClusterData* AddRecord(const SVKey& unitKey, const double* record);
+  // records disagree on its measure of size. If this one disagrees with its unit: the size that the unit had,
+  // which a missing one gives up for the record's.
+  std::optional<double> AddRecord(const SVKey& unitKey, const double* record);
 
   // Looks at the request and at the measures of size as Select() is going to see them, and notes what makes
   // the results wrong or unclear. `key` is that of the stratum. Changes nothing.
@@ -116,6 +118,7 @@ private:
     std::int32_t size = 0;
     double rate = 0.0;
     SVStatus status{};
+    double asked = 0.0;  // as `size`, which ends at 2^31 - 1
   };
 
   void FilterSelected();
