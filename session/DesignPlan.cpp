@@ -43,16 +43,9 @@ void ReadWords(const DesignRequest& request, SVPlanSpecs* plan, Lines* problems)
   read("--weight", request.weight, &plan->weight);
 }
 
-// A name that the frame lacks, with the nearest one that it has; capitals don't count.
+// A name that the frame lacks.
 std::string NoVariable(const std::string& frame, const Dictionary& dictionary, const std::string& name) {
-  Lines upper;
-  for (const KORV_Variable& variable : dictionary.variables) upper.push_back(variable.UpperName());
-  const std::string nearest = NearestWord(GetUpperVarName(name), upper);
-  const int column = nearest.empty() ? -1 : dictionary.Find(nearest);
-  const std::string meant =
-      column < 0 ? ""
-                 : "; did you mean " + dictionary.variables[static_cast<std::size_t>(column)].GetName() + "?";
-  return fmt::format("{} has no variable {}{}", frame, name, meant);
+  return fmt::format("{} has no variable {}{}", frame, name, NearestNameHint(name, dictionary.Names()));
 }
 
 // Categories that a numeric variable can't have; of each table the first is enough.

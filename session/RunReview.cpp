@@ -11,8 +11,10 @@
 #include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
 #include "host/environment/MCStopProcessor.h"
+#include "host/files/ReadableFile.h"
 #include "host/files/SessionFiles.h"
 #include "host/output/OutputDocument.h"
+#include "host/read/DataFile.h"
 #include "host/text/NearestWord.h"
 #include "host/text/VariableNames.h"
 #include "session/CommandedPlan.h"
@@ -62,6 +64,27 @@ void AddLostFiles(HostSession& session, Lines* remarks) {
   }
   for (const std::string& missing : MissingFiles(session)) {
     remarks->push_back(missing + ": the file didn't come into being");
+  }
+}
+
+// Whether a file has joint probabilities, of whatever plan.
+bool IsJointFile(HostSession& session, const std::string& path) {
+  try {
+    return OpenDataFile(session, path).dictionary.Find("Joint_Prob_1_") >= 0;
+  } catch (const DataError&) {
+    return false;
+  }
+}
+
+// The default file for the joint probabilities, beside the plan, may be the only copy of something else. Looked
+// at before the commit.
+void AddReplacedFile(HostSession& session, Lines* remarks) {
+  for (const OutputFile* file : session.Layer<SessionFiles>().FinishedFiles()) {
+    if (file->role != FileRole::kJoint || NamesJointFile() || !FileExists(file->target)) continue;
+    if (IsJointFile(session, file->target)) continue;
+    remarks->push_back(file->path +
+                       ": the joint probabilities replaced another file, since no file was named for them; "
+                       "name one with --joint (JOINTPROB)");
   }
 }
 
@@ -176,6 +199,7 @@ Lines RemarksOnRun(HostSession& session, const RunRequest& request, RunStatus st
   if (ErrorRaised()) return remarks;
   if (status == RunStatus::kError && HasDrawn(session)) AddLostFiles(session, &remarks);
   if (status == RunStatus::kError && !HasDrawn(session)) AddWhyNothingDrawn(session, &remarks);
+  if (status == RunStatus::kOk) AddReplacedFile(session, &remarks);
   if (status == RunStatus::kOk && request.save.empty() && !KeepsSample(session)) {
     remarks.emplace_back("the draw isn't kept: name a file with --sample (SAMPLEFILE) or --save");
   }

@@ -127,6 +127,8 @@ TEST(Findings, AreToldOnceAndRefusedWhenStrict) {
       {"a faulty plan", kTwoCases, Wor(Size("0")), End::kFailed, "p.xml, line 1, column "},
       {"no such variable", kTwoCases, Wor(ClustersOf(Var("U")) + In("InputSampleSize", Var("v"))),
        End::kFailed, "'v' isn't in the frame"},
+      {"nearly a variable", "school,u\n1,1\n", Wor(StrataOf(Var("Scool")) + Size("1")), End::kFailed,
+       "'Scool' isn't in the frame; names ignore case; did you mean school?"},
       {"no size in the plan", kTwoCases, Wor("<InputSampleSize/>"), End::kFailed,
        "nothing was drawn: stage 1 has no size or rate"},
   };

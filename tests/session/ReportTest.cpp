@@ -168,7 +168,8 @@ TEST(Report, TellsOfTheSampleThatIsReplaced) {
     EXPECT_EQ(outcome.remarks, told.empty() ? std::vector<std::string>() : std::vector<std::string>{told});
     return Replace(told, folder.Path(""), "");
   };
-  const std::string replaced = "s.csv: a run without a seed draws another sample, which replaces this one; ";
+  const std::string replaced =
+      "s.csv: without a seed the run draws another sample, which would replace this one; ";
   const std::string unknown = replaced + "no report that this run names tells its seed";
   EXPECT_EQ(run("", "s.csv", "r.txt"), "");
   EXPECT_EQ(run("/CRITERIA SEED=77 ", "s.csv", "r.html"), "");
@@ -178,6 +179,25 @@ TEST(Report, TellsOfTheSampleThatIsReplaced) {
   EXPECT_EQ(run("", "s.csv", "r.html"), unknown);  // of another sample
   std::filesystem::last_write_time(folder.path / "r.html", std::filesystem::file_time_type::min());
   EXPECT_EQ(run("", "s.csv", "r.html"), unknown);
+}
+
+// The default joint file replaces one of an earlier run without a word, but nothing else.
+TEST(Report, TellsThatTheDefaultJointFileReplacedAnother) {
+  const SurveyFolder folder(
+      "s,u,m\n1,1,1\n1,2,1\n1,3,2\n",
+      Stage("pps_wor", ClustersOf(Var("u")) + Size("2") + "<MOS fromData='no'><Variable name='m'/></MOS>"));
+  for (const std::string other : {"", "not ours", ""}) {
+    if (!other.empty()) folder.Write("p.sav", other);
+    HostSession session;
+    const SurveyOutcome outcome = RunSurvey(session, folder.Request(kSample));
+    EXPECT_EQ(outcome.status, RunStatus::kOk);
+    const auto told = testing::Contains(HasSubstr("p.sav: the joint probabilities replaced another file"));
+    if (other.empty()) {
+      EXPECT_THAT(outcome.remarks, Not(told));
+    } else {
+      EXPECT_THAT(outcome.remarks, told);
+    }
+  }
 }
 
 // More clusters than fit are counted.

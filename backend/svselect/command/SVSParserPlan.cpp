@@ -42,13 +42,18 @@ const KorvVarName& OutputNameOf(const SVPlanStageSpecs& stage, std::int32_t kind
   }
 }
 
-constexpr const char* kNotInFrame = "isn't in the frame; names ignore case";
-
 }  // namespace
 
 // The message has the name, but not where the plan has it. A name that is empty has no place.
 void SVSParser::RemarkOnName(const KorvVarName& name, const std::string& what) {
   if (!name.IsEmpty()) BpRemark(planReader->LineAboutName(name, QuotedWord(name.Text()) + " " + what));
+}
+
+void SVSParser::RemarkOnMissing(const KorvVarName& name) {
+  std::vector<std::string> names;
+  for (unsigned i = 0; i < dataSource->ColumnCount(); ++i)
+    names.push_back(dataSource->GetVariable(static_cast<int>(i)).GetName());
+  RemarkOnName(name, "isn't in the frame; names ignore case" + NearestNameHint(name.Text(), names));
 }
 
 // At most one for each output variable of each stage.
@@ -311,7 +316,7 @@ bool SVSParser::CheckDesignVariables(const std::vector<KorvVarName>& names,
     if (!isNew) messages.VariableRepeated(name.Text().c_str(), currentParameter.c_str(), nullptr);
     variableNames.insert(upper);
     const std::int32_t index = FindVariable(name.Text(), false);
-    if (index < 0) RemarkOnName(name, kNotInFrame);
+    if (index < 0) RemarkOnMissing(name);
     if (!isNew || index < 0) return false;
     indices.push_back(index);
   }
@@ -328,7 +333,7 @@ bool SVSParser::CheckVariable(const KorvVarName& name, std::int32_t& index, bool
     return false;
   }
   index = FindVariable(name.Text(), isOutput);
-  if (index < 0 && !isOutput) RemarkOnName(name, kNotInFrame);
+  if (index < 0 && !isOutput) RemarkOnMissing(name);
   if (index < 0) return isOutput;
   if (dataSource->GetVariable(index).GetType() > 0) {
     messages.VariableNotNumeric(name.Text().c_str(), currentParameter.c_str(), SubcommandForMessage());
