@@ -107,6 +107,10 @@ int PlanXmlReader::ReadSampleDesign(const Element* design) {
   if (IsWord(design, u"wrEstimation", u"yes")) fpPlan->estimation = kSamplingWr;
   int code = ReadSampleStages(design);
   fStage = 0;
+  CheckWords(design);
+  const std::string word = Text(design, u"wrEstimation");
+  if (!word.empty() && word != "yes" && word != "no")
+    NoteContradiction(design, "wrEstimation is " + QuotedWord(word) + ", which counts as no");
   code = FirstFault(code, ReadDesignWeight(design, u"PreviousWeight", &fpPlan->previousWeight));
   return FirstFault(code, ReadDesignWeight(design, u"Weight", &fpPlan->weight));
 }
