@@ -36,9 +36,7 @@ void ReadPlanFile(const std::string& path, PlanReading* reading) {
   const std::unique_ptr<PlanSource> source = OpenPlan(path, &reading->plan);
   PlanSource& reader = *source;
   const int code = reader.readSamplePlan(path);
-  for (const std::string& misread : reader.MisreadNumbers()) {
-    reading->remarks.push_back(fmt::format("{}: {}", path, misread));
-  }
+  reading->remarks = reader.MisreadNumbers();
   const std::vector<std::string> contradictions = reader.Contradictions();
   reading->remarks.insert(reading->remarks.end(), contradictions.begin(), contradictions.end());
   if (code == 0) {

@@ -59,6 +59,7 @@ public:
     const bool isJson = fCommanded && fCommanded->plan.isJson;
     Add("Strict", fSession.Settings().strict || isJson ? "yes" : "");
     if (fCommanded) AddPlanSums();
+    if (fpFrame == nullptr) AddUnusedPlanSum();
     // The same program draws the same sample for ever; another version may not know an option.
     Add("Program", "svselect " SV_VERSION, RunFact::Kind::kVarying);
     const CalendarDay today = BCLOCK();
@@ -96,6 +97,22 @@ private:
     Add("SHA-256 of its tables", sums);
   }
 
+  // Of a run that drew nothing the plan is all that explains it. It may be what failed, so that whatever can't be
+  // read is left out.
+  void AddUnusedPlanSum() {
+    const std::optional<std::string> path = CommandedPlanFile();
+    std::string why;
+    try {
+      if (!path) return;
+      CheckReadableFile(*path);
+    } catch (const DataError&) {
+      return;
+    }
+    const std::optional<std::string> sum = Sha256OfFile(*path);
+    if (!sum || !ReadWholeFile(*path, &fUnusedPlan, &why)) return fUnusedPlan.clear();
+    Add("SHA-256 of the plan", *sum);
+  }
+
   // A text file is read as a whole when it is opened, so that nobody notices when it changes afterwards.
   void AddFrameSum() {
     if (fpFrame == nullptr || fRequest.frame.path.empty()) return;
@@ -120,10 +137,10 @@ private:
   }
 
   void AddPlan() {
-    std::string text;
+    std::string text = fUnusedPlan;
     std::string why;
-    if (!fCommanded) return;
-    if (!ReadWholeFile(fCommanded->path, &text, &why)) throw DataError(fCommanded->path + ": " + why);
+    if (fCommanded && !ReadWholeFile(fCommanded->path, &text, &why))
+      throw DataError(fCommanded->path + ": " + why);
     const std::size_t bytes = text.size();
     if (bytes > kMostPlanBytes) {
       text.resize(kMostPlanBytes);
@@ -136,6 +153,7 @@ private:
   const RunRequest& fRequest;
   const FileStamp* fpFrame;  // borrowed
   std::optional<CommandedPlan> fCommanded;
+  std::string fUnusedPlan;  // text of the plan of a run that drew nothing
   std::vector<RunFact> fvFacts;
 };
 

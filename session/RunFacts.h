@@ -26,7 +26,8 @@ FileStamp StampOfFrame(const std::string& name);
 std::vector<FileStamp> StampsOfPlan();
 
 // Everything that it takes to repeat a run, apart from the frame itself, and the date. Options that weren't
-// used are left out, and so is the command if the run didn't reach it.
+// used are left out, and so is the command if the run didn't reach it. The plan is there with its checksum and
+// text if it can be read.
 std::vector<RunFact> FactsOf(HostSession& session, const RunRequest& request);
 
 // The same after a draw, with what it takes to recognise frame and plan: their checksums and the text of the

@@ -158,7 +158,7 @@ private:
   int Integer(const Element* element, const XMLCh* name);
   double Number(const Element* element, const XMLCh* name);
   template <class Value>
-  Value Extract(const std::string& text);
+  Value Extract(const Element* element, const std::string& text);
 
   // Words of a sample design that nothing reads. REQUIRES: the element is one of the grammar's.
   void CheckWords(const Element* element);
