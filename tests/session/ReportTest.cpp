@@ -133,6 +133,8 @@ TEST(Report, WritesCodeForR) {
   } kCases[] = {
       {kStages, kSample,
        "ids = ~c + case_number, strata = ~S + one_stratum,\n  fpc = ~p1 + p2, weights = ~w"},
+      {kStages, kSample, "# A stratum has one unit, from which"},
+      {kStages, "/CRITERIA SEED=7 /SAMPLEFILE OUTFILE='@/s.sav'", "# A native file takes the packages"},
       {kStages, kSample + "DROP=s", "# There is no design: the sample lacks the variable s, which"},
       {kStages, "/CRITERIA SEED=7", "# There is no design: the run wrote no sample file."},
       {kStages, "/CRITERIA SEED=7 /SAMPLEFILE OUTFILE='@/no/s.csv'",
@@ -219,6 +221,8 @@ TEST(Report, IdentifiesFrameAndPlan) {
   EXPECT_EQ(run.Fact("Seed"), "");
   const Reported failed(kFrame, Wor(StrataOf(Var("none")) + Size("1")), kSample);
   EXPECT_EQ(failed.Fact("SHA-256 of the frame"), "");
+  EXPECT_EQ(failed.Fact("SHA-256 of the plan").size(), 65U);
+  EXPECT_THAT(failed.Fact("Text of the plan"), HasSubstr("'none'"));
 }
 
 // A report describes the plan that was drawn, or there is none: another plan or table put in its place before the
