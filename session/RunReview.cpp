@@ -88,6 +88,17 @@ void AddReplacedFile(HostSession& session, Lines* remarks) {
   }
 }
 
+// The notes name the default file for the joint probabilities, although a run of later stages alone has none.
+void AddUnwrittenFile(HostSession& session, Lines* remarks) {
+  for (const PathClaims::Output& output : session.Layer<SessionFiles>().MissingFiles()) {
+    if (output.role != FileRole::kJoint || NamesJointFile()) continue;
+    remarks->push_back(
+        output.path +
+        ": no joint probabilities were written; they are those of the first stage, which wasn't "
+        "drawn");
+  }
+}
+
 // A saved frame keeps the sample as well, in the variables that the run added.
 bool KeepsSample(HostSession& session) {
   const std::vector<const OutputFile*> files = session.Layer<SessionFiles>().FinishedFiles();
@@ -200,6 +211,7 @@ Lines RemarksOnRun(HostSession& session, const RunRequest& request, RunStatus st
   if (status == RunStatus::kError && HasDrawn(session)) AddLostFiles(session, &remarks);
   if (status == RunStatus::kError && !HasDrawn(session)) AddWhyNothingDrawn(session, &remarks);
   if (status == RunStatus::kOk) AddReplacedFile(session, &remarks);
+  if (status == RunStatus::kOk) AddUnwrittenFile(session, &remarks);
   if (status == RunStatus::kOk && request.save.empty() && !KeepsSample(session)) {
     remarks.emplace_back("the draw isn't kept: name a file with --sample (SAMPLEFILE) or --save");
   }
