@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include "backend/svcommon/PlanSource.h"
 #include "backend/svcommon/SVPlanSpecs.h"
 #include "backend/svcommon/design/MethodTable.h"
@@ -130,6 +132,8 @@ bool SVSParser::CheckSelectStages() {
   if (seenStages > 0) {
     if (selectStages.back() <= stageCount) return true;
     messages.InvalidIntegerList("STAGES", "CRITERIA");
+    BpRemark(fmt::format("the plan has {} {}, and stage {} was asked for", stageCount,
+                         stageCount == 1 ? "stage" : "stages", selectStages.back()));
     return false;
   }
   selectStages.clear();
@@ -250,6 +254,13 @@ bool SVSParser::StandInForPreviousWeight(const SVPlanStageSpecs& stageSpecs) {
   if (currentStage != selectStages.front() - 1 || !plan->previousWeight.IsEmpty()) return true;
   currentParameter = "CUMWEIGHT";
   std::int32_t index = -1;
+  if (stageSpecs.cumWeightName.IsEmpty()) {
+    BpRemark(fmt::format(
+        "stage {} has no {} in the plan, the weight that the draw of stage {} starts from: add it, and draw "
+        "stage {} again",
+        currentStage, plan->isJson ? "'cumulative_weight'" : "CumulativeWeight", currentStage + 1,
+        currentStage));
+  }
   if (!CheckVariable(stageSpecs.cumWeightName, index, false)) return false;
   specs->SetPreviousWeight(index);
   return true;
