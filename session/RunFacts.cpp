@@ -4,6 +4,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <sstream>
 #include <utility>
@@ -16,12 +17,15 @@
 #include "host/files/ReadableFile.h"
 #include "host/files/Sha256.h"
 #include "host/output/OutputDocument.h"
+#include "host/read/TextSource.h"
+#include "host/text/TextConversion.h"
 #include "session/CommandedPlan.h"
 #include "session/RunSurvey.h"
 #include "session/SeededCommand.h"
 
 namespace {
 
+constexpr std::int64_t kMostUnusedPlanBytes = 16 << 20;
 constexpr std::size_t kMostPlanBytes = 1 << 20;  // more of a plan isn't copied into a report
 
 // A fact is shown line by line, so that a command or query reads as it was written.
@@ -30,6 +34,19 @@ std::vector<std::string> LinesOf(const std::string& text) {
   std::istringstream stream(text);
   for (std::string line; std::getline(stream, line);) lines.push_back(line);
   return lines;
+}
+
+// The text of a plan that was read from a file, whose bytes may be in another encoding than UTF-8.
+std::string AsUtf8(const std::string& path, std::string bytes) {
+  if (bytes.empty()) return bytes;
+  TextForm form = FindTextForm(path);
+  const bool isInvalid = FindInvalidUtf8(bytes) != std::string::npos;
+  if (form == TextForm() && !isInvalid) return bytes;
+  if (form == TextForm() && IsWindows1252(path, false)) form.encoding = TextEncoding::kWindows1252;
+  if (form == TextForm() || form.isGzip)
+    return "The plan isn't in UTF-8, UTF-16 or Windows-1252, so that its text is left out.";
+  TextSource source(path, form);
+  return std::string(std::istreambuf_iterator<char>(&source), {});
 }
 
 // The facts in the order of the report. Labels are those that a reader of it understands, not names of
@@ -98,19 +115,21 @@ private:
   }
 
   // Of a run that drew nothing the plan is all that explains it. It may be what failed, so that whatever can't be
-  // read is left out.
+  // read, or is no plan by its size, is left out.
   void AddUnusedPlanSum() {
     const std::optional<std::string> path = CommandedPlanFile();
     std::string why;
     try {
       if (!path) return;
       CheckReadableFile(*path);
+      if (FileState::Of(*path).bytes > kMostUnusedPlanBytes) return;
+      const std::optional<std::string> sum = Sha256OfFile(*path);
+      if (!sum || !ReadWholeFile(*path, &fUnusedPlan, &why)) return fUnusedPlan.clear();
+      fUnusedPlan = AsUtf8(*path, std::move(fUnusedPlan));
+      Add("SHA-256 of the plan", *sum);
     } catch (const DataError&) {
-      return;
+      fUnusedPlan.clear();
     }
-    const std::optional<std::string> sum = Sha256OfFile(*path);
-    if (!sum || !ReadWholeFile(*path, &fUnusedPlan, &why)) return fUnusedPlan.clear();
-    Add("SHA-256 of the plan", *sum);
   }
 
   // A text file is read as a whole when it is opened, so that nobody notices when it changes afterwards.
@@ -139,8 +158,10 @@ private:
   void AddPlan() {
     std::string text = fUnusedPlan;
     std::string why;
-    if (fCommanded && !ReadWholeFile(fCommanded->path, &text, &why))
-      throw DataError(fCommanded->path + ": " + why);
+    if (fCommanded) {
+      if (!ReadWholeFile(fCommanded->path, &text, &why)) throw DataError(fCommanded->path + ": " + why);
+      text = AsUtf8(fCommanded->path, std::move(text));
+    }
     const std::size_t bytes = text.size();
     if (bytes > kMostPlanBytes) {
       text.resize(kMostPlanBytes);

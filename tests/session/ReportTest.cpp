@@ -260,6 +260,23 @@ TEST(Report, DescribesNoOtherPlanOrFrame) {
   }
 }
 
+// The text of the plan is UTF-8 in the report, whatever it is in the file.
+TEST(Report, ShowsThePlanInUtf8) {
+  const std::string plan = Design(Wor(Size("1")) + Out("Weight", "w"));
+  const std::string latin = "<?xml version='1.0' encoding='ISO-8859-1'?><!-- \xE9 -->" + plan;
+  std::string wide = "\xFF\xFE";
+  for (const char c : "<!-- \xE9 -->" + plan) wide += {c, '\0'};
+  for (const std::string& text : {latin, wide}) {
+    const SurveyFolder folder("s\n1\n", "");
+    folder.Write("p.xml", text);
+    HostSession session;
+    RunRequest request = folder.Request(kSample);
+    request.reports = {folder.Path("r.html")};
+    EXPECT_EQ(RunSurvey(session, request).status, RunStatus::kOk) << folder.Text("r.html");
+    EXPECT_THAT(folder.Text("r.html"), HasSubstr("&lt;!-- é --&gt;&lt;KORV"));
+  }
+}
+
 // The command in the report draws the same 5 of 203 clusters again.
 TEST(Report, GivesTheCommandThatRepeatsTheRun) {
   const std::string stages = Wor(ClustersOf(Var("c")) + Size("5"));
