@@ -3,13 +3,14 @@
 BUILD := build/release
 JOBS  := $(shell nproc)
 
-.PHONY: help demo test program build package install dependencies bench format clean
+.PHONY: help demo test program build package python install dependencies bench format clean
 
 help:
 	@echo "make demo     builds svselect and shows it at work on the example frames"
 	@echo "make test     builds svselect and runs all its tests"
 	@echo "make install  builds svselect and installs it below PREFIX, /usr/local without it"
 	@echo "make package  builds svselect and makes a Debian package of it"
+	@echo "make python   builds a wheel of the Python package in build/wheel"
 	@echo "make bench    runs the benchmarks whose figures CONTRIBUTING.md states"
 	@echo "make format   lays the sources out by .clang-format"
 
@@ -44,6 +45,12 @@ install: program
 package: program
 	tools/install-dependencies --package
 	cd $(BUILD) && cpack
+
+python: dependencies
+	tools/install-dependencies --python
+	rm -rf build/wheel
+	test -x build/venv/bin/pip || python3 -m venv build/venv
+	build/venv/bin/pip wheel --quiet --no-deps --wheel-dir build/wheel bindings/python
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i

@@ -32,7 +32,9 @@ int CheckAgainstFrame(HostSession& session, const PlanReading& reading, const Fr
     if (std::find(told.begin(), told.end(), remark) == told.end()) TellProblem(remark);
   }
   TellAll(check.problems);
-  return check.status == RunStatus::kOk ? kExitOk : kExitError;
+  if (check.status != RunStatus::kOk) return kExitError;
+  PrintFolded("Nothing was found in " + frame.path + " that keeps this plan from being drawn.");
+  return FinishOutput() ? kExitOk : kExitError;
 }
 
 }  // namespace

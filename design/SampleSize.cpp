@@ -30,8 +30,8 @@ std::string CommonProblem(const SizeQuestion& question) {
     return "a precision is needed: a margin of error or a coefficient of variation, not both";
   if (question.margin && !IsPositive(*question.margin))
     return NotAllowed("margin of error", *question.margin, "above 0");
-  if (question.cv && !IsPositive(*question.cv))
-    return NotAllowed("coefficient of variation", *question.cv, "above 0");
+  if (question.cv && !(*question.cv > 0.0 && *question.cv < 1.0))
+    return NotAllowed("coefficient of variation", *question.cv, "above 0 and below 1, as 0.05 or 5%");
   if (!(question.confidence > 0.0 && question.confidence < 1.0))
     return NotAllowed("confidence level", question.confidence, "above 0 and below 1, as 0.95");
   if (!IsPositive(question.designEffect))
@@ -49,6 +49,8 @@ std::string ProportionProblem(const SizeQuestion& question) {
     return "a proportion has no standard deviation to give: it follows from what is expected";
   if (question.expected && !(*question.expected > 0.0 && *question.expected < 1.0))
     return NotAllowed("expected proportion", *question.expected, "above 0 and below 1");
+  if (question.margin && *question.margin >= 1.0)
+    return NotAllowed("margin of a proportion", *question.margin, "above 0 and below 1, as 0.03 or 3%");
   return "";
 }
 

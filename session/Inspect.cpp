@@ -141,7 +141,7 @@ PlanCheck CheckPlan(HostSession& session, const SVPlanSpecs& plan, const FrameOp
     AddFrameRemark(session);
     const Dictionary& dictionary = *session.Layer<ActiveFile>().SharedDictionary();
     for (const KorvVarName& name : MissingVariables(session, plan, dictionary))
-      check.problems.push_back(frame.path + " has no variable " + name.Text());
+      check.problems.push_back(session.Layer<ActiveFile>().Name() + " has no variable " + name.Text());
     if (check.problems.empty()) CheckByProcedure(session, plan, &check);
   };
   check.status = GuardInspection(lookUp, &check.problems);

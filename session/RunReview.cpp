@@ -188,11 +188,13 @@ bool HasDrawn(HostSession& session) {
 }
 
 // The procedure claims the file for joint probabilities under its default name even when the design has none;
-// that file isn't missed.
+// that file isn't missed. Nor is a table that the design doesn't have: a caller can look whether it is there.
 Lines MissingFiles(HostSession& session) {
   Lines missing;
-  for (const PathClaims::Output& output : session.Layer<SessionFiles>().MissingFiles()) {
-    if (output.role != FileRole::kJoint || NamesJointFile()) missing.push_back(output.path);
+  SessionFiles& files = session.Layer<SessionFiles>();
+  for (const PathClaims::Output& output : files.MissingFiles()) {
+    const bool isWanted = NamesJointFile() && !files.Claims().IsInMemory(output.path);
+    if (output.role != FileRole::kJoint || isWanted) missing.push_back(output.path);
   }
   return missing;
 }
@@ -224,8 +226,9 @@ std::optional<FinalWeights> ReviewWeights(HostSession& session) {
   std::optional<FinalWeights> weights =
       ReadFinalWeights(session, commanded->plan.weight.Text(), StagesOf(*commanded));
   const std::optional<FrameCases>& cases = session.Layer<OutputDocument>().Cases();
-  // Behind an earlier sampling the weights sum up to what that was drawn from.
-  if (weights && cases && commanded->plan.previousWeight.IsEmpty())
+  // Behind an earlier sampling the weights sum up to what that was drawn from, and so do those of later stages.
+  const bool beginsAtFirst = !commanded->stages.empty() && commanded->stages.front() == 1;
+  if (weights && cases && beginsAtFirst && commanded->plan.previousWeight.IsEmpty())
     weights->frameCases = cases->read - cases->leftOut;
   return weights;
 }

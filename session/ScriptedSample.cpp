@@ -94,8 +94,9 @@ bool HasLoneUnit(const StageReview& stage) {
 
 // Why there can't be a design; empty if there can.
 std::string WhyNone(const SurveyOutcome& outcome, const SampleScript& script) {
-  if (outcome.status != RunStatus::kOk) return "the run didn't end well, and no sample was written";
-  if (script.sample.path.empty()) return "the run wrote no sample file";
+  const bool isGood = outcome.status == RunStatus::kOk;
+  if (script.sample.path.empty())
+    return isGood ? "the run wrote no sample file" : "the run didn't end well, and no sample was written";
   if (!outcome.weights) return "the sample has no final weight";
   return outcome.weights->summary.count == 0 ? "the sample is empty" : "";
 }

@@ -124,12 +124,9 @@ void PlanJsonReader::ReadWrite(Index value) {
 void PlanJsonReader::CheckStage(Index stage) {
   const SVMethod& method = MethodOfType(Stage().type);
   if (method.code == kMethodNone) return;  // that has been said
-  const bool isTwo =
-      Stage().paramSource == kParamNotGiven ||
-      (Stage().paramSource == kParamByValue && Stage().paramKind == kParamSize && Stage().paramValue == 2.0);
   if (!method.twoUnits && !HasMember(stage, "n") && !HasMember(stage, "rate"))
     Fault(kPlanNoSizeOrRate, stage, "the stage has neither 'n' nor 'rate'");
-  if (method.twoUnits && !isTwo) {
+  if (method.twoUnits && !AsksForTwo(Stage())) {
     Fault(kPlanBadSampleSize, stage,
           QuotedWord(method.word) + " draws two units of each stratum: leave 'n' and 'rate' out");
   }

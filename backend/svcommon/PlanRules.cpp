@@ -107,6 +107,11 @@ PlanFault TableVariableFault(const SVPlanSpecs& plan, int number, const KorvVarN
           quoted + " is a cluster of this stage; a table takes its strata, and clusters of stages before"};
 }
 
+bool AsksForTwo(const SVPlanStageSpecs& stage) {
+  return stage.paramSource == kParamNotGiven ||
+         (stage.paramSource == kParamByValue && stage.paramKind == kParamSize && stage.paramValue == 2.0);
+}
+
 PlanFault OnlyStageFault(const SVPlanStageSpecs& stage, const char* cure) {
   const SVMethod& method = MethodOfType(stage.type);
   if (!method.writesJointUnasked || !stage.designVariableNames.empty()) return {};

@@ -43,6 +43,9 @@ PlanFault ValueFault(std::int32_t paramKind, double value, const std::string& te
 // nothing. REQUIRES: strata and clusters up to this stage have been noted in the plan.
 PlanFault TableVariableFault(const SVPlanSpecs& plan, int number, const KorvVarName& name);
 
+// Whether a stage asks for two units, or leaves their number open: all that a method of two units can give.
+bool AsksForTwo(const SVPlanStageSpecs& stage);
+
 // A lone stage that writes joint probabilities in any case needs clusters, which name the rows of their file.
 // `cure` is the end of the sentence.
 PlanFault OnlyStageFault(const SVPlanStageSpecs& stage, const char* cure);

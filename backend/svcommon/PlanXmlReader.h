@@ -173,6 +173,7 @@ private:
   int Fault(int code, const Element* at, const std::string& what);
   int Fault(const PlanFault& fault, const Element* at);
   void NoteContradiction(const Element* at, const std::string& what);
+  void CheckTwoUnits(const Element* request, const SVPlanStageSpecs& stage);
   void CheckCount(const Element* element, const XMLCh* attribute, std::size_t count, const char* ofWhat);
   std::string LineAbout(PlanPosition at, const std::string& what) const;
   std::string LineAbout(const Element* at, const std::string& what) const;

@@ -96,17 +96,28 @@ int PlanXmlReader::ReadSizeOrRate(const Element* element, int number, int runnin
   SVPlanStageSpecs* const stage = fpPlan->getStage(number);
   if (const Element* const size = FindChild(element, u"InputSampleSize"); size != nullptr) {
     stage->paramKind = kParamSize;
-    return FirstFault(runningCode, ReadHolder(size, number));
+    const int code = FirstFault(runningCode, ReadHolder(size, number));
+    CheckTwoUnits(size, *stage);
+    return code;
   }
   if (const Element* const rate = FindChild(element, u"InputSampleRate"); rate != nullptr) {
     stage->paramKind = kParamRate;
     const int code = FirstFault(runningCode, ReadHolder(rate, number));
+    CheckTwoUnits(rate, *stage);
     return ReadRateBounds(rate, stage, code);
   }
   if (MethodOfType(stage->type).twoUnits) return runningCode;
   const int code =
       Fault(kPlanNoSizeOrRate, element, "the stage has neither InputSampleSize nor InputSampleRate");
   return FirstFault(runningCode, code);
+}
+
+// What a stage asks for in vain.
+void PlanXmlReader::CheckTwoUnits(const Element* request, const SVPlanStageSpecs& stage) {
+  const SVMethod& method = MethodOfType(stage.type);
+  if (!method.twoUnits || AsksForTwo(stage)) return;
+  NoteContradiction(request, fmt::format("{} draws two units of each stratum, whatever is asked for here",
+                                         QuotedWord(method.word)));
 }
 
 // Bounds of the number of units that a rate gives. Both are whole; 0 means none.

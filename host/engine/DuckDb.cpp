@@ -5,6 +5,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <exception>
+#include <filesystem>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -84,6 +85,16 @@ std::string QuoteIdentifier(std::string_view name) {
 }
 std::string QuoteLiteral(std::string_view text) {
   return Quote(text, '\'');
+}
+
+// In brackets the special characters of a pattern are ordinary ones.
+std::string FileLiteral(const std::string& path) {
+  std::string pattern;
+  for (const char c : std::filesystem::absolute(path).string()) {
+    const bool isSpecial = c == '*' || c == '?' || c == '[';
+    pattern += isSpecial ? fmt::format("[{}]", c) : std::string(1, c);
+  }
+  return QuoteLiteral(pattern);
 }
 
 std::string CleanReason(const char* message) {

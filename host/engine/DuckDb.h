@@ -28,6 +28,8 @@
 // "name" and 'text' in SQL notation, with quotes inside doubled.
 std::string QuoteIdentifier(std::string_view name);
 std::string QuoteLiteral(std::string_view text);
+// A path as the literal that names this one file: DuckDB takes a path for a pattern of several names.
+std::string FileLiteral(const std::string& path);
 
 // The reason in one of DuckDB's messages: its first line without the error classes in front ("IO Error: ",
 // also several of them) and without blanks and full stops at the end. The lines after it are hints and an
@@ -85,6 +87,8 @@ public:
   std::size_t Columns() { return duckdb_column_count(&fResult); }
   std::string Name(std::size_t column) { return duckdb_column_name(&fResult, column); }
   duckdb_type Type(std::size_t column) { return duckdb_column_type(&fResult, column); }
+  // The type with its parameters, which the caller must destroy.
+  duckdb_logical_type LogicalType(std::size_t column) { return duckdb_column_logical_type(&fResult, column); }
 
   // The next chunk; an empty one at the end.
   DuckChunk Fetch();

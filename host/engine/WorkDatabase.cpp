@@ -44,9 +44,10 @@ void LimitMemory(DuckConnection& connection, double part) {
 
 }  // namespace
 
-WorkDatabase::WorkDatabase(const HostSession& session, double memory) {
+WorkDatabase::WorkDatabase(const HostSession& session, double memory)
+    : fThreads(std::max(1, session.Threads())) {
   Config config;
-  config.Set("threads", std::to_string(std::max(1, session.Threads())));
+  config.Set("threads", std::to_string(fThreads));
   config.Set("temp_directory", fFolder.Path());
   // The order of the cases decides the sample, so a file must be read in the order in which it is written.
   config.Set("preserve_insertion_order", "true");

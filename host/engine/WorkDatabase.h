@@ -31,6 +31,9 @@ public:
   // DuckDB has no way back. The paths must be spelt as they will be in statements.
   void AllowOnly(const std::vector<std::string>& paths);
 
+  // That statements may use.
+  int Threads() const { return fThreads; }
+
   DuckConnection Connect() const { return DuckConnection(fpDatabase.get()); }
 
   // A token for something in the database. The statement `release` removes that thing when the last copy of
@@ -44,6 +47,7 @@ private:
   struct Close {
     void operator()(duckdb_database database) const { duckdb_close(&database); }
   };
+  int fThreads;
   TemporaryFolder fFolder;  // before the database, which may have files in it to its end
   std::unique_ptr<std::remove_pointer_t<duckdb_database>, Close> fpDatabase;
   int fNames = 0;  // given out by UniqueName()

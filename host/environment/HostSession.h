@@ -76,6 +76,13 @@ public:
     return *made;
   }
 
+  // Makes an object that outlives this session its layer of that type.
+  // REQUIRES: the session has no such layer yet.
+  template <class State>
+  void Adopt(std::shared_ptr<State> state) {
+    fLayers.emplace_back(typeid(State), std::move(state));
+  }
+
 private:
   template <class State>
   std::shared_ptr<State> Make() {

@@ -10,7 +10,10 @@
 //   .csv, .tsv               delimited text, with a Table Schema beside it     read and written
 //   .json, .ndjson           a list of objects, one object a line              read
 //   .csv.gz, ...             one of the text files, compressed                 read
-enum class FileKind { kNative, kParquet, kCsv, kTsv, kJson, kNdJson, kUnknown };
+//
+// kMemory is no kind of file: a table that a session keeps in memory, see PathClaims::KeepInMemory(). No name
+// has it.
+enum class FileKind { kNative, kParquet, kCsv, kTsv, kJson, kNdJson, kMemory, kUnknown };
 
 FileKind KindOf(const std::string& path);
 

@@ -17,8 +17,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::array<const char*, 9> kRoleNames = {"frame", "plan", "schema", "command", "sample",
-                                                   "joint", "rule", "saved",  "report"};
+constexpr std::array<const char*, 10> kRoleNames = {"frame", "plan", "schema", "command", "sample",
+                                                    "joint", "rule", "saved",  "report",  "strata"};
 
 constexpr std::size_t kLongestFileName = 255;  // bytes; the limit of all usual file systems
 
@@ -99,6 +99,10 @@ bool PathClaims::IsTaken(FileRole role, const std::string& spelling, const std::
   });
 }
 
+bool PathClaims::IsInMemory(const std::string& name) const {
+  return std::find(fvInMemory.begin(), fvInMemory.end(), name) != fvInMemory.end();
+}
+
 FileFlags PathClaims::ClaimForReading(FileRole role, const std::string& path) {
   FileFlags flags = TryReading(role, path);
   if (!flags.CanBeRead()) NoteRefusal(role, path, flags.why);
@@ -154,6 +158,12 @@ FileFlags PathClaims::TryWriting(FileRole role, const std::string& spelling, con
                                  int* claim) {
   *claim = kNone;
   FileFlags flags;
+  if (IsInMemory(path)) {
+    flags.valid = true;
+    *claim = fNext++;
+    fvClaims.push_back({*claim, role, true, spelling, path, path, false});
+    return flags;
+  }
   if (path.empty() || path.back() == '/' || NamesStream(path)) {
     flags.why = !path.empty() && path.back() == '/' ? "a folder, expected a file" : kNoFile;
     return flags;

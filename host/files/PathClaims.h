@@ -4,7 +4,18 @@
 #include <vector>
 
 // What a session uses a file for.
-enum class FileRole { kFrame, kPlan, kSchema, kCommand, kSample, kJoint, kRule, kSaved, kReport };
+enum class FileRole {
+  kFrame,
+  kPlan,
+  kSchema,
+  kCommand,
+  kSample,
+  kJoint,
+  kRule,
+  kSaved,
+  kReport,
+  kStrata,  // only ever kept in memory
+};
 
 // "sample", "joint", "rule", "saved", ...
 const char* RoleName(FileRole role);
@@ -53,6 +64,13 @@ public:
   // it.
   FileFlags ClaimForWriting(FileRole role, const std::string& spelling, const std::string& path, int* claim);
 
+  // Makes a name that of a table that the session keeps in memory: it can be claimed for writing whatever is
+  // on the disk, and no file is written.
+  void KeepInMemory(const std::string& name) { fvInMemory.push_back(name); }
+  bool IsInMemory(const std::string& name) const;
+  // Whether the outputs of the session are such tables, so that no file is to appear that nobody named.
+  bool KeepsTables() const { return !fvInMemory.empty(); }
+
   // What was asked for and couldn't be claimed; each file once for each reason.
   struct Refusal {
     FileRole role;
@@ -95,7 +113,8 @@ private:
   static bool IsOutput(const Claim& claim);
 
   std::vector<Claim> fvClaims;
-  std::vector<Output> fvGivenUp;  // outputs that were released
+  std::vector<std::string> fvInMemory;  // names of tables, not of files
+  std::vector<Output> fvGivenUp;        // outputs that were released
   std::vector<Refusal> fvRefusals;
   int fNext = 0;
 };

@@ -34,8 +34,10 @@ SessionFiles::~SessionFiles() {
 }
 
 OutputFile* SessionFiles::Start(FileRole role, const std::string& path, const std::string& target) {
-  std::vector<std::string> paths = {target};
-  const bool isData = role != FileRole::kRule && role != FileRole::kReport && role != FileRole::kPlan;
+  std::vector<std::string> paths;
+  if (!fClaims.IsInMemory(target)) paths.push_back(target);
+  const bool isData =
+      !paths.empty() && role != FileRole::kRule && role != FileRole::kReport && role != FileRole::kPlan;
   if (isData && HasSchemaFile(KindOf(target))) paths.insert(paths.begin(), SchemaPath(target));
   auto file = std::make_unique<OutputFile>();
   file->role = role;
@@ -120,8 +122,14 @@ void SessionFiles::WriteJournalOfAll() {
   ForEachPart([&](TemporaryFile& part, std::string* why) { return part.NoteJournal(parts.front(), why); });
   SyncFolders();  // with the names of locks and private folders
   std::string why;
-  const OutputFile& first = *fvFiles.front();
+  const OutputFile& first = *FirstOnDisk();
   if (!WriteJournal(first.parts.front()->Folder(), parts, &why)) throw CannotWrite(first.path, why);
+}
+
+const OutputFile* SessionFiles::FirstOnDisk() const {
+  const auto first =
+      std::find_if(fvFiles.begin(), fvFiles.end(), [](const auto& file) { return !file->parts.empty(); });
+  return first == fvFiles.end() ? nullptr : first->get();
 }
 
 // Each folder once.
@@ -138,7 +146,9 @@ bool SessionFiles::TakeBack() {
   for (const auto& file : fvFiles) {
     for (const auto& part : file->parts) isGood = part->Restore() && isGood;
   }
-  const FileDescriptor& first = fvFiles.front()->parts.front()->Folder();
+  const OutputFile* const onDisk = FirstOnDisk();
+  if (onDisk == nullptr) return isGood;
+  const FileDescriptor& first = onDisk->parts.front()->Folder();
   isGood = isGood && (unlinkat(first.Get(), kJournalName, 0) == 0 || errno == ENOENT);
   if (isGood) return true;
   for (const auto& file : fvFiles) {

@@ -19,7 +19,7 @@ struct OutputFile {
   bool isFinished = false;  // whole and on the disk, under the temporary name
   // In the order in which they are put in their places; the last is the file itself. A schema comes before
   // its data: a new schema beside old data is refused when it doesn't fit, data without its schema would be
-  // read with other types and nobody would know.
+  // read with other types and nobody would know. Empty for a table that the session keeps in memory.
   std::vector<std::unique_ptr<TemporaryFile>> parts;
 };
 
@@ -88,6 +88,7 @@ private:
   // One step of the commit, for every part of every file. Errors: DataError with file and reason.
   void ForEachPart(const Step& step);
   void WriteJournalOfAll();
+  const OutputFile* FirstOnDisk() const;  // null if all outputs are tables in memory
   void SyncFolders();
   // Takes a commit back that has failed. False where that failed too; the helpers are then left.
   bool TakeBack();

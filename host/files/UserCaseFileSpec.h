@@ -4,6 +4,12 @@
 
 #include "host/files/PathClaims.h"
 
+// Names of the tables that a session keeps in memory if its caller asks for them. The first two are named in the
+// command, the last one is made unasked.
+inline constexpr const char* kSampleTable = "sample.arrow";
+inline constexpr const char* kJointTable = "joint.arrow";
+inline constexpr const char* kStrataTable = "strata.arrow";
+
 // UserCaseFileSpec is the name of a data file that a user wants written. Init() tests the name and claims its
 // path for the living session, so that no other output goes there and nothing that is read is overwritten.
 //

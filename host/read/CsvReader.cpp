@@ -221,6 +221,18 @@ char SeparatorLine(std::string_view begin) {
   return isDelimiter && isWholeLine ? delimiter : '\0';
 }
 
+std::optional<CaseRelation> LoadPlainCsv(const std::string& path, char delimiter, int threads,
+                                         TextTable* table) {
+  const Layout layout = LayoutOf(path, {}, delimiter);
+  CsvReader reader(path);
+  reader.SetDelimiter(layout.delimiter);
+  if (layout.hasSeparatorLine || !reader.NextRecord() || reader.IsBlank()) return std::nullopt;
+  AddColumns(reader, table);
+  std::optional<PlainText> text = ScanPlainText(path, layout.delimiter, table->MissingTexts(), threads);
+  if (!text) return std::nullopt;
+  return table->FinishPlain(*std::move(text));
+}
+
 void LoadCsv(const std::string& path, const TextForm& form, char delimiter, TextTable* table) {
   CsvReader reader(path, form);
   const Layout layout = LayoutOf(path, form, delimiter);

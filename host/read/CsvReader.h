@@ -2,10 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "host/engine/DuckCaseEngine.h"
 #include "host/read/TextSource.h"
 
 class TextTable;
@@ -19,8 +21,8 @@ class TextTable;
 //   - A first line that only says sep=; (quoted or not, with any delimiter) is a spreadsheet's word for the
 //     delimiter and no record: see SeparatorLine().
 //
-// It reads the file itself rather than through DuckDB, so that a message can name the line at fault, and no
-// value is changed by a guess at its type.
+// It reads the file itself rather than through DuckDB, so that a message can name the line at fault, and every
+// text is read by the same rules. Only plain texts (see PlainText), which all rules split alike, are left to DuckDB.
 //
 // Use:       NextRecord() until it is false; in between Fields(), Field(), Line() and IsBlank().
 // Failures:  DataError with file and line: a quote that isn't closed, text after a closing quote; as an
@@ -75,6 +77,13 @@ private:
 // Blank lines are skipped, except in a file of one column, where each of them is a case without a value.
 // Errors: DataError, also for a record that has more or fewer fields than the header.
 void LoadCsv(const std::string& path, const TextForm& form, char delimiter, TextTable* table);
+
+// Loads the same table from a file of UTF-8 by DuckDB's reader, on several threads, and finishes it. Nothing if the
+// text isn't plain (see PlainText), or its first line is no header: `table` is then spent, and the file is for
+// LoadCsv().
+// Errors: DataError; LoadCsv() will find the same, or none.
+std::optional<CaseRelation> LoadPlainCsv(const std::string& path, char delimiter, int threads,
+                                         TextTable* table);
 
 // The delimiter that a text's first line names, as spreadsheets write it for one another: sep=; with any one
 // character that is no letter, digit, quote or blank, or a tab; the line may be in quotes. '\0' if it isn't

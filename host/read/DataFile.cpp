@@ -16,13 +16,10 @@
 #include "host/files/FileWatch.h"
 #include "host/files/KilledRun.h"
 #include "host/files/ReadableFile.h"
-#include "host/read/CsvReader.h"
-#include "host/read/JsonReader.h"
 #include "host/read/NativeReader.h"
+#include "host/read/ParquetReader.h"
 #include "host/read/SchemaRules.h"
-#include "host/read/TextForm.h"
-#include "host/read/TextSource.h"
-#include "host/read/TextTable.h"
+#include "host/read/TextFile.h"
 #include "host/read/TypedColumns.h"
 #include "host/text/VariableNames.h"
 
@@ -34,120 +31,7 @@ constexpr const char* kQueryName = "query";  // in messages, where a file has it
 // take beside the session's. It needs little unless its cases are sorted, which can spill.
 constexpr double kForeignMemory = 0.25;
 
-// DuckDB takes a path for a pattern of several names. In brackets its special characters are ordinary ones.
-std::string PatternOf(const std::string& path) {
-  std::string pattern;
-  for (const char c : std::filesystem::absolute(path).string()) {
-    const bool isSpecial = c == '*' || c == '?' || c == '[';
-    pattern += isSpecial ? fmt::format("[{}]", c) : std::string(1, c);
-  }
-  return pattern;
-}
-
-// --- Parquet ---------------------------------------------------------------------------------------------
-
-// Refuses a file with two columns of one name. The file's own names are read, since DuckDB gives a repeated
-// column a new name. The schema of a Parquet file is a tree, listed from the root down with each node's
-// number of children; only the root's children are columns.
-void CheckParquetNames(const std::string& path, DuckConnection& connection) {
-  DuckResult result =
-      connection.Query(fmt::format("SELECT name, coalesce(num_children, 0)::INTEGER FROM parquet_schema({})",
-                                   QuoteLiteral(PatternOf(path))));
-  std::vector<std::string> names;
-  int pending = -1;  // entries left of a nested column; -1 before the first entry, which is the root
-  while (const DuckChunk chunk = result.Fetch()) {
-    for (std::size_t row = 0; row < chunk.Rows(); ++row) {
-      const int children = chunk.Values<std::int32_t>(1)[row];  // 0 for a leaf
-      if (pending > 0) {  // inside a nested column: one entry less, and its own children to come
-        pending += children - 1;
-        continue;
-      }
-      const std::string name(TextOf(chunk.Values<duckdb_string_t>(0)[row]));
-      const bool isTable = pending < 0;
-      pending = isTable ? 0 : children;
-      if (!isTable) names.push_back(name);
-    }
-  }
-  CheckNamesDiffer(names);
-}
-
-// The dictionary that our own writer puts into the file's metadata; empty without one.
-// TRY: the metadata is bytes, which needn't be text in a file of another program.
-std::string ParquetDictionary(const std::string& path, DuckConnection& connection) {
-  DuckResult result =
-      connection.Query(fmt::format("SELECT coalesce(TRY(decode(value)), '') FROM parquet_kv_metadata({}) "
-                                   "WHERE key = 'dictionary'::BLOB",
-                                   QuoteLiteral(PatternOf(path))));
-  const DuckChunk chunk = result.Fetch();
-  return chunk && chunk.Rows() > 0 ? std::string(TextOf(chunk.Values<duckdb_string_t>(0)[0])) : std::string();
-}
-
-// The key is a common word, so other programs may have something else under it. A warning says so, and the
-// file is read as one without a dictionary.
-SchemaRules EmbeddedRules(const std::string& path, const std::string& dictionary) {
-  if (dictionary.empty()) return {};
-  try {
-    return SchemaRules(dictionary, "its dictionary");
-  } catch (const DataError& error) {
-    IssueHostMessage(fmt::format("{}: {}; the variables are as the columns say", path, error.what()),
-                     kWarningLevel);
-    return {};
-  }
-}
-
-// The columns have types, and mostly nothing needs to be scanned: see MakeTypedRelation().
-CaseRelation OpenParquet(WorkDatabase& work, const std::string& path, const std::string& schema) {
-  DuckConnection connection = work.Connect();
-  // Folders in the path that look like "key=value" must not become columns.
-  const std::string from =
-      fmt::format("read_parquet({}, hive_partitioning = false)", QuoteLiteral(PatternOf(path)));
-  std::string dictionary;
-  const std::vector<TypedColumn> columns = Named(path, [&] {
-    CheckParquetNames(path, connection);
-    dictionary = ParquetDictionary(path, connection);
-    return DescribeColumns(work, from);
-  });
-  const SchemaRules rules = schema.empty() ? EmbeddedRules(path, dictionary) : SchemaRules::FromFile(schema);
-  CaseRelation relation = MakeTypedRelation(work, {path, from, columns}, rules, schema.empty());
-  return relation;
-}
-
-// --- text and native files -------------------------------------------------------------------------------
-
-CaseRelation LoadText(WorkDatabase& work, const std::string& path, FileKind kind, const TextForm& form,
-                      const SchemaRules& rules) {
-  const bool isJson = kind == FileKind::kJson || kind == FileKind::kNdJson;
-  TextTable table(work, path, isJson ? "object" : "line", rules);
-  if (isJson) {
-    LoadJson(path, form, &table);
-  } else {
-    LoadCsv(path, form, kind == FileKind::kTsv ? '\t' : '\0', &table);
-  }
-  CaseRelation relation = table.Finish();
-  relation.remark = TextFormRemark(path, form);
-  return relation;
-}
-
-// The schema that the user names replaces the one beside the file, which is then not even read. A text is
-// read as UTF-8 first, and only one that isn't is looked at as a whole, so that plain files cost nothing more.
-CaseRelation OpenText(WorkDatabase& work, const std::string& path, FileKind kind, const std::string& schema) {
-  const std::string beside = SchemaPath(path);
-  SchemaRules rules;
-  if (!schema.empty()) {
-    rules = SchemaRules::FromFile(schema);
-  } else if (FileExists(beside)) {
-    rules = SchemaRules::FromFile(beside);
-  }
-  TextForm form;
-  try {
-    form = FindTextForm(path);
-    return LoadText(work, path, kind, form, rules);
-  } catch (const EncodingError&) {
-    if (form.encoding != TextEncoding::kUtf8 || !IsWindows1252(path, form.isGzip)) throw;
-    form.encoding = TextEncoding::kWindows1252;
-  }
-  return LoadText(work, path, kind, form, rules);
-}
+// --- native files ------------------------------------------------------------------------------------
 
 // A schema that the user names replaces the file's own dictionary; only then are the cases scanned. The new
 // relation takes over the token that keeps the file attached.
@@ -172,8 +56,8 @@ CaseRelation OpenWatched(WorkDatabase& work, const std::string& path, FileKind k
   const auto check = [&] { Named(path, [&] { watch->Check(); }); };
   try {
     CaseRelation relation = kind == FileKind::kNative    ? OpenNative(work, path, schema)
-                            : kind == FileKind::kParquet ? OpenParquet(work, path, schema)
-                                                         : OpenText(work, path, kind, schema);
+                            : kind == FileKind::kParquet ? OpenParquetFile(work, path, schema)
+                                                         : OpenTextFile(work, path, kind, schema);
     check();
     const bool isInPlace = kind == FileKind::kNative || kind == FileKind::kParquet;
     if (isInPlace) relation.watched = watch;  // the cases of others are in the work database
@@ -306,5 +190,11 @@ DataFrame OpenDataFile(HostSession& session, const std::string& path, const Fram
 DataFrame OpenQuery(HostSession& session, const std::string& sql, const FrameRules& rules) {
   std::shared_ptr<WorkDatabase> work = session.Layer<WorkDatabase>().shared_from_this();
   CaseRelation relation = Sorted(*work, RunQuery(*work, sql, rules.schema), rules.sort);
+  return MakeFrame(std::move(work), std::move(relation));
+}
+
+DataFrame OpenTable(std::shared_ptr<WorkDatabase> work, const TypedSource& source, const FrameRules& rules) {
+  const SchemaRules schema = rules.schema.empty() ? SchemaRules() : SchemaRules::FromFile(rules.schema);
+  CaseRelation relation = Sorted(*work, MakeTypedRelation(*work, source, schema, false), rules.sort);
   return MakeFrame(std::move(work), std::move(relation));
 }

@@ -1,18 +1,22 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "host/engine/CaseEngine.h"
 
 class HostSession;
+class WorkDatabase;
+struct TypedSource;
 
 // Opening data files and queries as frames. How cases reach the engine depends on the kind of file:
 //
 //   native          attached read-only; cases are read in place
 //   Parquet         scanned by each query; cases are read in place
-//   CSV, TSV, JSON  loaded once, as text, and typed over all rows (TextTable)
+//   CSV, TSV, JSON  loaded once and typed over all rows (TextTable); plain CSV and TSV by DuckDB (PlainText)
 //   query           run once; its rows are kept in a table
+//   Arrow stream    read once into a table, see ArrowFrame.h
 //   sorted          any of them, copied once into a table in the new order
 //
 // A file is watched while it is read: one that is read in place from here to the end of the run, any other
@@ -31,6 +35,10 @@ struct FrameRules {
 // and no cases.
 // Errors: DataError that names the file, the schema or the variable at fault.
 DataFrame OpenDataFile(HostSession& session, const std::string& path, const FrameRules& rules = {});
+
+// A table that is in that work database already.
+// Errors: DataError that names the source.
+DataFrame OpenTable(std::shared_ptr<WorkDatabase> work, const TypedSource& source, const FrameRules& rules);
 
 // Runs a query once and keeps its rows in the order in which they come. The frame is named "query".
 // Errors: DataError, also for anything but a single query.

@@ -248,7 +248,8 @@ CaseRelation OpenNativeFile(WorkDatabase& work, const std::string& path) {
     try {
       const std::string log = LogOf(absolute);
       CheckNoLog(log);
-      work.AllowOnly({absolute, log});  // DuckDB looks for the log too
+      CheckNoLog(LogOf(std::filesystem::canonical(path).string()));  // of the file that a link leads to
+      work.AllowOnly({absolute, log});                               // DuckDB looks for the log too
       // The type: DuckDB would look for an extension to open what seems to be another program's database.
       connection.Run(fmt::format("ATTACH {} AS {} (READ_ONLY, TYPE duckdb)", QuoteLiteral(absolute), alias));
       // From here on the file is detached again whatever happens.

@@ -8,6 +8,7 @@
 #include "host/environment/CommonBlocks.h"
 #include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
+#include "host/read/ArrowFrame.h"
 #include "host/read/DataFile.h"
 
 namespace {
@@ -31,8 +32,9 @@ void OpenFrame(HostSession& session, const FrameOptions& options) {
   ActiveFile& file = session.Layer<ActiveFile>();
   file.Close();  // also what it holds in the work database, before the next file needs the room
   const FrameRules rules{.schema = options.schema, .sort = options.sort};
-  DataFrame frame = options.sql.empty() ? OpenDataFile(session, options.path, rules)
-                                        : OpenQuery(session, options.sql, rules);
+  DataFrame frame = options.arrow != nullptr ? options.arrow->Open(rules)
+                    : options.sql.empty()    ? OpenDataFile(session, options.path, rules)
+                                             : OpenQuery(session, options.sql, rules);
   std::vector<int> split;
   for (const std::string& name : options.split) split.push_back(FindVariable(frame, name, "split"));
   const int weight = options.weight.empty() ? -1 : FindWeight(frame, options.weight);

@@ -177,17 +177,55 @@ void TextProfile::AddNumber(std::string_view text, std::int64_t place) {
     Refuse(Bit(Kind::kInteger));
     fbAllIntegers = false;
   }
-  fLeast = fbAnyNumber ? std::min(fLeast, number) : number;
-  fGreatest = fbAnyNumber ? std::max(fGreatest, number) : number;
+  AddBounds(number, number);
+}
+
+void TextProfile::AddBounds(double least, double greatest) {
+  fLeast = fbAnyNumber ? std::min(fLeast, least) : least;
+  fGreatest = fbAnyNumber ? std::max(fGreatest, greatest) : greatest;
   fbAnyNumber = true;
+}
+
+// Nearly every number of a file has at most 15 digits, no exponent and no leading zeros. Its digits are a
+// whole number that a double holds, and so is the power of ten that they are divided by; hence the quotient is
+// rounded once, and is the nearest double, as ReadNumber() gives it. False for any other text.
+bool TextProfile::AddShortNumber(std::string_view text) {
+  constexpr double kPowers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+  constexpr auto kMostDigits = std::size(kPowers) - 1;
+  const bool isNegative = text.starts_with('-');
+  const std::string_view number = WithoutSign(text);
+  std::int64_t digits = 0;
+  std::size_t point = number.size();
+  if (number.size() > kMostDigits + 1 || HasLeadingZero(number)) return false;
+  for (std::size_t i = 0; i < number.size(); ++i) {
+    if (IsDigit(number[i])) {
+      digits = 10 * digits + (number[i] - '0');
+    } else if (number[i] == '.' && point == number.size()) {
+      point = i;
+    } else {
+      return false;
+    }
+  }
+  const bool isWhole = point == number.size();
+  const std::size_t count = number.size() - (isWhole ? 0 : 1);
+  if (count == 0 || count > kMostDigits) return false;
+  const double size = static_cast<double>(digits) / kPowers[isWhole ? 0 : count - point];
+  AddBounds(isNegative ? -size : size, isNegative ? -size : size);
+  if (!isWhole) {
+    Refuse(Bit(Kind::kInteger));
+    fbAllIntegers = false;
+  }
+  return true;
 }
 
 void TextProfile::Add(std::string_view text, std::int64_t place) {
   fbAny = true;
   fLongest = std::max(fLongest, text.size());
   if (fNotBoolean.place == 0 && !IsUsualBoolean(text)) Note(&fNotBoolean, text, place);
-  if (IsNumber(text)) {
-    AddNumber(text, place);
+  const bool isShort = AddShortNumber(text);
+  if (isShort || IsNumber(text)) {
+    if (!isShort) AddNumber(text, place);
     Refuse(Bit(Kind::kBoolean) | Bit(Kind::kDate) | Bit(Kind::kTime) | Bit(Kind::kTimestamp));
     return;
   }
@@ -212,6 +250,18 @@ void TextProfile::AddMissing(std::string_view text, std::int64_t place) {
   }
   fbAnyMissing = true;
   fLongest = std::max(fLongest, text.size());
+}
+
+void TextProfile::Merge(const TextProfile& other) {
+  fPossible &= other.fPossible;
+  fLongest = std::max(fLongest, other.fLongest);
+  if (other.fbAnyNumber) AddBounds(other.fLeast, other.fGreatest);
+  fbAny = fbAny || other.fbAny;
+  fbAnyMissing = fbAnyMissing || other.fbAnyMissing;
+  fbAllIntegers = fbAllIntegers && other.fbAllIntegers;
+  if (fNotNumber.place == 0) fNotNumber = other.fNotNumber;
+  if (fNotExact.place == 0) fNotExact = other.fNotExact;
+  if (fNotBoolean.place == 0) fNotBoolean = other.fNotBoolean;
 }
 
 // The first kind that no value has ruled out, in an order that puts integers before other numbers.

@@ -38,6 +38,7 @@
 // schema lists as missing takes no part in the decision.
 //
 // Use:   Add(), AddString() or AddMissing() for each value that isn't empty, then Settled() and the measures.
+//        Parts of a column may have profiles of their own, which are then merged.
 // Cost:  one scan of each value; a number is converted once. Nothing is allocated, but for the first culprits
 //        and for numbers of more than 15 digits.
 class TextProfile {
@@ -57,6 +58,10 @@ public:
   // A value that the schema lists as missing. A number such as -9 still counts like any other, since it stays
   // in the data as a user-missing value. Another text only counts for the width of a string.
   void AddMissing(std::string_view text, std::int64_t place);
+
+  // Adds what another profile has seen of the same column. The culprits stay those of the one that has any, so
+  // they are the first ones only if the other's values come later.
+  void Merge(const TextProfile& other);
 
   // The type of the column; kNothing when no value was added.
   Kind Settled() const;
@@ -79,7 +84,9 @@ public:
 
 private:
   static const Culprit* Found(const Culprit& culprit) { return culprit.place > 0 ? &culprit : nullptr; }
+  bool AddShortNumber(std::string_view text);
   void AddNumber(std::string_view text, std::int64_t place);
+  void AddBounds(double least, double greatest);
   void Refuse(unsigned kinds) { fPossible &= ~kinds; }
 
   unsigned fPossible = ~0u;  // a bit for each kind that all values so far can be

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <limits>
+#include <utility>
 
 #include "host/engine/DuckAppender.h"
 #include "host/engine/WorkDatabase.h"
@@ -35,6 +37,16 @@ const char* TypeOf(const TextProfile& profile) {
       break;
   }
   return "VARCHAR";
+}
+
+// Whole numbers are kept in the narrowest type that holds them all: it is memory, and time in each pass.
+std::string StorageOf(const ColumnFacts& facts) {
+  const auto fits = [&]<class T>(T) {
+    using Limits = std::numeric_limits<T>;
+    return facts.least >= Limits::min() && facts.greatest <= Limits::max();
+  };
+  if (facts.type != "BIGINT") return facts.type;
+  return fits(std::int16_t{}) ? "SMALLINT" : fits(std::int32_t{}) ? "INTEGER" : "BIGINT";
 }
 
 bool IsNumeric(const TextProfile& profile) {
@@ -192,11 +204,13 @@ ColumnFacts TextTable::FactsOf(const Column& column) const {
 // Steps 3 and 4: the cast.
 TextTable::Typed TextTable::Settle(const Column& column) const {
   const ColumnFacts facts = FactsOf(column);
-  Typed typed{fRules.VariableFor(facts), column.sqlName};
+  Typed typed{fRules.VariableFor(facts), "VARCHAR", column.sqlName};
   // Only values that the schema lists as missing can fail the cast. TRY_CAST makes null of them.
   if (typed.variable.GetType() == 0) {
-    typed.sql = fmt::format("TRY_CAST({} AS {})", column.sqlName, facts.type);
+    typed.type = StorageOf(facts);
+    typed.sql = fmt::format("TRY_CAST({} AS {})", column.sqlName, typed.type);
   } else if (facts.type != "VARCHAR" && !column.profile.AnyMissing()) {
+    typed.type = facts.type;
     typed.sql = fmt::format("CAST({} AS {})", column.sqlName, facts.type);
   } else {
     typed.variable.SetColumnType("VARCHAR");
@@ -206,37 +220,73 @@ TextTable::Typed TextTable::Settle(const Column& column) const {
 
 // Schema and columns are compared before the table is made: a slip in the schema shouldn't cost the time for
 // that.
-CaseRelation TextTable::Finish() {
-  CloseAppender();
-  CaseRelation relation;
-  relation.name = fName;
-  relation.dictionary.documents = fRules.Documents();
+TextTable::Settled TextTable::SettleAll() const {
+  Settled all;
+  all.relation.name = fName;
+  all.relation.dictionary.documents = fRules.Documents();
   std::vector<std::string> names;
-  std::vector<std::string> leftOut;
-  std::string list;
   for (const Column& column : fvColumns) {
     names.push_back(column.name);
     if (column.isNested) {
-      leftOut.push_back(column.name);
+      all.leftOut.push_back(column.name);
       continue;
     }
     Typed typed = Settle(column);
-    list += fmt::format("{}{} AS {}", list.empty() ? "" : ", ", typed.sql, column.sqlName);
-    relation.columns.push_back({column.sqlName, typed.variable.ColumnType()});
-    relation.dictionary.variables.push_back(std::move(typed.variable));
+    all.list += fmt::format("{}{} AS {}", all.list.empty() ? "" : ", ", typed.sql, column.sqlName);
+    all.relation.columns.push_back({column.sqlName, typed.type});
+    all.relation.dictionary.variables.push_back(std::move(typed.variable));
   }
   fRules.CheckNames(names, fName);
-  WarnOfLeftOutColumns(fName, leftOut);
+  return all;
+}
+
+// Makes cases_N and returns its number of rows.
+std::int64_t TextTable::MakeCases(const std::string& list, const std::string& from, CaseRelation* relation) {
+  relation->from = fWork.UniqueName("cases");
+  return Named(fName, [&] {
+    DuckResult made =
+        fConnection.Query(fmt::format("CREATE TABLE {} AS SELECT {} FROM {}", relation->from, list, from));
+    relation->held = fWork.Hold("DROP TABLE " + relation->from);
+    return made.Fetch().Values<std::int64_t>(0)[0];
+  });
+}
+
+CaseRelation TextTable::Finish() {
+  CloseAppender();
+  Settled all = SettleAll();
+  WarnOfLeftOutColumns(fName, all.leftOut);
   if (fvColumns.empty()) {
-    relation.from = kNoCases;
-    return relation;
+    all.relation.from = kNoCases;
+    return std::move(all.relation);
   }
-  MakeColumns();                          // for a file without rows
-  if (list.empty()) list = "true AS c0";  // cases without a variable
-  relation.from = fWork.UniqueName("cases");
-  Run(fmt::format("CREATE TABLE {} AS SELECT {} FROM {}", relation.from, list, fTable));
+  MakeColumns();                                  // for a file without rows
+  if (all.list.empty()) all.list = "true AS c0";  // cases without a variable
+  MakeCases(all.list, fTable, &all.relation);
   Run(fmt::format("DROP TABLE {}", fTable));
   fbFinished = true;
-  relation.held = fWork.Hold("DROP TABLE " + relation.from);
-  return relation;
+  return std::move(all.relation);
+}
+
+std::vector<std::vector<std::string>> TextTable::MissingTexts() const {
+  std::vector<std::vector<std::string>> texts;
+  texts.reserve(fvColumns.size());
+  for (const Column& column : fvColumns) texts.push_back(column.missingTexts);
+  return texts;
+}
+
+// DuckDB reads numbers as such, which is faster than a cast and gives the same; but a text that means a missing
+// value would fail there.
+CaseRelation TextTable::FinishPlain(PlainText text) {
+  for (std::size_t i = 0; i < fvColumns.size(); ++i) fvColumns[i].profile = std::move(text.profiles[i]);
+  Settled all = SettleAll();
+  std::vector<std::string> types;
+  for (std::size_t i = 0; i < fvColumns.size(); ++i) {
+    const bool isNumber = IsNumeric(fvColumns[i].profile) && all.relation.columns[i].type != "BOOLEAN";
+    const bool isRead = isNumber && !fvColumns[i].profile.AnyMissing();
+    types.push_back(isRead ? all.relation.columns[i].type : "VARCHAR");
+  }
+  if (MakeCases(all.list, PlainTextSql(text, types), &all.relation) != text.rows) {
+    throw DataError(fmt::format("{}: DuckDB finds other records", fName));
+  }
+  return std::move(all.relation);
 }

@@ -8,6 +8,7 @@
 
 #include "host/engine/DuckCaseEngine.h"
 #include "host/engine/DuckDb.h"
+#include "host/read/PlainText.h"
 #include "host/read/SchemaRules.h"
 #include "host/read/TextProfile.h"
 
@@ -24,8 +25,8 @@ class DuckAppender;
 //              schema decided. texts_N is dropped then. This is the relation that is returned.
 //
 // What a column becomes, in the order in which it is decided:
-//   1. The profile settles a type. Integers are a BIGINT up to 18 characters; longer ones that doubles hold
-//      are a DOUBLE without decimals.
+//   1. The profile settles a type. Integers are a BIGINT up to 18 characters, kept in a narrower type where all
+//      fit; longer ones that doubles hold are a DOUBLE without decimals.
 //   2. The schema may ask for something else. A type that a value doesn't fit is an error at that value's
 //      line, not a missing value.
 //   3. A number, boolean, date, time or timestamp is cast; a date or time is still a string variable, but
@@ -37,9 +38,13 @@ class DuckAppender;
 // JSON may bring a new column at any row. The appender is closed then, the column added to texts_N, and a new
 // appender opened with the next row; the rows before have a null there.
 //
+// A plain text needs no texts_N: a scan has made the profiles, and DuckDB reads the rows straight into cases_N. The
+// file is then read twice. If it changes in between, the watch on it says so (FileWatch).
+//
 // Use:       AddColumn() as columns become known; for each row Set() for its values, then EndRow(); Finish()
 //            once, after which the object is spent.
 // Ownership: borrows the work database and the rules; the relation that it returns owns cases_N.
+//            For a plain text AddColumn() and FinishPlain() alone.
 // Failures:  DataError that names the file and, for a value, its place. A stop request is one too.
 // Cost:      a row is copied once; nothing is allocated for it once the longest values have been seen.
 class TextTable {
@@ -64,6 +69,12 @@ public:
   // Makes the typed table and its dictionary. A warning names the columns that are left out.
   CaseRelation Finish();
 
+  // The same for a plain text whose columns were added, and no row.
+  // Errors: DataError also if DuckDB finds other rows than the scan did.
+  CaseRelation FinishPlain(PlainText text);
+  // By column, the texts that mean a missing value.
+  std::vector<std::vector<std::string>> MissingTexts() const;
+
 private:
   struct Column {
     std::string name;
@@ -77,10 +88,18 @@ private:
     bool isSet = false;
     bool isString = false;
   };
-  // What a column of texts becomes: a variable, and the SQL that makes its values of the texts.
+  // What a column of texts becomes: a variable, the type that its values are kept in, and the SQL that makes them
+  // of the texts.
   struct Typed {
     KORV_Variable variable;
+    std::string type;
     std::string sql;
+  };
+  // All columns together: the relation without its cases, and the list of a SELECT that makes these.
+  struct Settled {
+    CaseRelation relation;
+    std::string list;
+    std::vector<std::string> leftOut;
   };
 
   void Run(const std::string& sql);
@@ -89,6 +108,8 @@ private:
   void OpenAppender();
   void CloseAppender();
   Typed Settle(const Column& column) const;
+  Settled SettleAll() const;
+  std::int64_t MakeCases(const std::string& list, const std::string& from, CaseRelation* relation);
   ColumnFacts FactsOf(const Column& column) const;
   void CheckWish(const Column& column, SchemaRules::Wish wish) const;
 

@@ -160,12 +160,26 @@ private:
       if (NeedsNoScan(fColumns[i].type) && !WantsText(i)) continue;
       // Our own writer's dictionary: opening such a file costs no scan at all.
       if (fbTrusted && fRules.SettlesAll(fColumns[i].name)) continue;
+      if (TakeBounds(i)) continue;
       open.push_back(i);
     }
     Look(open, FirstLook);
     const auto isSettled = [&](std::size_t i) { return !NeedsCloserLook(fColumns[i], fvFacts[i]); };
     open.erase(std::remove_if(open.begin(), open.end(), isSettled), open.end());
     Look(open, CloserLook);
+  }
+
+  // Whether what the file says of a column settles it.
+  bool TakeBounds(std::size_t i) {
+    const std::optional<ColumnBounds>& bounds = fColumns[i].bounds;
+    if (!bounds || WantsText(i)) return false;
+    ColumnFacts facts = fvFacts[i];
+    facts.least = bounds->least;
+    facts.greatest = bounds->greatest;
+    facts.longest = bounds->longest;
+    if (NeedsCloserLook(fColumns[i], facts)) return false;
+    fvFacts[i] = facts;
+    return true;
   }
 
   // The schema makes a string of a number: the width of its text is needed.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,10 +24,19 @@ void WarnOfLeftOutColumns(const std::string& file, const std::vector<std::string
 // A FROM clause for a relation without rows.
 inline constexpr const char* kNoCases = "(SELECT 1 WHERE false)";
 
+// What a file says of a column, so that its values needn't be looked at: the least and the greatest of the numbers,
+// of which all are finite or NaN; 0 without any. Of other values the bytes of the longest text.
+struct ColumnBounds {
+  double least = 0.0;
+  double greatest = 0.0;
+  std::size_t longest = 0;
+};
+
 struct TypedColumn {
   std::string name;  // as in the file
   std::string sql;   // the expression that gives it
   std::string type;  // SQL type of that expression
+  std::optional<ColumnBounds> bounds{};
 };
 
 // Where a relation comes from.
@@ -44,7 +55,7 @@ std::vector<TypedColumn> DescribeColumns(WorkDatabase& work, const std::string& 
 void CheckNamesDiffer(const std::vector<std::string>& names);
 
 // Makes the dictionary of a relation and picks its columns. What types and rules leave open (how wide a text
-// is, whether all numbers fit a double) is found out from all cases, in one or two scans. `trusted`: the
+// is, whether all numbers fit a double) follows from the bounds of the columns, or else is found out from all cases, in one or two scans. `trusted`: the
 // rules were written together with the file, so what they settle isn't looked at again. A value that
 // contradicts them is then found by the cursor.
 //

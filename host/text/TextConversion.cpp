@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 
 #include "host/text/VariableNames.h"
@@ -93,12 +94,28 @@ std::size_t KORVMBFindStart_A(const std::string& text, std::size_t offset) {
   return from + static_cast<std::size_t>(at);
 }
 
+namespace {
+
+// The bytes before the first that isn't ASCII. Most texts are ASCII for a long way, so they are taken eight at a time.
+std::size_t AsciiBytes(std::string_view text) {
+  constexpr std::uint64_t kHighBits = 0x8080'8080'8080'8080;
+  std::size_t at = 0;
+  for (std::uint64_t word = 0; at + sizeof word <= text.size(); at += sizeof word) {
+    std::memcpy(&word, text.data() + at, sizeof word);
+    if ((word & kHighBits) != 0) break;
+  }
+  while (at < text.size() && (text[at] & 0x80) == 0) ++at;
+  return at;
+}
+
+}  // namespace
+
 std::size_t FindInvalidUtf8(std::string_view text) {
-  // Most files are ASCII for a long way, and skipping that costs far less than decoding it.
-  const auto ascii = std::find_if(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; });
-  auto at = static_cast<std::size_t>(ascii - text.begin());
   const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-  while (at < text.size()) {
+  std::size_t at = 0;
+  for (;;) {
+    at += AsciiBytes(text.substr(at));
+    if (at == text.size()) return std::string_view::npos;
     constexpr std::size_t kPiece = std::numeric_limits<std::int32_t>::max() / 2;  // ICU takes 32-bit lengths
     const auto length = static_cast<std::int32_t>(std::min(text.size() - at, kPiece));
     std::int32_t step = 0;
@@ -107,5 +124,4 @@ std::size_t FindInvalidUtf8(std::string_view text) {
     if (c < 0) return at;
     at += static_cast<std::size_t>(step);
   }
-  return std::string_view::npos;
 }

@@ -10,6 +10,7 @@
 #include "host/files/SessionFiles.h"
 #include "host/model/TableSchema.h"
 #include "host/write/CaseBlock.h"
+#include "host/write/MemoryTables.h"
 #include "host/write/NativeFile.h"
 
 namespace {
@@ -39,12 +40,19 @@ bool LosesDigits(const KORV_Variable& variable, FileKind kind) {
 // from the file that they came from, so that a copied column has the same type in the copy; new variables are
 // DOUBLE.
 
+// In memory a column has the type that a Parquet file of it would have: 128-bit integers are doubles, or
+// texts of their digits, and words of an enumeration are texts.
+bool StaysCarrier(const KORV_Variable& variable, FileKind kind) {
+  const std::string& type = variable.ColumnType();
+  return kind == FileKind::kMemory && (type == "HUGEINT" || type == "UHUGEINT" || type.starts_with("ENUM"));
+}
+
 // The SQL that casts a column of the work table to the type that it has in the file.
 std::string ColumnSql(const KORV_Variable& variable, std::size_t index, FileKind kind) {
   const std::string& type = variable.ColumnType();
   const std::string carrier = variable.GetType() > 0 ? "VARCHAR" : "DOUBLE";
   std::string value = fmt::format("c{}", index);
-  if (type != carrier && !LosesDigits(variable, kind)) {
+  if (type != carrier && !LosesDigits(variable, kind) && !StaysCarrier(variable, kind)) {
     if (variable.GetType() == 0 && IsLongDecimal(type)) value += "::VARCHAR";
     value = fmt::format("CAST({} AS {})", value, type);
   }
@@ -130,7 +138,10 @@ void WriteNative(WorkDatabase& work, DuckConnection& connection, const Dictionar
 }  // namespace
 
 TableFileStore::TableFileStore(HostSession& session, OutputFile* file, FileKind kind)
-    : IndependentDataStore(session, file), fWork(session.Layer<WorkDatabase>()), fKind(kind) {}
+    : IndependentDataStore(session, file),
+      fWork(session.Layer<WorkDatabase>()),
+      fTables(session.Layer<MemoryTables>()),
+      fKind(kind) {}
 
 TableFileStore::~TableFileStore() = default;
 
@@ -143,12 +154,17 @@ void TableFileStore::Append(const KORV_Case& values) {
   fpBlock->Append(values);
 }
 
-// The two ways to write a file are one statement each, over everything that the work table has.
+// The ways to write a file, or a table in memory, are one statement each, over everything that the work table
+// has.
 void TableFileStore::End() {
   const std::unique_ptr<CaseBlock> block =
       std::move(fpBlock);  // the work table is dropped at the end of this call
   block->Finish();
   const std::string select = SelectSql(GetDictionary(), block->Table(), fKind);
+  if (fKind == FileKind::kMemory) {
+    fTables.Keep(File().role, MakeArrowTable(block->Connection(), select));
+    return;
+  }
   const std::string& path = File().parts.back()->TemporaryPath();
   try {
     if (fKind == FileKind::kParquet) {

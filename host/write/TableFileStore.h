@@ -6,9 +6,10 @@
 #include "host/write/IndependentDataStore.h"
 
 class CaseBlock;
+class MemoryTables;
 class WorkDatabase;
 
-// TableFileStore writes a native or a Parquet file. While cases come they are collected in a table of the
+// TableFileStore writes a native or a Parquet file, or keeps a table in memory for the session's caller. While cases come they are collected in a table of the
 // work database, as doubles and texts, block by block; the database spills to disk when they get many.
 // CloseStore() then writes the file from that table in one statement, with each column cast to its own type.
 //
@@ -28,6 +29,7 @@ protected:
 
 private:
   WorkDatabase& fWork;
+  MemoryTables& fTables;
   FileKind fKind;
   std::unique_ptr<CaseBlock> fpBlock;  // null unless cases can be taken
 };

@@ -15,7 +15,8 @@ UserOutputCaseFile::UserOutputCaseFile(const UserCaseFileSpec& spec) {
   try {
     OutputFile* const file =
         session.Layer<SessionFiles>().Start(spec.Role(), spec.DocumentationString(), spec.Path());
-    const FileKind kind = KindOf(spec.Path());
+    const bool isInMemory = session.Layer<SessionFiles>().Claims().IsInMemory(spec.Path());
+    const FileKind kind = isInMemory ? FileKind::kMemory : KindOf(spec.Path());
     if (kind == FileKind::kCsv || kind == FileKind::kTsv) {
       fpStore = std::make_unique<TextFileStore>(session, file, kind == FileKind::kCsv ? ',' : '\t');
     } else {

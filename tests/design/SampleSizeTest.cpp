@@ -99,6 +99,8 @@ TEST(SampleSize, SaysWhatKeepsItFromAnAnswer) {
       {{}, "a precision is needed"},
       {{.margin = 0.1, .cv = 0.1}, "not both"},
       {{.margin = 0}, "the margin of error is 0, and must be above 0"},
+      {{.margin = 3}, "the margin of a proportion is 3, and must be above 0 and below 1"},
+      {{.cv = 5}, "the coefficient of variation is 5"},
       {{.margin = 0.1, .confidence = 1}, "the confidence level is 1"},
       {{.margin = 0.1, .responseRate = 1.5}, "the response rate is 1.5"},
       {{.population = 10.5, .margin = 0.1}, "the population is 10.5"},

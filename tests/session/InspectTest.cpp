@@ -14,7 +14,8 @@ namespace {
 
 // A plan that was read and checked on a frame.
 struct Checked {
-  Checked(const std::string& plan, const std::string& csv) {
+  Checked(const std::string& plan, const std::string& csv, const HostSettings& settings = {})
+      : session(settings) {
     const PlanReading reading = ReadPlan(session, folder.Write("p.xml", plan));
     EXPECT_EQ(reading.status, RunStatus::kOk);
     check = CheckPlan(session, reading.plan, {.path = folder.Write("f.csv", csv)});
@@ -55,6 +56,7 @@ TEST(CheckPlan, FindsWhatADrawWouldMeet) {
     std::string aim, stage;
     RunStatus status;
     std::string message, remark;
+    bool isStrict = false;
   };
   const Case kCases[] = {
       {"good", Wor(Size("3")), RunStatus::kOk, "", ""},
@@ -73,6 +75,8 @@ TEST(CheckPlan, FindsWhatADrawWouldMeet) {
        RunStatus::kError, "MATRIX variable s",
        "'Total' is no value that 's' can have, which is text in the frame, of at most 1 byte"},
       {"more than there are", Wor(Size("9")), RunStatus::kOk, "", "fewer units than are asked for"},
+      {"what a strict draw refuses", Stage("simple_wr", Size("3")), RunStatus::kError, "A strict run refuses",
+       "its plan has no Index", true},
       {"a unit that is too large", Stage("pps_sampford", units + Size("2") + bySize), RunStatus::kError,
        "Invalid measure of size", "1 unit is too large"},
       {"sizes at the limit", Stage("pps_systematic", ClustersOf(Var("u")) + Size("1") + bySize),
@@ -86,7 +90,8 @@ TEST(CheckPlan, FindsWhatADrawWouldMeet) {
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.aim);
-    const Checked checked(Design(c.stage + weight), "s,u,size,gap\na,1,9,1\na,2,1,\nb,3,1,1\n");
+    const Checked checked(Design(c.stage + weight), "s,u,size,gap\na,1,9,1\na,2,1,\nb,3,1,1\n",
+                          {.strict = c.isStrict});
     EXPECT_EQ(checked.check.status, c.status);
     std::string messages;
     for (const OutputMessage& message : OutputDocument::Current().Messages()) messages += message.text;

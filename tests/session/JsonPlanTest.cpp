@@ -126,12 +126,6 @@ TEST(ConvertPlan, WritesTheSamePlanOrNothing) {
        {"@/o.json: a plan in JSON can't be misread and doesn't contradict itself; correct @/p.json first, "
         "see the "
         "remarks"}},
-      {"a number in vain",
-       Design(Stage("pps_brewer", ClustersOf(Var("u")) + Size("3") + kMosOfPupils) + Out("Weight", "w")),
-       "o.json",
-       {"@/o.json: the plan can't be written in this form without a change",
-        "@/o.json, line 4, column 5: stage 1: 'pps_brewer' draws two units of each stratum: leave 'n' and "
-        "'rate' out"}},
       {"no folder", Plan(kByTable), "no/o.xml", {"@/no/o.xml: its folder doesn't exist"}},
   };
   for (const auto& c : kCases) {

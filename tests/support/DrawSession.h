@@ -46,11 +46,12 @@ inline Texts AllCases() {
 class DrawSession {
 public:
   DrawSession(const std::string& csv, const std::string& stages, const std::string& command,
-              const std::string& schema = "") {
+              const std::string& schema = "", const CaseWalk& walk = {}) {
     fFolder.Write("frame.csv", csv);
     if (!schema.empty()) fFolder.Write("frame.schema.json", schema);
     fFolder.Write("plan.xml", Design(stages));
     FrameSession session(FrameSession::ExistingFile{fFolder.path / "frame.csv"});
+    session.Walk() = walk;
     HostSession::Current().Layer<SessionCommand>().SetCommand(
         Replace("SVSELECT /PLAN FILE='@/plan.xml' " + command, "@", fFolder.path));
     SVSELECT();
@@ -61,6 +62,7 @@ public:
       files.push_back(std::string(RoleName(file.role)) + " " + std::to_string(file.cases));
     for (const OutputMessage& m : OutputDocument::Current().Messages())
       messages.push_back((m.level == kErrorLevel ? "error: " : "warning: ") + Shown(m.text));
+    for (const std::string& remark : OutputDocument::Current().Remarks()) remarks.push_back(Shown(remark));
     for (const OutputNote& n : OutputDocument::Current().Notes())
       notes.push_back(std::to_string(n.group) + " " + n.label + ": " + Shown(n.text));
     for (const auto& table : OutputDocument::Current().Tables()) AddTable(*table);
@@ -82,6 +84,7 @@ public:
   Texts active;           // the active file after the draw
   Dictionary dictionary;  // of the active file
   Texts messages;
+  Texts remarks;
   Texts notes;
   Texts tables;  // "title (kind) caption", each followed by its cells: "dimension=path dimension=path: text"
   Texts files;   // role and cases

@@ -5,6 +5,7 @@
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/command/SVSParser.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
+#include "host/files/SessionFiles.h"
 #include "host/model/KORV_DataSource.h"
 #include "host/output/BpProcedure.h"
 #include "host/text/NearestWord.h"
@@ -143,12 +144,16 @@ bool SVSParser::CheckSelectStages() {
 }
 
 // Whether there is a joint probability file depends on the method of the first stage alone. If it has joint
-// probabilities, they are written, to a default file if need be. Otherwise a file that the user named is
+// probabilities, they are written, to a default file if need be, unless the outputs are kept in memory: then
+// nobody would look for a file. Otherwise a file that the user named is
 // ignored with a warning, and its name is withdrawn from the specifications.
 bool SVSParser::CheckJointProbFile(const SVPlanStageSpecs& stage) {
   const SVMethod& method = MethodOfType(stage.type);
-  if (seenJointProb == 0)
-    return !method.writesJointUnasked || specs->CheckOnly() || MakeDefaultJointProbFile();
+  if (seenJointProb == 0) {
+    const bool isWanted =
+        method.writesJointUnasked && !specs->CheckOnly() && !SessionFiles::Current().Claims().KeepsTables();
+    return !isWanted || MakeDefaultJointProbFile();
+  }
   if (!method.hasJointProbs) {
     jointProbFile.clear();
     specs->SetJointProbFile(jointProbFile, true);

@@ -17,7 +17,9 @@ enum class FindingKind : std::uint8_t {
   kUnequalSize,       // cases that disagree with the first of their unit on its measure of size
   kMissingSpec,       // strata without a rate or size
   kRateAboveOne,      // strata with a rate that no draw without replacement can have
+  kRoundsToNone,      // strata with a rate of so few units that none is drawn
   kTooFewUnits,       // strata that have fewer units than are asked for
+  kFewerThanLeast,    // strata that have fewer units than the least number that bounds a rate
   kMissingSize,       // units without a measure of size
   kNegativeSize,      // units with one below 0
   kZeroSize,          // units with one of 0
@@ -37,11 +39,12 @@ enum class Strictness : std::uint8_t {
 };
 
 // Cases that are left out and units that can't be drawn limit what the sample represents, but not the
-// weights; a size above the limit is an error in any draw.
+// weights; a size above the limit is an error in any draw; and a least number asks for all of fewer units.
 constexpr bool IsRefused(FindingKind kind, Strictness strictness) {
   if (kind == FindingKind::kStatedProbs) return strictness == Strictness::kAll;
   return strictness != Strictness::kLenient && kind != FindingKind::kNoPreviousWeight &&
-         kind != FindingKind::kZeroSize && kind != FindingKind::kSizeAboveLimit;
+         kind != FindingKind::kZeroSize && kind != FindingKind::kSizeAboveLimit &&
+         kind != FindingKind::kFewerThanLeast;
 }
 
 // All findings of one kind in one stage.
@@ -74,8 +77,10 @@ public:
 
   // Counts once, and keeps the example while there are few. A place that is an example already only counts.
   void Note(FindingKind kind, std::int32_t stage, SVSFinding::Example example);
-  // The same where no place is worth a mention.
-  void Count(FindingKind kind, std::int32_t stage) { ++Find(kind, stage).count; }
+  // The same, so many times, where no place is worth a mention.
+  void Count(FindingKind kind, std::int32_t stage, std::int64_t times = 1) {
+    Find(kind, stage).count += times;
+  }
   // For kStatedProbs, of a stratum that is counted: a unit with its two probabilities, of which the one with
   // the largest difference becomes the only example; or that they are too costly to compute.
   void KeepWorst(std::int32_t stage, const SVSFinding::Example& example);

@@ -105,6 +105,9 @@ std::string TwoValues(const Example& example) {
 std::string AskedAndThere(const Example& example) {
   return fmt::format("{} asked for, {} there", Number(example.value), Number(example.other));
 }
+std::string RateOfUnits(const Example& example) {
+  return Number(example.value) + " of " + Number(example.other);
+}
 std::string SizeAndLimit(const Example& example) {
   // A draw of two units takes no size of a half.
   const std::string limit = Rounded(example.other);
@@ -133,7 +136,14 @@ constexpr Wording kWordings[] = {
      "give their cases one, or leave them out of the frame"},
     {FindingKind::kRateAboveOne, "stratum has a rate above 1", "strata have rates above 1", OneValue,
      "without replacement all units are taken, and that is all"},
+    {FindingKind::kRoundsToNone, "stratum has a rate that comes to no unit",
+     "strata have rates that come to no unit", RateOfUnits,
+     "none is drawn there, and no weight stands for its units; ask for more, or bound the number of units "
+     "from below"},
     {FindingKind::kTooFewUnits, "stratum has fewer units than are asked for",
+     "strata have fewer units than are asked for", AskedAndThere,
+     "all their units are taken; ask for fewer, or join strata"},
+    {FindingKind::kFewerThanLeast, "stratum has fewer units than are asked for",
      "strata have fewer units than are asked for", AskedAndThere,
      "all their units are taken; ask for fewer, or join strata"},
     {FindingKind::kMissingSize, "unit has no measure of size", "units have no measure of size", NoValues,
@@ -150,7 +160,7 @@ constexpr Wording kWordings[] = {
      "nothing can be drawn there in proportion to size; correct the sizes"},
     {FindingKind::kSizeAboveLimit, "unit is too large to be drawn in proportion to its size",
      "units are too large to be drawn in proportion to their size", SizeAndLimit,
-     "put them into a stratum of which all units are taken, ask for fewer units, or set MaxSize in the plan"},
+     "give each such unit a stratum of its own, ask for fewer units, or set MaxSize in the plan"},
     {FindingKind::kHitsNotKept, "unit was hit more than once", "units were hit more than once", Hits,
      "the sample has such a unit once, with the weight of one hit, so the weights don't add up; ask for "
      "Index "

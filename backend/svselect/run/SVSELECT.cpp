@@ -9,6 +9,7 @@
 #include "backend/svselect/command/SVSValidSpecs.h"
 #include "backend/svselect/results/NotesAndTables.h"
 #include "backend/svselect/results/SVSSampleFile.h"
+#include "backend/svselect/results/SVSStrataTable.h"
 #include "backend/svselect/results/SVSSummaryTable.h"
 #include "backend/svselect/run/SVSProcedure.h"
 #include "host/command/KORV_TokenSequence.h"
@@ -118,10 +119,12 @@ void RunSpecifications(SVSValidSpecs& specs, ProcedureDataSource& dataSource, Bp
   SVSProcedure procedure(&specs, &dataSource);
   const auto summary =
       std::make_unique<SVSSummaryTable>(&specs, procedure.GetInputAdapter(), &heading, &dataSource);
-  procedure.SetSummary(summary.get());
+  SVSStrataTable strata(&specs, procedure.GetInputAdapter(), &dataSource, summary.get());
+  procedure.SetSummary(&strata);
   if (ErrorRaised()) return procedure.RemarkOnRefused();
   const bool isGood = procedure.Run();
   if (ErrorRaised()) return;
+  if (isGood) strata.Close();
   if (isGood) WriteSample(specs, dataSource, procedure, heading);
   procedure.Report();
 }

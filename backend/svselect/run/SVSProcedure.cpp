@@ -9,6 +9,7 @@
 #include "backend/svselect/results/SVSJointProbOutFile.h"
 #include "backend/svselect/run/FindingTexts.h"
 #include "host/engine/ProcedureDataSource.h"
+#include "host/files/SessionFiles.h"
 #include "host/output/BpComposite.h"
 #include "host/output/BpProcedure.h"
 #include "host/output/BpText.h"
@@ -83,7 +84,8 @@ SVSProcedure::SVSProcedure(SVSValidSpecs* validSpecs, ProcedureDataSource* dataS
   }
   fpInputAdapter =
       std::make_unique<SVSInputAdapter>(validSpecs, dataSource, iterator.get(), fpMessages.get());
-  auto multiPass = std::make_unique<SVProcDSMultiIter>(dataSource, std::move(iterator), fpInputAdapter.get());
+  auto multiPass =
+      std::make_unique<SVProcDSMultiIter>(dataSource, std::move(iterator), fpInputAdapter.get(), true);
   fpMultiPassIter = multiPass.get();
   fpRecordIter = std::move(multiPass);
   if (fpRecordIter->Status() != MCCommon::kRecordReady) {
@@ -102,12 +104,14 @@ SVSProcedure::~SVSProcedure() {
 }
 
 // The joint probability output is made before anything is tested, so that a file that can't be opened is
-// reported even if there is nothing to draw. It is local: the component uses it only during Run().
+// reported even if there is nothing to draw. It is local: the component uses it only during Run(). Where outputs
+// are kept in memory, one that isn't wanted has no store; its Open() fails, and the draw goes on without it.
 bool SVSProcedure::Run() {
   const SVSCompSettings* settings = fpValidSpecs->CompSettings();
   std::unique_ptr<SVSJointProbOutFile> jointProbs;
-  if (fpValidSpecs->JointProbFile().IsValid() && settings != nullptr && settings->JointProbNeeded() &&
-      !fpValidSpecs->CheckOnly()) {
+  const bool hasOutput =
+      fpValidSpecs->JointProbFile().IsValid() || SessionFiles::Current().Claims().KeepsTables();
+  if (hasOutput && settings != nullptr && settings->JointProbNeeded() && !fpValidSpecs->CheckOnly()) {
     jointProbs = std::make_unique<SVSJointProbOutFile>(fpValidSpecs, fpInputAdapter.get(), fpDataSource);
   }
   if (!fStatus.IsOK() || fpInputAdapter == nullptr || fpRecordIter == nullptr || settings == nullptr)
@@ -127,7 +131,8 @@ void SVSProcedure::RemarkOnRefused() {
   if (fpInputAdapter == nullptr || fpRecordIter == nullptr) return;
   if (fpInputAdapter->Refused().All().empty()) return;
   fpInputAdapter->Silence();
-  while (fpRecordIter->HasMore()) fpRecordIter->Next();
+  while (fpRecordIter->HasMore() && fpRecordIter->Next() != nullptr) {
+  }
   Remark();
 }
 

@@ -1,7 +1,8 @@
 #include "backend/svselect/tabulation/SVSDataTabulator.h"
 
 #include <algorithm>
-#include <optional>
+#include <iterator>
+#include <utility>
 
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVCancelInfo.h"
@@ -10,9 +11,8 @@
 #include "backend/svselect/design/SVSOutSamples.h"
 #include "host/numeric/Fuzzy.h"
 #include "host/numeric/Obs.h"
-#include "model_components/surveyplans/common/AbstractOutputs.h"
 
-// In the order of a run: the pass, the draw with its outputs, the questions afterwards.
+// The pass. SVSTabulatorDraw.cpp has what follows it.
 
 namespace {
 
@@ -43,46 +43,26 @@ Fitness FitnessOf(std::int32_t variableType, double value) {
   }
 }
 
-// The code of a category. Codes are whole here already; adding a half guards against a conversion before this
-// point that leaves one just below.
-std::int32_t KeyValue(double value) {
-  return TruncateToInt32(value + 0.5);
+// The variables by which a stage extends the numbers that the stage before has given, or all of them without
+// such a stage.
+std::vector<std::int32_t> StrataSlots(const SVSCompSettings& settings, std::int32_t stage, bool extends) {
+  if (extends) return settings.GetStage(stage)->strataVariables();
+  std::vector<std::int32_t> strata;
+  std::vector<std::int32_t> clusters;
+  settings.KeyVars(stage, &strata, &clusters);
+  return strata;
 }
 
-// One comparison also rejects the missing value, which is negative.
-bool IsPositive(double weight) {
-  return weight > 0.0;
+// Without cluster variables the case is the unit. Without a case id, as in a computation that isn't fed by a
+// file, all records of a stratum are one unit.
+std::vector<std::int32_t> UnitSlots(const SVSCompSettings& settings, std::int32_t stage) {
+  std::vector<std::int32_t> clusters = settings.GetStage(stage)->clusterVariables();
+  if (clusters.empty() && settings.CaseIdVar() >= 0) clusters.push_back(settings.CaseIdVar());
+  return clusters;
 }
 
-// The first `count` codes of a key.
-std::vector<std::int32_t> Codes(const SVKey& key, std::size_t count) {
-  std::vector<std::int32_t> codes(count);
-  for (std::size_t i = 0; i < count; ++i) codes[i] = key[static_cast<int>(i)];
-  return codes;
-}
-
-// A size that exceeds its limit by less may be within it by the sums of a draw, which are in another order.
-constexpr double kBeyondDoubt = 1.0 + 1e-9;
-
-// The error that a draw ends with by what a review has found; 0 if it may end well.
-std::int32_t FailureBy(const SVSFinding& finding) {
-  const auto isBeyond = [](const SVSFinding::Example& e) { return e.value > e.other * kBeyondDoubt; };
-  switch (finding.kind) {
-    case FindingKind::kMissingSpec:
-      return kStatusMissingSpec;
-    case FindingKind::kMissingSize:
-      return kStatusMissingSize;
-    case FindingKind::kNoTotalSize:
-      return std::any_of(finding.examples.begin(), finding.examples.end(),
-                         [](const SVSFinding::Example& e) { return e.other > 0.0; })
-                 ? kStatusInvalidSize
-                 : 0;
-    case FindingKind::kSizeAboveLimit:
-      return std::any_of(finding.examples.begin(), finding.examples.end(), isBeyond) ? kStatusInvalidSize : 0;
-    default:
-      return 0;
-  }
-}
+// Where a stratum finds the only value that it is given.
+const std::vector<std::int32_t> kOnlyValue = {0};
 
 }  // namespace
 
@@ -93,31 +73,84 @@ SVSDataTabulator::SVSDataTabulator(const SVSCompSettings* settings, std::int32_t
       fpPrevTabulator(prevTabulator),
       fbFirstStage(stage == settings->FirstStage()),
       fCaseIdVar(settings->CaseIdVar()),
+      fSpecVar(settings->StageSpecVar(stage)),
+      fSizeVar(settings->MOSVar()),
       fVariableType(&settings->VariableTypes()),
       fWeightVar(settings->WeightVar()),
+      fbDrawsBySize(!MethodOf(settings->GetStage(stage)->methodType()).equalProbability),
+      fStrataNumbers(StrataSlots(*settings, stage, prevTabulator != nullptr)),
+      fUnitNumbers(UnitSlots(*settings, stage)),
+      fRecordAsBlock(settings->VariableTypes().size()),
       fpCancelInfo(cancelInfo) {
   settings->KeyVars(stage, &fKeyStrataVars, &fKeyClusterVars);
-  fSVStratumKey = SVKey(static_cast<int>(fKeyStrataVars.size()));
-  fSVUnitKey = SVKey(std::max(1, static_cast<int>(fKeyClusterVars.size())));
-  for (Arrival& arrival : fArrivals) {
-    arrival.stratumKey = fSVStratumKey;
-    arrival.unitKey = fSVUnitKey;
-  }
-  if (settings->StageSpecVar(stage) >= 0) fConstVars.push_back(settings->StageSpecVar(stage));
 }
 
-// --- the pass --------------------------------------------------------------------------------------------
-
-// Records that are still in the ring when the pass ends in an error are dropped: nothing is drawn from it.
 SVStatus SVSDataTabulator::ProcessData(MCCommon::MultiPassRecordIter& iterator) {
   if (!iterator.HasMore()) fStatus = ErrorStatus(kStatusNoRecords);
   if (fbSourceProcessed) fStatus = ErrorStatus(kStatusUserError);
+  fbCountsCases = fKeyClusterVars.empty() && iterator.HasBlocks();
+  fvUnitKey.assign(UnitKeyLength(), 0);
+  TakeBlocks(iterator);
   while (!fStatus.IsError() && iterator.HasMore() && !fpCancelInfo->IsCancelled()) TakeRecord(iterator);
   if (fpCancelInfo->IsCancelled()) fStatus = ErrorStatus(kStatusCancelled);
-  while (!fStatus.IsError() && fEntered < fArrived) EnterNext();
-  if (!fStatus.IsError()) fbSourceProcessed = true;
+  if (!fStatus.IsError()) {
+    fLateNotes.PassOnAll(fEntered, fStageInd, &Findings());
+    fbSourceProcessed = true;
+  }
   fpOutSamples->AddStatus(fStatus);
   return fStatus;
+}
+
+void SVSDataTabulator::TakeBlocks(MCCommon::MultiPassRecordIter& iterator) {
+  while (!fStatus.IsError() && !fpCancelInfo->IsCancelled()) {
+    const MCCommon::RecordBlock* block = iterator.NextBlock();
+    if (block == nullptr) break;
+    TakeBlock(*block);
+  }
+  if (!fStatus.IsError() && iterator.Status() == MCCommon::kSourceFailed)
+    fStatus = ErrorStatus(kStatusUserError);
+}
+
+void SVSDataTabulator::TakeBlock(const MCCommon::RecordBlock& block) {
+  if (MayHaveFault(block)) return TakeOneByOne(block);
+  ListWeighted(block, &fEntering);
+  const std::size_t weighted = fEntering.rows.size();
+  if (fbFirstStage && weighted < block.records.size()) {
+    const auto dropped =
+        std::mismatch(fEntering.rows.begin(), fEntering.rows.end(), block.records.begin()).second;
+    fFirstDropped = *dropped;
+    fDropped = static_cast<std::int64_t>(block.records.size() - weighted);
+  }
+  fValidCount += static_cast<std::int64_t>(weighted);
+  Enter(block);
+}
+
+// Whether a rate or size isn't allowed, which ends the pass at its record.
+bool SVSDataTabulator::MayHaveFault(const MCCommon::RecordBlock& block) const {
+  for (std::size_t slot = 0; slot < fVariableType->size(); ++slot) {
+    const std::int32_t type = (*fVariableType)[slot];
+    if (type != kVarRate && type != kVarSize) continue;
+    const double* const numbers = block.numbers[slot];
+    for (const std::uint32_t row : block.records) {
+      if (FitnessOf(type, numbers[row]) != Fitness::kPasses) return true;
+    }
+  }
+  return false;
+}
+
+void SVSDataTabulator::TakeOneByOne(const MCCommon::RecordBlock& block) {
+  MCCommon::Record record(static_cast<int>(fVariableType->size()));
+  for (const std::uint32_t row : block.records) {
+    for (std::size_t slot = 0; slot < static_cast<std::size_t>(record.Size()); ++slot) {
+      const bool isCode = block.codes[slot] != nullptr;
+      const bool isNumber = block.numbers[slot] != nullptr;
+      record.GetAll()[slot] = isCode     ? block.codes[slot][row]
+                              : isNumber ? block.numbers[slot][row]
+                                         : block.CaseId(row);
+    }
+    Take(record);
+    if (fStatus.IsError()) return;
+  }
 }
 
 // The status is asked after Next(): a source that failed while reading ahead also spoils the record in hand.
@@ -130,14 +163,23 @@ void SVSDataTabulator::TakeRecord(MCCommon::MultiPassRecordIter& iterator) {
   } else if (record->Size() < static_cast<int>(fVariableType->size())) {
     fStatus = ErrorStatus(kStatusRecordTooShort);
   } else {
-    ++fRecordCount;
-    if (!Check(*record, fStatus)) {
-      if (!fStatus.IsError() && fbFirstStage) Findings().Count(FindingKind::kNoPreviousWeight, fStageInd);
-      return;
-    }
-    Tabulate(*record);
-    if (!fStatus.IsError()) ++fValidCount;
+    Take(*record);
   }
+}
+
+void SVSDataTabulator::Take(const MCCommon::Record& record) {
+  if (!Check(record, fStatus)) {
+    if (fStatus.IsError() || !fbFirstStage) return;
+    fDropped = 1;
+    return CountDropped();
+  }
+  if (record.GetAll() == nullptr) {
+    fStatus = ErrorStatus(kStatusInvalidRecord);
+    return;
+  }
+  ++fValidCount;
+  fEntering.rows.assign(1, 0);
+  Enter(BlockOf(record));
 }
 
 // Whether the record can be tabulated. False with an unchanged status is the normal way for a record to be
@@ -161,238 +203,121 @@ bool SVSDataTabulator::Check(const MCCommon::Record& record, SVStatus& status) {
   return fitness == Fitness::kPasses;
 }
 
-void SVSDataTabulator::Tabulate(const MCCommon::Record& record) {
-  const double* data = record.GetAll();
-  if (data == nullptr) {
-    fStatus = ErrorStatus(kStatusInvalidRecord);
-  } else if (IsPositive(IncomingWeight(data)) && EntersStage(record)) {
-    Arrive(record);
+void SVSDataTabulator::ListWeighted(const MCCommon::RecordBlock& block, SVSRows* rows) const {
+  if (fWeightVar < 0) {
+    rows->rows.assign(block.records.begin(), block.records.end());
+  } else {
+    rows->rows.clear();
+    std::copy_if(block.records.begin(), block.records.end(), std::back_inserter(rows->rows),
+                 [&](std::uint32_t row) { return IsPositive(IncomingWeight(block, row)); });
   }
-  fpOutSamples->AddStatus(fStatus);
+  rows->numbers.assign(rows->rows.size(), 0);
 }
 
-// Whether the stage before selected the record's unit. The quick test answers for most; only its weight, and
-// not its cumulative weight, is needed here, so 1 is carried.
-bool SVSDataTabulator::EntersStage(const MCCommon::Record& record) {
-  if (fpPrevTabulator == nullptr) return true;
-  return fpPrevTabulator->MaySelect(record) &&
-         !fpPrevTabulator->Lookup(record, 1.0, &fPrevValues).IsError() && IsPositive(fPrevValues[kOutWeight]);
+// Numbers all rows first, column by column, and then enters them one by one. A new stratum or unit shows by a
+// number that is the count of those before it.
+void SVSDataTabulator::Enter(const MCCommon::RecordBlock& block) {
+  fEntering.numbers.assign(fEntering.rows.size(), 0);
+  if (fpPrevTabulator != nullptr) fpPrevTabulator->KeepSelected(block, &fEntering);
+  fvEnteringOuter = fEntering.numbers;
+  fStrataNumbers.Number(block, &fEntering);
+  fvEnteringStrata = fEntering.numbers;
+  if (!fbCountsCases) fUnitNumbers.Number(block, &fEntering);
+  for (std::size_t place = 0; place < fEntering.rows.size(); ++place) {
+    if (fDropped > 0 && fEntering.rows[place] > fFirstDropped) CountDropped();
+    EnterRow(block, place);
+  }
+  if (fDropped > 0) CountDropped();
+  fLateNotes.PassOn(fEntered, fStageInd, &Findings());
 }
 
-// Puts the record into the ring, and takes the oldest one out if the ring is full.
-//
-// In a file in random order nearly every unit is out of the processor's caches, and a search for it waits for
-// memory twice: for the slot of the table and for the unit it points to. So a record waits in the ring while
-// both are fetched. On arrival the slot is requested; halfway through the ring the slot has come, is read,
-// and the unit is requested; when the record leaves, the unit is there. The ring is a queue: order is kept.
-//
-// The subtraction below wraps for the first records. The position is still right, as kWaiting is a power of
-// two, and the arrival found there is an empty one.
-void SVSDataTabulator::Arrive(const MCCommon::Record& record) {
-  Arrival& arrival = ArrivalAt(fArrived);
-  arrival.data.assign(record.GetAll(), record.GetAll() + record.Size());
-  MakeKeys(record.GetAll(), &arrival.stratumKey, &arrival.unitKey);
-  arrival.stratum = fDataTable.Find(arrival.stratumKey);
-  if (arrival.stratum != nullptr) arrival.stratum->value.PrefetchPlace(arrival.unitKey);
-  const Arrival& halfway = ArrivalAt(fArrived - kWaiting / 2);
-  if (halfway.stratum != nullptr) halfway.stratum->value.PrefetchUnit(halfway.unitKey);
-  ++fArrived;
-  if (fArrived - fEntered == kWaiting) EnterNext();
+void SVSDataTabulator::EnterRow(const MCCommon::RecordBlock& block, std::size_t place) {
+  const std::uint32_t row = fEntering.rows[place];
+  const std::int32_t stratum = fvEnteringStrata[place];
+  if (static_cast<std::size_t>(stratum) == fvStrata.size()) {
+    NewStratum(block, place);
+  } else if (fSpecVar >= 0) {
+    CheckConstant(stratum, block.numbers[static_cast<std::size_t>(fSpecVar)][row]);
+  }
+  SVSStratumData& owner = Stratum(stratum);
+  const auto number = static_cast<std::size_t>(fEntering.numbers[place]);
+  if (fbCountsCases) {
+    NewUnit(block, row, &owner);
+  } else if (number == fvPlaces.size()) {
+    fvPlaces.push_back({stratum, NewUnit(block, row, &owner)});
+  } else if (fbDrawsBySize) {
+    const double size = SizeIn(block, row);
+    const double before = owner.SizeOf(fvPlaces[number].unit);  // a missing one takes the record's
+    if (!owner.AddRecord(fvPlaces[number].unit, size)) NoteUnequalSize(fvPlaces[number], before, size);
+  }
+  ++fEntered;
 }
 
-// The stratum is searched again if it wasn't there on arrival: a record ahead in the ring may have made it.
-void SVSDataTabulator::EnterNext() {
-  const Arrival& arrival = ArrivalAt(fEntered++);
-  const double* data = arrival.data.data();
-  StratumEntry* entry = arrival.stratum != nullptr ? arrival.stratum : fDataTable.Find(arrival.stratumKey);
-  if (entry != nullptr && !fConstVars.empty()) CheckConstant(*entry, data);
-  SVSStratumData& stratum = entry != nullptr ? entry->value : NewStratum(arrival.stratumKey, data);
-  const std::optional<double> disagreeing = stratum.AddRecord(arrival.unitKey, data);
-  if (disagreeing) NoteUnequalSize(arrival, *disagreeing);
+void SVSDataTabulator::CountDropped() {
+  fLateNotes.PassOn(fEntered, fStageInd, &Findings());
+  Findings().Count(FindingKind::kNoPreviousWeight, fStageInd, std::exchange(fDropped, 0));
 }
 
 // Whether the record has the rate or size of its stratum. The warning is raised once per stage.
-void SVSDataTabulator::CheckConstant(StratumEntry& entry, const double* data) {
-  const double first = entry.value.ConstValue();
-  if (entry.value.CheckConstValues(data, fConstVars) < 0) return;
-  Findings().Note(FindingKind::kUnequalSpec, fStageInd,
-                  {.stratum = entry.key, .unit = {}, .value = first, .other = data[fConstVars.front()]});
+void SVSDataTabulator::CheckConstant(std::int32_t stratum, double value) {
+  const double first = Stratum(stratum).ConstValue();
+  if (Stratum(stratum).CheckConstValues(&value, kOnlyValue) < 0) return;
+  fLateNotes.Note(fEntered, FindingKind::kUnequalSpec,
+                  {.stratum = fvStrata[static_cast<std::size_t>(stratum)]->key,
+                   .unit = {},
+                   .value = first,
+                   .other = value});
   if (fbConstStatus || fStatus.IsError()) return;
   fStatus = WarningStatus(kStatusUnequalSpec);
   fbConstStatus = true;
+  fpOutSamples->AddStatus(fStatus);
 }
 
 // Sizes below 0 count as unequal even if they are equal; they are another finding.
-void SVSDataTabulator::NoteUnequalSize(const Arrival& arrival, double size) {
-  const double other = arrival.data[static_cast<std::size_t>(fCompSettings->MOSVar())];
-  if (size == other && size < 0.0) return;
-  Findings().Note(FindingKind::kUnequalSize, fStageInd,
-                  {.stratum = arrival.stratumKey, .unit = arrival.unitKey, .value = size, .other = other});
+void SVSDataTabulator::NoteUnequalSize(const Place& place, double size, double value) {
+  if (size == value && size < 0.0) return;
+  fLateNotes.Note(fEntered, FindingKind::kUnequalSize,
+                  {.stratum = fvStrata[static_cast<std::size_t>(place.stratum)]->key,
+                   .unit = Stratum(place.stratum).Units().KeyOf(place.unit),
+                   .value = size,
+                   .other = value});
 }
 
 // InitConstValues() reports a missing rate or size by its result, which isn't needed: a later record may have
 // the value, and if none has, the stratum reports it when it draws.
-SVSStratumData& SVSDataTabulator::NewStratum(const SVKey& key, const double* data) {
-  StratumEntry* entry = fDataTable.Insert(key, fCompSettings, fStageInd, fpCancelInfo, fConstVars.size());
-  fTablePairs.push_back(entry);
-  SVSStratumData& stratum = entry->value;
-  stratum.SetOutSamples(fpOutSamples);
-  if (!fConstVars.empty()) stratum.InitConstValues(data, fConstVars);
-  return stratum;
+void SVSDataTabulator::NewStratum(const MCCommon::RecordBlock& block, std::size_t place) {
+  const std::uint32_t row = fEntering.rows[place];
+  SVKey key(static_cast<std::int32_t>(fKeyStrataVars.size()));
+  for (std::int32_t i = 0; i < key.Length(); ++i) {
+    key[i] = block.codes[static_cast<std::size_t>(fKeyStrataVars[static_cast<std::size_t>(i)])][row];
+  }
+  key.ComputeHash();
+  const std::size_t constCount = fSpecVar >= 0 ? 1 : 0;
+  StratumEntry* entry =
+      fDataTable.Insert(key, fCompSettings, fStageInd, fpCancelInfo, constCount, UnitKeyLength());
+  fvStrata.push_back(entry);
+  fvOuterUnits.push_back(fvEnteringOuter[place]);
+  entry->value.SetOutSamples(fpOutSamples);
+  if (fSpecVar >= 0)
+    entry->value.InitConstValues(&block.numbers[static_cast<std::size_t>(fSpecVar)][row], kOnlyValue);
 }
 
-// Without cluster variables the case is the unit, and its id the key. Without an id, as in a computation that
-// isn't fed by a file, all records of a stratum are one unit.
-void SVSDataTabulator::MakeKeys(const double* data, SVKey* stratumKey, SVKey* unitKey) const {
-  for (std::size_t i = 0; i < fKeyStrataVars.size(); ++i) {
-    (*stratumKey)[static_cast<int>(i)] = KeyValue(data[fKeyStrataVars[i]]);
-  }
-  stratumKey->ComputeHash();
-  if (fKeyClusterVars.empty()) (*unitKey)[0] = fCaseIdVar < 0 ? 0 : KeyValue(data[fCaseIdVar]);
+// A case that is a unit has its id as the key. Where cases are counted, the key costs 4 bytes a case and
+// serves only findings about single units and the order of units of equal size.
+std::size_t SVSDataTabulator::UnitKeyLength() const {
+  if (!fKeyClusterVars.empty()) return fKeyClusterVars.size();
+  return !fbCountsCases || fbDrawsBySize || LosesHits() ? 1 : 0;
+}
+
+std::int32_t SVSDataTabulator::NewUnit(const MCCommon::RecordBlock& block, std::uint32_t row,
+                                       SVSStratumData* stratum) {
   for (std::size_t i = 0; i < fKeyClusterVars.size(); ++i) {
-    (*unitKey)[static_cast<int>(i)] = KeyValue(data[fKeyClusterVars[i]]);
+    fvUnitKey[i] = block.codes[static_cast<std::size_t>(fKeyClusterVars[i])][row];
   }
-  unitKey->ComputeHash();
+  if (fKeyClusterVars.empty() && !fvUnitKey.empty()) fvUnitKey[0] = CodeOf(block.CaseId(row));
+  return stratum->AddUnit(fvUnitKey.data(), SizeIn(block, row));
 }
 
-// --- the draw --------------------------------------------------------------------------------------------
-
-SVStatus SVSDataTabulator::SelectSamples(MCSV::SVSOutputSummary* summary,
-                                         MCSV::SVSOutJointProbs* jointProbs) {
-  int maxSelected = 0;
-  Review();
-  if (RefusesFindings() || !DrawStrata(&maxSelected)) return fStatus;
-  if (summary != nullptr && !Summarize(*summary)) return fStatus;
-  if (fStageInd == 1 && jointProbs != nullptr) WriteJointProbs(*jointProbs, maxSelected);
-  return fStatus;
-}
-
-SVStatus SVSDataTabulator::CheckSamples() {
-  Review();
-  for (const SVSFinding& finding : Findings().All()) {
-    if (const std::int32_t code = FailureBy(finding); code != 0 && !fStatus.IsError())
-      fStatus = ErrorStatus(code);
-  }
-  return fStatus;
-}
-
-// In the order in which the strata appeared, which is the order of the examples that a user sees. A strict
-// draw that would lose hits is refused whether or not a unit is then hit twice: if it depended on that, the
-// samples that are accepted would have other probabilities.
-void SVSDataTabulator::Review() {
-  for (const StratumEntry* entry : fTablePairs) {
-    entry->value.Review(entry->key, &Findings());
-    if (fCompSettings->HowStrict() != Strictness::kLenient && LosesHits()) {
-      Findings().Note(FindingKind::kHitsNotKept, fStageInd, {.stratum = entry->key, .unit = {}});
-    }
-  }
-}
-
-// Whether the sample shows a unit that was hit more than once as if it was hit once.
-bool SVSDataTabulator::LosesHits() const {
-  const DesignStage& stage = *fCompSettings->GetStage(fStageInd);
-  return MethodOf(stage.methodType()).withReplacement && stage.outputName(kOutIndex).empty();
-}
-
-bool SVSDataTabulator::RefusesFindings() {
-  if (!Findings().AnyRefused(fCompSettings->HowStrict())) return false;
-  fStatus = ErrorStatus(kStatusNotStrict);
-  fpOutSamples->AddStatus(fStatus);
-  return true;
-}
-
-// In the order of the table: it decides which random numbers each stratum gets.
-bool SVSDataTabulator::DrawStrata(int* maxSelected) {
-  for (StratumEntry& entry : fDataTable) {
-    SVSStratumData& stratum = entry.value;
-    stratum.SetRandom(fpRandom);
-    fStatus = stratum.Select();
-    *maxSelected = std::max(*maxSelected, stratum.GetNumSelected());
-    if (fStatus.IsError()) return false;
-    stratum.ReviewDraw(entry.key, LosesHits(), &Findings());
-  }
-  return !RefusesFindings();
-}
-
-// EndStage() is called whatever StartStage() and AddStratum() answered, so that the output can close what it
-// opened.
-bool SVSDataTabulator::Summarize(MCSV::SVSOutputSummary& summary) {
-  int result = summary.StartStage(fStageInd);
-  for (auto entry = fDataTable.begin(); entry != fDataTable.end() && result == MCSV::kSummaryGoOn; ++entry) {
-    SVSStratumData& stratum = entry->value;
-    result = summary.AddStratum(Codes(entry->key, fKeyStrataVars.size()), stratum.GetRequestSize(),
-                                stratum.GetNumSelected(), stratum.GetRequestRate(), stratum.GetSelectRate());
-  }
-  const int end = summary.EndStage();
-  if (result != MCSV::kSummaryFailed && end != MCSV::kSummaryFailed) return true;
-  fStatus = ErrorStatus(kStatusUserError);
-  return false;
-}
-
-// An output that can't be opened is closed again and ignored: the sample doesn't depend on it. Strata are
-// sorted by their keys, so that the file has a stable order.
-void SVSDataTabulator::WriteJointProbs(MCSV::SVSOutJointProbs& output, int maxSelected) {
-  const int state = output.Open(maxSelected);
-  std::sort(fTablePairs.begin(), fTablePairs.end(),
-            [](const StratumEntry* a, const StratumEntry* b) { return a->key < b->key; });
-  if (state != MCSV::kJointFailed) {
-    for (StratumEntry* entry : fTablePairs) {
-      if (!WriteStratum(output, *entry)) break;
-    }
-  }
-  output.Close();
-}
-
-// False if nothing more is to be written. A stratum without selected units writes nothing, but can still
-// report an error.
-bool SVSDataTabulator::WriteStratum(MCSV::SVSOutJointProbs& output, StratumEntry& entry) {
-  SVSStratumData& stratum = entry.value;
-  const ClusterPairs& units = stratum.GetClusterSelectPairs();
-  const std::vector<double>* matrix = nullptr;
-  fStatus = stratum.ComputeJointProbs(&matrix);
-  fpOutSamples->AddStatus(fStatus);
-  if (fStatus.IsError()) return false;
-
-  const std::size_t n = units.size();
-  bool failed = n > 0 && output.StartStratum(static_cast<int>(n), Codes(entry.key, fKeyStrataVars.size())) ==
-                             MCSV::kJointFailed;
-  for (std::size_t i = 0; i < n && !failed; ++i) {
-    const auto row = matrix->begin() + static_cast<std::ptrdiff_t>(i * n);
-    failed = output.WriteRow(Codes(units[i]->key, fKeyClusterVars.size()),
-                             {row, row + static_cast<std::ptrdiff_t>(n)}) == MCSV::kJointFailed;
-  }
-  stratum.ClearWork();
-  if (failed) fStatus = ErrorStatus(kStatusNoJointOutput);
-  return !failed;
-}
-
-// --- after the draw --------------------------------------------------------------------------------------
-
-bool SVSDataTabulator::MaySelect(const MCCommon::Record& record) {
-  if (fStatus.IsError() || record.Size() < static_cast<int>(fVariableType->size())) return false;
-  MakeKeys(record.GetAll(), &fSVStratumKey, &fSVUnitKey);
-  const StratumEntry* entry = fDataTable.Find(fSVStratumKey);
-  return entry != nullptr && entry->value.MaySelect(fSVUnitKey);
-}
-
-SVStatus SVSDataTabulator::Lookup(const MCCommon::Record& record, double carriedWeight,
-                                  std::vector<double>* values) {
-  values->assign(kOutputKinds, gMissingValue);
-  if (fStatus.IsError()) return fStatus;
-  SVStatus status;
-  // The result isn't needed: a record that Check() would drop is in no table, or has no weight.
-  Check(record, status);
-  if (status.IsError()) return status;
-  const double* data = record.GetAll();
-  if (data == nullptr) return ErrorStatus(kStatusInvalidRecord);
-  const double weight = fbFirstStage ? IncomingWeight(data) : carriedWeight;
-  if (!IsPositive(weight)) return fbFirstStage ? ErrorStatus(kStatusInvalidRecord) : status;
-
-  MakeKeys(data, &fSVStratumKey, &fSVUnitKey);
-  const StratumEntry* entry = fDataTable.Find(fSVStratumKey);
-  if (entry == nullptr) return status;
-  status = entry->value.GetRecordStats(fSVUnitKey, values);
-  std::vector<double>& out = *values;
-  if (!status.IsError() && IsPositive(out[kOutWeight])) out[kOutCumWeight] = out[kOutWeight] * weight;
-  return status;
+double SVSDataTabulator::SizeIn(const MCCommon::RecordBlock& block, std::uint32_t row) const {
+  return fSizeVar < 0 ? gMissingValue : block.numbers[static_cast<std::size_t>(fSizeVar)][row];
 }

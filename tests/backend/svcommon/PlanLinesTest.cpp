@@ -198,6 +198,9 @@ TEST(PlanContradictions, AreTold) {
        "wrEstimation is 'maybe', which counts as no"},
       {Design(Wor(kTyped + Table(Var("type"), Row("1", {"A"}) + Row("2", {"B"}) + Row("3", {"A"}), 3))),
        "stage 1: row 3 of the table has the same categories as row 1; the last such row counts"},
+      {Design(Stage("pps_brewer", kByCounty + Size("2") + kMosOfPupils)), ""},
+      {Design(Stage("pps_brewer", kByCounty + Rate("0.5") + kMosOfPupils)),
+       "stage 1: 'pps_brewer' draws two units of each stratum, whatever is asked for here"},
   };
   for (const auto& [text, lines] : kCases) {
     SCOPED_TRACE(text);

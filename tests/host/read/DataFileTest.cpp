@@ -1,5 +1,7 @@
 #include <sys/stat.h>
 
+#include <fstream>
+
 #include "FrameFixture.h"
 
 namespace {
@@ -126,6 +128,44 @@ TEST_F(DataFileTest, MakesVariablesOfParquetColumns) {
   OpenFrame({.path = Path("nested.parquet")});
   EXPECT_EQ(ShowDictionary(), "a F8.0 INTEGER");
   EXPECT_NE(fMessages.find("left out: l, b, s\n"), std::string::npos) << fMessages;
+}
+
+// Goal: what the metadata of a Parquet file says of its row groups leads to the dictionary that a scan of the cases
+// gives, as it is made of a query; and nothing but the metadata is read where that is enough.
+TEST_F(DataFileTest, BelievesMetadataAsFarAsItGoes) {
+  const std::pair<const char*, const char*> kColumns[] = {
+      // of case i, of which each row group has 2,048
+      {"numbers", "i - 70000000000 AS a, (i / 8)::DECIMAL(9,3) AS b, i::INTEGER AS c, -i::DOUBLE * 1e9 AS d"},
+      {"beyond a double", "i + 9007199254740980 AS a, (i + 0.123)::DECIMAL(18,3) AS b, i::UBIGINT AS c"},
+      {"unsigned", "(4294967295 - i)::UINTEGER AS a, (18446744073709551615 - i)::UBIGINT AS b"},
+      {"nulls in a row group, and in all", "CASE WHEN i > 5000 THEN i * 1000000 END AS a, NULL::BIGINT AS b"},
+      {"not numbers",
+       "(CASE WHEN i = 3000 THEN 'nan' ELSE i * 1e7 END)::DOUBLE AS a, "
+       "(CASE WHEN i > 5000 THEN 'nan' ELSE '-3.3e8' END)::FLOAT AS b"},
+      {"infinities",
+       "(CASE WHEN i = 9 THEN '-inf' ELSE -1e9 END)::DOUBLE AS a, (CASE i WHEN 1 THEN 'inf' END)::FLOAT b"},
+      {"dates",
+       "DATE '2024-02-29' + i::INTEGER AS a, DATE '9999-12-01' + i::INTEGER AS b, "
+       "DATE '0001-01-09' - i::INTEGER AS c, NULL::DATE AS d, (CASE i WHEN 3 THEN 'infinity' END)::DATE AS "
+       "e"},
+      {"texts",
+       "repeat('x', i // 1000) AS a, '2024-02-29' AS b, TIMESTAMP '2024-02-29' + to_milliseconds(i) AS c"},
+      {"paths like another column's", "{'b': i} AS a, i * 1000000 AS \"a, b\", i AS c"},
+  };
+  for (const auto& [aim, columns] : kColumns) {
+    SCOPED_TRACE(aim);
+    Sql(fmt::format("COPY (SELECT {} FROM range(6000) t(i)) TO '$/m.parquet' (ROW_GROUP_SIZE 2048)",
+                    columns));
+    OpenFrame({.sql = fmt::format("FROM '{}'", Path("m.parquet"))});
+    const std::string scanned = ShowDictionary();
+    OpenFrame({.path = Path("m.parquet")});
+    EXPECT_EQ(ShowDictionary(), scanned);
+  }
+  Sql("COPY (SELECT i AS a, i / 8 AS b, DATE '2024-02-29' AS c FROM range(9999) t(i)) TO "
+      "'$/damaged.parquet'");
+  std::fstream(Path("damaged.parquet"), std::ios::in | std::ios::out | std::ios::binary).seekp(4)
+      << "damaged";
+  EXPECT_EQ(ErrorOf({.path = Path("damaged.parquet")}), "opened");
 }
 
 // Goal: a native file keeps its form for ever. A database that only looks like one neither crashes the reader

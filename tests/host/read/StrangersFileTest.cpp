@@ -92,6 +92,9 @@ TEST_F(StrangersFile, LogBesideANativeFile) {
     std::filesystem::create_symlink("nowhere", Path(log));
     const std::string refusal = fmt::format("{}: no native data file (its log {} is there, so", name, log);
     EXPECT_EQ(ErrorOf({.path = Path(name)}).substr(0, refusal.size()), refusal);
+    std::filesystem::create_symlink(name, Path(std::string("to-") + name));
+    const std::string ofLink = ErrorOf({.path = Path(std::string("to-") + name)});
+    EXPECT_NE(ofLink.find(std::string(log) + " is there"), std::string::npos) << ofLink;
   }
 }
 

@@ -56,4 +56,30 @@ TEST(TextProfile, ComesBackAsDoublesDo) {
   });
 }
 
+// Goal: short numbers, which are read in a way of their own, come out as all others do; parts of a column, merged,
+// as the whole.
+TEST(TextProfile, ReadsShortNumbersAsAllOthers) {
+  rc::check("digits with a point", [](std::uint64_t bits) {
+    std::string text =
+        std::to_string(bits % *rc::gen::element<std::uint64_t>(10, 100'000, 10'000'000'000'000'000));
+    if (*rc::gen::arbitrary<bool>()) text.insert(*rc::gen::inRange<std::size_t>(0, text.size() + 1), ".");
+    if (*rc::gen::arbitrary<bool>()) text.insert(0, "-");
+    TextProfile shorter, longer, merged, other;
+    shorter.Add(text, 1);
+    longer.Add(text + "e0", 1);
+    double number = 0.0;
+    RC_ASSERT(ReadNumber(text, &number));
+    RC_ASSERT(shorter.Least() == number && shorter.Greatest() == number);
+    const bool isWhole = text.find('.') == std::string::npos;
+    RC_ASSERT(shorter.AllIntegers() == isWhole);
+    RC_ASSERT(isWhole || shorter.Settled() == longer.Settled());
+    other.Add("-1", 1);
+    merged.Merge(shorter);
+    merged.Merge(other);
+    shorter.Add("-1", 2);
+    RC_ASSERT(merged.Settled() == shorter.Settled() && merged.Least() == shorter.Least() &&
+              merged.Greatest() == shorter.Greatest() && merged.LongestText() == shorter.LongestText());
+  });
+}
+
 }  // namespace
