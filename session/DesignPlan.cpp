@@ -145,7 +145,14 @@ void AllocateFirstStage(HostSession& session, const DesignRequest& request, cons
                     counts.leftOut == 1 ? "1 case" : fmt::format("{} cases", counts.leftOut),
                     counts.leftOut == 1 ? "is" : "are"));
   }
-  add(design->allocation.remarks, &design->remarks);
+  constexpr std::size_t kMostRemarks = 10;
+  Lines remarks = design->allocation.remarks;
+  if (remarks.size() > kMostRemarks) {
+    const std::size_t further = remarks.size() - kMostRemarks;
+    remarks.resize(kMostRemarks);
+    remarks.push_back(fmt::format("... and {} more remarks", further));
+  }
+  add(remarks, &design->remarks);
   if (reading.problems.empty()) SetSizes(design->allocation, &stage);
 }
 
