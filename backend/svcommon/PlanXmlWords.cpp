@@ -99,7 +99,7 @@ void PlanXmlReader::CheckWords(const Element* element) {
   for (const Element* child = ElementFrom(element->getFirstChild()); child != nullptr;
        child = ElementFrom(child->getNextSibling())) {
     const std::string name = NameOf(child);
-    if (name == "SampleStage") fStage = ++stages;
+    if (grammar.name == "SampleDesign") fStage = name == "SampleStage" ? ++stages : 0;
     if (!Has(grammar.children, name)) {
       NoteUnknownWord(child, fmt::format("{} isn't known in {}", QuotedWord(name), grammar.name), name,
                       grammar.children);
