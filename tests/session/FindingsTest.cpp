@@ -83,6 +83,8 @@ TEST(Findings, AreToldOnceAndRefusedWhenStrict) {
        "1 stratum has measures of size that don't add up to more than 0 (s = a: -6)"},
       {"more than can be counted", "s,u\na,1\n", Wor(kUnits + Size("99999999999")), End::kRefused,
        "(s = a: 99999999999 asked for, 1 there)"},
+      {"two of one", "s,u,size\na,1,3\n", Stage("pps_murthy", kUnits + kBySize), End::kRefused,
+       "(s = a: 2 asked for, 1 there)"},
       {"cases without a stratum and a weight", "s,v\n,\n1,\n1,2\n",
        "<PreviousWeight><Variable name='v'/></PreviousWeight>" + Wor(StrataOf(Var("s")) + Size("1")),
        End::kDrawn, "2 of 3 cases are left out: 1 without s, 2 without v"},
