@@ -88,14 +88,14 @@ void AddReplacedFile(HostSession& session, Lines* remarks) {
   }
 }
 
-// The notes name the default file for the joint probabilities, although a run of later stages alone has none.
+// The notes name the default file for the joint probabilities also where a run has none.
 void AddUnwrittenFile(HostSession& session, Lines* remarks) {
   for (const PathClaims::Output& output : session.Layer<SessionFiles>().MissingFiles()) {
     if (output.role != FileRole::kJoint || NamesJointFile()) continue;
-    remarks->push_back(
-        output.path +
-        ": no joint probabilities were written; they are those of the first stage, which wasn't "
-        "drawn");
+    const std::optional<CommandedPlan> commanded = ReadCommandedPlan();
+    const bool isReplaced = commanded && commanded->plan.estimation == kSamplingWr;
+    remarks->push_back(output.path + ": no joint probabilities were written, since the " +
+                       (isReplaced ? "plan estimates as with replacement" : "first stage wasn't drawn"));
   }
 }
 

@@ -183,6 +183,25 @@ TEST(Report, TellsOfTheSampleThatIsReplaced) {
   EXPECT_EQ(run("", "s.csv", "r.html"), unknown);
 }
 
+// Why the file isn't there that the notes name.
+TEST(Report, TellsThatTheDefaultJointFileIsNotWritten) {
+  const std::string first = Stage(
+      "pps_wor", ClustersOf(Var("u")) + Size("2") + "<MOS fromData='yes'/>" + Out("CumulativeWeight", "m"));
+  const auto remarks = [&](const std::string& stages, const std::string& command) {
+    const SurveyFolder folder("u,m\n1,1\n2,1\n3,1\n", stages);
+    if (stages == first)
+      folder.Write("p.xml",
+                   Replace(folder.Text("p.xml"), "<SampleDesign", "<SampleDesign wrEstimation='yes'"));
+    HostSession session;
+    return RunSurvey(session, folder.Request(command + kSampleFile)).remarks;
+  };
+  EXPECT_THAT(remarks(first, "/DATA RENAMEVARS "),
+              testing::Contains(HasSubstr("since the plan estimates as with replacement")));
+  EXPECT_THAT(
+      remarks(first + Wor(Size("1")), "/DATA RENAMEVARS /CRITERIA STAGES=2 "),
+      testing::Contains(HasSubstr("p.sav: no joint probabilities were written, since the first stage")));
+}
+
 // The default joint file replaces one of an earlier run without a word, but nothing else.
 TEST(Report, TellsThatTheDefaultJointFileReplacedAnother) {
   const SurveyFolder folder(
