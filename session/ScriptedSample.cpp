@@ -6,6 +6,7 @@
 
 #include "backend/svcommon/design/MethodTable.h"
 #include "host/engine/ActiveFile.h"
+#include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
 #include "host/files/FileKind.h"
 #include "host/files/PathClaims.h"
@@ -113,7 +114,8 @@ SampleScript ScriptOf(HostSession& session, const SurveyOutcome& outcome, const 
   described.joint = FileOf(outcome, FileRole::kJoint, script);
   described.whyNone = WhyNone(outcome, described);
   const std::optional<CommandedPlan> commanded = ReadCommandedPlan();
-  if (!described.whyNone.empty() || !commanded) return described;
+  if (!described.whyNone.empty()) return described;
+  if (!commanded) throw DataError("the plan can't be read a second time");
   const FinalWeights& weights = *outcome.weights;
   for (const FinalWeights::Column& column : weights.columns)
     described.columns.push_back({column.name, column.isString});
