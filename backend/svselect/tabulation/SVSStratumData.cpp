@@ -94,7 +94,8 @@ void SVSStratumData::ComputeRequest() {
 }
 
 SVSStratumData::Request SVSStratumData::FindRequest() const {
-  if (MethodOf(fSelectMethod).twoUnits) return {.size = 2, .rate = 2.0 / NumUnits(), .status = {}, .asked = 2.0};
+  if (MethodOf(fSelectMethod).twoUnits)
+    return {.size = 2, .rate = 2.0 / NumUnits(), .status = {}, .asked = 2.0};
   const DesignStage& design = *fpSettings->GetStage(fStageInd);
   const bool carried = !fConstValues.empty();
   if (fInclProbType == kSizeValue) return RequestSize(design.sizeValue());
