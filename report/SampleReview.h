@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <tuple>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -30,7 +31,9 @@ struct RowLabel {
   std::string text;
   std::string key{};
 
-  auto operator<=>(const RowLabel&) const = default;
+  bool operator<(const RowLabel& other) const {
+    return std::tie(text, key) < std::tie(other.text, other.key);
+  }
 };
 
 struct NumberRange {
