@@ -69,6 +69,15 @@ void CheckCategories(const Dictionary& dictionary, const SVPlanSpecs& plan, Line
   }
 }
 
+// A name that no plan can have may be that of a variable.
+void AddNameHints(HostSession& session, const FrameOptions& frame, Lines* problems) {
+  const auto isOfName = [](const std::string& line) { return line.find(" is no valid name") != line.npos; };
+  if (!HasFrame(frame) || std::none_of(problems->begin(), problems->end(), isOfName)) return;
+  OpenFrame(session, frame);
+  const Lines hints = HintsOnNames(*session.Layer<ActiveFile>().SharedDictionary(), *problems);
+  problems->insert(problems->end(), hints.begin(), hints.end());
+}
+
 // Opens the frame and looks up all names that it must have.
 void CheckNames(HostSession& session, const DesignRequest& request, const AllocationWords& words,
                 PlanDesign* design) {
@@ -178,7 +187,7 @@ PlanDesign DesignPlan(HostSession& session, const DesignRequest& request) {
     AllocationWords words;
     const bool allocates = !request.allocate.empty() && reading.problems.empty();
     if (allocates) ReadAllocation(request, reading.plan.stages.front(), &words, &reading.problems);
-    if (!reading.problems.empty()) return;
+    if (!reading.problems.empty()) return AddNameHints(session, request.frame, &reading.problems);
     if (HasFrame(request.frame)) CheckNames(session, request, words, &design);
     if (ErrorRaised() || !reading.problems.empty()) return;
     if (allocates) AllocateFirstStage(session, request, words, &design);

@@ -123,17 +123,13 @@ std::string LegalName(std::string name) {
 void AddUnnamedVariables(HostSession& session, Lines* remarks) {
   const ActiveFile& file = session.Layer<ActiveFile>();
   if (!file.IsOpen()) return;
-  const Lines told = *remarks;
+  const Lines hints = HintsOnNames(*file.SharedDictionary(), *remarks);
+  remarks->insert(remarks->end(), hints.begin(), hints.end());
   const std::vector<OutputMessage>& messages = session.Layer<OutputDocument>().Messages();
   for (const KORV_Variable& variable : file.SharedDictionary()->variables) {
     const std::string& name = variable.GetName();
     if (ValidateKORVName(name) == 0) continue;
-    const std::string inPlan = QuotedWord(name) + " is no valid name";
     const std::string inCommand = "Variable name " + name + " for parameter";
-    if (std::any_of(told.begin(), told.end(),
-                    [&](const std::string& line) { return line.find(inPlan) != line.npos; }))
-      remarks->push_back("the frame has a variable " + QuotedWord(name) +
-                         ", which no plan can name; rename it there, as in " + LegalName(name));
     if (std::any_of(messages.begin(), messages.end(),
                     [&](const OutputMessage& message) { return message.text.starts_with(inCommand); }))
       remarks->push_back("the frame has a variable " + QuotedWord(name) +
@@ -174,6 +170,20 @@ void AddEndlessDraw(HostSession& session, Lines* remarks) {
 }
 
 }  // namespace
+
+Lines HintsOnNames(const Dictionary& dictionary, const Lines& told) {
+  Lines hints;
+  for (const KORV_Variable& variable : dictionary.variables) {
+    const std::string& name = variable.GetName();
+    const std::string refused = QuotedWord(name) + " is no valid name";
+    const auto isAbout = [&](const std::string& line) { return line.find(refused) != line.npos; };
+    if (ValidateKORVName(name) != 0 && std::any_of(told.begin(), told.end(), isAbout)) {
+      hints.push_back("the frame has a variable " + QuotedWord(name) +
+                      ", which no plan can name; rename it there, as in " + LegalName(name));
+    }
+  }
+  return hints;
+}
 
 bool ErrorRaised() {
   return pvGetCmnGlb()->errorFlag != 0;
