@@ -126,7 +126,7 @@ TEST(Findings, AreToldOnceAndRefusedWhenStrict) {
        "stage 1: 3 cases have an invalid rate in r (s = a: 1.25; s = b: 0): a rate is above 0 and at most 1",
        "", "4 of 5 cases are left out: 1 without s, 3 with an invalid rate in r"},
       {"no row for the first stratum", "s\n3\n1\n3\n4\n", byTable("2", 2), End::kFailed,
-       "p.xml, line 1, column ", ": stage 1: the table has no row for s = 3; s = 4 of 3 cases: add them",
+       "p.xml, line 1, column ", ": stage 1: the table has no row for 3 cases (s = 3; s = 4): add rows",
        "stage 1: 1 row of the table matches no case (row 2: s = 2)"},
       {"a faulty plan", kTwoCases, Wor(Size("0")), End::kFailed, "p.xml, line 1, column "},
       {"no such variable", kTwoCases, Wor(ClustersOf(Var("U")) + In("InputSampleSize", Var("v"))),

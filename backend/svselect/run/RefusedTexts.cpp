@@ -36,9 +36,9 @@ std::vector<std::string> RefusedTexts(const FindingNames& names) {
   std::vector<std::string> texts;
   for (const RefusedCases::Group& group : names.adapter.Refused().All()) {
     if (group.why == RefusedCases::Why::kNoRow) {
-      texts.push_back(fmt::format("{}the table has no row for {} of {}: add {}",
-                                  names.specs.TableLine(group.stage), PlacesOf(group), Cases(group.cases),
-                                  group.places.size() == 1 ? "one" : "them"));
+      texts.push_back(fmt::format("{}the table has no row for {} ({}): add {}",
+                                  names.specs.TableLine(group.stage), Cases(group.cases), PlacesOf(group),
+                                  group.places.size() == 1 ? "one" : "rows"));
       continue;
     }
     const bool isRate = group.why == RefusedCases::Why::kRate;
