@@ -140,8 +140,9 @@ void AddFrame(CLI::App& app, FrameOptions& frame) {
       "Variables to order the cases by. Ties keep their order, missing values come first. The order "
       "matters to systematic and sequential selection");
   group.Add("--schema", frame.schema, "FILE", "Table Schema of the frame, instead of the one beside it");
-  group.Add("--weight", frame.weight, "VAR", "Variable that weights the cases");
-  group.AddList("--split", frame.split, "A,B", "Variables whose changes split the cases into groups");
+  group.Add("--weight", frame.weight, "VAR", "Variable that weights the cases; the draw ignores it");
+  group.AddList("--split", frame.split, "A,B",
+                "Variables whose changes split the cases into groups; the draw ignores them");
 }
 
 // The options that CommandText() makes a command of. What each may hold is checked here as far as a wrong
@@ -250,7 +251,8 @@ std::string ListError(const RunOptions& options) {
 
 void DescribeProgram(CLI::App& app) {
   AddHelp(app, {{"run --data FRAME --plan PLAN [--sample FILE] [OPTION]...", "plan PLAN [--data FRAME]",
-                 "describe FRAME", "describe --sql QUERY"},
+                 "describe FRAME", "describe --sql QUERY", "design --stage WORDS [OPTION]...",
+                 "size proportion|mean|total [OPTION]..."},
                 "Draws a probability sample from the cases of a data file, by a sampling plan: a file that "
                 "describes a design of up to three stages with strata, clusters, a method of selection and a "
                 "size or rate for each.",

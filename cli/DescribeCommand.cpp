@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <iostream>
 
 #include "cli/Subcommands.h"
@@ -11,6 +12,7 @@
 #include "host/output/OutputDocument.h"
 #include "host/render/TextRenderer.h"
 #include "host/text/DisplayText.h"
+#include "host/text/NearestWord.h"
 #include "host/text/ReadableNumber.h"
 #include "session/Inspect.h"
 
@@ -149,11 +151,43 @@ std::string ValidWords(const KORV_Variable& variable, const ColumnContents& cont
 // The line about the cases, below what the dictionary says of a variable.
 void PrintContents(const KORV_Variable& variable, const ColumnContents& contents) {
   std::string missing;
-  if (contents.systemMissing > 0) missing = std::to_string(contents.systemMissing) + " system-missing";
-  if (contents.userMissing > 0)
-    missing += (missing.empty() ? "" : ", ") + std::to_string(contents.userMissing) + " user-missing";
+  const auto add = [&](std::int64_t cases, const char* what) {
+    if (cases > 0) missing += (missing.empty() ? "" : ", ") + std::to_string(cases) + what;
+  };
+  add(contents.systemMissing, " system-missing");
+  add(contents.blank, " blank, which a draw leaves out");
+  add(contents.userMissing, " user-missing");
   PrintFolded(kBelow + ("values: " + ValidWords(variable, contents)) + "; " +
               (missing.empty() ? "none missing" : missing));
+}
+
+// "3,5", but not "1,2,3".
+bool IsDecimalComma(const std::string& text) {
+  const std::size_t comma = text.find(',');
+  const auto isDigit = [](char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; };
+  const std::size_t first = text.starts_with('-') ? 1 : 0;
+  if (comma == text.npos || comma <= first || comma + 1 == text.size()) return false;
+  const auto at = [&](std::size_t i) { return text.begin() + static_cast<std::ptrdiff_t>(i); };
+  return std::all_of(at(first), at(comma), isDigit) && std::all_of(at(comma + 1), text.end(), isDigit);
+}
+
+// What a file of another country, or with another delimiter, looks like.
+void TellMisreadColumns(const FrameDescription& described) {
+  const std::vector<KORV_Variable>& variables = described.dictionary->variables;
+  for (std::size_t i = 0; i < described.contents.size(); ++i) {
+    const std::vector<ColumnContents::Frequency>& frequent = described.contents[i].frequent;
+    const auto isComma = [](const ColumnContents::Frequency& f) { return IsDecimalComma(f.value.text); };
+    if (frequent.empty() || !std::all_of(frequent.begin(), frequent.end(), isComma)) continue;
+    TellProblem(
+        variables[i].GetName() +
+        " looks like numbers with decimal commas, and is read as text; a query can convert it, see the "
+        "guide on text files");
+  }
+  const std::string& name = variables.empty() ? "" : variables.front().GetName();
+  if (variables.size() == 1 && name.find_first_of(";|\t") != name.npos)
+    TellProblem(
+        "the only variable is " + QuotedWord(name) +
+        ": the file seems to have another delimiter; name it in a first line such as sep=|, or in a query");
 }
 
 // Column widths fit the widest entry, the heading included.
@@ -211,6 +245,7 @@ int DescribeFile(const DescribeOptions& options) {
   }
   RenderMessages(session.Layer<OutputDocument>(), std::cerr);
   for (const std::string& remark : session.Layer<OutputDocument>().Remarks()) TellProblem(remark);
+  if (described.dictionary != nullptr) TellMisreadColumns(described);
   for (const std::string& problem : described.problems) TellProblem(problem);
   return described.status == RunStatus::kOk && isTold ? kExitOk : kExitError;
 }

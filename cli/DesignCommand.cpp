@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 
 #include "backend/svcommon/PlanAsText.h"
 #include "backend/svcommon/PlanInWords.h"
@@ -76,11 +78,20 @@ void PrintAllocation(const PlannedAllocation& allocation, const std::string& var
               ", if units are drawn from each stratum with equal probability: " + GroupedNumber(error));
 }
 
-int WritePlan(HostSession& session, const PlanDesign& design, const std::string& out) {
+// With a frame only names and types were looked at so far.
+int WritePlan(HostSession& session, const PlanDesign& design, const DesignOptions& options) {
+  const std::string& out = options.out;
+  std::error_code ignored;
+  const bool replaces = std::filesystem::exists(out, ignored);
   for (const std::string& line : PlanInWords(design.reading.plan)) PrintFolded(line);
   if (!design.allocation.strata.empty()) PrintAllocation(design.allocation, design.variable);
   const std::vector<std::string> problems = ConvertPlan(session, design.reading, out);
-  if (problems.empty()) PrintFolded("Written to " + out);
+  if (problems.empty()) {
+    PrintFolded("Written to " + out + (replaces ? ", in place of what was there" : ""));
+    if (!options.frame.path.empty())
+      PrintFolded("Names were checked; svselect plan " + out + " --data " + options.frame.path +
+                  " also checks sizes and units");
+  }
   const bool isTold = FinishOutput();
   if (!problems.empty()) RenderMessages(session.Layer<OutputDocument>(), std::cerr);
   TellAll(problems);
@@ -103,7 +114,7 @@ int MakePlan(const DesignOptions& options) {
     TellAll(design.reading.problems);
     return kExitError;
   }
-  if (!options.out.empty()) return WritePlan(session, design, options.out);
+  if (!options.out.empty()) return WritePlan(session, design, options);
   std::cout << PlanAsJson(design.reading.plan);
   return FinishOutput() ? kExitOk : kExitError;
 }

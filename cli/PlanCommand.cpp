@@ -8,6 +8,7 @@
 #include "host/render/TextRenderer.h"
 #include "session/ConvertPlan.h"
 #include "session/Inspect.h"
+#include "session/RunReview.h"
 
 // `svselect plan`: reading the plan and checking it against a frame are two steps. The plan in words appears
 // as soon as it is known, even if the frame turns out to be unreadable.
@@ -37,6 +38,17 @@ int CheckAgainstFrame(HostSession& session, const PlanReading& reading, const Fr
   return FinishOutput() ? kExitOk : kExitError;
 }
 
+// What a frame says about names that the plan can't have; nothing if it can't be read.
+std::vector<std::string> NamesOfFrame(HostSession& session, const FrameOptions& frame,
+                                      const std::vector<std::string>& problems) {
+  const auto isOfName = [](const std::string& line) { return line.find(" is no valid name") != line.npos; };
+  if (std::none_of(problems.begin(), problems.end(), isOfName)) return {};
+  CatchInterrupts();
+  const FrameDescription described = DescribeFrame(session, frame);
+  if (described.dictionary == nullptr) return {};
+  return HintsOnNames(*described.dictionary, problems);
+}
+
 }  // namespace
 
 // Remarks are shown with a plan that can be used, too: the run would draw by what was read.
@@ -50,7 +62,10 @@ int TellPlan(const PlanOptions& options) {
     if (!FinishOutput()) return kExitError;  // shown before the frame is read, which may take long
   }
   TellAll(reading.problems);
-  if (reading.status != RunStatus::kOk) return kExitError;
+  if (reading.status != RunStatus::kOk) {
+    if (!options.frame.path.empty()) TellAll(NamesOfFrame(session, options.frame, reading.problems));
+    return kExitError;
+  }
   if (!options.to.empty()) {
     const std::vector<std::string> problems = ConvertPlan(session, reading, options.to);
     if (!problems.empty()) RenderMessages(session.Layer<OutputDocument>(), std::cerr);

@@ -10,7 +10,7 @@ namespace {
 constexpr double kCertain = 1.0 - 1e-12;  // a probability of 1 can be less by rounding
 
 // The value as an interface of the procedure has it.
-std::string TextOfCells(const KORV_Variable& variable, double number, std::string_view text) {
+RowLabel LabelOfCells(const KORV_Variable& variable, double number, std::string_view text) {
   std::vector<OBS> cells(ObsCells(variable.GetType()));
   if (variable.GetType() == 0) {
     cells[0].number = number;
@@ -19,7 +19,8 @@ std::string TextOfCells(const KORV_Variable& variable, double number, std::strin
     std::fill_n(bytes, cells.size() * sizeof(OBS), ' ');
     std::copy_n(text.begin(), std::min(text.size(), static_cast<std::size_t>(variable.GetType())), bytes);
   }
-  return BpDataValue(variable, cells.data(), kShowInTable).Text();
+  const BpDataValue value(variable, cells.data(), kShowInTable);
+  return {value.FullText(), value.ValueKey()};
 }
 
 }  // namespace
@@ -110,8 +111,9 @@ StratumReview& SampleReviewer::StratumOf(std::size_t stage, std::size_t row) {
     // As the summary table nests its rows: the value of the last variable is a level of its own.
     const bool isLast = stratum.path.size() + 1 == seen.strata.size();
     const std::string name = BpVariable(fvPlaces[place].variable, kShowInTable).Text() + " =";
-    stratum.path.push_back(isLast ? name : name + " " + ShownValue(place, row));
-    if (isLast) stratum.path.push_back(ShownValue(place, row));
+    const RowLabel value = ShownValue(place, row);
+    stratum.path.push_back(isLast ? RowLabel{name} : RowLabel{name + " " + value.text, value.key});
+    if (isLast) stratum.path.push_back(value);
   }
   return strata.emplace_back(std::move(stratum));
 }
@@ -126,7 +128,7 @@ bool SampleReviewer::IsNewUnit(std::size_t stage, std::size_t row) {
   if (++review.clusterCount > static_cast<std::int64_t>(StageReview::kMostClusterNames)) return true;
   std::string name;
   for (const std::vector<std::size_t>* places : {&seen.strata, &seen.clusters}) {
-    for (const std::size_t place : *places) name += (name.empty() ? "" : " / ") + ShownValue(place, row);
+    for (const std::size_t place : *places) name += (name.empty() ? "" : " / ") + ShownValue(place, row).text;
   }
   review.clusters.push_back(std::move(name));
   return true;
@@ -145,8 +147,8 @@ void SampleReviewer::AddValue(std::size_t place, std::size_t row, std::string* k
   key->append(reinterpret_cast<const char*>(&number), sizeof number);
 }
 
-std::string SampleReviewer::ShownValue(std::size_t place, std::size_t row) const {
+RowLabel SampleReviewer::ShownValue(std::size_t place, std::size_t row) const {
   const Place& read = fvPlaces[place];
-  return read.texts != nullptr ? TextOfCells(read.variable, 0.0, read.texts[row])
-                               : TextOfCells(read.variable, read.numbers[row], {});
+  return read.texts != nullptr ? LabelOfCells(read.variable, 0.0, read.texts[row])
+                               : LabelOfCells(read.variable, read.numbers[row], {});
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <tuple>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -24,6 +25,17 @@ struct StageVariables {
   bool withReplacement = false;
 };
 
+// A label of a table's row. Labels with the same text are different if their keys are, see
+// BpCellText::ValueKey().
+struct RowLabel {
+  std::string text;
+  std::string key{};
+
+  bool operator<(const RowLabel& other) const {
+    return std::tie(text, key) < std::tie(other.text, other.key);
+  }
+};
+
 struct NumberRange {
   double smallest = 0.0;
   double largest = 0.0;
@@ -34,9 +46,9 @@ struct NumberRange {
 
 // A stratum, by its units that have a case in the sample.
 struct StratumReview {
-  std::vector<std::string> path;  // the texts of its row in the summary table, from the outermost
-  std::int64_t units = 0;         // different ones; a case that was written twice counts twice
-  std::int64_t certain = 0;       // of these: those whose inclusion probability is 1
+  std::vector<RowLabel> path;  // of its row in the summary table, from the outermost, in full
+  std::int64_t units = 0;      // different ones; a case that was written twice counts twice
+  std::int64_t certain = 0;    // of these: those whose inclusion probability is 1
   NumberRange probability;
   NumberRange weight;  // final
 };
@@ -61,7 +73,7 @@ struct StageReview {
 //             sample, which is less than the draw needed.
 class SampleReviewer {
 public:
-  // Values are shown as the frame's dictionary has them, as in the summary tables.
+  // Values are shown as the frame's dictionary has them, as in the summary tables, but in full.
   SampleReviewer(const Dictionary& sample, const Dictionary& frame, const std::string& weight,
                  const std::vector<StageVariables>& stages);
 
@@ -91,7 +103,7 @@ private:
 
   bool FindAll(const std::vector<std::string>& names, std::vector<std::size_t>* places);
   void AddValue(std::size_t place, std::size_t row, std::string* key) const;
-  std::string ShownValue(std::size_t place, std::size_t row) const;
+  RowLabel ShownValue(std::size_t place, std::size_t row) const;
   void TakeRow(std::size_t stage, std::size_t row);
   StratumReview& StratumOf(std::size_t stage, std::size_t row);
   bool IsNewUnit(std::size_t stage, std::size_t row);

@@ -49,6 +49,12 @@ public:
     fOut << "library(survey)\n\n";
     Read("s", fScript.sample);
     fOut << '\n';
+    if (fScript.hasLoneUnit) {
+      Comment(
+          "A stratum has one unit, from which no variance can be estimated: join it with another, or choose "
+          "with "
+          "options(survey.lonely.psu = ...).");
+    }
     if (CanUseJoint()) return WriteJoint();
     if (First().draw == Draw::kJoint && AreAllSimpleBut(1) && WriteByProbabilities()) return;
     if (AreAllSimpleBut(0) && WriteBySizes()) return;
@@ -70,6 +76,8 @@ private:
         fOut << name << " <- as.data.frame(arrow::read_parquet(" << path << "))\n";
         return;
       case ScriptFile::Kind::kNative:
+        Comment(fmt::format("A native file takes the packages DBI and duckdb; --{} FILE.csv does without.",
+                            name == std::string("j") ? "joint" : "sample"));
         fOut << "con <- DBI::dbConnect(duckdb::duckdb(), " << path << ", read_only = TRUE)\n"
              << name << " <- DBI::dbReadTable(con, \"cases\")\n"
              << "DBI::dbDisconnect(con, shutdown = TRUE)\n";

@@ -51,6 +51,7 @@ struct SampleScript {
   bool fromEarlierSampling = false;   // the weight has that of a sampling that the plan doesn't describe
   bool estimatesAsReplaced = false;   // the plan wants variances as with replacement
   ScriptFile joint{};                 // of the first stage
+  bool hasLoneUnit = false;           // a stratum of the first stage has one unit, which isn't certain
   bool areUnitsCases = false;         // each unit of the first stage is one case of the sample
 };
 

@@ -17,7 +17,7 @@ const char* const kAboutStageTables =
 
 namespace {
 
-using Path = std::vector<std::string>;
+using Path = std::vector<RowLabel>;
 
 // A cell with as many digits as a reader needs, however small the number.
 class ReadableCell : public BpCellText {
@@ -32,7 +32,15 @@ BpString Text(const std::string& text) {
   return {text, true};
 }
 
-// A row of the table: a stratum by the texts of its row in the summary table.
+class LabelCell : public BpCellText {
+public:
+  explicit LabelCell(const RowLabel& label) {
+    SetText(label.text);
+    AddValue(label.key);
+  }
+};
+
+// A row of the table: a stratum by the labels of its row in the summary table.
 struct Row {
   Path path;
   std::optional<double> inFrame;
@@ -83,7 +91,8 @@ void AddSummary(const OutputTable& table, RowList* rows) {
   }
   for (std::size_t r = 0; r < found.size(); ++r) {
     Path path;
-    for (const int node : layout.Rows()[r]) path.push_back(table.NodeAt(node).text);
+    for (const int node : layout.Rows()[r])
+      path.push_back({table.NodeAt(node).fullText, table.NodeAt(node).valueKey});
     Row& row = rows->At(path);
     Add(&row.drawn, found[r].drawn);
     if (found[r].percent > 0.0) Add(&row.inFrame, std::round(found[r].drawn / (found[r].percent / 100.0)));
@@ -128,7 +137,8 @@ public:
       int node = strata;
       for (std::size_t i = 0; hasHeaders && i < row.path.size(); ++i) {
         const bool isLast = i + 1 == row.path.size();
-        node = isLast ? fTable.Category(node, Text(row.path[i])) : fTable.Group(node, Text(row.path[i]));
+        const LabelCell label(row.path[i]);
+        node = isLast ? fTable.Category(node, label) : fTable.Group(node, label);
       }
       AddCells(row);
     }

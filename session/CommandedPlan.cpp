@@ -80,6 +80,13 @@ std::optional<CommandedPlan> ReadCommandedPlan() {
   return commanded;
 }
 
+std::optional<std::string> CommandedPlanFile() {
+  CommandSpec command;
+  if (!ReadCommand(&command)) return std::nullopt;
+  std::string path = PlanPath(command);
+  return path.empty() ? std::nullopt : std::optional(std::move(path));
+}
+
 std::string EndlessDrawAdvice(const CommandedPlan& commanded) {
   const SVMethod& method = FirstMethod(commanded);
   if (!method.mayDrawForever) return "";

@@ -18,6 +18,9 @@ struct CommandedPlan {
 // Empty if the command or the plan can't be read; no message is issued, since the procedure has done that.
 std::optional<CommandedPlan> ReadCommandedPlan();
 
+// The path of that plan; empty if the command can't be read or names none.
+std::optional<std::string> CommandedPlanFile();
+
 // Whether the session's command names the file for the joint probabilities. If not, the file has its default
 // name, and a run that makes no joint probabilities is right to leave it out.
 bool NamesJointFile();

@@ -43,16 +43,9 @@ void ReadWords(const DesignRequest& request, SVPlanSpecs* plan, Lines* problems)
   read("--weight", request.weight, &plan->weight);
 }
 
-// A name that the frame lacks, with the nearest one that it has; capitals don't count.
+// A name that the frame lacks.
 std::string NoVariable(const std::string& frame, const Dictionary& dictionary, const std::string& name) {
-  Lines upper;
-  for (const KORV_Variable& variable : dictionary.variables) upper.push_back(variable.UpperName());
-  const std::string nearest = NearestWord(GetUpperVarName(name), upper);
-  const int column = nearest.empty() ? -1 : dictionary.Find(nearest);
-  const std::string meant =
-      column < 0 ? ""
-                 : "; did you mean " + dictionary.variables[static_cast<std::size_t>(column)].GetName() + "?";
-  return fmt::format("{} has no variable {}{}", frame, name, meant);
+  return fmt::format("{} has no variable {}{}", frame, name, NearestNameHint(name, dictionary.Names()));
 }
 
 // Categories that a numeric variable can't have; of each table the first is enough.
@@ -74,6 +67,15 @@ void CheckCategories(const Dictionary& dictionary, const SVPlanSpecs& plan, Line
                       QuotedWord((*row)[i]), names[i].Text()));
     }
   }
+}
+
+// A name that no plan can have may be that of a variable.
+void AddNameHints(HostSession& session, const FrameOptions& frame, Lines* problems) {
+  const auto isOfName = [](const std::string& line) { return line.find(" is no valid name") != line.npos; };
+  if (!HasFrame(frame) || std::none_of(problems->begin(), problems->end(), isOfName)) return;
+  OpenFrame(session, frame);
+  const Lines hints = HintsOnNames(*session.Layer<ActiveFile>().SharedDictionary(), *problems);
+  problems->insert(problems->end(), hints.begin(), hints.end());
 }
 
 // Opens the frame and looks up all names that it must have.
@@ -152,7 +154,14 @@ void AllocateFirstStage(HostSession& session, const DesignRequest& request, cons
                     counts.leftOut == 1 ? "1 case" : fmt::format("{} cases", counts.leftOut),
                     counts.leftOut == 1 ? "is" : "are"));
   }
-  add(design->allocation.remarks, &design->remarks);
+  constexpr std::size_t kMostRemarks = 10;
+  Lines remarks = design->allocation.remarks;
+  if (remarks.size() > kMostRemarks) {
+    const std::size_t further = remarks.size() - kMostRemarks;
+    remarks.resize(kMostRemarks);
+    remarks.push_back(fmt::format("... and {} more remarks", further));
+  }
+  add(remarks, &design->remarks);
   if (reading.problems.empty()) SetSizes(design->allocation, &stage);
 }
 
@@ -178,7 +187,7 @@ PlanDesign DesignPlan(HostSession& session, const DesignRequest& request) {
     AllocationWords words;
     const bool allocates = !request.allocate.empty() && reading.problems.empty();
     if (allocates) ReadAllocation(request, reading.plan.stages.front(), &words, &reading.problems);
-    if (!reading.problems.empty()) return;
+    if (!reading.problems.empty()) return AddNameHints(session, request.frame, &reading.problems);
     if (HasFrame(request.frame)) CheckNames(session, request, words, &design);
     if (ErrorRaised() || !reading.problems.empty()) return;
     if (allocates) AllocateFirstStage(session, request, words, &design);

@@ -57,7 +57,8 @@ std::string EarlierSampleRemark(const RunRequest& request) {
   const fs::path file = fs::path(sample).has_extension() ? sample : sample + ".sav";
   std::error_code error;
   if (!fs::is_regular_file(file, error)) return "";
-  const std::string line = sample + ": a run without a seed draws another sample, which replaces this one; ";
+  const std::string line =
+      sample + ": without a seed the run draws another sample, which would replace this one; ";
   for (const std::string& report : request.reports) {
     const std::string seed = SeedOfReport(report, file);
     if (!seed.empty()) return line + fmt::format("its seed was {} ({})", seed, report);

@@ -14,6 +14,7 @@
 #include "host/environment/MCStopProcessor.h"
 #include "host/files/ReadableFile.h"
 #include "host/output/OutputDocument.h"
+#include "host/text/NearestWord.h"
 #include "host/text/VariableNames.h"
 #include "session/CommandText.h"
 #include "session/FileClaims.h"
@@ -35,9 +36,7 @@ void ReadPlanFile(const std::string& path, PlanReading* reading) {
   const std::unique_ptr<PlanSource> source = OpenPlan(path, &reading->plan);
   PlanSource& reader = *source;
   const int code = reader.readSamplePlan(path);
-  for (const std::string& misread : reader.MisreadNumbers()) {
-    reading->remarks.push_back(fmt::format("{}: {}", path, misread));
-  }
+  reading->remarks = reader.MisreadNumbers();
   const std::vector<std::string> contradictions = reader.Contradictions();
   reading->remarks.insert(reading->remarks.end(), contradictions.begin(), contradictions.end());
   if (code == 0) {
@@ -50,6 +49,26 @@ void ReadPlanFile(const std::string& path, PlanReading* reading) {
   }
   SV_XML::PlanReadErrors().report(code);
   reading->problems = reader.Faults();
+}
+
+// Variables of the plan that the frame lacks. Their places in the plan, which is read once more for these, become
+// remarks.
+std::vector<KorvVarName> MissingVariables(HostSession& session, const SVPlanSpecs& plan,
+                                          const Dictionary& dictionary) {
+  std::vector<KorvVarName> missing;
+  for (const KorvVarName& name : FrameVariablesOf(plan)) {
+    if (dictionary.Find(name.Text()) < 0) missing.push_back(name);
+  }
+  if (missing.empty()) return missing;
+  SVPlanSpecs again;
+  const std::unique_ptr<PlanSource> source = OpenPlan(plan.file, &again);
+  if (source->readSamplePlan(plan.file) != 0) return missing;
+  for (const KorvVarName& name : missing) {
+    const std::string hint = NearestNameHint(name.Text(), dictionary.Names());
+    session.Layer<OutputDocument>().AddRemark(source->LineAboutName(
+        name, QuotedWord(name.Text()) + " isn't in the frame; names ignore case" + hint));
+  }
+  return missing;
 }
 
 // Checks what only the procedure can check. REQUIRES: the frame is open.
@@ -121,11 +140,8 @@ PlanCheck CheckPlan(HostSession& session, const SVPlanSpecs& plan, const FrameOp
     OpenFrame(session, frame);
     AddFrameRemark(session);
     const Dictionary& dictionary = *session.Layer<ActiveFile>().SharedDictionary();
-    for (const KorvVarName& name : FrameVariablesOf(plan)) {
-      if (dictionary.Find(name.Text()) < 0) {
-        check.problems.push_back(session.Layer<ActiveFile>().Name() + " has no variable " + name.Text());
-      }
-    }
+    for (const KorvVarName& name : MissingVariables(session, plan, dictionary))
+      check.problems.push_back(session.Layer<ActiveFile>().Name() + " has no variable " + name.Text());
     if (check.problems.empty()) CheckByProcedure(session, plan, &check);
   };
   check.status = GuardInspection(lookUp, &check.problems);

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <utility>
 
 #include "host/engine/ActiveFile.h"
@@ -151,11 +150,7 @@ MemoryOutcome Draw(const PlanFile& plan, const MemoryFrame& frame, const DrawOpt
   outcome.fault = FaultOf(session, run.status);
   AddMessages(session, &outcome);
   AddMessages(run.remarks, "remark", &outcome);
-  if (run.document != nullptr) {
-    std::ostringstream report;
-    WriteReport(session, "report.json", run, report);
-    outcome.json = std::move(report).str();
-  }
+  if (run.document != nullptr) outcome.json = ReportText(session, "report.json", run);
   if (outcome.fault != MemoryFault::kNone) return outcome;
   const MemoryTables& tables = session.Layer<MemoryTables>();
   outcome.sample = tables.Get(FileRole::kSample);

@@ -1,29 +1,33 @@
 #pragma once
 
-#include <cstdint>
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "host/files/FileWatch.h"
 #include "host/output/RunOutcome.h"
 
 class HostSession;
 struct RunRequest;
 
-// When a file was changed last, and its size: tells whether it is still what it was.
+// Tells whether a file is still what it was.
 struct FileStamp {
-  // Of the file that is read for the name of a frame; an empty name has none.
-  explicit FileStamp(const std::string& name);
-  bool operator==(const FileStamp&) const = default;
+  explicit FileStamp(std::string file);
+  bool IsSame() const;
 
-  bool isKnown = false;  // else there is no file, or it can't be looked at
-  std::string path;
-  std::filesystem::file_time_type changed{};
-  std::uintmax_t bytes = 0;
+  std::string path;  // empty if there is no file
+  FileState state;
 };
 
+// The stamp of the file that is read for the name of a frame; an empty name has none.
+FileStamp StampOfFrame(const std::string& name);
+
+// The stamps of the plan that the session's command names, and of its tables in files of their own; none if it
+// can't be read.
+std::vector<FileStamp> StampsOfPlan();
+
 // Everything that it takes to repeat a run, apart from the frame itself, and the date. Options that weren't
-// used are left out, and so is the command if the run didn't reach it.
+// used are left out, and so is the command if the run didn't reach it. The plan is there with its checksum and
+// text if it can be read.
 std::vector<RunFact> FactsOf(HostSession& session, const RunRequest& request);
 
 // The same after a draw, with what it takes to recognise frame and plan: their checksums and the text of the

@@ -4,6 +4,7 @@
 #include "host/render/JsonReport.h"
 #include "host/render/TextRenderer.h"
 #include "host/text/VariableNames.h"
+#include "host/text/WrittenText.h"
 #include "report/SurveyPage.h"
 #include "session/RunSurvey.h"
 #include "session/ScriptedSample.h"
@@ -15,6 +16,8 @@ ReportKind KindOfReport(const std::string& path) {
   if (name.ends_with(".R")) return ReportKind::kScript;
   return name.ends_with(".TXT") ? ReportKind::kText : ReportKind::kUnknown;
 }
+
+namespace {
 
 void WriteReport(HostSession& session, const std::string& path, const SurveyOutcome& outcome,
                  std::ostream& out) {
@@ -30,4 +33,10 @@ void WriteReport(HostSession& session, const std::string& path, const SurveyOutc
     WriteTextReport(
         outcome, [&](std::ostream& text) { WriteSurveyText(*outcome.document, weights, text); }, out);
   }
+}
+
+}  // namespace
+
+std::string ReportText(HostSession& session, const std::string& path, const SurveyOutcome& outcome) {
+  return WrittenText([&](std::ostream& out) { WriteReport(session, path, outcome, out); });
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <iosfwd>
 #include <string>
 
 class HostSession;
@@ -13,7 +12,6 @@ enum class ReportKind { kHtml, kJson, kText, kScript, kUnknown };
 // .R.
 ReportKind KindOfReport(const std::string& path);
 
-// Writes a report as it is to be in the file `path`. REQUIRES: the outcome is of that session, and the name is
-// that of a kind.
-void WriteReport(HostSession& session, const std::string& path, const SurveyOutcome& outcome,
-                 std::ostream& out);
+// A report as it is to be in the file `path`. REQUIRES: the outcome is of that session, and the name is that of a
+// kind.
+std::string ReportText(HostSession& session, const std::string& path, const SurveyOutcome& outcome);

@@ -11,8 +11,10 @@
 #include "host/environment/HostErrors.h"
 #include "host/environment/HostSession.h"
 #include "host/environment/MCStopProcessor.h"
+#include "host/files/ReadableFile.h"
 #include "host/files/SessionFiles.h"
 #include "host/output/OutputDocument.h"
+#include "host/read/DataFile.h"
 #include "host/text/NearestWord.h"
 #include "host/text/VariableNames.h"
 #include "session/CommandedPlan.h"
@@ -65,6 +67,38 @@ void AddLostFiles(HostSession& session, Lines* remarks) {
   }
 }
 
+// Whether a file has joint probabilities, of whatever plan.
+bool IsJointFile(HostSession& session, const std::string& path) {
+  try {
+    return OpenDataFile(session, path).dictionary.Find("Joint_Prob_1_") >= 0;
+  } catch (const DataError&) {
+    return false;
+  }
+}
+
+// The default file for the joint probabilities, beside the plan, may be the only copy of something else. Looked
+// at before the commit.
+void AddReplacedFile(HostSession& session, Lines* remarks) {
+  for (const OutputFile* file : session.Layer<SessionFiles>().FinishedFiles()) {
+    if (file->role != FileRole::kJoint || NamesJointFile() || !FileExists(file->target)) continue;
+    if (IsJointFile(session, file->target)) continue;
+    remarks->push_back(file->path +
+                       ": the joint probabilities replaced another file, since no file was named for them; "
+                       "name one with --joint (JOINTPROB)");
+  }
+}
+
+// The notes name the default file for the joint probabilities also where a run has none.
+void AddUnwrittenFile(HostSession& session, Lines* remarks) {
+  for (const PathClaims::Output& output : session.Layer<SessionFiles>().MissingFiles()) {
+    if (output.role != FileRole::kJoint || NamesJointFile()) continue;
+    const std::optional<CommandedPlan> commanded = ReadCommandedPlan();
+    const bool isReplaced = commanded && commanded->plan.estimation == kSamplingWr;
+    remarks->push_back(output.path + ": no joint probabilities were written, since the " +
+                       (isReplaced ? "plan estimates as with replacement" : "first stage wasn't drawn"));
+  }
+}
+
 // A saved frame keeps the sample as well, in the variables that the run added.
 bool KeepsSample(HostSession& session) {
   const std::vector<const OutputFile*> files = session.Layer<SessionFiles>().FinishedFiles();
@@ -89,17 +123,13 @@ std::string LegalName(std::string name) {
 void AddUnnamedVariables(HostSession& session, Lines* remarks) {
   const ActiveFile& file = session.Layer<ActiveFile>();
   if (!file.IsOpen()) return;
-  const Lines told = *remarks;
+  const Lines hints = HintsOnNames(*file.SharedDictionary(), *remarks);
+  remarks->insert(remarks->end(), hints.begin(), hints.end());
   const std::vector<OutputMessage>& messages = session.Layer<OutputDocument>().Messages();
   for (const KORV_Variable& variable : file.SharedDictionary()->variables) {
     const std::string& name = variable.GetName();
     if (ValidateKORVName(name) == 0) continue;
-    const std::string inPlan = QuotedWord(name) + " is no valid name";
     const std::string inCommand = "Variable name " + name + " for parameter";
-    if (std::any_of(told.begin(), told.end(),
-                    [&](const std::string& line) { return line.find(inPlan) != line.npos; }))
-      remarks->push_back("the frame has a variable " + QuotedWord(name) +
-                         ", which no plan can name; rename it there, as in " + LegalName(name));
     if (std::any_of(messages.begin(), messages.end(),
                     [&](const OutputMessage& message) { return message.text.starts_with(inCommand); }))
       remarks->push_back("the frame has a variable " + QuotedWord(name) +
@@ -141,6 +171,20 @@ void AddEndlessDraw(HostSession& session, Lines* remarks) {
 
 }  // namespace
 
+Lines HintsOnNames(const Dictionary& dictionary, const Lines& told) {
+  Lines hints;
+  for (const KORV_Variable& variable : dictionary.variables) {
+    const std::string& name = variable.GetName();
+    const std::string refused = QuotedWord(name) + " is no valid name";
+    const auto isAbout = [&](const std::string& line) { return line.find(refused) != line.npos; };
+    if (ValidateKORVName(name) != 0 && std::any_of(told.begin(), told.end(), isAbout)) {
+      hints.push_back("the frame has a variable " + QuotedWord(name) +
+                      ", which no plan can name; rename it there, as in " + LegalName(name));
+    }
+  }
+  return hints;
+}
+
 bool ErrorRaised() {
   return pvGetCmnGlb()->errorFlag != 0;
 }
@@ -178,6 +222,8 @@ Lines RemarksOnRun(HostSession& session, const RunRequest& request, RunStatus st
   if (ErrorRaised()) return remarks;
   if (status == RunStatus::kError && HasDrawn(session)) AddLostFiles(session, &remarks);
   if (status == RunStatus::kError && !HasDrawn(session)) AddWhyNothingDrawn(session, &remarks);
+  if (status == RunStatus::kOk) AddReplacedFile(session, &remarks);
+  if (status == RunStatus::kOk) AddUnwrittenFile(session, &remarks);
   if (status == RunStatus::kOk && request.save.empty() && !KeepsSample(session)) {
     remarks.emplace_back("the draw isn't kept: name a file with --sample (SAMPLEFILE) or --save");
   }

@@ -15,6 +15,9 @@ struct RunRequest;
 // the procedure's own messages. The procedure returns nothing, so all of it is concluded from the state that
 // it has left in the session.
 
+// What to do about variables whose names a plan can't have. `told` has the lines about the plan.
+std::vector<std::string> HintsOnNames(const Dictionary& dictionary, const std::vector<std::string>& told);
+
 // Whether an error message was issued in the current session.
 bool ErrorRaised();
 

@@ -1,7 +1,6 @@
 #include "session/RunSurvey.h"
 
 #include <algorithm>
-#include <sstream>
 #include <string>
 #include <utility>
 
@@ -82,6 +81,7 @@ private:
       Begin(RunStep::kDraw);
       CountCases();
       TellReplaced();
+      if (ReadsPlanAgain()) fvPlanStamps = StampsOfPlan();
       Draw();
     }
     Begin(RunStep::kWriteFiles);
@@ -172,12 +172,23 @@ private:
     CompleteOutcome();
     SessionFiles& files = fSession.Layer<SessionFiles>();
     for (const std::string& report : fvReports) AddReport(report);
+    CheckPlan();
     if (StopRequested()) {
       fpOutcome->status = RunStatus::kCancelled;
     } else if (!ErrorRaised() && files.CommitFiles()) {
       fbCommitted = true;
     } else {
       fpOutcome->status = RunStatus::kError;
+    }
+  }
+
+  // Reports and final weights take the names of variables, the text and the checksum from the plan.
+  bool ReadsPlanAgain() const { return !fvReports.empty() || fRequest.summarizeWeights; }
+
+  // Whatever was read again must be the plan of the draw.
+  void CheckPlan() const {
+    for (const FileStamp& stamp : fvPlanStamps) {
+      if (!stamp.IsSame()) Fail(stamp.path + ": the file was changed during the run");
     }
   }
 
@@ -220,12 +231,6 @@ private:
     fpOutcome->weights.reset();
   }
 
-  std::string ReportText(const std::string& path) const {
-    std::ostringstream text;
-    WriteReport(fSession, path, *fpOutcome, text);
-    return std::move(text).str();
-  }
-
   // Makes a report one of the files of the run. A failure breaks the run, after a message.
   void AddReport(const std::string& path) const {
     if (ErrorRaised()) return;
@@ -234,8 +239,8 @@ private:
     try {
       file = files.Start(FileRole::kReport, path, path);
       FileWriter writer;
-      const bool isWritten =
-          writer.Open(file->parts.back()->TemporaryPath()) && writer.Write(ReportText(path));
+      const bool isWritten = writer.Open(file->parts.back()->TemporaryPath()) &&
+                             writer.Write(ReportText(fSession, path, *fpOutcome));
       if (!writer.Close() || !isWritten) throw CannotWrite(path, writer.Reason());
       files.Finish(file);
     } catch (const DataError& error) {
@@ -247,7 +252,7 @@ private:
   // For a run that keeps no files. Written under a temporary name: a report is whole or the old one stays.
   void WriteReportFile(const std::string& path) {
     std::string why;
-    if (WriteWholeFile(path, ReportText(path), &why)) return;
+    if (WriteWholeFile(path, ReportText(fSession, path, *fpOutcome), &why)) return;
     std::vector<std::string>& problems = fpOutcome->reportProblems;
     const std::string end = " can't be written: " + why;
     const auto same = std::find_if(problems.begin(), problems.end(),
@@ -264,9 +269,10 @@ private:
   const RunSinks& fSinks;
   SurveyOutcome* fpOutcome;  // borrowed
 
-  FileStamp fFrameStamp{fRequest.frame.path};  // before it is opened
-  std::string fReplaced;                       // see TellReplaced(); mostly empty
-  std::vector<std::string> fvReports;          // those of the request that can be written
+  FileStamp fFrameStamp = StampOfFrame(fRequest.frame.path);  // before it is opened
+  std::vector<FileStamp> fvPlanStamps;                        // of the plan and its tables, before the draw
+  std::string fReplaced;                                      // see TellReplaced(); mostly empty
+  std::vector<std::string> fvReports;                         // those of the request that can be written
   UserCaseFileSpec fSave{FileRole::kSaved};
   bool fbCommitted = false;
 };

@@ -88,6 +88,11 @@ private:
   SampleScript* fpScript;
 };
 
+bool HasLoneUnit(const StageReview& stage) {
+  return stage.hasUnits && std::any_of(stage.strata.begin(), stage.strata.end(),
+                                       [](const StratumReview& h) { return h.units == 1 && h.certain == 0; });
+}
+
 // Why there can't be a design; empty if there can.
 std::string WhyNone(const SurveyOutcome& outcome, const SampleScript& script) {
   const bool isGood = outcome.status == RunStatus::kOk;
@@ -116,6 +121,7 @@ SampleScript ScriptOf(HostSession& session, const SurveyOutcome& outcome, const 
     described.columns.push_back({column.name, column.isString});
   ScriptFiller(*commanded, &described).Fill();
   const bool hasFirst = !weights.stages.empty() && weights.stages.front().variables.number == 1;
+  if (hasFirst) described.hasLoneUnit = HasLoneUnit(weights.stages.front());
   described.areUnitsCases = hasFirst && weights.stages.front().clusterCount == weights.summary.count;
   return described;
 }

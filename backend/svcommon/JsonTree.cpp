@@ -32,6 +32,13 @@ std::optional<std::size_t> FindLongToken(std::string_view json) {
   return std::nullopt;
 }
 
+// REQUIRES: valid UTF-8.
+std::string_view CharacterAt(std::string_view text, std::size_t offset) {
+  std::size_t end = offset + 1;
+  while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) ++end;
+  return text.substr(offset, end - offset);
+}
+
 // What is wrong where the parser stopped, in the token that begins at `token`. The library's own words are
 // about tokens.
 std::string SyntaxText(std::string_view json, std::size_t token, std::size_t offset) {
@@ -47,7 +54,11 @@ std::string SyntaxText(std::string_view json, std::size_t token, std::size_t off
   if ((found == '}' || found == ']') && isAfterComma) return "no valid JSON: there is a comma too many";
   if (found == '/' || found == '#') return "no valid JSON, which has no comments";
   if (found == '\'') return "no valid JSON, in which texts are in double quotes";
-  return fmt::format("no valid JSON: {} can't be here", QuotedWord(json.substr(offset, 1)));
+  const std::string_view character = CharacterAt(json, offset);
+  // U+2018 to U+201F: what word processors make of quotes.
+  if (character >= "\u2018" && character <= "\u201F")
+    return "no valid JSON, in which quotes are straight: \"";
+  return fmt::format("no valid JSON: {} can't be here", QuotedWord(character));
 }
 
 }  // namespace

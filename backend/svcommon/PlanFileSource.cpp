@@ -4,7 +4,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <string_view>
+#include <system_error>
 #include <utility>
 #include <xercesc/util/BinFileInputStream.hpp>
 
@@ -13,6 +16,8 @@
 namespace SV_XML {
 
 namespace {
+
+constexpr std::size_t kLookBytes = 4096;  // far more blanks than anyone puts before a plan
 
 // Reads the file in the library's way, and pretends that it ends where the declarations get too long.
 class PlanFileStream : public xercesc::BinFileInputStream {
@@ -47,6 +52,24 @@ std::FILE* OpenPlanFile(const std::string& path) {
   std::FILE* const stream = isReadable ? fdopen(file, "rb") : nullptr;
   if (stream == nullptr) close(file);
   return stream;
+}
+
+std::string WhyNoXml(const std::string& path) {
+  errno = 0;
+  std::FILE* const file = OpenPlanFile(path);
+  if (file == nullptr)
+    return errno == 0 ? "no plan: a folder, pipe or device"
+                      : "the file can't be read: " + std::system_category().message(errno);
+  char bytes[kLookBytes];
+  std::string_view text(bytes, std::fread(bytes, 1, sizeof bytes, file));
+  std::fclose(file);
+  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+  const std::size_t first = text.find_first_not_of(" \t\r\n");
+  if (first == std::string_view::npos) return text.size() < kLookBytes - 3 ? "the file is empty" : "";
+  const char begin = text[first];
+  const bool isWide = begin == '\0' || begin == '\xFF' || begin == '\xFE';  // UTF-16
+  if (begin == '<' || isWide) return "";
+  return "not well-formed XML here: a plan begins with < (XML) or { (JSON)";
 }
 
 xercesc::BinInputStream* PlanFileSource::makeStream() const {

@@ -46,4 +46,7 @@ private:
   const PlanDomParser* fpParser;  // borrowed; null for a file that isn't a plan
 };
 
+// Why the file can't be XML at all: it can't be read, is empty, or begins with something else. Empty if it may be.
+std::string WhyNoXml(const std::string& path);
+
 }  // namespace SV_XML

@@ -13,6 +13,7 @@
 #include "backend/svcommon/PlanRules.h"
 #include "backend/svcommon/PlanSource.h"
 #include "backend/svcommon/SVPlanSpecs.h"
+#include "host/read/TextForm.h"
 
 // Reading a plan in JSON. A small plan, which draws four schools in each region with probability proportional
 // to their number of cases:
@@ -135,7 +136,13 @@ private:
   void CheckRepeatedRows();
   // A CSV file; faults are about its lines. Throws DataError if it can't be read.
   void ReadTableFile(Index at, const std::string& path);
-  void ReadTableLines(const std::string& path, char delimiter);
+  struct TableDelimiter {
+    char character;
+    bool hasOwnLine;  // the first line only names it
+  };
+  static TextForm TableForm(const std::string& path);
+  static TableDelimiter DelimiterOf(const std::string& path, const TextForm& form);
+  void ReadTableLines(const std::string& path, const TextForm& form, TableDelimiter delimiter);
   std::string CheckTablePath(std::string_view path) const;
 
   // What is wrong, and where. The first code of a plan counts.

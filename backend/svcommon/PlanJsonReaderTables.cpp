@@ -9,6 +9,7 @@
 #include "host/model/Values.h"
 #include "host/read/CsvReader.h"
 #include "host/text/NearestWord.h"
+#include "host/text/TextConversion.h"
 
 // Sizes and rates of a JSON plan: a number, a variable, or a table in the plan or in a CSV file.
 
@@ -156,6 +157,38 @@ std::string PlanJsonReader::CheckTablePath(std::string_view path) const {
   return "";
 }
 
+// Encodings as in a frame.
+TextForm PlanJsonReader::TableForm(const std::string& path) {
+  TextForm form = FindTextForm(path);
+  std::string bytes;
+  std::string why;
+  if (form != TextForm() || !ReadWholeFile(path, &bytes, &why)) return form;
+  if (FindInvalidUtf8(bytes) != std::string::npos && IsWindows1252(path, false))
+    form.encoding = TextEncoding::kWindows1252;
+  return form;
+}
+
+// A comma, or else what the first line has instead; spreadsheets of some countries split at semicolons. A first
+// line can also name the delimiter: sep=;
+PlanJsonReader::TableDelimiter PlanJsonReader::DelimiterOf(const std::string& path, const TextForm& form) {
+  for (const char character : {',', '\t'}) {
+    CsvReader header(path, form);
+    header.SetDelimiter(character);
+    try {
+      if (!header.NextRecord()) break;
+    } catch (const DataError&) {
+      continue;
+    }
+    const bool isEmptyLast = header.Fields() == 2 && header.Field(1).empty();
+    const std::string first = std::string(header.Field(0)) + (isEmptyLast ? std::string(1, character) : "");
+    if (header.Fields() == 1 || isEmptyLast) {
+      if (const char named = SeparatorLine(first); named != '\0') return {named, true};
+    }
+    if (header.Fields() > 1) return {character, false};
+  }
+  return {';', false};
+}
+
 void PlanJsonReader::ReadTableFile(Index at, const std::string& path) {
   if (const std::string why = CheckTablePath(path); !why.empty()) return Fault(kPlanInvalidFile, at, why);
   const std::filesystem::path file = std::filesystem::path(fPath).parent_path() / path;
@@ -166,16 +199,15 @@ void PlanJsonReader::ReadTableFile(Index at, const std::string& path) {
   }
   fpPlan->tableFiles.push_back(file);
   fvTables[static_cast<std::size_t>(fStage) - 1].file = file;
-  // Spreadsheets of some countries split at semicolons: then the first line has no comma.
-  CsvReader header(file);
-  const bool isSplitAtCommas = header.NextRecord() && header.Fields() > 1;
-  ReadTableLines(file, isSplitAtCommas ? ',' : ';');
+  const TextForm form = TableForm(file);
+  ReadTableLines(file, form, DelimiterOf(file, form));
 }
 
-void PlanJsonReader::ReadTableLines(const std::string& path, char delimiter) {
+void PlanJsonReader::ReadTableLines(const std::string& path, const TextForm& form, TableDelimiter delimiter) {
   VarCatList& table = Stage().paramMatrix;
-  CsvReader reader(path);
-  reader.SetDelimiter(delimiter);
+  CsvReader reader(path, form);
+  if (delimiter.hasOwnLine) reader.NextRecord();
+  reader.SetDelimiter(delimiter.character);
   std::vector<KorvVarName> names;
   table.copyVarList(names);
   bool isFit = reader.NextRecord() && reader.Fields() == names.size() + 1;

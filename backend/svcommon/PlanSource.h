@@ -30,7 +30,7 @@ public:
   virtual std::vector<std::string> Contradictions() const = 0;
 
   // Texts that should have been a number and were only partly read as one, each with the value that was used:
-  // "2,5" is read as 2. At most kMaxMisread, without repeats.
+  // "2,5" is read as 2. Lines as above, at most kMaxMisread; of equal texts the first.
   static constexpr std::size_t kMaxMisread = 10;
   virtual const std::vector<std::string>& MisreadNumbers() const = 0;
 

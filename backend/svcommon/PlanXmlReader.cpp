@@ -47,9 +47,13 @@ bool PlanXmlReader::parseFile(const std::string& path) {
     fpDocument = fpParser->getDocument();
     isParsed = fpDocument != nullptr;
   } catch (const xercesc::SAXParseException& fault) {
-    fFaults.Add(LineAbout(PlanPosition{.line = fault.getLineNumber(), .column = fault.getColumnNumber()},
-                          "not well-formed XML here, or not what the plan format has in the element that "
-                          "stands or ends here"));
+    // A file that couldn't be opened is a fault without a place.
+    const PlanPosition place = {.line = fault.getLineNumber(), .column = fault.getColumnNumber()};
+    const std::string why = WhyNoXml(fPath);
+    fFaults.Add(LineAbout(place, !why.empty()
+                                     ? why
+                                     : "not well-formed XML here, or not what the plan format has in "
+                                       "the element that stands or ends here"));
   } catch (...) {
     // The library throws several unrelated types: its I/O and its memory exceptions, the SAXException of our
     // own bounds. None has a position, and the user gets the same message for all.
@@ -103,6 +107,10 @@ int PlanXmlReader::ReadSampleDesign(const Element* design) {
   if (IsWord(design, u"wrEstimation", u"yes")) fpPlan->estimation = kSamplingWr;
   int code = ReadSampleStages(design);
   fStage = 0;
+  CheckWords(design);
+  const std::string word = Text(design, u"wrEstimation");
+  if (!word.empty() && word != "yes" && word != "no")
+    NoteContradiction(design, "wrEstimation is " + QuotedWord(word) + ", which counts as no");
   code = FirstFault(code, ReadDesignWeight(design, u"PreviousWeight", &fpPlan->previousWeight));
   return FirstFault(code, ReadDesignWeight(design, u"Weight", &fpPlan->weight));
 }

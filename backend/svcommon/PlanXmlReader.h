@@ -57,9 +57,9 @@ XERCES_CPP_NAMESPACE_END
 // at the first character that doesn't belong to a number, and a text without a number is 0. "12abc" is
 // therefore 12, and "2,5" is 2. Such a text is accepted, but noted in MisreadNumbers().
 //
-// The source is split in four: PlanXmlReader.cpp has the parse and the design as a whole,
+// The source is split in five: PlanXmlReader.cpp has the parse and the design as a whole,
 // PlanXmlReaderStages.cpp the stages, PlanXmlReaderParts.cpp what stages are made of, PlanXmlReaderLines.cpp
-// what is said about a plan.
+// what is said about a plan, PlanXmlWords.cpp the words that nothing reads.
 
 namespace SV_XML {
 
@@ -100,7 +100,8 @@ public:
   // element around it. There is no place if the file couldn't be read or exceeded a bound.
   std::vector<std::string> Faults() const override { return fFaults.All(); }
 
-  // A number of stages, variables or rows that isn't theirs, rows of a table with the same categories.
+  // A number of stages, variables or rows that isn't theirs, rows of a table with the same categories, names
+  // that aren't the grammar's, what is there twice or beside something that counts instead.
   std::vector<std::string> Contradictions() const override { return fContradictions.All(); }
 
   std::string LineAboutName(const KorvVarName& name, const std::string& what) const override;
@@ -157,7 +158,16 @@ private:
   int Integer(const Element* element, const XMLCh* name);
   double Number(const Element* element, const XMLCh* name);
   template <class Value>
-  Value Extract(const std::string& text);
+  Value Extract(const Element* element, const std::string& text);
+
+  // Words of a sample design that nothing reads. REQUIRES: the element is one of the grammar's.
+  void CheckWords(const Element* element);
+  void CheckAttributes(const Element* element, const std::vector<std::string>& known);
+  void CheckStageWords(const Element* stage, int number);
+  void CheckForms(const Element* holder);
+  void NoteUnknownWord(const Element* at, const std::string& what, const std::string& name,
+                       const std::vector<std::string>& known);
+  std::string NameOf(const xercesc::DOMNode* node) const;
 
   // What is wrong, and where. Fault() returns the code.
   int Fault(int code, const Element* at, const std::string& what);

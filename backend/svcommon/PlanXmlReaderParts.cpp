@@ -179,27 +179,28 @@ std::string PlanXmlReader::Text(const Element* element, const XMLCh* name) const
 }
 
 int PlanXmlReader::Integer(const Element* element, const XMLCh* name) {
-  return Extract<int>(Text(element, name));
+  return Extract<int>(element, Text(element, name));
 }
 
 double PlanXmlReader::Number(const Element* element, const XMLCh* name) {
-  return Extract<double>(Text(element, name));
+  return Extract<double>(element, Text(element, name));
 }
 
 // Extracts a number as a fresh stream does: blanks before it and anything after it are ignored, a text
 // without a number gives 0, a number out of range the nearest one that the type has. Only a text that isn't
 // read to its end is noted as misread; an empty one is a missing attribute.
 template <class Value>
-Value PlanXmlReader::Extract(const std::string& text) {
+Value PlanXmlReader::Extract(const Element* element, const std::string& text) {
   std::istringstream stream(text);
+  stream.exceptions(std::ios::badbit);  // a number isn't read as 0 for lack of memory
   stream.imbue(std::locale::classic());
   Value value = 0;
   const bool isWhole = (stream >> value) && (stream >> std::ws).eof();
   if (isWhole || text.empty() || fvMisread.size() == kMaxMisread) return value;
-  std::string misread = fmt::format("\"{}\" is read as {}", text, value);
-  if (std::find(fvMisread.begin(), fvMisread.end(), misread) == fvMisread.end()) {
-    fvMisread.push_back(std::move(misread));
-  }
+  const std::string misread = fmt::format("\"{}\" is read as {}", text, value);
+  const bool isKnown = std::any_of(fvMisread.begin(), fvMisread.end(),
+                                   [&](const std::string& line) { return line.ends_with(": " + misread); });
+  if (!isKnown) fvMisread.push_back(LineAbout(element, misread));
   return value;
 }
 

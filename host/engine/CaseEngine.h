@@ -46,6 +46,7 @@ struct ColumnContents {
   static constexpr std::size_t kMostFrequent = 5;
 
   std::int64_t systemMissing = 0;  // 0 for a string, which always has a value, if only blanks
+  std::int64_t blank = 0;          // valid texts of blanks, which a draw counts as missing
   std::int64_t userMissing = 0;
   std::int64_t valid = 0;  // cases
   double smallest = 0.0;   // of the valid numbers, if there are any

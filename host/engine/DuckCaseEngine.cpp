@@ -132,7 +132,7 @@ ColumnContents DuckCaseEngine::Summarize(int column, const KORV_Variable& variab
     DuckResult result = connection.Query(fmt::format(
         "SELECT count(*), count(p), count(*) FILTER (WHERE m), count(v), approx_count_distinct(v){} "
         "FROM {}",
-        isNumeric ? ", coalesce(min(v), 0), coalesce(max(v), 0)" : "", from));
+        isNumeric ? ", coalesce(min(v), 0), coalesce(max(v), 0)" : ", count(*) FILTER (WHERE v = '')", from));
     const DuckChunk row = result.Fetch();
     ColumnContents contents;
     contents.systemMissing = row.Values<std::int64_t>(0)[0] - row.Values<std::int64_t>(1)[0];
@@ -142,6 +142,8 @@ ColumnContents DuckCaseEngine::Summarize(int column, const KORV_Variable& variab
     if (isNumeric) {
       contents.smallest = row.Values<double>(5)[0];
       contents.largest = row.Values<double>(6)[0];
+    } else {
+      contents.blank = row.Values<std::int64_t>(5)[0];
     }
     if (contents.different <= kMostDifferent)
       contents.frequent = MostFrequent(connection, from, isNumeric, &contents.different);

@@ -10,18 +10,18 @@
 
 FileWatch::FileWatch(std::string path) : fPath(std::move(path)), fFile(fPath, O_RDONLY) {
   if (!fFile.IsOpen()) throw DataError(SystemReason());
-  fState = Now();
+  fState = FileState::Of(fPath);
   Check();
 }
 
-// A file that isn't there has a state of its own. Any other failure is one: it would look like a change.
-FileWatch::State FileWatch::Now() const {
+// Any failure but a missing file is one: it would look like a change.
+FileState FileState::Of(const std::string& path) {
   struct stat found {};
-  if (stat(fPath.c_str(), &found) != 0) {
+  if (stat(path.c_str(), &found) != 0) {
     if (errno == ENOENT) return {};
     throw DataError(SystemReason());
   }
-  State state;
+  FileState state;
   state.device = found.st_dev;
   state.inode = found.st_ino;
   state.bytes = found.st_size;
@@ -35,6 +35,6 @@ FileWatch::State FileWatch::Now() const {
 void FileWatch::Check() const {
   struct stat opened {};
   const bool isOpened = fstat(fFile.Get(), &opened) == 0 && opened.st_ino == fState.inode;
-  if (isOpened && Now() == fState) return;
+  if (isOpened && FileState::Of(fPath) == fState) return;
   throw DataError("the file was changed while it was being read");
 }

@@ -5,6 +5,20 @@
 
 #include "host/files/FileDescriptor.h"
 
+// What is compared of a file. A file that isn't there has a state of its own.
+struct FileState {
+  // Errors: DataError without the name of the file if it can't be looked at.
+  static FileState Of(const std::string& path);
+
+  std::uint64_t device = 0;
+  std::uint64_t inode = 0;
+  std::int64_t bytes = 0;
+  std::int64_t written[2] = {};  // seconds and nanoseconds of the mtime
+  std::int64_t changed[2] = {};  // of the ctime
+
+  bool operator==(const FileState&) const = default;
+};
+
 // FileWatch notices when a file that is read several times isn't the same any more: replaced by another file,
 // grown, cut, or written to in place, even if its old time was set back afterwards.
 //
@@ -26,18 +40,7 @@ public:
   void Check() const;
 
 private:
-  struct State {
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
-    std::int64_t bytes = 0;
-    std::int64_t written[2] = {};  // seconds and nanoseconds of the mtime
-    std::int64_t changed[2] = {};  // of the ctime
-
-    bool operator==(const State&) const = default;
-  };
-  State Now() const;
-
   std::string fPath;
   FileDescriptor fFile;
-  State fState;
+  FileState fState;
 };

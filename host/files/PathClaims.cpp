@@ -56,6 +56,7 @@ bool NamesStream(const std::string& path) {
 // Why there can't be a file at a plain path, whatever the permissions; empty if there can be.
 std::string WhyNoTarget(const fs::path& path, const fs::file_status& status) {
   std::error_code error;
+  if (std::string why = WhyLinkIsRefused(path.string()); !why.empty()) return why;  // of a schema file
   if (fs::is_directory(status)) return "a folder, expected a file";
   if (!fs::is_regular_file(status) && status.type() != fs::file_type::not_found) return kNoFile;
   if (!fs::is_directory(path.parent_path(), error)) return "its folder doesn't exist";
@@ -167,6 +168,8 @@ FileFlags PathClaims::TryWriting(FileRole role, const std::string& spelling, con
     flags.why = !path.empty() && path.back() == '/' ? "a folder, expected a file" : kNoFile;
     return flags;
   }
+  flags.why = WhyLinkIsRefused(path);
+  if (!flags.why.empty()) return flags;
   std::vector<std::string> paths = {PlainPath(path)};
   if (IsDataOutput(role) && !CanBeWritten(path)) {
     flags.why = "data files are written as .sav, .parquet, .csv and .tsv";

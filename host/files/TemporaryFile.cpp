@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
@@ -21,6 +22,38 @@ bool Sync(const std::string& path, int flags, std::string* why) {
   return false;
 }
 
+// What a path leads to.
+struct Followed {
+  std::string path;
+  bool isForeign = false;  // a link on the way isn't one that may be followed, see WhyLinkIsRefused()
+};
+
+// The rule by which Linux itself protects links in sticky folders that everybody can write to, such as /tmp:
+// a link there counts only if it belongs to the caller or to the owner of the folder. The system applies it
+// where it opens a file, but not where a link is read.
+bool IsForeign(const fs::path& link) {
+  struct stat found {};
+  struct stat folder {};
+  if (lstat(link.c_str(), &found) != 0 || stat(FolderOf(link.string()).c_str(), &folder) != 0) return false;
+  const bool isShared = (folder.st_mode & S_ISVTX) != 0 && (folder.st_mode & S_IWOTH) != 0;
+  return isShared && found.st_uid != geteuid() && found.st_uid != folder.st_uid;
+}
+
+// Links are followed by hand, since the last one may lead to a file that isn't there yet.
+Followed Follow(const std::string& path) {
+  constexpr int kMostLinks = 40;  // as the system's own limit
+  Followed followed;
+  std::error_code error;
+  fs::path plain = fs::absolute(path, error);
+  for (int i = 0; i < kMostLinks && fs::is_symlink(fs::symlink_status(plain, error)); ++i) {
+    followed.isForeign = followed.isForeign || IsForeign(plain);
+    plain = plain.parent_path() / fs::read_symlink(plain, error);
+  }
+  const fs::path whole = fs::weakly_canonical(plain, error);
+  followed.path = error ? path : whole.string();  // what can't be resolved fails where it is opened
+  return followed;
+}
+
 }  // namespace
 
 std::string SystemReason() {
@@ -38,15 +71,13 @@ bool SyncFolder(const std::string& folder, std::string* why) {
 }
 
 std::string PlainPath(const std::string& path) {
-  // Links are followed by hand, since the last one may lead to a file that isn't there yet.
-  constexpr int kMostLinks = 40;  // as the system's own limit
-  std::error_code error;
-  fs::path plain = fs::absolute(path, error);
-  for (int i = 0; i < kMostLinks && fs::is_symlink(fs::symlink_status(plain, error)); ++i) {
-    plain = plain.parent_path() / fs::read_symlink(plain, error);
-  }
-  const fs::path whole = fs::weakly_canonical(plain, error);
-  return error ? path : whole.string();  // what can't be resolved fails where it is opened
+  return Follow(path).path;
+}
+
+std::string WhyLinkIsRefused(const std::string& path) {
+  return Follow(path).isForeign
+             ? "a symbolic link of another account, in a folder that everybody can write to"
+             : "";
 }
 
 std::string BesideName(const std::string& path, std::string_view suffix) {
@@ -65,6 +96,8 @@ TemporaryFile::TemporaryFile(std::string target, std::string key, std::unique_pt
 
 // The lock file names the folder before there is one, so that a kill in between leaves nothing unnamed.
 std::unique_ptr<TemporaryFile> TemporaryFile::Open(const std::string& target, std::string* why) {
+  *why = WhyLinkIsRefused(target);
+  if (!why->empty()) return nullptr;
   const std::string file = PlainPath(target);
   const std::string key = PrivateFolder::MakeKey();
   std::unique_ptr<FileLock> lock = FileLock::Take(file, key, why);

@@ -19,6 +19,10 @@ bool SyncFolder(const std::string& folder, std::string* why);
 // The file that a path leads to: absolute, without symbolic links. Neither the file nor the target of a link
 // need exist.
 std::string PlainPath(const std::string& path);
+// Why a path must not be written through the symbolic links that it ends in; empty if it may. In a sticky
+// folder that everybody can write to, another account could have planted the link, to have a file of the
+// caller's overwritten.
+std::string WhyLinkIsRefused(const std::string& path);
 
 // The hidden name of a file's helper: "dir/.name" + suffix for "dir/name".
 std::string BesideName(const std::string& path, std::string_view suffix);

@@ -49,3 +49,9 @@ int Dictionary::Find(const std::string& name) const {
                                   [&](const KORV_Variable& v) { return v.UpperName() == upper; });
   return found == variables.end() ? -1 : static_cast<int>(found - variables.begin());
 }
+
+std::vector<std::string> Dictionary::Names() const {
+  std::vector<std::string> names;
+  for (const KORV_Variable& variable : variables) names.push_back(variable.GetName());
+  return names;
+}

@@ -119,4 +119,7 @@ struct Dictionary {
 
   // Index of the first variable with this name in any case; -1 if not found. O(variables).
   int Find(const std::string& name) const;
+
+  // The names of all variables, in their order.
+  std::vector<std::string> Names() const;
 };

@@ -52,14 +52,15 @@ std::string FillEntry(const std::string& pattern, char mark, const std::vector<s
 }  // namespace
 
 void BpComposite::Add(const BpCellText& cell) {
-  if (!fbInSublist) fvItems.emplace_back();
+  if (!fbInSublist) AddItem();
   fvItems.back().push_back(cell.Text());
+  fvFullItems.back().push_back(cell.FullText());
   AddValuesOf(cell);
 }
 
 void BpComposite::Sublist() {
   assert(!fbInSublist);
-  fvItems.emplace_back();
+  AddItem();
   fbInSublist = true;
 }
 
@@ -70,11 +71,22 @@ void BpComposite::EndSublist() {
 
 void BpComposite::Finish() {
   assert(!fbInSublist);
+  SetText(Filled());
+  fvItems.swap(fvFullItems);
+  SetFullText(Filled());
+}
+
+void BpComposite::AddItem() {
+  fvItems.emplace_back();
+  fvFullItems.emplace_back();
+}
+
+std::string BpComposite::Filled() const {
   std::string text;
   for (std::size_t at = 0; at < fPattern.size();) {
     if (!FillPlaceholder(&at, &text) && !FillList(&at, &text)) text += fPattern[at++];
   }
-  SetText(std::move(text));
+  return text;
 }
 
 const BpComposite::Item* BpComposite::ItemOf(std::size_t number) const {

@@ -27,7 +27,7 @@
 // named "^1" is safe.
 //
 // Use:        construct, Add() each item in order, with Sublist() and EndSublist() around the items of a
-//             list, then Finish(). Text() is empty before Finish().
+//             list, then Finish(), once. Text() is empty before Finish().
 // Value key:  the keys of all items, in order, so that a label composed of data values identifies them.
 class BpComposite : public BpCellText {
 public:
@@ -44,14 +44,17 @@ private:
   // single text is a list of one.
   using Item = std::vector<std::string>;
 
+  void AddItem();
   // Null if there is no such item. 0, the result of ReadNumber() where no number is, never is one.
   const Item* ItemOf(std::size_t number) const;
   // Each returns false, and changes nothing, unless a complete placeholder or list starts at *at. Otherwise
   // it appends the replacement to *text and moves *at past the placeholder.
   bool FillPlaceholder(std::size_t* at, std::string* text) const;
   bool FillList(std::size_t* at, std::string* text) const;
+  std::string Filled() const;
 
   std::string fPattern;
   std::vector<Item> fvItems;
+  std::vector<Item> fvFullItems;  // the same with their full texts
   bool fbInSublist = false;
 };

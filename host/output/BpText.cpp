@@ -33,6 +33,18 @@ std::string FormattedText(const KORV_Variable& variable, const OBS* cells) {
   return std::string(WithoutOuterBlanks(buffer.c_str()));
 }
 
+// The value itself where `shown`, its text in its format, would be read as another one.
+std::string FullTextOf(const KORV_Variable& variable, const DictionaryValue& value, std::string shown) {
+  if (variable.GetType() > 0) {
+    const std::string_view whole = WithoutOuterBlanks(value.text);
+    return UsableFormat(variable).type == kFormatA && shown != whole ? std::string(whole) : std::move(shown);
+  }
+  double read = 0.0;
+  const bool isMissing = value.number == MCMV::gMissingValue || !std::isfinite(value.number);
+  const bool isSame = isMissing || (ParseNumber(shown, &read) && read == value.number);
+  return isSame ? std::move(shown) : NumberText(value.number);
+}
+
 // An empty label counts as none: a blank row label would hide the value.
 std::optional<std::string> LabelOf(const KORV_Variable& variable, const DictionaryValue& value) {
   const std::vector<ValueLabel>& labels = variable.ValueLabels();
@@ -79,6 +91,7 @@ BpDataValue::BpDataValue(const KORV_Variable& variable, const OBS* cells, int pr
   const DictionaryValue value = ValueOf(variable, cells);
   std::optional<std::string> label;
   if (preference != kShowInMessage) label = LabelOf(variable, value);
-  SetText(label ? *std::move(label) : FormattedText(variable, cells));
+  SetText(label ? *label : FormattedText(variable, cells));
+  if (!label) SetFullText(FullTextOf(variable, value, Text()));
   AddValue(KeyOf(variable, value));
 }

@@ -18,6 +18,9 @@ class BpCellText {
 public:
   const std::string& Text() const { return fText; }
 
+  // Text(), but with data values in full that their format rounds or cuts: F8.2 shows .0031 as "0.00".
+  const std::string& FullText() const { return fFullText ? *fFullText : fText; }
+
   // Identifies the data values behind the text, empty if there are none. Two labels with the same text but
   // different keys are different categories: F8.2 shows 1.001 and 1.002 as "1.00", but they are two strata.
   const std::string& ValueKey() const { return fValueKey; }
@@ -32,6 +35,9 @@ public:
 protected:
   BpCellText() = default;
   void SetText(std::string text) { fText = std::move(text); }
+  void SetFullText(std::string text) {
+    if (text != fText) fFullText = std::move(text);
+  }
   void SetNumber(double number) { fNumber = number; }
 
   // Appends a value to the key. Its length is written in front, so ("a", "bc") and ("ab", "c") differ.
@@ -40,6 +46,7 @@ protected:
 
 private:
   std::string fText;
+  std::optional<std::string> fFullText;  // only where it differs
   std::string fValueKey;
   std::optional<double> fNumber;
 };

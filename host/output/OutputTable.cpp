@@ -61,7 +61,11 @@ int OutputTable::Child(int parent, char kind, const BpCellText& text) {
   const int node = static_cast<int>(fvNodes.size());
   const auto [found, isNew] = fNodeOfKey.emplace(std::move(key), node);
   if (isNew) {
-    fvNodes.push_back({.text = text.Text(), .dimension = NodeAt(parent).dimension, .parent = parent});
+    fvNodes.push_back({.text = text.Text(),
+                       .dimension = NodeAt(parent).dimension,
+                       .parent = parent,
+                       .fullText = text.FullText(),
+                       .valueKey = text.ValueKey()});
   }
   return found->second;
 }

@@ -32,7 +32,9 @@ public:
   struct Node {
     std::string text;
     int dimension = 0;
-    int parent = kNoNode;  // kNoNode for a root
+    int parent = kNoNode;    // kNoNode for a root
+    std::string fullText{};  // see BpCellText::FullText()
+    std::string valueKey{};  // see BpCellText::ValueKey()
   };
   struct Cell {
     std::string text;

@@ -31,11 +31,16 @@ bool JoinsHangul(UChar32 c) {
   return kind == U_HST_VOWEL_JAMO || kind == U_HST_TRAILING_JAMO;
 }
 
+// Whether `c` turns the direction of the characters behind it around, so that a line shows what isn't in it.
+bool TurnsText(UChar32 c) {
+  return (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+}
+
 // The Unicode standard has no single rule for widths. This is the usual one of terminals: nothing for marks
 // and format characters, two columns for East Asian Wide and Fullwidth (Unicode Standard Annex 11), else one.
 // The soft hyphen is a format character by category, but terminals show it.
 int CharacterWidth(UChar32 c) {
-  if (c < 0) return 1;
+  if (c < 0 || TurnsText(c)) return 1;  // shown as U+FFFD
   if (c < 0x7F) return c < 0x20 ? 0 : 1;
   constexpr std::uint32_t kNoColumn = U_GC_MN_MASK | U_GC_ME_MASK | U_GC_CF_MASK | U_GC_CC_MASK;
   constexpr UChar32 kSoftHyphen = 0xAD;
@@ -77,7 +82,7 @@ std::string PrintableText(std::string_view text) {
   printable.reserve(text.size());
   for (std::size_t at = 0; at < text.size();) {
     const UChar32 c = NextCharacter(text, &at);
-    if (c < 0) {
+    if (c < 0 || TurnsText(c)) {
       Append(kReplacement, &printable);
     } else {
       Append(u_charType(c) == U_CONTROL_CHAR ? ' ' : c, &printable);

@@ -15,7 +15,8 @@
 int DisplayWidth(std::string_view text);
 
 // `text` made safe to print within one line: control characters become blanks, so that no data value can move
-// the cursor or change colours, and invalid bytes become U+FFFD.
+// the cursor or change colours, and invalid bytes become U+FFFD; so do the characters by which a text could turn
+// the direction of what follows.
 std::string PrintableText(std::string_view text);
 
 // PrintableText(), or "(blank)" when the result has only blanks: a row label that nobody can see looks like

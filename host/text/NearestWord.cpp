@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "host/text/DisplayText.h"
+#include "host/text/VariableNames.h"
 
 namespace {
 
@@ -55,4 +56,13 @@ std::string NearestWord(const std::string& word, const std::vector<std::string>&
     nearest = candidate;
   }
   return nearest;
+}
+
+std::string NearestNameHint(const std::string& name, const std::vector<std::string>& variables) {
+  std::vector<std::string> upper;
+  for (const std::string& variable : variables) upper.push_back(GetUpperVarName(variable));
+  const std::string nearest = NearestWord(GetUpperVarName(name), upper);
+  if (nearest.empty()) return "";
+  const auto at = std::find(upper.begin(), upper.end(), nearest) - upper.begin();
+  return "; did you mean " + variables[static_cast<std::size_t>(at)] + "?";
 }

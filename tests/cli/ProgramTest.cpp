@@ -205,7 +205,7 @@ TEST(Program, DescribesTheValues) {
       {"SELECT 'n' || range % 7 || '  ' AS x FROM range(9)",
        "values: 'n0' (2), 'n1' (2), 'n2' (1), 'n3' (1), "
        "'n4' (1) and 2 others; none"},
-      {"SELECT NULL::VARCHAR AS x FROM range(2)", "values: '' (2); none missing"},
+      {"SELECT NULL::VARCHAR AS x FROM range(2)", "values: '' (2); 2 blank, which a draw"},
       {"SELECT 'n' || range AS x FROM range(70)", "values: 70 different, each once; none missing"},
       {"SELECT 'n' || range % 40000 AS x FROM range(80000)",
        "values: too many different ones to list; none missing"},

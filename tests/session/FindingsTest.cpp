@@ -23,9 +23,7 @@ struct Found {
     status = outcome.status;
     remarks = outcome.remarks;
     hasSample = std::filesystem::exists(folder.Path("s.csv"));
-    std::ostringstream text;
-    WriteReport(session, "r.json", outcome, text);
-    json = text.str();
+    json = ReportText(session, "r.json", outcome);
   }
 
   RunStatus status;
@@ -53,8 +51,9 @@ TEST(Findings, AreToldOnceAndRefusedWhenStrict) {
   struct Case {
     std::string aim, csv, stage;
     End end;
-    const char* part;  // of the one line; empty if there is no line
+    const char* part;  // of a line; empty if there is no line
     const char* other = "";
+    const char* second = "";  // another line, if there is one
   };
   const Case kCases[] = {
       {"nothing", "s,u,size\na,1,1\na,2,1\n", Stage("pps_systematic", kUnits + Size(" 1 ") + kBySize),
@@ -74,6 +73,19 @@ TEST(Findings, AreToldOnceAndRefusedWhenStrict) {
        Stage("pps_systematic", kUnits + Size("1") + kBySize), End::kRefused,
        "stage 1: 2 cases have another measure of size than the first case of their unit",
        "(s = a, u = 1: 3 and 4; and 1 more)"},
+      {"a size behind a missing one", "s,u,size\na,1,\na,1,5\na,2,3\n",
+       Stage("pps_systematic", kUnits + Size("1") + kBySize), End::kRefused,
+       "(s = a, u = 1: none and 5): ", "the first that isn't missing was used"},
+      {"sizes of 0 where two are drawn", "s,u,size\na,1,-1\na,2,-2\na,3,-3\n",
+       Stage("pps_brewer", kUnits + kBySize), End::kFailed, "3 units have a measure of size below 0", "",
+       "1 stratum has measures of size that don't add up to more than 0 (s = a: -6)"},
+      {"more than can be counted", "s,u\na,1\n", Wor(kUnits + Size("99999999999")), End::kRefused,
+       "(s = a: 99999999999 asked for, 1 there)"},
+      {"two of one", "s,u,size\na,1,3\n", Stage("pps_murthy", kUnits + kBySize), End::kRefused,
+       "(s = a: 2 asked for, 1 there)"},
+      {"cases without a stratum and a weight", "s,v\n,\n1,\n1,2\n",
+       "<PreviousWeight><Variable name='v'/></PreviousWeight>" + Wor(StrataOf(Var("s")) + Size("1")),
+       End::kDrawn, "2 of 3 cases are left out: 1 without s, 2 without v"},
       {"cases that disagree on the request", "s,u,n\na,1,1\na,2,2\n",
        Wor(kUnits + In("InputSampleSize", Var("n"))), End::kRefused,
        "1 case has another rate or size than the first case of its stratum (s = a: 1 and 2)"},
@@ -107,9 +119,18 @@ TEST(Findings, AreToldOnceAndRefusedWhenStrict) {
        "stage 1: numberOfValues is '1', and the number of rows is 2"},
       {"an unused row", kTwoCases, byTable("2", 2), End::kDrawn,
        "stage 1: 1 row of the table matches no case (row 2: s = 2)"},
+      {"invalid rates, beside another reason", "s,u,r\na,1,.5\na,2,1.25\nb,1,0\nb,2,0\n,3,1\n",
+       Wor(kUnits + In("InputSampleRate", Var("r"))), End::kFailed,
+       "stage 1: 3 cases have an invalid rate in r (s = a: 1.25; s = b: 0): a rate is above 0 and at most 1",
+       "", "4 of 5 cases are left out: 1 without s, 3 with an invalid rate in r"},
+      {"no row for the first stratum", "s\n3\n1\n3\n4\n", byTable("2", 2), End::kFailed,
+       "p.xml, line 1, column ", ": stage 1: the table has no row for 3 cases (s = 3; s = 4): add rows",
+       "stage 1: 1 row of the table matches no case (row 2: s = 2)"},
       {"a faulty plan", kTwoCases, Wor(Size("0")), End::kFailed, "p.xml, line 1, column "},
       {"no such variable", kTwoCases, Wor(ClustersOf(Var("U")) + In("InputSampleSize", Var("v"))),
        End::kFailed, "'v' isn't in the frame"},
+      {"nearly a variable", "school,u\n1,1\n", Wor(StrataOf(Var("Scool")) + Size("1")), End::kFailed,
+       "'Scool' isn't in the frame; names ignore case; did you mean school?"},
       {"no size in the plan", kTwoCases, Wor("<InputSampleSize/>"), End::kFailed,
        "nothing was drawn: stage 1 has no size or rate"},
   };
@@ -117,13 +138,19 @@ TEST(Findings, AreToldOnceAndRefusedWhenStrict) {
     SCOPED_TRACE(c.aim);
     const Found told(c.csv, c.stage, false);
     EXPECT_EQ(told.status, c.end == End::kFailed ? RunStatus::kError : RunStatus::kOk) << told.json;
-    ASSERT_EQ(told.remarks.size(), *c.part == '\0' ? 0U : 1U) << testing::PrintToString(told.remarks);
-    for (const std::string& remark : told.remarks)
-      EXPECT_THAT(remark, testing::AllOf(HasSubstr(c.part), HasSubstr(c.other)));
+    const std::size_t lines = (*c.part == '\0' ? 0U : 1U) + (*c.second == '\0' ? 0U : 1U);
+    ASSERT_EQ(told.remarks.size(), lines) << testing::PrintToString(told.remarks);
+    if (lines > 0) {
+      EXPECT_THAT(told.remarks, testing::Contains(testing::AllOf(HasSubstr(c.part), HasSubstr(c.other))));
+      EXPECT_THAT(told.remarks, testing::Contains(HasSubstr(c.second)));
+    }
     EXPECT_EQ(nlohmann::json::parse(told.json)["remarks"], nlohmann::json(told.remarks));
     const Found refused(c.csv, c.stage, true);
     EXPECT_EQ(refused.status == RunStatus::kError, c.end != End::kDrawn) << refused.json;
     EXPECT_EQ(refused.hasSample, c.end == End::kDrawn);
     EXPECT_EQ(refused.remarks.size(), told.remarks.size());
   }
+  // A draw of two units takes no size of a half; a strict run is refused before that is known.
+  const Found half("s,u,size\na,1,3\na,2,2\na,3,1\n", Stage("pps_brewer", kUnits + kBySize), false);
+  EXPECT_THAT(half.remarks, testing::Contains(HasSubstr("(s = a, u = 1: 3, must be below 3)")));
 }

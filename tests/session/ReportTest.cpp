@@ -81,6 +81,18 @@ TEST(Report, ShowsStagesByStratum) {
   }
 }
 
+// Strata that the display format shows alike are told apart, in the table, the clusters and the remarks; so are
+// those with the same label.
+TEST(Report, ShowsValuesInFullThatTheFormatRounds) {
+  const Reported run("s,c\n.001,1e-07\n.001,2\n.002,3\n.0031,4\n",
+                     Wor(StrataOf(Var("s")) + ClustersOf(Var("c")) + Size("2")), kSample);
+  const std::string text = Squeezed(run.text);
+  EXPECT_THAT(text, HasSubstr("s =\n 0.001 2 2"));
+  EXPECT_THAT(text, HasSubstr("\n 0.002 1 1"));
+  EXPECT_THAT(text, HasSubstr("0.001 / 1e-07; 0.001 / 2"));
+  EXPECT_THAT(text, HasSubstr("(s = 0.002: 2 asked for, 1 there; s = 0.0031: 2 asked for, 1 there)"));
+}
+
 // What the sample or the plan leaves out isn't made up.
 TEST(Report, SaysWhatIsNotKnownOfAStage) {
   struct Case {
@@ -121,6 +133,8 @@ TEST(Report, WritesCodeForR) {
   } kCases[] = {
       {kStages, kSample,
        "ids = ~c + case_number, strata = ~S + one_stratum,\n  fpc = ~p1 + p2, weights = ~w"},
+      {kStages, kSample, "# A stratum has one unit, from which"},
+      {kStages, "/CRITERIA SEED=7 /SAMPLEFILE OUTFILE='@/s.sav'", "# A native file takes the packages"},
       {kStages, kSample + "DROP=s", "# There is no design: the sample lacks the variable s, which"},
       {kStages, "/CRITERIA SEED=7", "# There is no design: the run wrote no sample file."},
       {kStages, "/CRITERIA SEED=7 /SAMPLEFILE OUTFILE='@/no/s.csv'",
@@ -156,7 +170,8 @@ TEST(Report, TellsOfTheSampleThatIsReplaced) {
     EXPECT_EQ(outcome.remarks, told.empty() ? std::vector<std::string>() : std::vector<std::string>{told});
     return Replace(told, folder.Path(""), "");
   };
-  const std::string replaced = "s.csv: a run without a seed draws another sample, which replaces this one; ";
+  const std::string replaced =
+      "s.csv: without a seed the run draws another sample, which would replace this one; ";
   const std::string unknown = replaced + "no report that this run names tells its seed";
   EXPECT_EQ(run("", "s.csv", "r.txt"), "");
   EXPECT_EQ(run("/CRITERIA SEED=77 ", "s.csv", "r.html"), "");
@@ -166,6 +181,44 @@ TEST(Report, TellsOfTheSampleThatIsReplaced) {
   EXPECT_EQ(run("", "s.csv", "r.html"), unknown);  // of another sample
   std::filesystem::last_write_time(folder.path / "r.html", std::filesystem::file_time_type::min());
   EXPECT_EQ(run("", "s.csv", "r.html"), unknown);
+}
+
+// Why the file isn't there that the notes name.
+TEST(Report, TellsThatTheDefaultJointFileIsNotWritten) {
+  const std::string first = Stage(
+      "pps_wor", ClustersOf(Var("u")) + Size("2") + "<MOS fromData='yes'/>" + Out("CumulativeWeight", "m"));
+  const auto remarks = [&](const std::string& stages, const std::string& command) {
+    const SurveyFolder folder("u,m\n1,1\n2,1\n3,1\n", stages);
+    if (stages == first)
+      folder.Write("p.xml",
+                   Replace(folder.Text("p.xml"), "<SampleDesign", "<SampleDesign wrEstimation='yes'"));
+    HostSession session;
+    return RunSurvey(session, folder.Request(command + kSampleFile)).remarks;
+  };
+  EXPECT_THAT(remarks(first, "/DATA RENAMEVARS "),
+              testing::Contains(HasSubstr("since the plan estimates as with replacement")));
+  EXPECT_THAT(
+      remarks(first + Wor(Size("1")), "/DATA RENAMEVARS /CRITERIA STAGES=2 "),
+      testing::Contains(HasSubstr("p.sav: no joint probabilities were written, since the first stage")));
+}
+
+// The default joint file replaces one of an earlier run without a word, but nothing else.
+TEST(Report, TellsThatTheDefaultJointFileReplacedAnother) {
+  const SurveyFolder folder(
+      "s,u,m\n1,1,1\n1,2,1\n1,3,2\n",
+      Stage("pps_wor", ClustersOf(Var("u")) + Size("2") + "<MOS fromData='no'><Variable name='m'/></MOS>"));
+  for (const std::string other : {"", "not ours", ""}) {
+    if (!other.empty()) folder.Write("p.sav", other);
+    HostSession session;
+    const SurveyOutcome outcome = RunSurvey(session, folder.Request(kSample));
+    EXPECT_EQ(outcome.status, RunStatus::kOk);
+    const auto told = testing::Contains(HasSubstr("p.sav: the joint probabilities replaced another file"));
+    if (other.empty()) {
+      EXPECT_THAT(outcome.remarks, Not(told));
+    } else {
+      EXPECT_THAT(outcome.remarks, told);
+    }
+  }
 }
 
 // More clusters than fit are counted.
@@ -187,6 +240,60 @@ TEST(Report, IdentifiesFrameAndPlan) {
   EXPECT_EQ(run.Fact("Seed"), "");
   const Reported failed(kFrame, Wor(StrataOf(Var("none")) + Size("1")), kSample);
   EXPECT_EQ(failed.Fact("SHA-256 of the frame"), "");
+  EXPECT_EQ(failed.Fact("SHA-256 of the plan").size(), 65U);
+  EXPECT_THAT(failed.Fact("Text of the plan"), HasSubstr("'none'"));
+}
+
+// A report describes the plan that was drawn, or there is none: another plan or table put in its place before the
+// report reads them, alike in size and time, ends the run.
+TEST(Report, DescribesNoOtherPlanOrFrame) {
+  const std::string plan = R"({"svselect_plan": 1, "weight": "w", "stages": [{"strata": ["s"],
+    "method": "simple_wor", "n": {"by": ["s"], "table": "t.csv"}}]})";
+  const struct {
+    const char *name, *what, *by;
+    RunStatus status;
+  } kCases[] = {{"p.json", "\"w\"", "\"v\"", RunStatus::kError},
+                {"t.csv", "1,1", "1,2", RunStatus::kError},
+                {"f.csv", "2,1", "2,9", RunStatus::kOk}};
+  for (const auto& [name, what, by, status] : kCases) {
+    SCOPED_TRACE(name);
+    const SurveyFolder folder("s,u\n1,1\n1,2\n2,1\n", "");
+    folder.Write("p.json", plan);
+    folder.Write("t.csv", "s,n\n1,1\n2,1\n");
+    const std::string path = folder.Path(name);
+    const auto replace = [&, what = what, by = by](RunStep step) {
+      if (step != RunStep::kReview) return;
+      folder.Write("other", Replace(folder.Text(path), what, by));
+      std::filesystem::last_write_time(folder.path / "other", std::filesystem::last_write_time(path));
+      std::filesystem::rename(folder.path / "other", path);
+    };
+    HostSession session;
+    RunRequest request = folder.Request(kSample);
+    request.command = Replace(request.command, "p.xml", "p.json");
+    request.reports = {folder.Path("r.txt")};
+    EXPECT_EQ(RunSurvey(session, request, {.stepBegins = replace}).status, status) << folder.Text("r.txt");
+    EXPECT_EQ(std::filesystem::exists(folder.Path("s.csv")), status == RunStatus::kOk);
+    EXPECT_THAT(folder.Text("r.txt"),
+                HasSubstr(status == RunStatus::kOk ? "unknown: the file was changed during the run"
+                                                   : path + ": the file was changed during the run"));
+  }
+}
+
+// The text of the plan is UTF-8 in the report, whatever it is in the file.
+TEST(Report, ShowsThePlanInUtf8) {
+  const std::string plan = Design(Wor(Size("1")) + Out("Weight", "w"));
+  const std::string latin = "<?xml version='1.0' encoding='ISO-8859-1'?><!-- \xE9 -->" + plan;
+  std::string wide = "\xFF\xFE";
+  for (const char c : "<!-- \xE9 -->" + plan) wide += {c, '\0'};
+  for (const std::string& text : {latin, wide}) {
+    const SurveyFolder folder("s\n1\n", "");
+    folder.Write("p.xml", text);
+    HostSession session;
+    RunRequest request = folder.Request(kSample);
+    request.reports = {folder.Path("r.html")};
+    EXPECT_EQ(RunSurvey(session, request).status, RunStatus::kOk) << folder.Text("r.html");
+    EXPECT_THAT(folder.Text("r.html"), HasSubstr("&lt;!-- é --&gt;&lt;KORV"));
+  }
 }
 
 // The command in the report draws the same 5 of 203 clusters again.

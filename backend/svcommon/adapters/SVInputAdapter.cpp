@@ -80,7 +80,7 @@ void SVInputAdapter::SetIterator(ProcDSIterator* iterator) {
   OnNewIterator(iterator);
 }
 
-// A case can be invalid for another reason, a table without a number for it, which has its own message.
+// Cases can also be invalid because a rate or size isn't allowed, or because a table has no number for them.
 SVInputAdapter::LeftOut SVInputAdapter::CasesLeftOut() const {
   if (fLacking.empty()) return {};
   LeftOut leftOut = {.cases = FirstPassInvalid(), .of = FirstPassRead()};

@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "backend/svcommon/design/DesignStage.h"
@@ -55,6 +56,8 @@ public:
   int AddDesignStage(const std::string& label, const DesignStage* designStage,
                      const std::vector<std::int32_t>* variables, const ObsVecMap* map,
                      const std::vector<KORV_Format>* formats);
+  // The line about a stage's table up to what is said, with its place in the plan: "PLAN, line 9, column 1: stage 1: ".
+  void SetTableLine(std::int32_t stage, std::string start) { fTableLines[stage] = std::move(start); }
   void SetPlanFile(const std::string& name) { fPlanFile = name; }
   void SetThreads(std::int32_t threads) { fMaxThreads = threads; }
 
@@ -71,6 +74,10 @@ public:
   const std::string& PlanFile() const { return fPlanFile; }
   // Null for an index out of range.
   const SVMatrixSpec* MatrixSpec(std::int32_t index) const;
+  std::string TableLine(std::int32_t stage) const {
+    const auto found = fTableLines.find(stage);
+    return found == fTableLines.end() ? "" : found->second;
+  }
   // The number of the stage that has the table at `index`, counting tables, not stages; -1 if out of range.
   std::int32_t MatrixStageNumber(std::int32_t index) const;
 
@@ -96,6 +103,7 @@ protected:
   std::vector<std::string> fStageLabels;                          // parallel to fDesignStages
   std::vector<std::unique_ptr<const SVMatrixSpec>> fMatrixSpecs;  // parallel to fDesignStages, never null
   std::string fPlanFile;                                          // after resolving
+  std::map<std::int32_t, std::string> fTableLines;                // by the number of the stage
   SlotMap fCatRecordIndex;                                        // dictionary index to slot
   SlotMap fContRecordIndex;
   SlotMap fMatrixRecordIndex;                    // position of the stage, from 0, to slot

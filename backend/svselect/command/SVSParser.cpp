@@ -35,7 +35,7 @@ bool SVSParser::Parse() {
     PlanSource& reader = *source;
     const int code = reader.readSamplePlan(planFile);
     if (plan->isJson) specs->SetJsonPlan();
-    for (const std::string& number : reader.MisreadNumbers()) BpRemark(planFile + ": " + number);
+    Remark(reader.MisreadNumbers());
     Remark(reader.Contradictions());
     if (code != 0) {
       SV_XML::PlanReadErrors().report(code);

@@ -139,6 +139,7 @@ private:
   // Remarks on the plan, beside the messages.
   static void Remark(const std::vector<std::string>& lines);
   void RemarkOnName(const KorvVarName& name, const std::string& what);
+  void RemarkOnMissing(const KorvVarName& name);
   void RemarkOnOutputs();
   bool RefusesPlan();
 

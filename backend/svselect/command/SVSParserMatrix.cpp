@@ -41,6 +41,13 @@ std::string NumberTextForReading(std::string text, const KORV_Format& format, ch
   return text;
 }
 
+// Why a text is no value of a variable: it is longer than any.
+std::string LengthHint(const std::string& category, const KORV_Variable& variable) {
+  if (variable.GetType() == 0 || category.size() <= variable.GetFormat().width) return "";
+  return fmt::format(", of at most {} {}", variable.GetFormat().width,
+                     variable.GetFormat().width == 1 ? "byte" : "bytes");
+}
+
 }  // namespace
 
 // All variables are looked up before the first failure counts, so that each missing one is reported.
@@ -122,8 +129,9 @@ bool SVSParser::ConvertMatrixRow(const std::vector<std::int32_t>& indices,
     if (!isGood) {
       messages.MatrixValue(variable.GetName().c_str(), category.c_str(), row, static_cast<int>(column) + 1);
       BpRemark(LineAboutRow(
-          row, fmt::format("{} is no value that {} can have, which is {} in the frame", QuotedWord(category),
-                           QuotedWord(variable.GetName()), variable.GetType() == 0 ? "numeric" : "text")));
+          row, fmt::format("{} is no value that {} can have, which is {} in the frame{}",
+                           QuotedWord(category), QuotedWord(variable.GetName()),
+                           variable.GetType() == 0 ? "numeric" : "text", LengthHint(category, variable))));
       return false;
     }
     position += static_cast<std::ptrdiff_t>(ObsCells(variable.GetType()));

@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include "backend/svcommon/PlanSource.h"
 #include "backend/svcommon/SVPlanSpecs.h"
 #include "backend/svcommon/design/MethodTable.h"
@@ -43,13 +45,18 @@ const KorvVarName& OutputNameOf(const SVPlanStageSpecs& stage, std::int32_t kind
   }
 }
 
-constexpr const char* kNotInFrame = "isn't in the frame; names ignore case";
-
 }  // namespace
 
 // The message has the name, but not where the plan has it. A name that is empty has no place.
 void SVSParser::RemarkOnName(const KorvVarName& name, const std::string& what) {
   if (!name.IsEmpty()) BpRemark(planReader->LineAboutName(name, QuotedWord(name.Text()) + " " + what));
+}
+
+void SVSParser::RemarkOnMissing(const KorvVarName& name) {
+  std::vector<std::string> names;
+  for (unsigned i = 0; i < dataSource->ColumnCount(); ++i)
+    names.push_back(dataSource->GetVariable(static_cast<int>(i)).GetName());
+  RemarkOnName(name, "isn't in the frame; names ignore case" + NearestNameHint(name.Text(), names));
 }
 
 // At most one for each output variable of each stage.
@@ -126,6 +133,8 @@ bool SVSParser::CheckSelectStages() {
   if (seenStages > 0) {
     if (selectStages.back() <= stageCount) return true;
     messages.InvalidIntegerList("STAGES", "CRITERIA");
+    BpRemark(fmt::format("the plan has {} {}, and stage {} was asked for", stageCount,
+                         stageCount == 1 ? "stage" : "stages", selectStages.back()));
     return false;
   }
   selectStages.clear();
@@ -199,6 +208,7 @@ bool SVSParser::AddStage(const SVPlanStageSpecs& stageSpecs) {
   const bool hasTable = table->map != nullptr;
   specs->AddDesignStage(stageSpecs.label, stage.get(), hasTable ? &table->indices : nullptr, table->map.get(),
                         hasTable ? &table->formats : nullptr);
+  if (hasTable) specs->SetTableLine(stage->stageNumber(), LineAboutRow(1, ""));
   designStages.push_back(std::move(stage));
   matrixTables.push_back(std::move(table));
   return true;
@@ -249,6 +259,13 @@ bool SVSParser::StandInForPreviousWeight(const SVPlanStageSpecs& stageSpecs) {
   if (currentStage != selectStages.front() - 1 || !plan->previousWeight.IsEmpty()) return true;
   currentParameter = "CUMWEIGHT";
   std::int32_t index = -1;
+  if (stageSpecs.cumWeightName.IsEmpty()) {
+    BpRemark(fmt::format(
+        "stage {} has no {} in the plan, the weight that the draw of stage {} starts from: add it, and draw "
+        "stage {} again",
+        currentStage, plan->isJson ? "'cumulative_weight'" : "CumulativeWeight", currentStage + 1,
+        currentStage));
+  }
   if (!CheckVariable(stageSpecs.cumWeightName, index, false)) return false;
   specs->SetPreviousWeight(index);
   return true;
@@ -315,7 +332,7 @@ bool SVSParser::CheckDesignVariables(const std::vector<KorvVarName>& names,
     if (!isNew) messages.VariableRepeated(name.Text().c_str(), currentParameter.c_str(), nullptr);
     variableNames.insert(upper);
     const std::int32_t index = FindVariable(name.Text(), false);
-    if (index < 0) RemarkOnName(name, kNotInFrame);
+    if (index < 0) RemarkOnMissing(name);
     if (!isNew || index < 0) return false;
     indices.push_back(index);
   }
@@ -332,7 +349,7 @@ bool SVSParser::CheckVariable(const KorvVarName& name, std::int32_t& index, bool
     return false;
   }
   index = FindVariable(name.Text(), isOutput);
-  if (index < 0 && !isOutput) RemarkOnName(name, kNotInFrame);
+  if (index < 0 && !isOutput) RemarkOnMissing(name);
   if (index < 0) return isOutput;
   if (dataSource->GetVariable(index).GetType() > 0) {
     messages.VariableNotNumeric(name.Text().c_str(), currentParameter.c_str(), SubcommandForMessage());

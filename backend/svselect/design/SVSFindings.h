@@ -51,7 +51,7 @@ constexpr bool IsRefused(FindingKind kind, Strictness strictness) {
 struct SVSFinding {
   // A place where it was found. Keys hold category codes; `unit` is empty where the stratum is meant. What
   // `value` and `other` are depends on the kind: the size and the limit, the number asked for and that there,
-  // the stated and the true probability.
+  // the stated and the true probability; of kNoTotalSize the sum, and 1 if the draw refuses it.
   struct Example {
     SVKey stratum;
     SVKey unit;

@@ -1,8 +1,13 @@
 #include "backend/svselect/records/SVSInputAdapter.h"
 
+#include <fmt/format.h>
+
 #include "backend/svcommon/adapters/SVMessages.h"
 #include "host/engine/ProcDSIterator.h"
+#include "host/engine/ProcedureDataSource.h"
+#include "host/model/Values.h"
 #include "host/numeric/Obs.h"
+#include "host/output/BpText.h"
 
 SVSInputAdapter::SVSInputAdapter(const SVSValidSpecs* validSpecs, ProcedureDataSource* dataSource,
                                  ProcDSIterator* iterator, const SVMessages* messages)
@@ -10,6 +15,20 @@ SVSInputAdapter::SVSInputAdapter(const SVSValidSpecs* validSpecs, ProcedureDataS
       fpSelectSpecs(validSpecs) {}
 
 SVSInputAdapter::~SVSInputAdapter() = default;
+
+// A case without a stratum or cluster isn't read any further, but may lack the earlier weight as well.
+bool SVSInputAdapter::ReadCategorical(double* record) {
+  if (SVInputAdapter::ReadCategorical(record)) return true;
+  auto contVar = fvContVars.begin();
+  for (const auto& [variable, slot] : fpSelectSpecs->ContRecordIndex()) {
+    bool invalid = false;
+    bool missing = false;
+    const bool isWeight = variable == fpSelectSpecs->PreviousWeightVar();
+    if (isWeight && (*contVar)->Get(&invalid, &missing) == MCMV::gMissingValue) CountLackOf(variable);
+    ++contVar;
+  }
+  return false;
+}
 
 // All variables are read even if the previous weight is missing: a later one may be worth a message. The
 // first that isn't allowed ends the case, so that a case has at most one message.
@@ -26,11 +45,9 @@ bool SVSInputAdapter::ReadContinuous(double* record) {
       CountLackOf(variable);
     }
     if (invalid) {
-      if (fpSelectSpecs->IsSizeSlot(slot)) {
-        fpMessages->InvalidSize(variable);
-      } else if (fpSelectSpecs->IsRateSlot(slot)) {
-        fpMessages->InvalidRate(variable);
-      }
+      const bool isSize = fpSelectSpecs->IsSizeSlot(slot);
+      if (PassCounter() == 0)
+        RefuseValue(isSize ? RefusedCases::Why::kSize : RefusedCases::Why::kRate, variable);
       return false;
     }
     ++contVar;
@@ -47,16 +64,45 @@ bool SVSInputAdapter::ReadMatrix(double* record) {
     record[slot] = fvMatrixSpecs[static_cast<std::size_t>(index)]->Get(&notFound);
     if (record[slot] == MCMV::gMissingValue) ok = false;
     if (notFound) {
-      const std::int32_t stage = fpSelectSpecs->MatrixStageNumber(index);
-      const std::vector<std::int32_t>& variables = *fpSelectSpecs->MatrixSpec(position)->variables;
-      if (fpSelectSpecs->IsSizeSlot(slot)) {
-        fpMessages->NoSize(stage, variables, fpIterator);
-      } else if (fpSelectSpecs->IsRateSlot(slot)) {
-        fpMessages->NoRate(stage, variables, fpIterator);
+      if (PassCounter() == 0) {
+        RefuseByTable(fpSelectSpecs->MatrixStageNumber(index),
+                      *fpSelectSpecs->MatrixSpec(position)->variables, fpSelectSpecs->IsSizeSlot(slot));
       }
       return false;
     }
     ++index;
   }
   return ok;
+}
+
+// The place is the stratum of the first stage that draws by the variable, and the value.
+void SVSInputAdapter::RefuseValue(RefusedCases::Why why, std::int32_t variable) {
+  const bool isSize = why == RefusedCases::Why::kSize;
+  if (!fbSilent) isSize ? fpMessages->InvalidSize(variable) : fpMessages->InvalidRate(variable);
+  for (const DesignStage* stage : fpSelectSpecs->DesignStages()) {
+    if ((isSize ? stage->sizeVariable() : stage->rateVariable()) != variable) continue;
+    const std::vector<std::int32_t>& strata = stage->strataVariables();
+    const std::string place = strata.empty() ? fmt::format("case {}", CasesRead()) : PlaceText(strata);
+    fRefused.Note(why, stage->stageNumber(), variable,
+                  place + ": " + NumberText(fpIterator->GetNumericValue(variable)));
+    return;
+  }
+}
+
+void SVSInputAdapter::RefuseByTable(std::int32_t stage, const std::vector<std::int32_t>& variables,
+                                    bool isSize) {
+  if (!fbSilent && isSize) fpMessages->NoSize(stage, variables, fpIterator);
+  if (!fbSilent && !isSize) fpMessages->NoRate(stage, variables, fpIterator);
+  fRefused.Note(RefusedCases::Why::kNoRow, stage, -1, PlaceText(variables));
+}
+
+// "county = 12, type = public", of the current case.
+std::string SVSInputAdapter::PlaceText(const std::vector<std::int32_t>& variables) const {
+  std::string text;
+  for (const std::int32_t index : variables) {
+    const KORV_Variable& variable = fpDataSource->GetVariable(index);
+    text += fmt::format("{}{} = {}", text.empty() ? "" : ", ", variable.GetName(),
+                        BpDataValue(variable, fpIterator->BindColumn(index), kShowInMessage).FullText());
+  }
+  return text;
 }

@@ -6,15 +6,16 @@
 
 #include "backend/svcommon/adapters/SVInputAdapter.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
+#include "backend/svselect/records/RefusedCases.h"
 #include "host/numeric/RecordIterator.h"
 
 // SVSInputAdapter decides which cases take part in a draw.
 //
 // A case is rejected if a strata or cluster variable is missing, if the weight of an earlier sampling is
 // missing, if a rate or size isn't allowed, or if a table has no number for the case. The last two are the
-// user's mistake rather than gaps in the data, so a message is shown as well, which ends the run. A missing
-// rate, size or measure of size doesn't reject the case: the stratum deals with it, since one record with a
-// value is enough.
+// user's mistake rather than gaps in the data, so a message is shown as well, in the first pass, which ends the
+// run. A missing rate, size or measure of size doesn't reject the case: the stratum deals with it, since one
+// record with a value is enough.
 //
 // Ownership, threads and cost are those of the base class.
 class SVSInputAdapter : public SVInputAdapter {
@@ -26,23 +27,37 @@ public:
                   const SVMessages* messages);
   ~SVSInputAdapter() override;
 
+  bool ReadCategorical(double* record) override;
   bool ReadContinuous(double* record) override;
   bool ReadMatrix(double* record) override;
 
   bool HasBlocks() const override;
   const MCCommon::RecordBlock* ReadBlock(std::size_t rows) override;
 
+  // What the messages were about.
+  const RefusedCases& Refused() const { return fRefused; }
+  // From now on cases are refused without a message.
+  void Silence() { fbSilent = true; }
+
 private:
+  // Note the current case, with a message. Only in the first pass: the others see the same cases.
+  void RefuseValue(RefusedCases::Why why, std::int32_t variable);
+  void RefuseByTable(std::int32_t stage, const std::vector<std::int32_t>& variables, bool isSize);
+  std::string PlaceText(const std::vector<std::int32_t>& variables) const;
+
+  // Of a block.
   void ReadCodes(std::size_t rows);
   bool ReadNumbers(std::size_t rows);
   bool ReadTables(std::size_t rows);
   void CountLacks(std::size_t rows);
+  std::int64_t CountWeightless(std::size_t rows) const;
   double* NumbersOf(std::int32_t slot, std::size_t rows);
 
   MCCommon::RecordBlock fBlock;
   std::vector<std::uint32_t> fvRecords;            // rows of the block that may become records
-  std::size_t fWeightless = 0;                     // rows that don't, for lack of the previous weight
   std::vector<std::vector<std::int32_t>> fvCodes;  // parallel to fvCatReaders
   std::vector<std::vector<double>> fvNumbers;      // by slot of the record
   const SVSValidSpecs* fpSelectSpecs;              // the object that fpValidSpecs points to, by its own type
+  RefusedCases fRefused;
+  bool fbSilent = false;
 };

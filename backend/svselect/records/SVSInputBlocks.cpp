@@ -1,6 +1,8 @@
 // Blocks of records: what SVSInputAdapter.cpp does for each case, column by column.
 
 #include <algorithm>
+#include <numeric>
+#include <vector>
 
 #include "backend/svselect/records/SVSInputAdapter.h"
 #include "host/engine/ProcDSIterator.h"
@@ -60,9 +62,9 @@ bool SVSInputAdapter::ReadNumbers(std::size_t rows) {
     if (!(*contVar++)->ReadBlock(fpIterator->BlockColumn(variable), fvRecords, numbers)) return false;
     if (variable == fpSelectSpecs->PreviousWeightVar()) weights = numbers;
   }
-  fWeightless = weights == nullptr ? 0 : std::erase_if(fvRecords, [weights](std::uint32_t row) {
-    return weights[row] == MCMV::gMissingValue;
-  });
+  if (weights != nullptr) {
+    std::erase_if(fvRecords, [weights](std::uint32_t row) { return weights[row] == MCMV::gMissingValue; });
+  }
   return true;
 }
 
@@ -76,11 +78,26 @@ bool SVSInputAdapter::ReadTables(std::size_t rows) {
 }
 
 void SVSInputAdapter::CountLacks(std::size_t rows) {
-  if (fvRecords.size() == rows) return;
+  if (fvRecords.size() == rows || PassCounter() != 0) return;
   for (std::size_t i = 0; i < fvCatReaders.size(); ++i) {
     CountLackOf(fvCatReaders[i]->Variable(), std::count(fvCodes[i].begin(), fvCodes[i].end(), 0));
   }
-  CountLackOf(fpSelectSpecs->PreviousWeightVar(), static_cast<std::int64_t>(fWeightless));
+  CountLackOf(fpSelectSpecs->PreviousWeightVar(), CountWeightless(rows));
+}
+
+// Rows without the previous weight, whatever else they lack.
+std::int64_t SVSInputAdapter::CountWeightless(std::size_t rows) const {
+  std::vector<std::uint32_t> all(rows);
+  std::iota(all.begin(), all.end(), 0U);
+  std::vector<double> weights(rows);
+  auto contVar = fvContVars.begin();
+  for (const auto& [variable, slot] : fpSelectSpecs->ContRecordIndex()) {
+    const SVAdaptContVar& reader = **contVar++;
+    if (variable != fpSelectSpecs->PreviousWeightVar()) continue;
+    reader.ReadBlock(fpIterator->BlockColumn(variable), all, weights.data());
+    return std::count(weights.begin(), weights.end(), MCMV::gMissingValue);
+  }
+  return 0;
 }
 
 // The place for the numbers of a slot.

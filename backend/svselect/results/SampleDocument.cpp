@@ -23,6 +23,7 @@ static_assert(sizeof kFirstPrefix == sizeof kOtherPrefix);
 // Six significant digits, as streams write them by default. Cutting can't lose the end of a number then.
 std::string NumberText(double value) {
   std::ostringstream out;
+  out.exceptions(std::ios::badbit);
   out.imbue(std::locale::classic());
   out << value;
   return out.str().substr(0, kNumberSize);

@@ -17,6 +17,7 @@
 #include "host/model/Values.h"
 #include "host/numeric/Obs.h"
 #include "host/output/BpText.h"
+#include "model_components/surveyplans/common/SVStatus.h"
 
 namespace {
 
@@ -46,8 +47,8 @@ void AddValues(const FindingNames& names, const std::vector<std::int32_t>& slots
     const OBS* const value = names.adapter.ObsOfCode(variable, key[i]);
     if (value == nullptr) continue;
     const KORV_Variable& described = names.dataSource.GetVariable(variable);
-    words->push_back(
-        fmt::format("{} = {}", described.GetName(), BpDataValue(described, value, kShowInMessage).Text()));
+    words->push_back(fmt::format("{} = {}", described.GetName(),
+                                 BpDataValue(described, value, kShowInMessage).FullText()));
   }
 }
 
@@ -108,7 +109,10 @@ std::string RateOfUnits(const Example& example) {
   return Number(example.value) + " of " + Number(example.other);
 }
 std::string SizeAndLimit(const Example& example) {
-  return fmt::format("{}, limit {}", Number(example.value), Rounded(example.other));
+  // A draw of two units takes no size of a half.
+  const std::string limit = Rounded(example.other);
+  return Rounded(example.value) == limit ? fmt::format("{}, must be below {}", Number(example.value), limit)
+                                         : fmt::format("{}, limit {}", Number(example.value), limit);
 }
 std::string DrawnAndAsked(const Example& example) {
   return fmt::format("{} instead of {}", Number(example.value), Number(example.other));
@@ -166,23 +170,37 @@ constexpr Wording kWordings[] = {
      "the measures of size don't allow the draw to keep its number"},
 };
 
+void ReplaceAll(std::string_view what, std::string_view by, std::string* text) {
+  for (std::size_t at = text->find(what); at != std::string::npos; at = text->find(what, at + by.size()))
+    text->replace(at, what.size(), by);
+}
+
+// A missing value gives way to the first that isn't; a run that fails takes nothing.
+std::string FittingCure(const SVSFinding& finding, bool hasFailed, std::string cure) {
+  const auto isMissing = [](const SVSFinding::Example& e) { return e.value == MCMV::gMissingValue; };
+  if (std::any_of(finding.examples.begin(), finding.examples.end(), isMissing))
+    ReplaceAll("the first one was used", "the first that isn't missing was used", &cure);
+  if (!hasFailed) return cure;
+  ReplaceAll("all their units are taken", "all their units would be taken", &cure);
+  ReplaceAll("replacement all units are taken", "replacement all units would be taken", &cure);
+  ReplaceAll(" was used", " would be used", &cure);
+  return cure;
+}
+
 // A text with elements of XML plans; for a JSON plan, with the members instead.
 std::string InWordsOf(const SVSValidSpecs& specs, std::string text) {
   constexpr std::pair<std::string_view, std::string_view> kMembers[] = {
       {"MinSize", "'min' of 'size'"}, {"MaxSize", "'max' of 'size'"}, {"Index", "'index'"}};
   for (const auto& [element, member] : kMembers) {
-    if (!specs.IsJsonPlan()) break;
-    for (std::size_t at = text.find(element); at != std::string::npos;
-         at = text.find(element, at + member.size()))
-      text.replace(at, element.size(), member);
+    if (specs.IsJsonPlan()) ReplaceAll(element, member, &text);
   }
   return text;
 }
 
-std::string WordedText(const SVSFinding& finding, const FindingNames& names) {
+std::string WordedText(const SVSFinding& finding, const FindingNames& names, bool hasFailed) {
   for (const Wording& wording : kWordings) {
     if (wording.kind != finding.kind) continue;
-    const std::string cure = InWordsOf(names.specs, wording.cure);
+    const std::string cure = FittingCure(finding, hasFailed, InWordsOf(names.specs, wording.cure));
     return fmt::format("stage {}: {} {}{}{}{}", finding.stage, finding.count,
                        finding.count == 1 ? wording.one : wording.many,
                        Places(names, finding, wording.values), cure.empty() ? "" : ": ", cure);
@@ -209,7 +227,7 @@ std::string StatedText(const SVSFinding& finding, const FindingNames& names) {
   return text + "; --exact-design draws with exactly these";
 }
 
-std::string TextOf(const SVSFinding& finding, const FindingNames& names) {
+std::string TextOf(const SVSFinding& finding, const FindingNames& names, bool hasFailed) {
   if (finding.kind == FindingKind::kStatedProbs) return StatedText(finding, names);
   const bool isBeforeDraw =
       finding.kind == FindingKind::kHitsNotKept && finding.examples.front().unit.Length() == 0;
@@ -221,7 +239,7 @@ std::string TextOf(const SVSFinding& finding, const FindingNames& names) {
                     "ask for Index in the plan",
                     finding.stage));
   }
-  return WordedText(finding, names);
+  return WordedText(finding, names, hasFailed);
 }
 
 // "row 3: county = 12, type = public", from an entry of a table's map.
@@ -229,8 +247,8 @@ std::string RowText(const FindingNames& names, const SVMatrixSpec& table, const 
   std::vector<std::string> words;
   for (const std::int32_t variable : *table.variables) {
     const KORV_Variable& described = names.dataSource.GetVariable(variable);
-    words.push_back(
-        fmt::format("{} = {}", described.GetName(), BpDataValue(described, entry, kShowInMessage).Text()));
+    words.push_back(fmt::format("{} = {}", described.GetName(),
+                                BpDataValue(described, entry, kShowInMessage).FullText()));
     entry += ObsCells(described.GetType());
   }
   return fmt::format("row {}: {}", Number(row), fmt::join(words, ", "));
@@ -274,22 +292,11 @@ std::vector<std::string> UnusedRowTexts(const FindingNames& names) {
 }
 
 std::vector<std::string> FindingTexts(const SVSFindings& findings, const FindingNames& names,
-                                      bool failedBySize) {
+                                      const SVStatus& end) {
   std::vector<std::string> texts;
   for (const SVSFinding& finding : findings.All()) {
-    if (finding.kind == FindingKind::kSizeAboveLimit && !failedBySize) continue;
-    texts.push_back(TextOf(finding, names));
+    if (finding.kind == FindingKind::kSizeAboveLimit && end.code != kStatusInvalidSize) continue;
+    texts.push_back(TextOf(finding, names, end.IsError()));
   }
   return texts;
-}
-
-std::string LeftOutText(const FindingNames& names) {
-  const SVInputAdapter::LeftOut leftOut = names.adapter.CasesLeftOut();
-  if (leftOut.cases == 0) return "";
-  std::vector<std::string> reasons;
-  for (const auto& [variable, cases] : leftOut.byVariable) {
-    reasons.push_back(fmt::format("{} without {}", cases, names.dataSource.GetVariable(variable).GetName()));
-  }
-  return fmt::format("{} of {} cases {} left out: {}", leftOut.cases, leftOut.of,
-                     leftOut.cases == 1 ? "is" : "are", fmt::join(reasons, ", "));
 }

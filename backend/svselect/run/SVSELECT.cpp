@@ -104,7 +104,7 @@ void WriteSample(SVSValidSpecs& specs, ProcedureDataSource& dataSource, SVSProce
 // become remarks. What a draw would end with is an error, also where the draw has no message for it.
 void CheckSpecifications(SVSValidSpecs& specs, ProcedureDataSource& dataSource) {
   SVSProcedure procedure(&specs, &dataSource);
-  if (ErrorRaised()) return;
+  if (ErrorRaised()) return procedure.RemarkOnRefused();
   if (procedure.Run() || ErrorRaised()) return;
   procedure.Report();
   if (!ErrorRaised())
@@ -121,7 +121,7 @@ void RunSpecifications(SVSValidSpecs& specs, ProcedureDataSource& dataSource, Bp
       std::make_unique<SVSSummaryTable>(&specs, procedure.GetInputAdapter(), &heading, &dataSource);
   SVSStrataTable strata(&specs, procedure.GetInputAdapter(), &dataSource, summary.get());
   procedure.SetSummary(&strata);
-  if (ErrorRaised()) return;
+  if (ErrorRaised()) return procedure.RemarkOnRefused();
   const bool isGood = procedure.Run();
   if (ErrorRaised()) return;
   if (isGood) strata.Close();

@@ -126,6 +126,16 @@ bool SVSProcedure::Run() {
   return isGood;
 }
 
+// The remarks need the first pass as a whole, so it is read to its end; by then the user has the messages.
+void SVSProcedure::RemarkOnRefused() {
+  if (fpInputAdapter == nullptr || fpRecordIter == nullptr) return;
+  if (fpInputAdapter->Refused().All().empty()) return;
+  fpInputAdapter->Silence();
+  while (fpRecordIter->HasMore() && fpRecordIter->Next() != nullptr) {
+  }
+  Remark();
+}
+
 // A pass that was broken off can't say how many cases of the frame are left out.
 void SVSProcedure::Remark() const {
   const FindingNames names = {*fpValidSpecs, *fpInputAdapter, *fpDataSource};
@@ -134,11 +144,12 @@ void SVSProcedure::Remark() const {
   if (hasReadAll) BpCases(fpInputAdapter->FirstPassRead(), fpInputAdapter->FirstPassInvalid());
   const std::string leftOut = hasReadAll ? LeftOutText(names) : "";
   if (!leftOut.empty()) BpRemark(leftOut);
+  for (const std::string& text : RefusedTexts(names)) BpRemark(text);
   if (hasReadAll) {
     for (const std::string& text : UnusedRowTexts(names)) BpRemark(text);
   }
-  const bool failedBySize = fStatus.code == kStatusInvalidSize;
-  for (const std::string& text : FindingTexts(fpComponent->Findings(), names, failedBySize)) BpRemark(text);
+  if (fpComponent == nullptr) return;
+  for (const std::string& text : FindingTexts(fpComponent->Findings(), names, fStatus)) BpRemark(text);
 }
 
 const SVSOutputStats* SVSProcedure::GetOutputStats() {

@@ -56,6 +56,9 @@ public:
   // they were or not, what was found on the way becomes remarks.
   bool Run();
 
+  // After an error before Run(): makes remarks about the cases that were refused, if that was the reason.
+  void RemarkOnRefused();
+
   // The component's output statistics; null after an error. The call has an effect: Report() shows the
   // collected statuses only after it.
   const SVSOutputStats* GetOutputStats();

@@ -247,7 +247,8 @@ void SVSDataTabulator::EnterRow(const MCCommon::RecordBlock& block, std::size_t 
     fvPlaces.push_back({stratum, NewUnit(block, row, &owner)});
   } else if (fbDrawsBySize) {
     const double size = SizeIn(block, row);
-    if (!owner.AddRecord(fvPlaces[number].unit, size)) NoteUnequalSize(fvPlaces[number], size);
+    const double before = owner.SizeOf(fvPlaces[number].unit);  // a missing one takes the record's
+    if (!owner.AddRecord(fvPlaces[number].unit, size)) NoteUnequalSize(fvPlaces[number], before, size);
   }
   ++fEntered;
 }
@@ -273,8 +274,7 @@ void SVSDataTabulator::CheckConstant(std::int32_t stratum, double value) {
 }
 
 // Sizes below 0 count as unequal even if they are equal; they are another finding.
-void SVSDataTabulator::NoteUnequalSize(const Place& place, double value) {
-  const double size = Stratum(place.stratum).SizeOf(place.unit);
+void SVSDataTabulator::NoteUnequalSize(const Place& place, double size, double value) {
   if (size == value && size < 0.0) return;
   fLateNotes.Note(fEntered, FindingKind::kUnequalSize,
                   {.stratum = fvStrata[static_cast<std::size_t>(place.stratum)]->key,

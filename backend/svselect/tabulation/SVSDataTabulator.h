@@ -150,7 +150,8 @@ private:
   void EnterRow(const MCCommon::RecordBlock& block, std::size_t place);
   void CountDropped();
   void CheckConstant(std::int32_t stratum, double value);
-  void NoteUnequalSize(const Place& place, double value);
+  // `size` is that of the unit before the record.
+  void NoteUnequalSize(const Place& place, double size, double value);
   void NewStratum(const MCCommon::RecordBlock& block, std::size_t place);
   std::int32_t NewUnit(const MCCommon::RecordBlock& block, std::uint32_t row, SVSStratumData* stratum);
   std::size_t UnitKeyLength() const;

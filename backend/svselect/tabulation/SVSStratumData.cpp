@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cmath>
+#include <limits>
 
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVSCompSettings.h"
@@ -93,7 +94,8 @@ void SVSStratumData::ComputeRequest() {
 }
 
 SVSStratumData::Request SVSStratumData::FindRequest() const {
-  if (MethodOf(fSelectMethod).twoUnits) return {.size = 2, .rate = 2.0 / NumUnits()};
+  if (MethodOf(fSelectMethod).twoUnits)
+    return {.size = 2, .rate = 2.0 / NumUnits(), .status = {}, .asked = 2.0};
   const DesignStage& design = *fpSettings->GetStage(fStageInd);
   const bool carried = !fConstValues.empty();
   if (fInclProbType == kSizeValue) return RequestSize(design.sizeValue());
@@ -110,6 +112,7 @@ SVSStratumData::Request SVSStratumData::RequestSize(double size) const {
     return request;
   }
   const std::int32_t n = TruncateToInt32(size);
+  request.asked = std::trunc(size);
   if (!MethodOf(fSelectMethod).withReplacement && n > NumUnits())
     request.status = WarningStatus(kStatusSizeAboveUnits);
   if (n < 0) return request;
@@ -138,6 +141,7 @@ SVSStratumData::Request SVSStratumData::RequestRate(double rate) const {
   const double most = design.rateMaxSize();
   if (least > 0.0 && least > n) n = TruncateToInt32(least);
   if (most > 0.0 && n > most) n = TruncateToInt32(most);
+  request.asked = n < std::numeric_limits<std::int32_t>::max() ? n : whole;
   if (n < 0) return request;
   request.size = n;
   request.rate = rate;

@@ -116,6 +116,7 @@ private:
     std::int32_t size = 0;
     double rate = 0.0;
     SVStatus status{};
+    double asked = 0.0;  // as `size`, which ends at 2^31 - 1
   };
 
   Request FindRequest() const;

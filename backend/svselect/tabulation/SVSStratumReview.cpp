@@ -36,7 +36,7 @@ void SVSStratumData::Review(const SVKey& key, SVSFindings* findings) const {
   } else if (!method.withReplacement && request.size > NumUnits()) {
     const bool isByBound = fInclProbType == kRateValue || fInclProbType == kRateVariable;
     findings->Note(isByBound ? FindingKind::kFewerThanLeast : FindingKind::kTooFewUnits, fStageInd,
-                   {.stratum = key, .unit = {}, .value = 1.0 * request.size, .other = 1.0 * NumUnits()});
+                   {.stratum = key, .unit = {}, .value = request.asked, .other = 1.0 * NumUnits()});
   }
   const std::int32_t n = method.withReplacement ? request.size : std::min(request.size, NumUnits());
   if (method.IsPps() && n > 0) ReviewSizes(key, n, findings);
@@ -61,14 +61,19 @@ void SVSStratumData::ReviewSizes(const SVKey& key, std::int32_t requested, SVSFi
     largest = std::max(largest, size);
     anyFraction = anyFraction || HasFraction(size);
   }
-  if (!(total > 0.0))
-    findings->Note(FindingKind::kNoTotalSize, fStageInd, {.stratum = key, .unit = {}, .value = total});
   // Where all units of equal sizes are taken, each has the limit as its size, and that is allowed.
   const double limit = total / requested;
   const bool isCensus = requested == NumUnits() && largest * NumUnits() == total;
   const bool isBeyond = method.limit == SizeLimit::kBelowOne ? largest >= limit : largest > limit;
-  if (method.limit != SizeLimit::kNone && isBeyond && !isCensus) ReviewLargeSizes(key, limit, findings);
-  if (OnlyApproaches(requested, anyFraction)) findings->Count(FindingKind::kStatedProbs, fStageInd);
+  const bool isRefused = method.limit != SizeLimit::kNone && isBeyond && !isCensus;
+  if (!(total > 0.0)) {
+    findings->Note(FindingKind::kNoTotalSize, fStageInd,
+                   {.stratum = key, .unit = {}, .value = total, .other = isRefused ? 1.0 : 0.0});
+  } else if (isRefused) {
+    ReviewLargeSizes(key, limit, findings);
+  }
+  if (total > 0.0 && OnlyApproaches(requested, anyFraction))
+    findings->Count(FindingKind::kStatedProbs, fStageInd);
 }
 
 // A stratum whose units are all taken has the probabilities that it states.

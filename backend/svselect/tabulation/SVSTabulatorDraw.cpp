@@ -32,6 +32,11 @@ std::int32_t FailureBy(const SVSFinding& finding) {
       return kStatusMissingSpec;
     case FindingKind::kMissingSize:
       return kStatusMissingSize;
+    case FindingKind::kNoTotalSize:
+      return std::any_of(finding.examples.begin(), finding.examples.end(),
+                         [](const SVSFinding::Example& e) { return e.other > 0.0; })
+                 ? kStatusInvalidSize
+                 : 0;
     case FindingKind::kSizeAboveLimit:
       return std::any_of(finding.examples.begin(), finding.examples.end(), isBeyond) ? kStatusInvalidSize : 0;
     default:

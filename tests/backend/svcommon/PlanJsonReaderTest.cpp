@@ -138,6 +138,8 @@ TEST(PlanJsonFaults, SayWhere) {
       {"{\"a\": \"x\ny\"}", "line 1, column 9: no valid JSON: a text has the end of a line"},
       {"{\"a\": \"x\\y\"}", "line 1, column 10: no valid JSON: a text has a backslash"},
       {"{\"a\": 1} 2", "line 1, column 10: no valid JSON: '2' can't be here"},
+      {"{\u201Ca\u201D: 1}", "line 1, column 2: no valid JSON, in which quotes are straight: \""},
+      {"{é: 1}", "line 1, column 2: no valid JSON: 'é' can't be here"},
       {"{\"a\": NaN}", "line 1, column 7: no valid JSON: 'N' can't be here"},
       {"{\"a\": \"\xFF\"}", "line 1, column 8: invalid UTF-8"},
       {"{\"a\":\n 1e999}", "line 2, column 2: the number is beyond what can be computed with"},
@@ -202,7 +204,7 @@ TEST(PlanJson, IsRead) {
   EXPECT_EQ(said.name, "@/p, line 4, column 81: x");
 }
 
-// A table in a file: names in any case, commas or semicolons, blank lines, quotes; faults have its lines.
+// A table in a file: names in any case, delimiters, Windows-1252, blank lines, quotes; faults have its lines.
 TEST(PlanJson, TakesTablesFromFiles) {
   const struct {
     const char* table;
@@ -210,6 +212,9 @@ TEST(PlanJson, TakesTablesFromFiles) {
   } kCases[] = {
       {"s,n\nA,1\nB,2\n", {}},
       {"\xEF\xBB\xBFS;size\r\n\"A\";1\r\n\r\nB; 2.0\r\n", {}},
+      {"s\tn\nA\t1\nB\t2\n", {}},
+      {"sep=;\n\"s\";\"n\"\nA;1\nB;2\n", {}},
+      {"s,n\n\"A\",1\nB,2\n\xC4,x\n", {"@/t.csv, line 4: stage 1: 'x' is no number with a decimal point"}},
       {"s\nA\n",
        {"@/t.csv, line 1: stage 1: the first line needs the names of 'by', then one for the numbers: s, n"}},
       {"t,n\nA,1\n",

@@ -132,7 +132,10 @@ TEST(PlanFaults, SayWhere) {
     ASSERT_FALSE(said.faults.empty());
     EXPECT_THAT(said.faults.front(), HasSubstr(std::string("P, ") + c.place + ":"));
   }
-  EXPECT_THAT(PlanReading("").faults, ElementsAre(HasSubstr("P")));
+  EXPECT_THAT(PlanReading("\n ").faults, ElementsAre(HasSubstr(": the file is empty")));
+  EXPECT_THAT(
+      PlanReading("stages: 2").faults,
+      ElementsAre("P, line 1, column 1: not well-formed XML here: a plan begins with < (XML) or { (JSON)"));
 }
 
 TEST(PlanFaults, AreTenAndACount) {
@@ -174,6 +177,25 @@ TEST(PlanContradictions, AreTold) {
       {Design(Wor(kTyped + "<InputSampleSize><Matrix>" + In("MatrixVarList", Var("type")) + Row("1") +
                   "</Matrix></InputSampleSize>")),
        "stage 1: numberOfValues is missing, and the number of rows is 1; those beyond it are ignored"},
+      {Design(Wor("<StrataVarlist/>" + kSizeOf3) + In("Previousweight", Var("p"))),
+       "stage 1: 'StrataVarlist' isn't known in SampleStage; did you mean StrataVarList?\n"
+       "'Previousweight' isn't known in SampleDesign; did you mean PreviousWeight?"},
+      {Design(Wor("<InputSampleRate maxsize='3'><Maxsize/></InputSampleRate>")),
+       "stage 1: 'maxsize' isn't known as an attribute of InputSampleRate\n"
+       "stage 1: 'Maxsize' isn't known in InputSampleRate; did you mean MaxSize?"},
+      {Design(Wor("<StrataVarList/><StrataVarList/>" + kSizeOf3 + Rate("1"))),
+       "stage 1: StrataVarList is there twice; the first counts\n"
+       "stage 1: InputSampleRate is beside InputSampleSize, which counts"},
+      {Design(Wor(In("InputSampleSize", "<SingleValue value='1'/>" + Var("n")))),
+       "stage 1: SingleValue is beside Variable, which counts"},
+      {Design(Stage("pps_systematic", kByCounty + kSizeOf3 + "<MOS fromData='yes'>" + Var("m") + "</MOS>")),
+       "stage 1: MOS has a Variable, which doesn't count, since fromData is 'yes'"},
+      {Design("<SampleStage stageNumber='2' selectionMethod='simple_wor'>" + kByCounty + kSizeOf3 +
+              "</SampleStage><SampleStage stageNumber='2' selectionMethod='simple_wor'>" + kSizeOf3 +
+              "</SampleStage>"),
+       "stage 1: stageNumber is '2', and this is stage 1 by its place, which counts"},
+      {In("KORVSurveyPlans", "<SampleDesign wrEstimation='maybe'>" + kGood + "</SampleDesign>"),
+       "wrEstimation is 'maybe', which counts as no"},
       {Design(Wor(kTyped + Table(Var("type"), Row("1", {"A"}) + Row("2", {"B"}) + Row("3", {"A"}), 3))),
        "stage 1: row 3 of the table has the same categories as row 1; the last such row counts"},
       {Design(Stage("pps_brewer", kByCounty + Size("2") + kMosOfPupils)), ""},

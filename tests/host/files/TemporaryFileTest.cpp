@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "TestFolder.h"
+#include "host/files/PathClaims.h"
 #include "host/files/TemporaryFile.h"
 #include "host/files/TemporaryFolder.h"
 
@@ -70,6 +71,46 @@ TEST(TemporaryFile, ReplacesWhatALinkLeadsTo) {
   }
   EXPECT_FALSE(WriteWholeFile(folder.Path("none/t.csv"), "x", &why));
   EXPECT_EQ(why, "No such file or directory");
+}
+
+// Goal: nobody else's link decides which file is overwritten. The rule is the system's own for such folders.
+TEST(TemporaryFile, RefusesAnotherAccountsLinkInASharedFolder) {
+  constexpr uid_t kMe = 0;
+  constexpr uid_t kStranger = 2;
+  constexpr uid_t kHost = 3;
+  struct Case {
+    const char* aim;
+    uid_t folder, link;
+    mode_t mode;
+    bool isRefused;
+  };
+  const Case kCases[] = {
+      {"a stranger's in /tmp", kMe, kStranger, 01777, true},
+      {"my own", kHost, kMe, 01777, false},
+      {"the folder owner's", kStranger, kStranger, 01777, false},
+      {"not sticky: anybody can do anything there", kMe, kStranger, 0777, false},
+      {"not open to everybody", kMe, kStranger, 01775, false},
+  };
+  if (geteuid() != kMe) GTEST_SKIP() << "only root can give links away";
+  for (const Case& c : kCases) {
+    for (const char* target : {"roots.txt", "nowhere.txt"}) {
+      SCOPED_TRACE(std::string(c.aim) + ", to " + target);
+      const TestFolder folder;
+      folder.Write("roots.txt", "kept");
+      fs::create_directory(folder.Path("shared"));
+      const std::string link = folder.Path("shared/o.csv");
+      fs::create_symlink(std::string("../") + target, link);
+      ASSERT_EQ(lchown(link.c_str(), c.link, c.link), 0);
+      ASSERT_EQ(chown(folder.Path("shared").c_str(), c.folder, c.folder), 0);
+      ASSERT_EQ(chmod(folder.Path("shared").c_str(), c.mode), 0);
+      std::string why;
+      EXPECT_EQ(WriteWholeFile(link, "new", &why), !c.isRefused) << why;
+      EXPECT_EQ(folder.Text(target) == "new", !c.isRefused);
+      PathClaims claims;
+      int claim = PathClaims::kNone;
+      EXPECT_EQ(claims.ClaimForWriting(FileRole::kSample, link, link, &claim).CanBeWritten(), !c.isRefused);
+    }
+  }
 }
 
 // What other accounts may put beside an output, in a folder where they can write too.

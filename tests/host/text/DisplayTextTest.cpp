@@ -20,6 +20,7 @@ TEST(DisplayText, WidthsPrintableFormsAndLines) {
       {"a wide character doesn't straddle", "a東京都", 7, "a東京都", {"a東京", "都"}},
       {"spelled-out Hangul", "\u1112\u1161\u11AB", 2, "\u1112\u1161\u11AB", {"\u1112\u1161\u11AB"}},
       {"line end and escape", "a\n\x1B[m", 3, "a  [m", {"a\n\x1B[m"}},
+      {"turned around", "a\u202Ez", 3, "a\uFFFDz", {"a\u202Ez"}},
       {"no UTF-8", "a\xFFz", 3, "a\uFFFDz", {"a\xFFz"}},
       {"a character cut off", "a\xE6\x9D", 2, "a\uFFFD", {"a\xE6\x9D"}},
   };
