@@ -152,7 +152,7 @@ Cost Tabulate(const std::string& path, double* allocations) {
   SVMessages messages(&source);
   auto cases = SVProcDSMultiIter::MakeIterator(&source);
   SVSInputAdapter adapter(&specs, &source, cases.get(), &messages);
-  SVProcDSMultiIter iterator(&source, std::move(cases), &adapter);
+  SVProcDSMultiIter iterator(&source, std::move(cases), &adapter, true);
   MCCommonMath::MCRandomTwister random;
   SVSOutSamples outSamples;
   SVCancelInfo cancelInfo(specs.CompSettings()->StopProcessor());

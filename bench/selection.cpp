@@ -12,13 +12,6 @@
 
 namespace {
 
-SVKey KeyOf(std::int32_t value) {
-  SVKey key(1);
-  key[0] = value;
-  key.ComputeHash();
-  return key;
-}
-
 // Whole sizes from 100 to about 100 (1 + skew); n p stays below 1 by far.
 void Draw(benchmark::State& state, MethodType method, std::int32_t units, std::int32_t n, std::int32_t skew,
           bool exact) {
@@ -30,19 +23,19 @@ void Draw(benchmark::State& state, MethodType method, std::int32_t units, std::i
   SVSOutSamples outSamples;
   MCCommonMath::MCRandomTwister random;
   random.Initialize(4711);
-  ClusterTable table;
-  ClusterPairs pairs;
+  SVSUnits all(1);
   for (std::int32_t i = 0; i < units; ++i) {
     const auto spread = static_cast<std::int32_t>(static_cast<std::int64_t>(i) * 7919 % 100);
     const double size = 100 + spread * skew;
-    pairs.push_back(table.Insert(KeyOf(i), size));
+    all.Add(&i, size);
   }
-  ClusterPairs selected;
+  std::vector<std::int32_t> selected;
   for (auto _ : state) {
-    if (MethodOf(method).ordersBySize) SortBySize(&pairs, exact);
+    SVSUnits drawn = all;
+    if (MethodOf(method).ordersBySize) SortBySize(&drawn, exact);
     SVSelectSamples engine(&settings, 1, &cancelInfo);
     engine.SetRandom(&random);
-    engine.Prepare(&pairs, &selected, &outSamples, n, 0.0);
+    engine.Prepare(&drawn, &selected, &outSamples, n, 0.0);
     if (engine.SelectSamples().IsError() || engine.GetNumSelected() == 0)
       state.SkipWithError("nothing drawn");
   }

@@ -3,43 +3,75 @@
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <numeric>
 #include <random>
+#include <span>
 #include <vector>
 
-#include "MemoryRecords.h"
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
 #include "backend/svselect/tabulation/SVSDataTabulator.h"
 #include "host/environment/MCStopProcessor.h"
 #include "host/numeric/MCRandomTwister.h"
+#include "host/numeric/RecordIterator.h"
 
 namespace {
 
-constexpr int kRecords = 10'000'000;
+constexpr std::size_t kRecords = 10'000'000;
 constexpr int kStrata = 100, kClusters = 200;
 enum Column { kStratum, kCluster, kCase, kWidth };
 
-// Records in random order, or as a survey's frame mostly comes: cluster by cluster.
-MemoryRecords& Records(bool sorted) {
-  const auto make = [](bool bySort) {
+// Blocks of records in random order, or as a survey's frame mostly comes: cluster by cluster.
+class Blocks : public MCCommon::MultiPassRecordIter {
+public:
+  explicit Blocks(bool bySort) {
     std::mt19937 engine(1);
-    std::vector<double> values;
-    values.reserve(static_cast<std::size_t>(kRecords) * kWidth);
-    for (int i = 0; i < kRecords; ++i) {
-      const int outer = bySort ? i / (kRecords / (kStrata * kClusters)) : static_cast<int>(engine() >> 1);
-      values.push_back(1 + outer / kClusters % kStrata);
-      values.push_back(1 + outer % kClusters);
-      values.push_back(i);
+    for (int i = 0; i < static_cast<int>(kRecords); ++i) {
+      const int outer =
+          bySort ? i / (static_cast<int>(kRecords) / (kStrata * kClusters)) : static_cast<int>(engine() >> 1);
+      fStrata.push_back(1 + outer / kClusters % kStrata);
+      fClusters.push_back(1 + outer % kClusters);
     }
-    return MemoryRecords(kWidth, std::move(values));
-  };
-  static MemoryRecords records[] = {make(false), make(true)};
-  records[sorted].Reset();
-  return records[sorted];
+    fRows.resize(kRows);
+    std::iota(fRows.begin(), fRows.end(), 0U);
+    fBlock.numbers.assign(kWidth, nullptr);
+  }
+
+  bool HasBlocks() const override { return true; }
+  const MCCommon::RecordBlock* NextBlock() override {
+    if (!HasMore()) return nullptr;
+    fBlock.records = std::span(fRows).first(std::min(kRows, kRecords - fNext));
+    fBlock.firstCase = static_cast<std::int64_t>(fNext);
+    fBlock.codes = {&fStrata[fNext], &fClusters[fNext], nullptr};
+    fNext += fBlock.records.size();
+    return &fBlock;
+  }
+  bool HasMore() override { return fNext < kRecords; }
+  MCCommon::Record* Next() override { return nullptr; }
+  int Status() override { return HasMore() ? MCCommon::kRecordReady : MCCommon::kCasesExhausted; }
+  int Reset() override {
+    fNext = 0;
+    return Status();
+  }
+
+private:
+  static constexpr std::size_t kRows = 2048;
+
+  std::vector<std::int32_t> fStrata, fClusters;
+  std::vector<std::uint32_t> fRows;
+  MCCommon::RecordBlock fBlock;
+  std::size_t fNext = 0;
+};
+
+Blocks& Records(bool sorted) {
+  static Blocks blocks[] = {Blocks(false), Blocks(true)};
+  blocks[sorted].Reset();
+  return blocks[sorted];
 }
 
 // What a run gives to its tabulators.
@@ -50,7 +82,7 @@ struct Run {
     tabulator->SetRandom(&random);
     tabulator->SetOutputStats(&out);
     Require(tabulator->ProcessData(Records(sorted)));
-    if (tabulator->ValidCount() != kRecords) std::abort();
+    if (tabulator->ValidCount() != std::int64_t{kRecords}) std::abort();
     return tabulator;
   }
   static void Require(const SVStatus& status) {

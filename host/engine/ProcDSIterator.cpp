@@ -9,11 +9,15 @@
 #include "host/engine/ProcedureDataSource.h"
 #include "host/environment/CommonBlocks.h"
 #include "host/environment/HostErrors.h"
+#include "host/environment/HostSession.h"
 #include "host/environment/MCStopProcessor.h"
 #include "host/numeric/Obs.h"
 
 ProcDSIterator::ProcDSIterator(ProcedureDataSource& source, ActiveFile& file)
-    : fSource(source), fFile(file), fvServed(file.CopiedColumns()) {
+    : fSource(source),
+      fFile(file),
+      fvServed(file.CopiedColumns()),
+      fWalk(HostSession::Current().Layer<CaseWalk>()) {
   // The procedure turns splitting off through the common block, while the file still has its split columns.
   if (pvGetCmnGlb()->splitCount == 0) return;
   // The class name in front: no virtual call while the object is made.
@@ -130,10 +134,59 @@ void ProcDSIterator::ShowOthers(std::size_t row) {
   for (const BoundAdded& bound : fvAdded) bound.cell->number = fFile.Added(bound.column).Get(fRow);
 }
 
+// --- blocks of cases -------------------------------------------------------------------------------------
+
+// Between two calls the current case is one of the block, so that a column that is bound then shows it.
+std::size_t ProcDSIterator::NextCases() {
+  if (fbEnded) return 0;
+  if (StopRequested()) {
+    End();
+    return 0;
+  }
+  fCasesBegin += static_cast<std::int64_t>(fCases);
+  fCasesFirst += fCases;
+  fRow = fCasesBegin - 1;
+  if (fCasesFirst == fBlockRows) {
+    fCases = 0;
+    if (!NextBlock()) return 0;
+    fCasesFirst = 0;
+  }
+  fCases = std::min(fBlockRows - fCasesFirst, fWalk.mostRows);
+  fRow = fCasesBegin;
+  fNext = fCasesFirst + 1;
+  return fCases;
+}
+
+bool ProcDSIterator::HasColumn(int column) const {
+  return column < fFile.ServedColumns() && PlaceOf(column) != kNotServed;
+}
+
+CaseColumn ProcDSIterator::BlockColumn(int column) const {
+  const std::size_t place = PlaceOf(column);
+  for (const BoundNumber& bound : fvNumbers) {
+    if (bound.place == place) return {.numbers = bound.block + fCasesFirst};
+  }
+  for (const BoundText& bound : fvTexts) {
+    if (bound.place == place) return {.texts = bound.block + fCasesFirst};
+  }
+  return {};
+}
+
+void ProcDSIterator::ShowCase(std::size_t row) {
+  fRow = fCasesBegin + static_cast<std::int64_t>(row);
+  fNext = fCasesFirst + row + 1;
+  ShowRow(fNext - 1);
+}
+
+void ProcDSIterator::GoOnByCases() {
+  fRow = fCasesBegin - 1;
+  fNext = fCasesFirst;
+}
+
 // --- binding ---------------------------------------------------------------------------------------------
 
 // The place of a column in the cursor's list, or kNotServed.
-std::size_t ProcDSIterator::PlaceOf(int column) {
+std::size_t ProcDSIterator::PlaceOf(int column) const {
   const auto found = std::find(fvServed.begin(), fvServed.end(), column);
   if (found == fvServed.end()) return kNotServed;
   return static_cast<std::size_t>(found - fvServed.begin());

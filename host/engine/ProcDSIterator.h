@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -10,8 +11,19 @@
 
 class ActiveFile;
 class CaseCursor;
-class CaseProgress;
 class ProcedureDataSource;
+
+// How cases are walked. Results don't depend on it, as the tests show with the help of this.
+struct CaseWalk {
+  bool byBlocks = true;                                            // where that is possible
+  std::size_t mostRows = std::numeric_limits<std::size_t>::max();  // in a block; the cursor may have fewer
+};
+
+// A column of a block of cases, by row: one of the two, the other is null. Numbers can be -0.
+struct CaseColumn {
+  const double* numbers = nullptr;
+  const std::string_view* texts = nullptr;  // without trailing blanks
+};
 
 // ProcDSIterator walks the cases of the active file and stops where a split group ends.
 //
@@ -32,13 +44,17 @@ class ProcedureDataSource;
 //     the current row; cells keep their addresses and fRow goes on counting. A pass is counted by its first
 //     query only.
 //
+// Blocks of cases. A procedure that knows what to do with whole columns calls NextCases() instead, and reads
+// columns by BlockColumn(). The cells then show what ShowCase() is called for, so what needs a case as cells
+// gets it, and the others cost nothing. GoOnByCases() returns to single cases.
+//
 // A split group ends between two cases. There NextCase() returns 1 with SplitGroupEnd() true and the cells
 // unchanged, so that the caller can finish the group on its last case; the next call moves on. To see the
 // end, the key of the next row is compared with the cells, which still show the case before; hence a block
 // may have been fetched already while the current case is in the block before it. Only BindServed() has to
 // know: it starts a new query in that state too (fNext is 0).
 //
-// Use:        BindColumn(), NextCase() until 0. SetColumnValue() in the last pass.
+// Use:        BindColumn(), NextCase() until 0, or NextCases(). SetColumnValue() in the last pass.
 // Ownership:  owns the cells; borrows source and active file, which outlive it.
 // Failures:   a file that can't be read on is reported by ActiveFile::Fail(); NextCase() returns 0 from then
 //             on. After a stop request it returns 0 too, and nothing is reported.
@@ -57,6 +73,23 @@ public:
 
   // Whether the last NextCase() stopped at the end of a split group, on its last case.
   bool SplitGroupEnd() const { return fbSplitEnd; }
+
+  // --- blocks of cases ---
+  // Whether there are any: not where the file is split.
+  bool HasBlocks() const { return fWalk.byBlocks && fvSplitPlaces.empty(); }
+  // Moves to the next block and returns its rows; 0 as NextCase() does. What the cells show is undefined until
+  // ShowCase().
+  std::size_t NextCases();
+  // Whether BlockColumn() has a column: it is bound, and not an added one.
+  bool HasColumn(int column) const;
+  // A bound column of the block, valid until the next one. REQUIRES: HasColumn().
+  CaseColumn BlockColumn(int column) const;
+  // The position in the file of the block's first case.
+  std::int64_t BlockBegin() const { return fCasesBegin; }
+  // Makes a row of the block the current case.
+  void ShowCase(std::size_t row);
+  // NextCase() goes on with the first case of the block.
+  void GoOnByCases();
 
 private:
   static constexpr std::size_t kNotServed = static_cast<std::size_t>(-1);
@@ -80,7 +113,7 @@ private:
     int column;
   };
 
-  std::size_t PlaceOf(int column);
+  std::size_t PlaceOf(int column) const;
   void BindServed(int column, OBS* cells, bool isNumber);
   bool OpenCursor(std::int64_t firstRow);
   bool NextBlock();
@@ -111,4 +144,9 @@ private:
   std::size_t fPlainRows = 0;  // fBlockRows where ShowNumbers() is all that a case needs, else 0
   bool fbSplitEnd = false;
   bool fbEnded = false;
+  const CaseWalk fWalk;
+  // The block that NextCases() has moved to, which may be a part of that of the cursor.
+  std::size_t fCasesFirst = 0;   // its first row there
+  std::size_t fCases = 0;        // its rows
+  std::int64_t fCasesBegin = 0;  // the position of its first case in the file
 };

@@ -1,8 +1,5 @@
 #include "host/model/CaseValue.h"
 
-#include <algorithm>
-#include <string_view>
-
 #include "host/model/KORV_DataSource.h"
 #include "host/model/Values.h"
 
@@ -20,12 +17,6 @@ CaseValue::CaseValue(KORV_InputCaseIterator* iterator, int column) : fpObs(itera
 }
 
 bool CaseValue::SearchMissing() const {
-  if (fWidth == 0) {
-    const double number = fpObs->number;
-    return number == MCMV::gMissingValue ||
-           std::find(fvMissingNumbers.begin(), fvMissingNumbers.end(), number) != fvMissingNumbers.end();
-  }
-  const std::string_view text = TrimRight({fpObs->text, static_cast<std::size_t>(fWidth)});
-  return text.empty() ||
-         std::find(fvMissingTexts.begin(), fvMissingTexts.end(), text) != fvMissingTexts.end();
+  if (fWidth == 0) return IsMissingNumber(fpObs->number);
+  return IsMissingText(TrimRight({fpObs->text, static_cast<std::size_t>(fWidth)}));
 }

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/numeric/Obs.h"
@@ -27,6 +29,16 @@ public:
       if (fpObs->text[0] != ' ') return false;  // can't be blank, and no need to look further
     }
     return SearchMissing();
+  }
+
+  // The same for a value that needn't be the current case's; a text without trailing blanks.
+  bool IsMissingNumber(double number) const {
+    return number == MCMV::gMissingValue ||
+           std::find(fvMissingNumbers.begin(), fvMissingNumbers.end(), number) != fvMissingNumbers.end();
+  }
+  bool IsMissingText(std::string_view text) const {
+    return text.empty() ||
+           std::find(fvMissingTexts.begin(), fvMissingTexts.end(), text) != fvMissingTexts.end();
   }
 
 private:

@@ -1,9 +1,13 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <span>
 #include <vector>
 
 // The computation's only view of the data: records of doubles, read in repeated passes. An adapter of the
-// procedure makes them from cases, so the computation never sees a file, a dictionary or a string.
+// procedure makes them from cases, so the computation never sees a file, a dictionary or a string. Records
+// come one by one, or many at a time as a block.
 
 namespace MCCommon {
 
@@ -19,6 +23,17 @@ public:
 
 private:
   std::vector<double> fValues;
+};
+
+// Up to a few thousand records, column by column. A block is a piece of the source as it is, so some of its
+// rows may be no records. Everything is borrowed, and lives until the next block.
+struct RecordBlock {
+  std::span<const std::uint32_t> records;    // the rows that are records, ascending
+  std::int64_t firstCase = 0;                // the case id of row 0; those of further rows ascend by 1
+  std::vector<const std::int32_t*> codes{};  // by slot, of the categorical ones; null for others
+  std::vector<const double*> numbers{};      // by slot, of the others; null for those and for the case id
+
+  double CaseId(std::uint32_t row) const { return static_cast<double>(firstCase + row); }
 };
 
 // Values of RecordIterator::Status(). There is no 2.
@@ -45,9 +60,17 @@ public:
 };
 
 // A stream that can start over. Every pass delivers the same records in the same order.
+//
+// A pass may begin with blocks. NextBlock() is called until it returns null; what is then left of the pass
+// comes from Next().
 class MultiPassRecordIter : public RecordIterator {
 public:
   ~MultiPassRecordIter() override;
+
+  // Whether passes begin with blocks, until something unusual is met.
+  virtual bool HasBlocks() const { return false; }
+  // The next records of the pass; null at the end, after a failure, and where single records follow.
+  virtual const RecordBlock* NextBlock() { return nullptr; }
 
   // Starts a new pass and returns its status.
   virtual int Reset() = 0;

@@ -1,5 +1,4 @@
 #include "StratumDraw.h"
-#include "KeyOf.h"
 #include "StopAt.h"
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVCancelInfo.h"
@@ -23,14 +22,10 @@ StratumDraw DrawStratum(MethodType method, const std::vector<double>& sizes, int
   StopAt stop(stopAt);
   SVCancelInfo cancelInfo(&stop);
   SVSOutSamples outSamples;
-  ClusterTable table;
-  ClusterPairs units;
-  for (std::size_t i = 0; i < sizes.size(); ++i) {
-    units.push_back(table.Insert(KeyOf({static_cast<int>(i)}), sizes[i]));
-  }
-  const ClusterPairs asGiven = units;
+  SVSUnits units(1);
+  for (int i = 0; i < static_cast<int>(sizes.size()); ++i) units.Add(&i, sizes[static_cast<std::size_t>(i)]);
   if (MethodOf(method).ordersBySize) SortBySize(&units, exact);
-  ClusterPairs selected;
+  std::vector<std::int32_t> selected;
   SVSelectSamples engine(&settings, 1, &cancelInfo);
   engine.SetRandom(random);
   engine.Prepare(&units, &selected, &outSamples, n, 0.5);
@@ -41,14 +36,14 @@ StratumDraw DrawStratum(MethodType method, const std::vector<double>& sizes, int
   drawn.selected = engine.GetNumSelected();
   engine.GetStageValues(&drawn.popSize, &drawn.sampleSize, &drawn.rate);
   for (double* value : {&drawn.popSize, &drawn.sampleSize, &drawn.rate}) *value = OrZero(*value);
-  for (const ClusterTable::Entry* unit : asGiven) {
-    double inclProb, weight, hits;
-    unit->value.GetResults(&inclProb, &weight, &hits);
-    drawn.inclProb.push_back(OrZero(inclProb));
-    drawn.weight.push_back(OrZero(weight));
-    drawn.hits.push_back(OrZero(hits));
+  for (int i = 0; i < static_cast<int>(sizes.size()); ++i) {
+    const SVSUnits::Result* taken = units.ResultOf(i);
+    const SVSUnits::Result result = taken == nullptr ? SVSUnits::Result() : *taken;
+    drawn.inclProb.push_back(OrZero(result.inclProb));
+    drawn.weight.push_back(OrZero(result.weight));
+    drawn.hits.push_back(OrZero(result.hits));
   }
-  for (const ClusterTable::Entry* unit : selected) drawn.order.push_back(unit->key[0]);
+  drawn.order.assign(selected.begin(), selected.end());
   return drawn;
 }
 

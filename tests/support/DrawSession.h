@@ -46,11 +46,12 @@ inline Texts AllCases() {
 class DrawSession {
 public:
   DrawSession(const std::string& csv, const std::string& stages, const std::string& command,
-              const std::string& schema = "") {
+              const std::string& schema = "", const CaseWalk& walk = {}) {
     fFolder.Write("frame.csv", csv);
     if (!schema.empty()) fFolder.Write("frame.schema.json", schema);
     fFolder.Write("plan.xml", Design(stages));
     FrameSession session(FrameSession::ExistingFile{fFolder.path / "frame.csv"});
+    session.Walk() = walk;
     HostSession::Current().Layer<SessionCommand>().SetCommand(
         Replace("SVSELECT /PLAN FILE='@/plan.xml' " + command, "@", fFolder.path));
     SVSELECT();

@@ -7,6 +7,7 @@
 
 #include "TestFolder.h"
 #include "host/engine/ActiveFile.h"
+#include "host/engine/ProcDSIterator.h"
 #include "host/engine/ProcedureDataSource.h"
 #include "host/environment/HostSession.h"
 #include "host/output/OutputDocument.h"
@@ -27,6 +28,8 @@ public:
   explicit FrameSession(const ExistingFile& file) { Open(file.path, {}); }
 
   ProcedureDataSource& Source() { return *fpSource; }
+  // Of iterators that are made later.
+  CaseWalk& Walk() { return fSession.Layer<CaseWalk>(); }
   std::int32_t Find(const std::string& name) const { return fpSource->FindVarIndex(name, 0); }
 
   std::vector<std::string> Messages() const {

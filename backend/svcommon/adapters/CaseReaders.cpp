@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstring>
 
 #include "backend/svcommon/adapters/SVPlanValidSpecs.h"
 #include "host/model/KORV_DataSource.h"
@@ -12,6 +13,12 @@ namespace {
 
 // Numbers from 0 up to here have their codes in a plain table; at most 4 MB for each variable.
 constexpr std::size_t kMaxWholes = 1 << 20;
+
+// Puts a text into cells, with blanks behind it. REQUIRES: it fits.
+void CopyText(std::string_view text, std::size_t cellCount, OBS* cells) {
+  std::memset(cells->text, ' ', cellCount * sizeof(OBS));
+  std::copy(text.begin(), text.end(), cells->text);
+}
 
 }  // namespace
 
@@ -35,6 +42,43 @@ std::int32_t CaseValueReader::Encode() {
 
 std::int32_t CaseValueReader::Lookup() const {
   return fCaseValue.IsPresent() ? CodeOf(fCaseValue.Cells()) : 0;
+}
+
+void CaseValueReader::ReadBlock(const CaseColumn& column, bool assigns, std::span<std::int32_t> codes) {
+  if (column.numbers != nullptr) {
+    for (std::size_t row = 0; row < codes.size(); ++row) {
+      const double number = column.numbers[row] + 0.0;  // -0 is 0
+      if (!fCaseValue.IsPresent(number)) {
+        codes[row] = 0;
+        continue;
+      }
+      codes[row] = CodeOfNumber(number, assigns);
+    }
+  } else {
+    for (std::size_t row = 0; row < codes.size(); ++row) {
+      const std::string_view text = column.texts[row];
+      if (!fCaseValue.IsPresent(text)) {
+        codes[row] = 0;
+        continue;
+      }
+      const std::int32_t known = fShortTexts.Find(text);
+      codes[row] = known != 0 ? known : CodeOfText(text, assigns);
+    }
+  }
+}
+
+std::int32_t CaseValueReader::CodeOfNumber(double number, bool assigns) {
+  const OBS cell = {.number = number};
+  return assigns ? CodeOfObs(&cell) : CodeOf(&cell);
+}
+
+// Of a text that fShortTexts doesn't have.
+std::int32_t CaseValueReader::CodeOfText(std::string_view text, bool assigns) {
+  fvTextCells.resize(fKeyCells);
+  CopyText(text, fKeyCells, fvTextCells.data());
+  const std::int32_t code = assigns ? CodeOfObs(fvTextCells.data()) : CodeOf(fvTextCells.data());
+  if (code != 0 && text.size() <= ShortTextCodes::kMostBytes) fShortTexts.Add(text, code);
+  return code;
 }
 
 const OBS* CaseValueReader::ObsOfCode(std::int32_t code) const {
@@ -102,7 +146,23 @@ double SVAdaptContVar::Get(bool* invalid, bool* missing) const {
     *missing = fbIsSize || fbIsRate;
     return MCMV::gMissingValue;
   }
-  double value = fCaseValue.Cells()->number;
+  return Judge(fCaseValue.Cells()->number, invalid);
+}
+
+bool SVAdaptContVar::ReadBlock(const CaseColumn& column, std::span<const std::uint32_t> rows,
+                               double* values) const {
+  bool anyInvalid = false;
+  for (const std::uint32_t row : rows) {
+    const double number = column.numbers[row] + 0.0;  // -0 is 0
+    bool invalid = false;
+    values[row] = fCaseValue.IsPresent(number) ? Judge(number, &invalid) : MCMV::gMissingValue;
+    anyInvalid = anyInvalid || invalid;
+  }
+  return !anyInvalid;
+}
+
+// A present value, rounded if it is a size.
+double SVAdaptContVar::Judge(double value, bool* invalid) const {
   if (fbIsSize) {
     if (value > 0.0 && FUZZYINTEGER(&value) != 0) {
       value = FUZZYROUND(&value);
@@ -143,6 +203,37 @@ double SVAdaptMatrixSpec::Get(bool* notFound) {
   for (const SVCaseValue& value : fvCaseValues) {
     place = std::copy_n(value.Cells(), ObsCells(value.fWidth), place);
   }
+  return NumberOfKey(notFound);
+}
+
+bool SVAdaptMatrixSpec::ReadBlock(const ProcDSIterator& cases, std::span<const std::uint32_t> rows,
+                                  double* values) {
+  std::vector<CaseColumn> columns;
+  for (const std::int32_t variable : *fpMatrixSpec->variables) columns.push_back(cases.BlockColumn(variable));
+  for (const std::uint32_t row : rows) {
+    bool isPresent = true;
+    OBS* place = fKeyBuffer.data();
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      const std::size_t cells = ObsCells(fvCaseValues[i].fWidth);
+      if (columns[i].numbers != nullptr) {
+        place->number = columns[i].numbers[row] + 0.0;
+        isPresent = isPresent && fvCaseValues[i].IsPresent(place->number);
+      } else {
+        CopyText(columns[i].texts[row], cells, place);
+        isPresent = isPresent && fvCaseValues[i].IsPresent(columns[i].texts[row]);
+      }
+      place += cells;
+    }
+    bool notFound = true;
+    if (isPresent) values[row] = NumberOfKey(&notFound);
+    if (notFound) return false;
+  }
+  return true;
+}
+
+// What the table has for the key in fKeyBuffer.
+double SVAdaptMatrixSpec::NumberOfKey(bool* notFound) {
+  *notFound = true;
   OBS* const found = fpMatrixSpec->map->Contains(fKeyBuffer.data());
   if (found == nullptr) return MCMV::gMissingValue;
   *notFound = false;

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
+#include "backend/svcommon/adapters/ShortTextCodes.h"
+#include "host/engine/ProcDSIterator.h"
 #include "host/model/CaseValue.h"
 #include "host/model/ObsVecMap.h"
 #include "host/numeric/Obs.h"
@@ -15,8 +18,8 @@ struct SVMatrixSpec;
 //   SVAdaptContVar      a number, for rates, sizes, weights and measures of size
 //   SVAdaptMatrixSpec   the number that a stage's table has for the case
 //
-// Each is bound to one or more columns of a case iterator and always reads the case on which the iterator is
-// now. A further pass over the data has a new iterator, to which Rebind() moves the reader.
+// Each is bound to one or more columns of a case iterator and reads the case on which the iterator is now, or
+// all cases of its block. A further pass over the data has a new iterator, to which Rebind() moves the reader.
 //
 // Ownership:  all borrow the iterator, which must outlive the pass.
 // Threads:    the thread of the run only.
@@ -31,6 +34,11 @@ public:
   // Whether the current case has a value. If user-missing values are included, only a system-missing number
   // counts as missing; every string is a value, even a blank one.
   bool IsPresent() const;
+  // The same for a value of a block.
+  bool IsPresent(double number) const {
+    return fbIncludeUserMissing ? number != MCMV::gMissingValue : !IsMissingNumber(number);
+  }
+  bool IsPresent(std::string_view text) const { return fbIncludeUserMissing || !IsMissingText(text); }
 
   const OBS* Cells() const { return fpObs; }
 
@@ -54,6 +62,9 @@ public:
   std::int32_t Encode();
   std::int32_t Lookup() const;
 
+  // The same for the column of a block, row by row.
+  void ReadBlock(const CaseColumn& column, bool assigns, std::span<std::int32_t> codes);
+
   // The value of a code, valid as long as the reader; null for a code that was never assigned.
   const OBS* ObsOfCode(std::int32_t code) const;
 
@@ -69,6 +80,8 @@ public:
 
 private:
   std::int32_t CodeOf(const OBS* obs) const;
+  std::int32_t CodeOfNumber(double number, bool assigns);
+  std::int32_t CodeOfText(std::string_view text, bool assigns);
   std::int32_t Add(const OBS* obs);
   std::size_t WholeOf(const OBS* obs) const;
 
@@ -81,6 +94,8 @@ private:
   // In a file in random order this compact table stays in the processor's caches where the map's entries
   // don't. Every such number that has a code is within its size.
   std::vector<std::int32_t> fvWholeCodes;
+  ShortTextCodes fShortTexts;    // the same for texts; those that a block has had, no others
+  std::vector<OBS> fvTextCells;  // scratch: one text
 };
 
 // SVAdaptContVar reads one continuous variable and checks it according to its role.
@@ -97,9 +112,14 @@ public:
   // value is returned nevertheless. `*missing` reports a size or rate without a value.
   virtual double Get(bool* invalid, bool* missing) const;
 
+  // The same for some rows of a block's column. False if one isn't allowed; the values are then undefined.
+  bool ReadBlock(const CaseColumn& column, std::span<const std::uint32_t> rows, double* values) const;
+
   void Rebind(KORV_InputCaseIterator* iterator, bool includeUserMissing);
 
 private:
+  double Judge(double value, bool* invalid) const;
+
   std::int32_t fVarIndex;
   SVCaseValue fCaseValue;  // of the current iterator
   bool fbIsSize;
@@ -119,9 +139,14 @@ public:
   // is set and the result is the missing value. Marks the row as used.
   double Get(bool* notFound);
 
+  // The same for some rows of a block. False if the table lacks the number of one.
+  bool ReadBlock(const ProcDSIterator& cases, std::span<const std::uint32_t> rows, double* values);
+
   void Rebind(KORV_InputCaseIterator* iterator, bool includeUserMissing);
 
 private:
+  double NumberOfKey(bool* notFound);
+
   const SVMatrixSpec* fpMatrixSpec;
   std::vector<SVCaseValue> fvCaseValues;  // of the current iterator, in the order of the table's variables
   std::vector<OBS> fKeyBuffer;            // scratch: one key

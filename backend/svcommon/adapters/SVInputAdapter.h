@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -8,6 +9,7 @@
 
 #include "backend/svcommon/adapters/CaseReaders.h"
 #include "backend/svcommon/adapters/SVPlanValidSpecs.h"
+#include "host/numeric/RecordIterator.h"
 
 class ProcDSIterator;
 class ProcedureDataSource;
@@ -19,7 +21,8 @@ class SVMessages;
 //   (cases)           (walks, ahead)       (translates)      (doubles)
 //
 // The computation knows neither variables nor texts. It sees records: arrays of doubles, in which each slot
-// has a meaning that SVPlanValidSpecs fixes once per run. SVProcDSMultiIter walks the cases and asks the
+// has a meaning that SVPlanValidSpecs fixes once per run. A block of cases becomes a block of records, column
+// by column. SVProcDSMultiIter walks the cases and asks the
 // adapter to translate each one; the adapter also decides which cases are valid. Anything the computation
 // reports about a category it reports as a code, and the adapter translates back.
 //
@@ -60,6 +63,12 @@ public:
   virtual bool KeepIncomplete() const;
   // Called when a further pass starts, after the readers have moved.
   virtual void OnNewIterator(ProcDSIterator* iterator);
+
+  // Whether ReadBlock() can read the cases of the iterator. Not unless a procedure says so.
+  virtual bool HasBlocks() const { return false; }
+  // Translates the block of `rows` cases that the iterator has moved to, and counts them. Null if a case is to
+  // be reported or rejected with a message: then nothing is counted, and the cases must be read one by one.
+  virtual const MCCommon::RecordBlock* ReadBlock(std::size_t) { return nullptr; }
 
   // Starts a further pass: `iterator` is before the first of the same cases. Resets the counts.
   void SetIterator(ProcDSIterator* iterator);
@@ -109,8 +118,15 @@ public:
 
 protected:
   // Counts a case that the first pass rejects for a continuous variable, by its dictionary index.
-  void CountLackOf(std::int32_t variable) {
-    if (fPassCounter == 0) ++fLacking[variable];
+  void CountLackOf(std::int32_t variable, std::int64_t cases = 1) {
+    if (fPassCounter == 0 && cases > 0) fLacking[variable] += cases;
+  }
+  // Counts all cases of a block: those of which it has records are valid.
+  void CountBlock(std::size_t rows, std::size_t records) {
+    fCasesRead += static_cast<std::int64_t>(rows);
+    fValidCases += static_cast<std::int64_t>(records);
+    fRecordsPassed += static_cast<std::int64_t>(records);
+    fInvalidCases += static_cast<std::int64_t>(rows - records);
   }
 
   SVInputAdapter(const SVPlanValidSpecs* validSpecs, ProcedureDataSource* dataSource,
@@ -125,11 +141,11 @@ protected:
   std::vector<std::unique_ptr<CaseValueReader>> fvCatReaders;
   std::vector<std::unique_ptr<SVAdaptContVar>> fvContVars;
   std::vector<std::unique_ptr<SVAdaptMatrixSpec>> fvMatrixSpecs;
+  std::vector<std::int32_t> fvCatSlots;  // of the record, parallel to fvCatReaders
 
 private:
   CaseValueReader* ReaderOf(std::int32_t variable) const;
 
-  std::vector<std::int32_t> fvCatSlots;                  // of the record, parallel to fvCatReaders
   std::map<std::int32_t, std::int32_t> fCatReaderIndex;  // dictionary index to position in fvCatReaders
   std::int64_t fCasesRead = 0;
   std::int64_t fRecordsPassed = 0;

@@ -1,5 +1,8 @@
 #include "backend/svcommon/adapters/SVProcDSMultiIter.h"
 
+#include <cstddef>
+#include <utility>
+
 #include "backend/svcommon/adapters/SVInputAdapter.h"
 #include "host/engine/ProcedureDataSource.h"
 
@@ -11,13 +14,15 @@ std::unique_ptr<ProcDSIterator> SVProcDSMultiIter::MakeIterator(ProcedureDataSou
 }
 
 SVProcDSMultiIter::SVProcDSMultiIter(ProcedureDataSource* dataSource,
-                                     std::unique_ptr<ProcDSIterator> iterator, SVInputAdapter* adapter)
+                                     std::unique_ptr<ProcDSIterator> iterator, SVInputAdapter* adapter,
+                                     bool byBlocks)
     : fpDataSource(dataSource),
       fpIterator(std::move(iterator)),
       fpAdapter(adapter),
       fRecordFirst(adapter->RecordSize()),
-      fRecordSecond(adapter->RecordSize()) {
-  ReadAhead();
+      fRecordSecond(adapter->RecordSize()),
+      fbWantsBlocks(byBlocks) {
+  StartPass();
 }
 
 SVProcDSMultiIter::~SVProcDSMultiIter() = default;
@@ -43,8 +48,40 @@ int SVProcDSMultiIter::Reset() {
   }
   fpAdapter->SetIterator(fpIterator.get());
   fStatus = MCCommon::kRecordReady;
-  ReadAhead();
+  StartPass();
   return fStatus;
+}
+
+void SVProcDSMultiIter::StartPass() {
+  fbByBlocks = fbWantsBlocks && fpAdapter->HasBlocks();
+  if (fbByBlocks) {
+    ReadBlockAhead();
+  } else {
+    ReadAhead();
+  }
+}
+
+// The block that was read ahead isn't valid any more once the next one is read, so that is done as late as it
+// is asked for.
+const MCCommon::RecordBlock* SVProcDSMultiIter::NextBlock() {
+  if (!fbByBlocks || fStatus != MCCommon::kRecordReady) return nullptr;
+  if (fpBlock == nullptr) ReadBlockAhead();
+  return std::exchange(fpBlock, nullptr);
+}
+
+// To the next block that has a record.
+void SVProcDSMultiIter::ReadBlockAhead() {
+  while (const std::size_t rows = fpIterator->NextCases()) {
+    fpBlock = fpAdapter->ReadBlock(rows);
+    if (fpBlock == nullptr) {
+      fbByBlocks = false;
+      fpIterator->GoOnByCases();
+      return ReadAhead();
+    }
+    if (!fpBlock->records.empty()) return;
+  }
+  fpBlock = nullptr;
+  fStatus = fpAdapter->FatalError() ? MCCommon::kSourceFailed : MCCommon::kCasesExhausted;
 }
 
 // Fills the other record with the next valid case. A case counts as read before it is known to be valid,

@@ -86,3 +86,37 @@ SVStatus SVSAlgorithm::CaseStats(const MCCommon::Record& record,
   *finalWeight = status.IsError() ? MCMV::gMissingValue : carried;
   return status;
 }
+
+void SVSAlgorithm::StartWalk() {
+  Tabulator(fLastStage)->StartWalk();
+}
+
+void SVSAlgorithm::KeepSelected(const MCCommon::RecordBlock& block, SVSRows* rows) {
+  Tabulator(fFirstStage)->ListWeighted(block, rows);
+  Tabulator(fLastStage)->KeepSelected(block, rows);
+}
+
+// The row's units from the last stage to the first, then their results from the first stage to the last.
+SVStatus SVSAlgorithm::RowStats(const MCCommon::RecordBlock& block, const SVSRows& rows, std::size_t place,
+                                std::vector<std::vector<double>>* stageValues, double* finalWeight) {
+  stageValues->resize(fvpDataTabulators.size());
+  fvUnits.assign(fvpDataTabulators.size(), rows.numbers[place]);
+  for (std::int32_t stage = fLastStage; stage > fFirstStage; --stage) {
+    fvUnits[static_cast<std::size_t>(stage - 2)] =
+        Tabulator(stage)->OuterUnit(fvUnits[static_cast<std::size_t>(stage - 1)]);
+  }
+  SVStatus status;
+  double carried = Tabulator(fFirstStage)->IncomingWeight(block, rows.rows[place]);
+  for (std::size_t at = 0; at < stageValues->size(); ++at) {
+    std::vector<double>& values = (*stageValues)[at];
+    if (fvpDataTabulators[at] == nullptr) {
+      values.clear();
+      continue;
+    }
+    const SVStatus found = fvpDataTabulators[at]->ResultsOf(fvUnits[at], carried, &values);
+    carried = values[kOutCumWeight];
+    if (!status.IsError()) status = found;
+  }
+  *finalWeight = status.IsError() ? MCMV::gMissingValue : carried;
+  return status;
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -15,14 +16,14 @@ class SVSCompSettings;
 
 // SVSAlgorithm drives the stages of a run: for each selected stage one pass over the records, then the draw.
 //
-// No list of selected units is passed from stage to stage. All tabulators stay alive to the end, and while a
-// stage tabulates, it asks the tabulator of the stage before about every record. That costs a search for each
-// record and saves a list that could be as long as the file.
+// No list of selected cases is passed from stage to stage. All tabulators stay alive to the end, and while a
+// stage tabulates, it asks the tabulators of the stages before about every record. That costs a search for
+// each record and saves a list that could be as long as the file.
 //
 // One generator, seeded once, serves all strata of all stages. So the first stage of a design draws the same
 // units whether or not later stages follow, and a stage's draws depend on all draws before it.
 //
-// Use:        through SVSComponent: Run() once, then CaseStats().
+// Use:        through SVSComponent: Run() once, then CaseStats(), or a walk over the blocks of a pass.
 // Ownership:  owns the tabulators, the collector and the generator; borrows settings and outputs.
 // Threads:    the thread of the run only.
 class SVSAlgorithm {
@@ -39,6 +40,12 @@ public:
   bool MaySelect(const MCCommon::Record& record);
   SVStatus CaseStats(const MCCommon::Record& record, std::vector<std::vector<double>>* stageValues,
                      double* finalWeight);
+
+  // As SVSComponent::StartWalk(), KeepSelected() and RowStats(). REQUIRES: as above.
+  void StartWalk();
+  void KeepSelected(const MCCommon::RecordBlock& block, SVSRows* rows);
+  SVStatus RowStats(const MCCommon::RecordBlock& block, const SVSRows& rows, std::size_t place,
+                    std::vector<std::vector<double>>* stageValues, double* finalWeight);
 
   // Whether the current stage has tabulated its data; whether it has drawn its sample. Both stay set after
   // the last stage, and so identify a finished run.
@@ -62,6 +69,7 @@ private:
   SVSOutSamples fOutSamples;
   std::vector<std::unique_ptr<SVSDataTabulator>> fvpDataTabulators;  // by stage; null if it wasn't drawn
   MCSV::SVSOutJointProbs* fpJointProbs;                              // borrowed, may be null
+  std::vector<std::int32_t> fvUnits;                                 // scratch: of a row, by stage
   bool fbDataProcessed = false;
   bool fbModelBuilt = false;
   SVStatus fStatus;

@@ -44,6 +44,12 @@ bool SVSComponent::MaySelect(const MCCommon::Record& record) {
   return !fStatus.IsError() && fpAlgorithm->ModelBuilt() && fpAlgorithm->MaySelect(record);
 }
 
+bool SVSComponent::StartWalk() {
+  if (fStatus.IsError() || !fpAlgorithm->ModelBuilt()) return false;
+  fpAlgorithm->StartWalk();
+  return true;
+}
+
 SVStatus SVSComponent::CaseStats(const MCCommon::Record& record,
                                  std::vector<std::vector<double>>* stageValues, double* finalWeight) {
   if (fStatus.IsError() || !fpAlgorithm->ModelBuilt()) return fStatus;

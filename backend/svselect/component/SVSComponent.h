@@ -13,8 +13,9 @@
 // outputs go in; statuses and the results of each case come out. It knows no files, no variables and no host:
 // records hold numbers, categories are codes, and results go to the interfaces of AbstractOutputs.h.
 //
-// Use:        construct, Run() once, then GetOutputStats() and the other reads; CaseStats() for each record
-//             of one more pass over the same records.
+// Use:        construct, Run() once, then GetOutputStats() and the other reads; and one more pass over the same
+//             records: StartWalk(), then KeepSelected() with each of its blocks and RowStats() for what it
+//             kept; or, where the records come one by one, CaseStats() for each.
 // Ownership:  copies the settings and owns the algorithm; borrows the joint output for its own life, the
 //             iterator and the summary for the call of Run(). What GetOutputStats() returns lives as long as
 //             the component.
@@ -63,6 +64,19 @@ public:
   // run.
   SVStatus CaseStats(const MCCommon::Record& record, std::vector<std::vector<double>>* stageValues,
                      double* finalWeight);
+
+  // Starts a walk over the blocks of a further pass. False without a finished run.
+  bool StartWalk();
+  // The rows of the next block that may have a final weight, in their order.
+  // REQUIRES, here and below: StartWalk() has returned true.
+  void KeepSelected(const MCCommon::RecordBlock& block, SVSRows* rows) {
+    fpAlgorithm->KeepSelected(block, rows);
+  }
+  // As CaseStats(), for the row at a place in what was kept.
+  SVStatus RowStats(const MCCommon::RecordBlock& block, const SVSRows& rows, std::size_t place,
+                    std::vector<std::vector<double>>* stageValues, double* finalWeight) {
+    return fpAlgorithm->RowStats(block, rows, place, stageValues, finalWeight);
+  }
 
 private:
   std::unique_ptr<SVSAlgorithm> fpAlgorithm;      // null when the settings failed their check

@@ -66,8 +66,10 @@ public:
 
   // Counts once, and keeps the example while there are few. A place that is an example already only counts.
   void Note(FindingKind kind, std::int32_t stage, SVSFinding::Example example);
-  // The same where no place is worth a mention.
-  void Count(FindingKind kind, std::int32_t stage) { ++Find(kind, stage).count; }
+  // The same, so many times, where no place is worth a mention.
+  void Count(FindingKind kind, std::int32_t stage, std::int64_t times = 1) {
+    Find(kind, stage).count += times;
+  }
   // For kStatedProbs, of a stratum that is counted: a unit with its two probabilities, of which the one with
   // the largest difference becomes the only example; or that they are too costly to compute.
   void KeepWorst(std::int32_t stage, const SVSFinding::Example& example);

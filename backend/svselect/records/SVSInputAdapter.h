@@ -1,7 +1,12 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
 #include "backend/svcommon/adapters/SVInputAdapter.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
+#include "host/numeric/RecordIterator.h"
 
 // SVSInputAdapter decides which cases take part in a draw.
 //
@@ -24,6 +29,20 @@ public:
   bool ReadContinuous(double* record) override;
   bool ReadMatrix(double* record) override;
 
+  bool HasBlocks() const override;
+  const MCCommon::RecordBlock* ReadBlock(std::size_t rows) override;
+
 private:
-  const SVSValidSpecs* fpSelectSpecs;  // the object that fpValidSpecs points to, by its own type
+  void ReadCodes(std::size_t rows);
+  bool ReadNumbers(std::size_t rows);
+  bool ReadTables(std::size_t rows);
+  void CountLacks(std::size_t rows);
+  double* NumbersOf(std::int32_t slot, std::size_t rows);
+
+  MCCommon::RecordBlock fBlock;
+  std::vector<std::uint32_t> fvRecords;            // rows of the block that may become records
+  std::size_t fWeightless = 0;                     // rows that don't, for lack of the previous weight
+  std::vector<std::vector<std::int32_t>> fvCodes;  // parallel to fvCatReaders
+  std::vector<std::vector<double>> fvNumbers;      // by slot of the record
+  const SVSValidSpecs* fpSelectSpecs;              // the object that fpValidSpecs points to, by its own type
 };

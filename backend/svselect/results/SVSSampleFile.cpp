@@ -229,10 +229,8 @@ void SVSSampleFile::SaveDocument() {
 
 // --- the pass --------------------------------------------------------------------------------------------
 
-// Next() is called at the end of each round because the stream is one record ahead: the record of the case
-// under the iterator is Current(). A case is asked about in two steps, the quick test first. A file that
-// can't be written ends the pass with a warning, not an error, so that the tables and statuses of the draw
-// still appear.
+// A file that can't be written ends the pass with a warning, not an error, so that the tables and statuses of
+// the draw still appear.
 void SVSSampleFile::MakePass(SVSComponent& component, SVProcDSMultiIter& multiPassIter) {
   KORV_InputCaseIterator& cases = *multiPassIter.CaseIterator();
   std::optional<CaseWriter> writer;
@@ -243,7 +241,8 @@ void SVSSampleFile::MakePass(SVSComponent& component, SVProcDSMultiIter& multiPa
   // Used only without a sample file: the active file's last columns are the new ones then.
   const auto firstNew = static_cast<int>(fpDataSource->ColumnCount() - values.size());
 
-  const auto takeCase = [&] {
+  const auto takeCase = [&](double finalWeight) {
+    FillNewValues(finalWeight, &values);
     if (writer) {
       writer->Write(values);
     } else {
@@ -253,23 +252,55 @@ void SVSSampleFile::MakePass(SVSComponent& component, SVProcDSMultiIter& multiPa
     if (rule) rule->Take(cases);
   };
   try {
-    while (multiPassIter.HasMore()) {
-      double finalWeight = MCMV::gMissingValue;
-      const MCCommon::Record* record = multiPassIter.Current();
-      if (record != nullptr && component.MaySelect(*record) &&
-          !component.CaseStats(*record, &fStageValues, &finalWeight).IsError() &&
-          finalWeight != MCMV::gMissingValue) {
-        FillNewValues(finalWeight, &values);
-        takeCase();
-      }
-      multiPassIter.Next();
+    if (multiPassIter.HasBlocks()) {
+      WalkBlocks(component, multiPassIter, takeCase);
+    } else {
+      WalkCases(component, multiPassIter, takeCase);
     }
-    fState = multiPassIter.Status() == MCCommon::kSourceFailed ? kFailed : kWritten;
+    // Records behind the blocks of the last pass mean that the source has changed.
+    const bool isRead = multiPassIter.Status() == MCCommon::kCasesExhausted;
+    fState = isRead ? kWritten : kFailed;
   } catch (const ErrorText& error) {
     BpError(BpString(error.message, false), kShowInMessage, kWarningLevel);
     fState = kFailed;
   }
   if (rule) rule->Finish();
+}
+
+template <class TakeCase>
+void SVSSampleFile::WalkBlocks(SVSComponent& component, SVProcDSMultiIter& multiPassIter,
+                               const TakeCase& takeCase) {
+  if (!component.StartWalk()) return;
+  SVSRows selected;
+  while (const MCCommon::RecordBlock* block = multiPassIter.NextBlock()) {
+    component.KeepSelected(*block, &selected);
+    for (std::size_t place = 0; place < selected.rows.size(); ++place) {
+      double finalWeight = MCMV::gMissingValue;
+      if (component.RowStats(*block, selected, place, &fStageValues, &finalWeight).IsError() ||
+          finalWeight == MCMV::gMissingValue) {
+        continue;
+      }
+      multiPassIter.CaseIterator()->ShowCase(selected.rows[place]);
+      takeCase(finalWeight);
+    }
+  }
+}
+
+// Next() is called at the end of each round because the stream is one record ahead: the record of the case
+// under the iterator is Current(). A case is asked about in two steps, the quick test first.
+template <class TakeCase>
+void SVSSampleFile::WalkCases(SVSComponent& component, SVProcDSMultiIter& multiPassIter,
+                              const TakeCase& takeCase) {
+  while (multiPassIter.HasMore()) {
+    double finalWeight = MCMV::gMissingValue;
+    const MCCommon::Record* record = multiPassIter.Current();
+    if (record != nullptr && component.MaySelect(*record) &&
+        !component.CaseStats(*record, &fStageValues, &finalWeight).IsError() &&
+        finalWeight != MCMV::gMissingValue) {
+      takeCase(finalWeight);
+    }
+    multiPassIter.Next();
+  }
 }
 
 // The position of the new variable that numbers the copies of a case: see the header. The final weight counts

@@ -43,7 +43,7 @@ class SVSValidSpecs;
 //             kFailed. A record for which the component reports an error isn't in the sample, without any
 //             message.
 // Cost:       a case costs what the component's answer costs, a selected one also its copies; nothing is
-//             allocated for a case.
+//             allocated for a case. In a pass by blocks only selected cases are looked at.
 //
 // Invariants: (1) fNewKinds, fNewStages and fNewMethods are parallel: one entry for each new variable.
 //             (2) the new variables are the last ones of their file, in that order.
@@ -82,6 +82,10 @@ private:
   void SaveDocument();
   // The pass.
   void MakePass(SVSComponent& component, SVProcDSMultiIter& multiPassIter);
+  template <class TakeCase>
+  void WalkBlocks(SVSComponent& component, SVProcDSMultiIter& multiPassIter, const TakeCase& takeCase);
+  template <class TakeCase>
+  void WalkCases(SVSComponent& component, SVProcDSMultiIter& multiPassIter, const TakeCase& takeCase);
   int FindRepeatPosition() const;
   void FillNewValues(double finalWeight, std::vector<double>* values) const;
 

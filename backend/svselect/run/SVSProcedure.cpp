@@ -83,7 +83,8 @@ SVSProcedure::SVSProcedure(SVSValidSpecs* validSpecs, ProcedureDataSource* dataS
   }
   fpInputAdapter =
       std::make_unique<SVSInputAdapter>(validSpecs, dataSource, iterator.get(), fpMessages.get());
-  auto multiPass = std::make_unique<SVProcDSMultiIter>(dataSource, std::move(iterator), fpInputAdapter.get());
+  auto multiPass =
+      std::make_unique<SVProcDSMultiIter>(dataSource, std::move(iterator), fpInputAdapter.get(), true);
   fpMultiPassIter = multiPass.get();
   fpRecordIter = std::move(multiPass);
   if (fpRecordIter->Status() != MCCommon::kRecordReady) {

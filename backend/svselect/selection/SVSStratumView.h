@@ -8,7 +8,7 @@
 
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVCancelInfo.h"
-#include "backend/svselect/selection/SVSClusterData.h"
+#include "backend/svselect/selection/SVSUnits.h"
 #include "host/numeric/Obs.h"
 
 // What a draw sees of its stratum, and where it puts the units that it takes. Draws and joint probabilities
@@ -53,30 +53,30 @@ inline double WeightOf(double inclProb) {
   return inclProb > 0.0 ? 1.0 / inclProb : MCMV::gMissingValue;
 }
 
-// Takes the units of one draw. Their results go into the units at once, so a draw that may be cancelled
-// decides whether it takes units as it goes or only at its end.
+// Takes the units of one draw. Their results go to the units at once, so a draw that may be cancelled decides
+// whether it takes units as it goes or only at its end.
 class SVSTakenUnits {
 public:
-  // Borrows everything. A method that names its units appends each one to `selected` and its 1-based number
+  // Borrows everything. A method that names its units appends each one to `selected` and its 1-based position
   // to `numbers`.
-  SVSTakenUnits(const SVMethod& method, const ClusterPairs* units, ClusterPairs* selected,
+  SVSTakenUnits(const SVMethod& method, SVSUnits* units, std::vector<std::int32_t>* selected,
                 std::vector<std::int32_t>* numbers)
       : fMethod(method), fpUnits(units), fpSelected(selected), fpNumbers(numbers) {}
 
-  // Takes the unit at a 0-based index, which was hit `hits` times.
-  void Take(std::int32_t index, double inclProb, double weight, std::int32_t hits = 1) {
-    ClusterTable::Entry* unit = (*fpUnits)[static_cast<std::size_t>(index)];
-    unit->value.SetResults(inclProb, weight, hits);
+  // Takes the unit at a 0-based position, which was hit `hits` times.
+  void Take(std::int32_t position, double inclProb, double weight, std::int32_t hits = 1) {
+    const std::int32_t unit = fpUnits->UnitAt(position);
+    fpUnits->SetResult({unit, inclProb, weight, static_cast<double>(hits)});
     fCount += fMethod.withReplacement ? hits : 1;
     if (!fMethod.namesUnits) return;
     fpSelected->push_back(unit);
-    fpNumbers->push_back(index + 1);
+    fpNumbers->push_back(position + 1);
   }
 
   // The same with the inclusion probability n p(i).
-  void TakeBySize(const SVSStratumView& stratum, std::int32_t index, std::int32_t hits = 1) {
-    const double inclProb = stratum.RequestedShare(index);
-    Take(index, inclProb, WeightOf(inclProb), hits);
+  void TakeBySize(const SVSStratumView& stratum, std::int32_t position, std::int32_t hits = 1) {
+    const double inclProb = stratum.RequestedShare(position);
+    Take(position, inclProb, WeightOf(inclProb), hits);
   }
 
   // Units taken so far; their hits with replacement. Saturates, since negative sizes can lead the line of
@@ -88,8 +88,8 @@ public:
 
 private:
   const SVMethod& fMethod;
-  const ClusterPairs* fpUnits;
-  ClusterPairs* fpSelected;
+  SVSUnits* fpUnits;
+  std::vector<std::int32_t>* fpSelected;
   std::vector<std::int32_t>* fpNumbers;
   std::int64_t fCount = 0;
 };

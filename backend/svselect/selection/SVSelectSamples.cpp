@@ -21,12 +21,12 @@ SVSelectSamples::SVSelectSamples(const SVSCompSettings* settings, std::int32_t s
 
 SVSelectSamples::~SVSelectSamples() = default;
 
-SVStatus SVSelectSamples::Prepare(const ClusterPairs* clusterTablePairs, ClusterPairs* clusterSelectPairs,
+SVStatus SVSelectSamples::Prepare(SVSUnits* units, std::vector<std::int32_t>* selected,
                                   SVSOutSamples* outSamples, std::int32_t requestSize, double requestRate) {
-  fpClusterTablePairs = clusterTablePairs;
-  fpClusterSelectPairs = clusterSelectPairs;
+  fpUnits = units;
+  fpSelected = selected;
   fpOutSamples = outSamples;
-  fNAllSamples = static_cast<std::int32_t>(clusterTablePairs->size());
+  fNAllSamples = units->Count();
   fNRequestSamples = requestSize;
   fRequestSampleRate = requestRate;
   fTotalSampleSize = 0.0;
@@ -38,12 +38,12 @@ SVStatus SVSelectSamples::Prepare(const ClusterPairs* clusterTablePairs, Cluster
 
 void SVSelectSamples::FormSizes() {
   const bool bLine = FunctionsOf(fSelectMethod).lists == SizeLists::kLine;
-  const std::size_t count = fpClusterTablePairs->size();
+  const auto count = static_cast<std::size_t>(fNAllSamples);
   fAllSampleSizes.reserve(count);
   fProbPropSize.reserve(count);
   (bLine ? fCumSampleSizes : fCumProbPropSize).reserve(count);
-  for (const ClusterTable::Entry* unit : *fpClusterTablePairs) {
-    const double size = unit->value.GetSize();
+  for (std::int32_t position = 0; position < fNAllSamples; ++position) {
+    const double size = fpUnits->SizeOf(fpUnits->UnitAt(position));
     if (size == gMissingValue) Fail(kStatusMissingSize);
     fTotalSampleSize += size;
     fAllSampleSizes.push_back(size);
@@ -60,7 +60,7 @@ void SVSelectSamples::FormSizes() {
 
 SVStatus SVSelectSamples::SelectSamples() {
   if (fStatus.IsError()) return fStatus;
-  fpClusterSelectPairs->clear();
+  fpSelected->clear();
   fSelectSampleInds.clear();
   fJointProbs.clear();
   fNSelectSamples = 0;
@@ -80,8 +80,9 @@ void SVSelectSamples::Draw() {
   DrawFunction* const draw = FunctionsOf(fSelectMethod).draw;
   if (draw == nullptr) return;
   if (method.twoUnits && fNAllSamples >= 2) fNRequestSamples = 2;
-  SVSTakenUnits taken(method, fpClusterTablePairs, fpClusterSelectPairs, &fSelectSampleInds);
+  SVSTakenUnits taken(method, fpUnits, fpSelected, &fSelectSampleInds);
   const SVStatus status = draw(View(), fpRandom, &taken);
+  fpUnits->FinishResults();
   fNSelectSamples = taken.Count();
   if (status.IsError()) return Fail(status.code);
   if (fNSelectSamples > 0) SetStageValues();
@@ -118,7 +119,7 @@ void SVSelectSamples::GetStageValues(double* popSize, double* sampleSize, double
 }
 
 void SVSelectSamples::ClearWork() {
-  if (fpClusterSelectPairs != nullptr) Release(fpClusterSelectPairs);
+  if (fpSelected != nullptr) Release(fpSelected);
   Release(&fSelectSampleInds);
   ClearSizes();
   Release(&fJointProbs);

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "backend/svselect/selection/SVSClusterData.h"
 #include "backend/svselect/selection/SVSStratumView.h"
+#include "backend/svselect/selection/SVSUnits.h"
 #include "host/numeric/Obs.h"
 #include "model_components/surveyplans/common/SVStatus.h"
 
@@ -29,8 +29,8 @@ class MCRandomTwister;
 // Ownership:  owns its arrays. Borrows everything that it points to: settings, stage and cancel view for its
 //             own life, the rest from SetRandom() and Prepare() on.
 // Threads:    the thread of the run; JointProbsRange() of different ranges may run in parallel.
-// Notation:   that of SVSStratumView.h, units 1..N being those of the list given to Prepare(). Unit numbers
-//             kept here are 1-based.
+// Notation:   that of SVSStratumView.h, units 1..N being those of the list given to Prepare(), by position.
+//             Positions kept here are 1-based.
 // Errors:     the status stays in the engine, and once it is an error nothing changes it and nothing more is
 //             computed: 1 when cancelled, 92031 a size is missing, 92032 a size is too large for the method,
 //             92036 no memory for the joint probabilities.
@@ -46,10 +46,10 @@ public:
 
   void SetRandom(MCCommonMath::MCRandomTwister* generator) { fpRandom = generator; }
 
-  // Takes the units of the stratum and what is asked for, and forms the measures of size.
-  // `clusterSelectPairs` is filled by SelectSamples().
-  SVStatus Prepare(const ClusterPairs* clusterTablePairs, ClusterPairs* clusterSelectPairs,
-                   SVSOutSamples* outSamples, std::int32_t requestSize, double requestRate);
+  // Takes the units of the stratum and what is asked for, and forms the measures of size. `selected` is filled
+  // by SelectSamples(), in order of selection.
+  SVStatus Prepare(SVSUnits* units, std::vector<std::int32_t>* selected, SVSOutSamples* outSamples,
+                   std::int32_t requestSize, double requestRate);
 
   // Draws the sample and writes the results into the units.
   SVStatus SelectSamples();
@@ -107,24 +107,24 @@ private:
   void RunJointWork(std::int32_t range);
   void EndJointWork();
 
-  const SVSCompSettings* fpSettings;                  // borrowed
-  const DesignStage* fpStage;                         // borrowed; read at construction only
-  SVSOutSamples* fpOutSamples = nullptr;              // borrowed
-  const ClusterPairs* fpClusterTablePairs = nullptr;  // borrowed; all units
-  ClusterPairs* fpClusterSelectPairs = nullptr;       // borrowed; of methods that name their units
-  std::vector<std::int32_t> fSelectSampleInds;        // unit numbers, parallel to fpClusterSelectPairs
-  std::int32_t fSelectMethod;                         // MethodType
-  std::int32_t fStageInd;                             // from 1
-  std::vector<double> fAllSampleSizes;                // s(i); the method's SizeLists are formed, no others
-  std::vector<double> fCumSampleSizes;                // S(i)
-  double fTotalSampleSize = 0.0;                      // M
-  std::vector<double> fProbPropSize;                  // p(i); 0 where M isn't positive
-  std::vector<double> fCumProbPropSize;               // c(i)
-  std::int32_t fNAllSamples = 0;                      // N
-  std::int32_t fNRequestSamples = 0;                  // n, at most N without replacement
-  std::int32_t fNSelectSamples = 0;                   // selected so far
-  double fRequestSampleRate = 0.0;                    // at most 1 without replacement
-  double fOutPopSize = MCMV::gMissingValue;           // results of the stratum
+  const SVSCompSettings* fpSettings;                // borrowed
+  const DesignStage* fpStage;                       // borrowed; read at construction only
+  SVSOutSamples* fpOutSamples = nullptr;            // borrowed
+  SVSUnits* fpUnits = nullptr;                      // borrowed; all units
+  std::vector<std::int32_t>* fpSelected = nullptr;  // borrowed; units, of methods that name them
+  std::vector<std::int32_t> fSelectSampleInds;      // positions from 1, parallel to fpSelected
+  std::int32_t fSelectMethod;                       // MethodType
+  std::int32_t fStageInd;                           // from 1
+  std::vector<double> fAllSampleSizes;              // s(i); the method's SizeLists are formed, no others
+  std::vector<double> fCumSampleSizes;              // S(i)
+  double fTotalSampleSize = 0.0;                    // M
+  std::vector<double> fProbPropSize;                // p(i); 0 where M isn't positive
+  std::vector<double> fCumProbPropSize;             // c(i)
+  std::int32_t fNAllSamples = 0;                    // N
+  std::int32_t fNRequestSamples = 0;                // n, at most N without replacement
+  std::int32_t fNSelectSamples = 0;                 // selected so far
+  double fRequestSampleRate = 0.0;                  // at most 1 without replacement
+  double fOutPopSize = MCMV::gMissingValue;         // results of the stratum
   double fOutSampleSize = MCMV::gMissingValue;
   double fOutSampleRate = MCMV::gMissingValue;
   std::vector<double> fJointProbs;  // square, row by row, in order of selection

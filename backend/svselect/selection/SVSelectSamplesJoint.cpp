@@ -94,7 +94,7 @@ void SVSelectSamples::StartJointWork(std::int32_t ranges) {
 
 // All missing but the diagonal, which holds the inclusion probabilities.
 void SVSelectSamples::FormJointMatrix() {
-  const std::size_t k = fpClusterSelectPairs->size();
+  const std::size_t k = fpSelected->size();
   fJointProbs.clear();
   // Entries are counted in 32 bits.
   if (k * k > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()))
@@ -105,9 +105,7 @@ void SVSelectSamples::FormJointMatrix() {
     return Fail(kStatusNoMemory);
   }
   for (std::size_t a = 0; a < k; ++a) {
-    double weight = 0.0;
-    double hits = 0.0;
-    (*fpClusterSelectPairs)[a]->value.GetResults(&fJointProbs[a * k + a], &weight, &hits);
+    fJointProbs[a * k + a] = fpUnits->ResultOf((*fpSelected)[a])->inclProb;
   }
 }
 

@@ -9,18 +9,21 @@ double SizeBounds::Apply(double size) const {
   return maximum > 0.0 ? std::min(maximum, size) : size;
 }
 
-void BoundSizes(const ClusterPairs& units, const SizeBounds& bounds) {
+void BoundSizes(SVSUnits* units, const SizeBounds& bounds) {
   if (!bounds.Any()) return;
-  for (ClusterTable::Entry* unit : units) unit->value.SetSize(bounds.Apply(unit->value.GetSize()));
+  for (std::int32_t unit = 0; unit < units->Count(); ++unit) {
+    units->SetSize(unit, bounds.Apply(units->SizeOf(unit)));
+  }
 }
 
-void SortBySize(ClusterPairs* units, bool exact) {
-  const auto rank = [exact](const ClusterTable::Entry* unit) {
-    return exact ? unit->value.GetSize() : std::trunc(unit->value.GetSize());
+void SortBySize(SVSUnits* units, bool exact) {
+  const auto rank = [units, exact](std::int32_t unit) {
+    const double size = units->SizeOf(unit);
+    return exact ? size : std::trunc(size);
   };
-  std::sort(units->begin(), units->end(), [rank](const ClusterTable::Entry* a, const ClusterTable::Entry* b) {
+  units->Sort([units, rank](std::int32_t a, std::int32_t b) {
     const double rankA = rank(a);
     const double rankB = rank(b);
-    return rankA != rankB ? rankA < rankB : a->key < b->key;
+    return rankA != rankB ? rankA < rankB : units->HasLowerKey(a, b);
   });
 }

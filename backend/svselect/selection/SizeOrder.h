@@ -1,6 +1,6 @@
 #pragma once
 
-#include "backend/svselect/selection/SVSClusterData.h"
+#include "backend/svselect/selection/SVSUnits.h"
 
 // What is done to the measures of size of a stratum's units when its selection begins.
 
@@ -16,8 +16,8 @@ struct SizeBounds {
 };
 
 // Keeps the sizes of all units within the bounds.
-void BoundSizes(const ClusterPairs& units, const SizeBounds& bounds);
+void BoundSizes(SVSUnits* units, const SizeBounds& bounds);
 
 // The order of PPS_WOR: ascending by the whole part of the size, with `exact` by the size itself; units that
 // are equal in this by their keys.
-void SortBySize(ClusterPairs* units, bool exact);
+void SortBySize(SVSUnits* units, bool exact);

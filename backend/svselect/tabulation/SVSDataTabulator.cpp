@@ -1,6 +1,8 @@
 #include "backend/svselect/tabulation/SVSDataTabulator.h"
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVCancelInfo.h"
@@ -42,15 +44,27 @@ Fitness FitnessOf(std::int32_t variableType, double value) {
   }
 }
 
-// The code of a category. Codes are whole here already; adding a half guards against a conversion before this
-// point that leaves one just below.
-std::int32_t KeyValue(double value) {
-  return TruncateToInt32(value + 0.5);
-}
-
 // One comparison also rejects the missing value, which is negative.
 bool IsPositive(double weight) {
   return weight > 0.0;
+}
+
+// The variables by which a stage extends the numbers that the stage before has given, or all of them without
+// such a stage.
+std::vector<std::int32_t> StrataSlots(const SVSCompSettings& settings, std::int32_t stage, bool extends) {
+  if (extends) return settings.GetStage(stage)->strataVariables();
+  std::vector<std::int32_t> strata;
+  std::vector<std::int32_t> clusters;
+  settings.KeyVars(stage, &strata, &clusters);
+  return strata;
+}
+
+// Without cluster variables the case is the unit. Without a case id, as in a computation that isn't fed by a
+// file, all records of a stratum are one unit.
+std::vector<std::int32_t> UnitSlots(const SVSCompSettings& settings, std::int32_t stage) {
+  std::vector<std::int32_t> clusters = settings.GetStage(stage)->clusterVariables();
+  if (clusters.empty() && settings.CaseIdVar() >= 0) clusters.push_back(settings.CaseIdVar());
+  return clusters;
 }
 
 // The first `count` codes of a key.
@@ -59,6 +73,9 @@ std::vector<std::int32_t> Codes(const SVKey& key, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) codes[i] = key[static_cast<int>(i)];
   return codes;
 }
+
+// Where a stratum finds the only value that it is given.
+const std::vector<std::int32_t> kOnlyValue = {0};
 
 // A size that exceeds its limit by less may be within it by the sums of a draw, which are in another order.
 constexpr double kBeyondDoubt = 1.0 + 1e-9;
@@ -87,31 +104,86 @@ SVSDataTabulator::SVSDataTabulator(const SVSCompSettings* settings, std::int32_t
       fpPrevTabulator(prevTabulator),
       fbFirstStage(stage == settings->FirstStage()),
       fCaseIdVar(settings->CaseIdVar()),
+      fSpecVar(settings->StageSpecVar(stage)),
+      fSizeVar(settings->MOSVar()),
       fVariableType(&settings->VariableTypes()),
       fWeightVar(settings->WeightVar()),
+      fbDrawsBySize(!MethodOf(settings->GetStage(stage)->methodType()).equalProbability),
+      fStrataNumbers(StrataSlots(*settings, stage, prevTabulator != nullptr)),
+      fUnitNumbers(UnitSlots(*settings, stage)),
+      fRecordAsBlock(settings->VariableTypes().size()),
       fpCancelInfo(cancelInfo) {
   settings->KeyVars(stage, &fKeyStrataVars, &fKeyClusterVars);
-  fSVStratumKey = SVKey(static_cast<int>(fKeyStrataVars.size()));
-  fSVUnitKey = SVKey(std::max(1, static_cast<int>(fKeyClusterVars.size())));
-  for (Arrival& arrival : fArrivals) {
-    arrival.stratumKey = fSVStratumKey;
-    arrival.unitKey = fSVUnitKey;
-  }
-  if (settings->StageSpecVar(stage) >= 0) fConstVars.push_back(settings->StageSpecVar(stage));
 }
 
 // --- the pass --------------------------------------------------------------------------------------------
 
-// Records that are still in the ring when the pass ends in an error are dropped: nothing is drawn from it.
 SVStatus SVSDataTabulator::ProcessData(MCCommon::MultiPassRecordIter& iterator) {
   if (!iterator.HasMore()) fStatus = ErrorStatus(kStatusNoRecords);
   if (fbSourceProcessed) fStatus = ErrorStatus(kStatusUserError);
+  fbCountsCases = fKeyClusterVars.empty() && iterator.HasBlocks();
+  fvUnitKey.assign(UnitKeyLength(), 0);
+  TakeBlocks(iterator);
   while (!fStatus.IsError() && iterator.HasMore() && !fpCancelInfo->IsCancelled()) TakeRecord(iterator);
   if (fpCancelInfo->IsCancelled()) fStatus = ErrorStatus(kStatusCancelled);
-  while (!fStatus.IsError() && fEntered < fArrived) EnterNext();
-  if (!fStatus.IsError()) fbSourceProcessed = true;
+  if (!fStatus.IsError()) {
+    fLateNotes.PassOnAll(fEntered, fStageInd, &Findings());
+    fbSourceProcessed = true;
+  }
   fpOutSamples->AddStatus(fStatus);
   return fStatus;
+}
+
+void SVSDataTabulator::TakeBlocks(MCCommon::MultiPassRecordIter& iterator) {
+  while (!fStatus.IsError() && !fpCancelInfo->IsCancelled()) {
+    const MCCommon::RecordBlock* block = iterator.NextBlock();
+    if (block == nullptr) break;
+    TakeBlock(*block);
+  }
+  if (!fStatus.IsError() && iterator.Status() == MCCommon::kSourceFailed)
+    fStatus = ErrorStatus(kStatusUserError);
+}
+
+void SVSDataTabulator::TakeBlock(const MCCommon::RecordBlock& block) {
+  if (MayHaveFault(block)) return TakeOneByOne(block);
+  ListWeighted(block, &fEntering);
+  const std::size_t weighted = fEntering.rows.size();
+  if (fbFirstStage && weighted < block.records.size()) {
+    const auto dropped =
+        std::mismatch(fEntering.rows.begin(), fEntering.rows.end(), block.records.begin()).second;
+    fFirstDropped = *dropped;
+    fDropped = static_cast<std::int64_t>(block.records.size() - weighted);
+  }
+  fValidCount += static_cast<std::int64_t>(weighted);
+  Enter(block);
+}
+
+// Whether a rate or size isn't allowed, which ends the pass at its record.
+bool SVSDataTabulator::MayHaveFault(const MCCommon::RecordBlock& block) const {
+  for (std::size_t slot = 0; slot < fVariableType->size(); ++slot) {
+    const std::int32_t type = (*fVariableType)[slot];
+    if (type != kVarRate && type != kVarSize) continue;
+    const double* const numbers = block.numbers[slot];
+    for (const std::uint32_t row : block.records) {
+      if (FitnessOf(type, numbers[row]) != Fitness::kPasses) return true;
+    }
+  }
+  return false;
+}
+
+void SVSDataTabulator::TakeOneByOne(const MCCommon::RecordBlock& block) {
+  MCCommon::Record record(static_cast<int>(fVariableType->size()));
+  for (const std::uint32_t row : block.records) {
+    for (std::size_t slot = 0; slot < static_cast<std::size_t>(record.Size()); ++slot) {
+      const bool isCode = block.codes[slot] != nullptr;
+      const bool isNumber = block.numbers[slot] != nullptr;
+      record.GetAll()[slot] = isCode     ? block.codes[slot][row]
+                              : isNumber ? block.numbers[slot][row]
+                                         : block.CaseId(row);
+    }
+    Take(record);
+    if (fStatus.IsError()) return;
+  }
 }
 
 // The status is asked after Next(): a source that failed while reading ahead also spoils the record in hand.
@@ -124,14 +196,23 @@ void SVSDataTabulator::TakeRecord(MCCommon::MultiPassRecordIter& iterator) {
   } else if (record->Size() < static_cast<int>(fVariableType->size())) {
     fStatus = ErrorStatus(kStatusRecordTooShort);
   } else {
-    ++fRecordCount;
-    if (!Check(*record, fStatus)) {
-      if (!fStatus.IsError() && fbFirstStage) Findings().Count(FindingKind::kNoPreviousWeight, fStageInd);
-      return;
-    }
-    Tabulate(*record);
-    if (!fStatus.IsError()) ++fValidCount;
+    Take(*record);
   }
+}
+
+void SVSDataTabulator::Take(const MCCommon::Record& record) {
+  if (!Check(record, fStatus)) {
+    if (fStatus.IsError() || !fbFirstStage) return;
+    fDropped = 1;
+    return CountDropped();
+  }
+  if (record.GetAll() == nullptr) {
+    fStatus = ErrorStatus(kStatusInvalidRecord);
+    return;
+  }
+  ++fValidCount;
+  fEntering.rows.assign(1, 0);
+  Enter(BlockOf(record));
 }
 
 // Whether the record can be tabulated. False with an unchanged status is the normal way for a record to be
@@ -155,98 +236,123 @@ bool SVSDataTabulator::Check(const MCCommon::Record& record, SVStatus& status) {
   return fitness == Fitness::kPasses;
 }
 
-void SVSDataTabulator::Tabulate(const MCCommon::Record& record) {
-  const double* data = record.GetAll();
-  if (data == nullptr) {
-    fStatus = ErrorStatus(kStatusInvalidRecord);
-  } else if (IsPositive(IncomingWeight(data)) && EntersStage(record)) {
-    Arrive(record);
+void SVSDataTabulator::ListWeighted(const MCCommon::RecordBlock& block, SVSRows* rows) const {
+  if (fWeightVar < 0) {
+    rows->rows.assign(block.records.begin(), block.records.end());
+  } else {
+    rows->rows.clear();
+    std::copy_if(block.records.begin(), block.records.end(), std::back_inserter(rows->rows),
+                 [&](std::uint32_t row) { return IsPositive(IncomingWeight(block, row)); });
   }
-  fpOutSamples->AddStatus(fStatus);
+  rows->numbers.assign(rows->rows.size(), 0);
 }
 
-// Whether the stage before selected the record's unit. The quick test answers for most; only its weight, and
-// not its cumulative weight, is needed here, so 1 is carried.
-bool SVSDataTabulator::EntersStage(const MCCommon::Record& record) {
-  if (fpPrevTabulator == nullptr) return true;
-  return fpPrevTabulator->MaySelect(record) &&
-         !fpPrevTabulator->Lookup(record, 1.0, &fPrevValues).IsError() && IsPositive(fPrevValues[kOutWeight]);
+// Numbers all rows first, column by column, and then enters them one by one. A new stratum or unit shows by a
+// number that is the count of those before it.
+void SVSDataTabulator::Enter(const MCCommon::RecordBlock& block) {
+  fEntering.numbers.assign(fEntering.rows.size(), 0);
+  if (fpPrevTabulator != nullptr) fpPrevTabulator->KeepSelected(block, &fEntering);
+  fvEnteringOuter = fEntering.numbers;
+  fStrataNumbers.Number(block, &fEntering);
+  fvEnteringStrata = fEntering.numbers;
+  if (!fbCountsCases) fUnitNumbers.Number(block, &fEntering);
+  for (std::size_t place = 0; place < fEntering.rows.size(); ++place) {
+    if (fDropped > 0 && fEntering.rows[place] > fFirstDropped) CountDropped();
+    EnterRow(block, place);
+  }
+  if (fDropped > 0) CountDropped();
+  fLateNotes.PassOn(fEntered, fStageInd, &Findings());
 }
 
-// Puts the record into the ring, and takes the oldest one out if the ring is full.
-//
-// In a file in random order nearly every unit is out of the processor's caches, and a search for it waits for
-// memory twice: for the slot of the table and for the unit it points to. So a record waits in the ring while
-// both are fetched. On arrival the slot is requested; halfway through the ring the slot has come, is read,
-// and the unit is requested; when the record leaves, the unit is there. The ring is a queue: order is kept.
-//
-// The subtraction below wraps for the first records. The position is still right, as kWaiting is a power of
-// two, and the arrival found there is an empty one.
-void SVSDataTabulator::Arrive(const MCCommon::Record& record) {
-  Arrival& arrival = ArrivalAt(fArrived);
-  arrival.data.assign(record.GetAll(), record.GetAll() + record.Size());
-  MakeKeys(record.GetAll(), &arrival.stratumKey, &arrival.unitKey);
-  arrival.stratum = fDataTable.Find(arrival.stratumKey);
-  if (arrival.stratum != nullptr) arrival.stratum->value.PrefetchPlace(arrival.unitKey);
-  const Arrival& halfway = ArrivalAt(fArrived - kWaiting / 2);
-  if (halfway.stratum != nullptr) halfway.stratum->value.PrefetchUnit(halfway.unitKey);
-  ++fArrived;
-  if (fArrived - fEntered == kWaiting) EnterNext();
+void SVSDataTabulator::EnterRow(const MCCommon::RecordBlock& block, std::size_t place) {
+  const std::uint32_t row = fEntering.rows[place];
+  const std::int32_t stratum = fvEnteringStrata[place];
+  if (static_cast<std::size_t>(stratum) == fvStrata.size()) {
+    NewStratum(block, place);
+  } else if (fSpecVar >= 0) {
+    CheckConstant(stratum, block.numbers[static_cast<std::size_t>(fSpecVar)][row]);
+  }
+  SVSStratumData& owner = Stratum(stratum);
+  const auto number = static_cast<std::size_t>(fEntering.numbers[place]);
+  if (fbCountsCases) {
+    NewUnit(block, row, &owner);
+  } else if (number == fvPlaces.size()) {
+    fvPlaces.push_back({stratum, NewUnit(block, row, &owner)});
+  } else if (fbDrawsBySize) {
+    const double size = SizeIn(block, row);
+    if (!owner.AddRecord(fvPlaces[number].unit, size)) NoteUnequalSize(fvPlaces[number], size);
+  }
+  ++fEntered;
 }
 
-// The stratum is searched again if it wasn't there on arrival: a record ahead in the ring may have made it.
-void SVSDataTabulator::EnterNext() {
-  const Arrival& arrival = ArrivalAt(fEntered++);
-  const double* data = arrival.data.data();
-  StratumEntry* entry = arrival.stratum != nullptr ? arrival.stratum : fDataTable.Find(arrival.stratumKey);
-  if (entry != nullptr && !fConstVars.empty()) CheckConstant(*entry, data);
-  SVSStratumData& stratum = entry != nullptr ? entry->value : NewStratum(arrival.stratumKey, data);
-  const SVSClusterData* disagreeing = stratum.AddRecord(arrival.unitKey, data);
-  if (disagreeing != nullptr) NoteUnequalSize(arrival, disagreeing->GetSize());
+void SVSDataTabulator::CountDropped() {
+  fLateNotes.PassOn(fEntered, fStageInd, &Findings());
+  Findings().Count(FindingKind::kNoPreviousWeight, fStageInd, std::exchange(fDropped, 0));
 }
 
 // Whether the record has the rate or size of its stratum. The warning is raised once per stage.
-void SVSDataTabulator::CheckConstant(StratumEntry& entry, const double* data) {
-  const double first = entry.value.ConstValue();
-  if (entry.value.CheckConstValues(data, fConstVars) < 0) return;
-  Findings().Note(FindingKind::kUnequalSpec, fStageInd,
-                  {.stratum = entry.key, .unit = {}, .value = first, .other = data[fConstVars.front()]});
+void SVSDataTabulator::CheckConstant(std::int32_t stratum, double value) {
+  const double first = Stratum(stratum).ConstValue();
+  if (Stratum(stratum).CheckConstValues(&value, kOnlyValue) < 0) return;
+  fLateNotes.Note(fEntered, FindingKind::kUnequalSpec,
+                  {.stratum = fvStrata[static_cast<std::size_t>(stratum)]->key,
+                   .unit = {},
+                   .value = first,
+                   .other = value});
   if (fbConstStatus || fStatus.IsError()) return;
   fStatus = WarningStatus(kStatusUnequalSpec);
   fbConstStatus = true;
+  fpOutSamples->AddStatus(fStatus);
 }
 
 // Sizes below 0 count as unequal even if they are equal; they are another finding.
-void SVSDataTabulator::NoteUnequalSize(const Arrival& arrival, double size) {
-  const double other = arrival.data[static_cast<std::size_t>(fCompSettings->MOSVar())];
-  if (size == other && size < 0.0) return;
-  Findings().Note(FindingKind::kUnequalSize, fStageInd,
-                  {.stratum = arrival.stratumKey, .unit = arrival.unitKey, .value = size, .other = other});
+void SVSDataTabulator::NoteUnequalSize(const Place& place, double value) {
+  const double size = Stratum(place.stratum).SizeOf(place.unit);
+  if (size == value && size < 0.0) return;
+  fLateNotes.Note(fEntered, FindingKind::kUnequalSize,
+                  {.stratum = fvStrata[static_cast<std::size_t>(place.stratum)]->key,
+                   .unit = Stratum(place.stratum).Units().KeyOf(place.unit),
+                   .value = size,
+                   .other = value});
 }
 
 // InitConstValues() reports a missing rate or size by its result, which isn't needed: a later record may have
 // the value, and if none has, the stratum reports it when it draws.
-SVSStratumData& SVSDataTabulator::NewStratum(const SVKey& key, const double* data) {
-  StratumEntry* entry = fDataTable.Insert(key, fCompSettings, fStageInd, fpCancelInfo, fConstVars.size());
-  fTablePairs.push_back(entry);
-  SVSStratumData& stratum = entry->value;
-  stratum.SetOutSamples(fpOutSamples);
-  if (!fConstVars.empty()) stratum.InitConstValues(data, fConstVars);
-  return stratum;
+void SVSDataTabulator::NewStratum(const MCCommon::RecordBlock& block, std::size_t place) {
+  const std::uint32_t row = fEntering.rows[place];
+  SVKey key(static_cast<std::int32_t>(fKeyStrataVars.size()));
+  for (std::int32_t i = 0; i < key.Length(); ++i) {
+    key[i] = block.codes[static_cast<std::size_t>(fKeyStrataVars[static_cast<std::size_t>(i)])][row];
+  }
+  key.ComputeHash();
+  const std::size_t constCount = fSpecVar >= 0 ? 1 : 0;
+  StratumEntry* entry =
+      fDataTable.Insert(key, fCompSettings, fStageInd, fpCancelInfo, constCount, UnitKeyLength());
+  fvStrata.push_back(entry);
+  fvOuterUnits.push_back(fvEnteringOuter[place]);
+  entry->value.SetOutSamples(fpOutSamples);
+  if (fSpecVar >= 0)
+    entry->value.InitConstValues(&block.numbers[static_cast<std::size_t>(fSpecVar)][row], kOnlyValue);
 }
 
-// Without cluster variables the case is the unit, and its id the key. Without an id, as in a computation that
-// isn't fed by a file, all records of a stratum are one unit.
-void SVSDataTabulator::MakeKeys(const double* data, SVKey* stratumKey, SVKey* unitKey) const {
-  for (std::size_t i = 0; i < fKeyStrataVars.size(); ++i) {
-    (*stratumKey)[static_cast<int>(i)] = KeyValue(data[fKeyStrataVars[i]]);
-  }
-  stratumKey->ComputeHash();
-  if (fKeyClusterVars.empty()) (*unitKey)[0] = fCaseIdVar < 0 ? 0 : KeyValue(data[fCaseIdVar]);
+// A case that is a unit has its id as the key. Where cases are counted, the key costs 4 bytes a case and
+// serves only findings about single units and the order of units of equal size.
+std::size_t SVSDataTabulator::UnitKeyLength() const {
+  if (!fKeyClusterVars.empty()) return fKeyClusterVars.size();
+  return !fbCountsCases || fbDrawsBySize || LosesHits() ? 1 : 0;
+}
+
+std::int32_t SVSDataTabulator::NewUnit(const MCCommon::RecordBlock& block, std::uint32_t row,
+                                       SVSStratumData* stratum) {
   for (std::size_t i = 0; i < fKeyClusterVars.size(); ++i) {
-    (*unitKey)[static_cast<int>(i)] = KeyValue(data[fKeyClusterVars[i]]);
+    fvUnitKey[i] = block.codes[static_cast<std::size_t>(fKeyClusterVars[i])][row];
   }
-  unitKey->ComputeHash();
+  if (fKeyClusterVars.empty() && !fvUnitKey.empty()) fvUnitKey[0] = CodeOf(block.CaseId(row));
+  return stratum->AddUnit(fvUnitKey.data(), SizeIn(block, row));
+}
+
+double SVSDataTabulator::SizeIn(const MCCommon::RecordBlock& block, std::uint32_t row) const {
+  return fSizeVar < 0 ? gMissingValue : block.numbers[static_cast<std::size_t>(fSizeVar)][row];
 }
 
 // --- the draw --------------------------------------------------------------------------------------------
@@ -274,7 +380,7 @@ SVStatus SVSDataTabulator::CheckSamples() {
 // draw that would lose hits is refused whether or not a unit is then hit twice: if it depended on that, the
 // samples that are accepted would have other probabilities.
 void SVSDataTabulator::Review() {
-  for (const StratumEntry* entry : fTablePairs) {
+  for (const StratumEntry* entry : fvStrata) {
     entry->value.Review(entry->key, &Findings());
     if (fCompSettings->Strict() && LosesHits()) {
       Findings().Note(FindingKind::kHitsNotKept, fStageInd, {.stratum = entry->key, .unit = {}});
@@ -305,7 +411,30 @@ bool SVSDataTabulator::DrawStrata(int* maxSelected) {
     if (fStatus.IsError()) return false;
     stratum.ReviewDraw(entry.key, LosesHits(), &Findings());
   }
+  ListSelected();
   return !RefusesFindings();
+}
+
+// The units of a stratum ascend as their numbers do, and so do the results of the stratum. Where cases are
+// counted, the lists are those of the selected alone.
+void SVSDataTabulator::ListSelected() {
+  if (fbCountsCases) {
+    for (std::size_t stratum = 0; stratum < fvStrata.size(); ++stratum) {
+      for (const SVSUnits::Result& result : fvStrata[stratum]->value.Units().Results()) {
+        if (result.IsSelected()) fvPlaces.push_back({static_cast<std::int32_t>(stratum), result.unit});
+      }
+    }
+    return StartWalk();
+  }
+  std::vector<std::size_t> next(fvStrata.size(), 0);
+  fvSelected.assign(fvPlaces.size(), 0);
+  for (std::size_t number = 0; number < fvPlaces.size(); ++number) {
+    const Place& place = fvPlaces[number];
+    const std::vector<SVSUnits::Result>& results = Stratum(place.stratum).Units().Results();
+    std::size_t& result = next[static_cast<std::size_t>(place.stratum)];
+    if (result == results.size() || results[result].unit != place.unit) continue;
+    fvSelected[number] = results[result++].IsSelected() ? 1 : 0;
+  }
 }
 
 // EndStage() is called whatever StartStage() and AddStratum() answered, so that the output can close what it
@@ -327,10 +456,11 @@ bool SVSDataTabulator::Summarize(MCSV::SVSOutputSummary& summary) {
 // sorted by their keys, so that the file has a stable order.
 void SVSDataTabulator::WriteJointProbs(MCSV::SVSOutJointProbs& output, int maxSelected) {
   const int state = output.Open(maxSelected);
-  std::sort(fTablePairs.begin(), fTablePairs.end(),
+  std::vector<StratumEntry*> strata = fvStrata;
+  std::sort(strata.begin(), strata.end(),
             [](const StratumEntry* a, const StratumEntry* b) { return a->key < b->key; });
   if (state != MCSV::kJointFailed) {
-    for (StratumEntry* entry : fTablePairs) {
+    for (StratumEntry* entry : strata) {
       if (!WriteStratum(output, *entry)) break;
     }
   }
@@ -341,7 +471,7 @@ void SVSDataTabulator::WriteJointProbs(MCSV::SVSOutJointProbs& output, int maxSe
 // report an error.
 bool SVSDataTabulator::WriteStratum(MCSV::SVSOutJointProbs& output, StratumEntry& entry) {
   SVSStratumData& stratum = entry.value;
-  const ClusterPairs& units = stratum.GetClusterSelectPairs();
+  const std::vector<std::int32_t>& units = stratum.SelectedUnits();
   const std::vector<double>* matrix = nullptr;
   fStatus = stratum.ComputeJointProbs(&matrix);
   fpOutSamples->AddStatus(fStatus);
@@ -352,7 +482,7 @@ bool SVSDataTabulator::WriteStratum(MCSV::SVSOutJointProbs& output, StratumEntry
                              MCSV::kJointFailed;
   for (std::size_t i = 0; i < n && !failed; ++i) {
     const auto row = matrix->begin() + static_cast<std::ptrdiff_t>(i * n);
-    failed = output.WriteRow(Codes(units[i]->key, fKeyClusterVars.size()),
+    failed = output.WriteRow(Codes(stratum.Units().KeyOf(units[i]), fKeyClusterVars.size()),
                              {row, row + static_cast<std::ptrdiff_t>(n)}) == MCSV::kJointFailed;
   }
   stratum.ClearWork();
@@ -364,9 +494,7 @@ bool SVSDataTabulator::WriteStratum(MCSV::SVSOutJointProbs& output, StratumEntry
 
 bool SVSDataTabulator::MaySelect(const MCCommon::Record& record) {
   if (fStatus.IsError() || record.Size() < static_cast<int>(fVariableType->size())) return false;
-  MakeKeys(record.GetAll(), &fSVStratumKey, &fSVUnitKey);
-  const StratumEntry* entry = fDataTable.Find(fSVStratumKey);
-  return entry != nullptr && entry->value.MaySelect(fSVUnitKey);
+  return IsSelected(NumberOf(BlockOf(record)));
 }
 
 SVStatus SVSDataTabulator::Lookup(const MCCommon::Record& record, double carriedWeight,
@@ -377,16 +505,61 @@ SVStatus SVSDataTabulator::Lookup(const MCCommon::Record& record, double carried
   // The result isn't needed: a record that Check() would drop is in no table, or has no weight.
   Check(record, status);
   if (status.IsError()) return status;
-  const double* data = record.GetAll();
-  if (data == nullptr) return ErrorStatus(kStatusInvalidRecord);
-  const double weight = fbFirstStage ? IncomingWeight(data) : carriedWeight;
-  if (!IsPositive(weight)) return fbFirstStage ? ErrorStatus(kStatusInvalidRecord) : status;
+  if (record.GetAll() == nullptr) return ErrorStatus(kStatusInvalidRecord);
+  const MCCommon::RecordBlock& block = BlockOf(record);
+  const double weight = fbFirstStage ? IncomingWeight(block, 0) : carriedWeight;
+  if (fbFirstStage && !IsPositive(weight)) return ErrorStatus(kStatusInvalidRecord);
+  const std::int32_t number = NumberOf(block);
+  return number == CodeNumbers::kNone ? status : ResultsOf(number, weight, values);
+}
 
-  MakeKeys(data, &fSVStratumKey, &fSVUnitKey);
-  const StratumEntry* entry = fDataTable.Find(fSVStratumKey);
-  if (entry == nullptr) return status;
-  status = entry->value.GetRecordStats(fSVUnitKey, values);
+// The number of the unit of a block's only row.
+std::int32_t SVSDataTabulator::NumberOf(const MCCommon::RecordBlock& block) const {
+  const std::int32_t outer = fpPrevTabulator == nullptr ? 0 : fpPrevTabulator->NumberOf(block);
+  SVSRows row = {{0}, {outer}};
+  fStrataNumbers.Find(block, &row);
+  fUnitNumbers.Find(block, &row);
+  return row.numbers.front();
+}
+
+SVStatus SVSDataTabulator::ResultsOf(std::int32_t number, double weight, std::vector<double>* values) const {
+  values->assign(kOutputKinds, gMissingValue);
+  if (!IsPositive(weight)) return SVStatus();
+  const Place& place = fvPlaces[static_cast<std::size_t>(number)];
+  SVStatus status = Stratum(place.stratum).GetRecordStats(place.unit, values);
   std::vector<double>& out = *values;
   if (!status.IsError() && IsPositive(out[kOutWeight])) out[kOutCumWeight] = out[kOutWeight] * weight;
   return status;
+}
+
+void SVSDataTabulator::StartWalk() {
+  if (fpPrevTabulator != nullptr) fpPrevTabulator->StartWalk();
+  if (!fbCountsCases) return;
+  fvTurns.assign(fvStrata.size(), Turn());
+  for (std::size_t number = fvPlaces.size(); number-- > 0;) {
+    fvTurns[static_cast<std::size_t>(fvPlaces[number].stratum)].next = static_cast<std::int32_t>(number);
+  }
+}
+
+void SVSDataTabulator::KeepSelected(const MCCommon::RecordBlock& block, SVSRows* rows) {
+  if (fpPrevTabulator != nullptr) fpPrevTabulator->KeepSelected(block, rows);
+  fStrataNumbers.Find(block, rows);
+  if (fbCountsCases) {
+    rows->Keep([this](std::int32_t* number) { return ComesUp(number); });
+  } else {
+    fUnitNumbers.Find(block, rows);
+    rows->Keep([this](const std::int32_t* number) { return IsSelected(*number); });
+  }
+}
+
+// Whether the next case of a stratum is selected. The number is that of the stratum, then that of the case.
+bool SVSDataTabulator::ComesUp(std::int32_t* number) {
+  if (*number == CodeNumbers::kNone) return false;
+  Turn& turn = fvTurns[static_cast<std::size_t>(*number)];
+  const std::int32_t unit = turn.seen++;
+  if (static_cast<std::size_t>(turn.next) == fvPlaces.size()) return false;
+  const Place& next = fvPlaces[static_cast<std::size_t>(turn.next)];
+  if (next.stratum != *number || next.unit != unit) return false;
+  *number = turn.next++;
+  return true;
 }

@@ -1,11 +1,13 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
 #include "backend/svselect/design/SVSOutSamples.h"
+#include "backend/svselect/tabulation/CodeNumbers.h"
+#include "backend/svselect/tabulation/LateNotes.h"
+#include "backend/svselect/tabulation/RecordAsBlock.h"
 #include "backend/svselect/tabulation/SVSStratumData.h"
 #include "host/numeric/RecordIterator.h"
 #include "model_components/surveyplans/common/SVHashtable.h"
@@ -26,35 +28,41 @@ class SVSOutputSummary;
 // stratum draw, and then answers for any record what the stage decided about it.
 //
 // One pass. A stage reads the file once, and keeps no records: of each stratum it keeps the units, of each
-// unit its measure of size and later its result (see SVSStratumData.h). Records may come in any order, and a
-// unit's records need not be together. Memory grows with the number of units, not with that of records; only
-// where the case itself is the unit are the two the same.
+// unit its measure of size and later its result (see SVSUnits.h). Records may come in any order, and a unit's
+// records need not be together. Memory grows with the number of units, not with that of records.
 //
-// Keys. A stratum is identified by the codes of the strata and cluster variables of all earlier stages and of
-// the strata variables of its own stage, so the strata of a stage lie within the units of the stage before. A
-// unit is identified, within its stratum, by the codes of the stage's cluster variables, or by the case id if
-// the stage has none.
+// Numbers. Records come in blocks, column by column. A stratum is identified by the unit of the stage before
+// and the codes of its own strata variables, a unit by its stratum and the codes of the stage's cluster
+// variables. Both get numbers in the order of their first record, by the codes alone (see CodeNumbers.h), so a
+// record that brings nothing new costs one probe for each variable. Only a new stratum makes a key: it has
+// the codes of the strata and cluster variables of all earlier stages and of the strata variables of its own.
 //
-// One stage feeds the next by being asked. A record enters a stage only if the tabulator of the stage before
-// says that its unit was selected. Asking one stage back is enough: a record that was dropped earlier has a
-// stratum key there that is in no table.
+// Single records are blocks of one row here. There, a stage without cluster variables tells its units apart by
+// the case id, so that a record may be asked about at any time.
+//
+// Cases as units. In blocks each record has a case id of its own. A stage without cluster variables then only
+// counts its units, stratum by stratum. Which case a unit is shows when a later pass counts again: the walk
+// that KeepSelected() makes.
+//
+// One stage feeds the next. A row enters a stage only if the stage before has selected its unit, whose number
+// is what the stratum of this stage begins with.
 //
 // What decides the sample. Strata are drawn in the order of the hash table, units are listed in the order of
-// their first record. Both depend on the order of the records and on nothing else, so the ring described at
-// Arrive() must pass records on in the order in which they came.
+// their first record. Both depend on the order of the records and on nothing else.
 //
 // Use:        construct, SetRandom(), SetOutputStats(), ProcessData() once, SelectSamples() once; then
-//             Lookup() and MaySelect() as often as needed.
+//             Lookup() and MaySelect() for single records, or StartWalk(), and KeepSelected() with each block
+//             of a pass.
 // Ownership:  owns its strata; borrows everything that it is given, which must outlive it.
 // Threads:    the thread of the run only; even Lookup() writes to scratch fields.
 // Failures:   a status, which also goes to the collector. After an error the object answers every question
 //             with that error.
-// Cost:       a record takes one search for its stratum and one for its unit, and the same again in the
-//             tabulator of the stage before. Only a new stratum or unit allocates.
+// Cost:       a record takes one probe for each strata and cluster variable of this stage and of those before
+//             it that selected its units. Only a new stratum or unit allocates.
 //
-// Invariants: (1) fTablePairs lists the strata of fDataTable, each once.
-//             (2) fEntered <= fArrived <= fEntered + kWaiting; the difference is the number of waiting
-//                 records.
+// Invariants: (1) fvStrata lists the strata of fDataTable, each once, by number: in order of first record.
+//             (2) fvPlaces has the units by number; where cases are counted, the selected ones alone, by
+//                 stratum and then by unit.
 class SVSDataTabulator {
 public:
   // `prevTabulator` is that of the stage before. It is null for the first selected stage, which takes every
@@ -80,16 +88,36 @@ public:
   // end with: for a missing rate, size or measure of size, or a unit that is too large beyond doubt.
   SVStatus CheckSamples();
 
+  // --- single records: not after a pass of blocks whose cases were counted ---
   // Fills `values` with the stage's seven results for a record, by OutputKind; all are missing for a record
   // that isn't in the stage. The cumulative weight is the stage's weight times `carriedWeight`; in the first
   // selected stage, which ignores `carriedWeight`, times the weight of an earlier sampling. Errors: 92003 if
   // that weight isn't positive, 92004 and 92006 for a faulty record.
   SVStatus Lookup(const MCCommon::Record& record, double carriedWeight, std::vector<double>* values);
-
-  // A quick test before Lookup(): false means that the stage surely didn't select the record's unit.
+  // A quick test before Lookup(): false means that the stage didn't select the record's unit.
   bool MaySelect(const MCCommon::Record& record);
 
-  std::int64_t RecordCount() const { return fRecordCount; }  // records that were read
+  // --- blocks ---
+  // Starts a walk over all blocks of a pass, in this stage and those before it.
+  void StartWalk();
+  // Keeps the rows whose units this stage and all before it have selected, and sets their numbers to those of
+  // the units of this stage. `*rows` has the rows with a positive weight. REQUIRES: the walk has seen all
+  // blocks before this one.
+  void KeepSelected(const MCCommon::RecordBlock& block, SVSRows* rows);
+  // As Lookup(), for a unit by its number. `weight` is the carried one, or that of the earlier sampling. All
+  // results are missing where it isn't positive.
+  SVStatus ResultsOf(std::int32_t number, double weight, std::vector<double>* values) const;
+  // The number, in the stage before, of the unit that contains this one.
+  std::int32_t OuterUnit(std::int32_t number) const {
+    return fvOuterUnits[static_cast<std::size_t>(fvPlaces[static_cast<std::size_t>(number)].stratum)];
+  }
+  // The weight of an earlier sampling, 1 without one.
+  double IncomingWeight(const MCCommon::RecordBlock& block, std::uint32_t row) const {
+    return fWeightVar < 0 ? 1.0 : block.numbers[static_cast<std::size_t>(fWeightVar)][row];
+  }
+  // The rows of a block with a positive one.
+  void ListWeighted(const MCCommon::RecordBlock& block, SVSRows* rows) const;
+
   // Records that could be tabulated, including those that the stage before didn't select.
   std::int64_t ValidCount() const { return fValidCount; }
 
@@ -97,29 +125,45 @@ private:
   using StrataTable = SVHashtable<SVSStratumData>;
   using StratumEntry = StrataTable::Entry;
 
-  void TakeRecord(MCCommon::MultiPassRecordIter& iterator);
-  bool Check(const MCCommon::Record& record, SVStatus& status);
-  // A record that waits to be added to its unit.
-  struct Arrival {
-    SVKey stratumKey;
-    SVKey unitKey;
-    StratumEntry* stratum = nullptr;  // null if the stratum didn't exist when the record arrived
-    std::vector<double> data;
+  // A unit by its stratum and its number within it.
+  struct Place {
+    std::int32_t stratum;
+    std::int32_t unit;
   };
-  // Records on their way. A power of two, so that positions wrap by a mask, and enough of them that a unit
-  // has been fetched from memory before its record's turn comes.
-  static constexpr std::size_t kWaiting = 16;
+  // How far a walk has come with the cases of a stratum.
+  struct Turn {
+    std::int32_t seen = 0;  // cases
+    std::int32_t next = 0;  // the next selected one, as a position in fvPlaces
+  };
 
-  void Tabulate(const MCCommon::Record& record);
-  bool EntersStage(const MCCommon::Record& record);
-  void Arrive(const MCCommon::Record& record);
-  void EnterNext();
-  void CheckConstant(StratumEntry& entry, const double* data);
-  void NoteUnequalSize(const Arrival& arrival, double size);
-  Arrival& ArrivalAt(std::size_t number) { return fArrivals[number % kWaiting]; }
-  SVSStratumData& NewStratum(const SVKey& key, const double* data);
-  void MakeKeys(const double* data, SVKey* stratumKey, SVKey* unitKey) const;
-  double IncomingWeight(const double* data) const { return fWeightVar < 0 ? 1.0 : data[fWeightVar]; }
+  void TakeBlocks(MCCommon::MultiPassRecordIter& iterator);
+  void TakeBlock(const MCCommon::RecordBlock& block);
+  bool MayHaveFault(const MCCommon::RecordBlock& block) const;
+  void TakeOneByOne(const MCCommon::RecordBlock& block);
+  void TakeRecord(MCCommon::MultiPassRecordIter& iterator);
+  void Take(const MCCommon::Record& record);
+  bool Check(const MCCommon::Record& record, SVStatus& status);
+  void Enter(const MCCommon::RecordBlock& block);
+  void EnterRow(const MCCommon::RecordBlock& block, std::size_t place);
+  void CountDropped();
+  void CheckConstant(std::int32_t stratum, double value);
+  void NoteUnequalSize(const Place& place, double value);
+  void NewStratum(const MCCommon::RecordBlock& block, std::size_t place);
+  std::int32_t NewUnit(const MCCommon::RecordBlock& block, std::uint32_t row, SVSStratumData* stratum);
+  std::size_t UnitKeyLength() const;
+  SVSStratumData& Stratum(std::int32_t number) const {
+    return fvStrata[static_cast<std::size_t>(number)]->value;
+  }
+  const MCCommon::RecordBlock& BlockOf(const MCCommon::Record& record) {
+    return fRecordAsBlock.Show(record.GetAll(), fCaseIdVar < 0 ? 0.0 : record[fCaseIdVar]);
+  }
+  double SizeIn(const MCCommon::RecordBlock& block, std::uint32_t row) const;
+  std::int32_t NumberOf(const MCCommon::RecordBlock& block) const;
+  bool IsSelected(std::int32_t number) const {
+    return number != CodeNumbers::kNone && fvSelected[static_cast<std::size_t>(number)] != 0;
+  }
+  void ListSelected();
+  bool ComesUp(std::int32_t* number);
 
   SVSFindings& Findings() { return fpOutSamples->Findings(); }
   void Review();
@@ -138,19 +182,31 @@ private:
   std::vector<std::int32_t> fKeyStrataVars;
   std::vector<std::int32_t> fKeyClusterVars;
   std::int32_t fCaseIdVar;
-  std::vector<std::int32_t> fConstVars;  // the stage's rate or size variable, or nothing
+  std::int32_t fSpecVar;  // of the stage's rate or size; -1 if no variable has it
+  std::int32_t fSizeVar;  // of the measures of size; -1 if none are read
   const std::vector<std::int32_t>* fVariableType;
   std::int32_t fWeightVar;
+  bool fbCountsCases = false;  // the units are cases, of blocks
+  bool fbDrawsBySize = false;  // a unit's further records matter
+  CodeNumbers fStrataNumbers;  // unit of the stage before, own strata variables
+  CodeNumbers fUnitNumbers;    // stratum, cluster variables
   StrataTable fDataTable;
-  std::array<Arrival, kWaiting> fArrivals;  // a ring; arrival k is at k mod kWaiting
-  std::size_t fArrived = 0;                 // records that came into the ring
-  std::size_t fEntered = 0;                 // records that left it for their units
-  SVKey fSVStratumKey;                      // scratch
-  SVKey fSVUnitKey;                         // scratch
-  std::vector<double> fPrevValues;          // scratch: results of the stage before
-  // The strata in order of their first record; sorted by key once joint probabilities are written.
-  std::vector<StratumEntry*> fTablePairs;
-  std::int64_t fRecordCount = 0;
+  std::vector<StratumEntry*> fvStrata;
+  std::vector<std::int32_t> fvOuterUnits;  // by stratum: the unit of the stage before that contains it
+  std::vector<Place> fvPlaces;
+  std::vector<std::uint8_t> fvSelected;  // by number of the unit; after the draw, unless cases are counted
+  std::vector<Turn> fvTurns;             // by stratum, where cases are counted
+  // Of the block at hand: its rows that enter, with the numbers of their units; what contains these; and the
+  // rows that don't enter for lack of a weight.
+  SVSRows fEntering;
+  std::vector<std::int32_t> fvEnteringOuter;
+  std::vector<std::int32_t> fvEnteringStrata;
+  RecordAsBlock fRecordAsBlock;
+  std::int64_t fDropped = 0;  // that a remark must still count, from the row below on
+  std::uint32_t fFirstDropped = 0;
+  std::vector<std::int32_t> fvUnitKey;  // scratch
+  std::int64_t fEntered = 0;            // records that entered so far
+  LateNotes fLateNotes;
   std::int64_t fValidCount = 0;
   bool fbSourceProcessed = false;
   SVStatus fStatus;

@@ -25,25 +25,20 @@ constexpr double kConstTolerance = 2.0 * MCCommonMath::MCPower::gMachineEpsilon;
 }  // namespace
 
 SVSStratumData::SVSStratumData(const SVSCompSettings* settings, std::int32_t stage, SVCancelInfo* cancelInfo,
-                               std::size_t constCount)
-    : fConstValues(constCount, 0.0),
+                               std::size_t constCount, std::size_t keyLength)
+    : fUnits(keyLength),
+      fConstValues(constCount, 0.0),
       fSelectSamples(settings, stage, cancelInfo),
       fpSettings(settings),
-      fStageInd(stage),
-      fInitSizeMeasure(gMissingValue) {
-  if (settings->MOSVar() >= 0) fConstClusterVars.push_back(settings->MOSVar());
+      fStageInd(stage) {
   const DesignStage* design = settings->GetStage(stage);
   assert(design != nullptr);
   fSelectMethod = design->methodType();
   fInclProbType = design->inclusionType();
-  if (MethodOf(fSelectMethod).equalProbability) {
-    fInitSizeMeasure = 1.0;
-  } else if (settings->MOSFromData()) {
-    fInitSizeMeasure = 0.0;
-    fbUseMOSData = true;
-  } else {
-    fbUseMOSVar = true;
-  }
+  if (MethodOf(fSelectMethod).equalProbability) return;
+  fbUseMOSData = settings->MOSFromData();
+  fbUseMOSVar = !fbUseMOSData;
+  fbReadsSizes = fbUseMOSVar && settings->MOSVar() >= 0;
 }
 
 bool SVSStratumData::InitConstValues(const double* record, const std::vector<std::int32_t>& variables) {
@@ -72,25 +67,19 @@ int SVSStratumData::CheckConstValues(const double* record, const std::vector<std
   return differs;
 }
 
-// A unit starts with size 1 (equal probability), 0 (to be counted) or missing (to be read from its records).
-const SVSClusterData* SVSStratumData::AddRecord(const SVKey& unitKey, const double* record) {
-  const bool readSize = fbUseMOSVar && !fConstClusterVars.empty();
-  bool agrees = true;
-  ClusterTable::Entry* entry = fClusterTable.Find(unitKey);
-  if (entry == nullptr) {
-    entry = fClusterTable.Insert(unitKey, fInitSizeMeasure);
-    fClusterTablePairs.push_back(entry);
-    if (readSize) entry->value.LoadSize(record, fConstClusterVars);
-  } else if (readSize && entry->value.CheckSize(record, fConstClusterVars) >= 0) {
-    agrees = false;
-    if (!fbConstStatus && !fStatus.IsError()) {
-      fStatus = WarningStatus(kStatusUnequalSize);
-      fbConstStatus = true;
-    }
-  }
-  if (fbUseMOSData) entry->value.CountRecord();
+// Without a measure of size a unit counts as 1, as does the first record of a unit whose records are counted.
+std::int32_t SVSStratumData::AddUnit(const std::int32_t* key, double size) {
+  const double withoutVariable = fbUseMOSVar ? gMissingValue : 1.0;
+  return fUnits.Add(key, fbReadsSizes ? size : withoutVariable);
+}
+
+// Records of a unit disagree on its measure of size. Always false.
+bool SVSStratumData::Disagree() {
+  if (fbConstStatus || fStatus.IsError()) return false;
+  fStatus = WarningStatus(kStatusUnequalSize);
+  fbConstStatus = true;
   fpOutSamples->AddStatus(fStatus);
-  return agrees ? nullptr : &entry->value;
+  return false;
 }
 
 // Runs at the draw and again for each read of the request. The result is the same every time, and so are its
@@ -176,36 +165,28 @@ double SVSStratumData::GetSelectRate() const {
 // The order of these steps is part of the behaviour: bounds come before sorting, which sees the bounded
 // sizes.
 SVStatus SVSStratumData::Select() {
-  if (fbUseMOSVar) BoundSizes(fClusterTablePairs, Bounds());
-  if (MethodOf(fSelectMethod).ordersBySize) SortBySize(&fClusterTablePairs, fpSettings->ExactDesign());
-  fClusterSelectPairs.clear();
+  if (fbUseMOSVar) BoundSizes(&fUnits, Bounds());
+  if (MethodOf(fSelectMethod).ordersBySize) SortBySize(&fUnits, fpSettings->ExactDesign());
+  fvSelected.clear();
   ComputeRequest();
   if (!fStatus.IsError()) {
     fSelectSamples.SetRandom(fpRandom);
-    fStatus = fSelectSamples.Prepare(&fClusterTablePairs, &fClusterSelectPairs, fpOutSamples,
-                                     fRequestSampleSize, fRequestSampleRate);
+    fStatus =
+        fSelectSamples.Prepare(&fUnits, &fvSelected, fpOutSamples, fRequestSampleSize, fRequestSampleRate);
   }
   if (!fStatus.IsError()) fStatus = fSelectSamples.SelectSamples();
-  if (!fStatus.IsError()) FilterSelected();
   return fStatus;
 }
 
-void SVSStratumData::FilterSelected() {
-  const auto isSelected = [](const ClusterTable::Entry* unit) { return unit->value.IsSelected(); };
-  fSelected.Reset(static_cast<std::size_t>(
-      std::count_if(fClusterTablePairs.begin(), fClusterTablePairs.end(), isSelected)));
-  for (const ClusterTable::Entry* unit : fClusterTablePairs) {
-    if (isSelected(unit)) fSelected.Add(unit->key);
-  }
-}
-
-SVStatus SVSStratumData::GetRecordStats(const SVKey& unitKey, std::vector<double>* values) const {
+SVStatus SVSStratumData::GetRecordStats(std::int32_t unit, std::vector<double>* values) const {
   values->assign(kOutputKinds, gMissingValue);
   if (fStatus.IsError()) return fStatus;
-  const ClusterTable::Entry* entry = fClusterTable.Find(unitKey);
-  if (entry == nullptr) return fStatus;
   std::vector<double>& out = *values;
-  entry->value.GetResults(&out[kOutInclProb], &out[kOutWeight], &out[kOutIndex]);
+  if (const SVSUnits::Result* result = fUnits.ResultOf(unit); result != nullptr) {
+    out[kOutInclProb] = result->inclProb;
+    out[kOutWeight] = result->weight;
+    out[kOutIndex] = result->hits;
+  }
   fSelectSamples.GetStageValues(&out[kOutPopSize], &out[kOutSampSize], &out[kOutRate]);
   return fStatus;
 }

@@ -4,10 +4,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "backend/svselect/selection/SVSClusterData.h"
+#include "backend/svselect/selection/SVSUnits.h"
 #include "backend/svselect/selection/SVSelectSamples.h"
 #include "backend/svselect/selection/SizeOrder.h"
-#include "backend/svselect/tabulation/UnitFilter.h"
 #include "model_components/surveyplans/common/SVKey.h"
 #include "model_components/surveyplans/common/SVStatus.h"
 
@@ -22,10 +21,10 @@ class MCRandomTwister;
 // SVSStratumData is one stratum of one stage: its units with their measures of size, then its sample, then
 // what each case received.
 //
-// Three phases. While the stage tabulates, AddRecord() makes units out of records. Of a unit only its key and
-// its measure of size are kept; of the stratum, the value of the variable that gives its rate or size. Then
-// Select() turns that value into a requested number of units and has SVSelectSamples draw; the result of each
-// unit is stored in the unit. From then on GetRecordStats() answers by a search for the unit.
+// Three phases. While the stage tabulates, it adds units and the further records of units; which unit a
+// record belongs to, the stage knows. Of a unit only its key and its measure of size are kept; of the stratum,
+// the value of the variable that gives its rate or size. Then Select() turns that value into a requested
+// number of units and has SVSelectSamples draw. From then on GetRecordStats() answers for any unit.
 //
 // The requested number n of a stratum with N units:
 //
@@ -35,25 +34,22 @@ class MCRandomTwister;
 //
 // Without replacement the engine lowers n to N later; here a request that is too large only raises a warning.
 //
-// Use:        construct, SetOutSamples(), InitConstValues() if the stage has such a variable, AddRecord() for
-//             each record, SetRandom(), Select() once; then the reads. A stratum is made for its first
+// Use:        construct, SetOutSamples(), InitConstValues() if the stage has such a variable, AddUnit() and
+//             AddRecord(), SetRandom(), Select() once; then the reads. A stratum is made for its first
 //             record, so it always has a unit.
-// Ownership:  owns its units and their keys; borrows settings, cancel view, collector and generator, which
+// Ownership:  owns its units; borrows settings, cancel view, collector and generator, which
 //             must outlive it. A `record` is an array of values that is read only during the call.
 // Threads:    the thread of the run only; ComputeJointProbs() starts threads of its own and joins them.
 // Units:      sizes count units; rates are fractions of the units.
 // Failures:   a returned SVStatus is the stratum's own, which the collector has received too. An error stays.
-// Cost:       AddRecord() is one search, and allocates only for a new unit. A unit takes 56 bytes, plus its
-//             share of the table and a pointer in the list of units.
-//
-// Invariants: (1) fClusterTablePairs lists the units of fClusterTable, each once.
-//             (2) after Select(), fSelected holds every selected unit, so MaySelect() never denies one.
+// Cost:       that of SVSUnits.
 class SVSStratumData {
 public:
   // `constCount` is the number of variables that must be constant within a stratum: 1 or 0 in practice.
+  // `keyLength` is the number of codes in the key of a unit.
   // REQUIRES: the settings have the stage.
   SVSStratumData(const SVSCompSettings* settings, std::int32_t stage, SVCancelInfo* cancelInfo,
-                 std::size_t constCount);
+                 std::size_t constCount, std::size_t keyLength);
 
   void SetOutSamples(SVSOutSamples* outSamples) { fpOutSamples = outSamples; }
   void SetRandom(MCCommonMath::MCRandomTwister* generator) { fpRandom = generator; }
@@ -66,13 +62,16 @@ public:
   // The first of them. REQUIRES: there is one.
   double ConstValue() const { return fConstValues.front(); }
 
-  // Start loading what AddRecord() will need: first the slot of the table, then the unit itself.
-  void PrefetchPlace(const SVKey& unitKey) const { fClusterTable.PrefetchPlace(unitKey); }
-  void PrefetchUnit(const SVKey& unitKey) const { fClusterTable.PrefetchEntry(unitKey); }
-
-  // Adds a record to its unit, which is made if it is new. Warning 92033, once per stratum, if a unit's
-  // records disagree on its measure of size. Null if this record agrees with its unit, else the unit.
-  const SVSClusterData* AddRecord(const SVKey& unitKey, const double* record);
+  // Adds a unit by its first record, and returns its number. `key` has the codes of its key; `size` is the
+  // record's value of the measure-of-size variable, if there is one.
+  std::int32_t AddUnit(const std::int32_t* key, double size);
+  // Adds a further record to a unit. Warning 92033, once per stratum, if the records of a unit disagree on its
+  // measure of size; false if this one does.
+  bool AddRecord(std::int32_t unit, double size) {
+    if (fbUseMOSData) fUnits.CountRecord(unit);
+    return !fbReadsSizes || fUnits.CheckSize(unit, size) || Disagree();
+  }
+  double SizeOf(std::int32_t unit) const { return fUnits.SizeOf(unit); }
 
   // Looks at the request and at the measures of size as Select() is going to see them, and notes what makes
   // the results wrong or unclear. `key` is that of the stratum. Changes nothing.
@@ -92,17 +91,16 @@ public:
   // Selected units (or hits) divided by the number of units; missing without units.
   double GetSelectRate() const;
 
-  // A quick test before GetRecordStats(): false means that the unit surely isn't in the sample.
-  bool MaySelect(const SVKey& unitKey) const { return fSelected.MayHold(unitKey); }
+  const SVSUnits& Units() const { return fUnits; }
 
   // Fills `values` with the seven results of a case of that unit, by OutputKind. Those that don't apply are
   // missing, and so is always the cumulative weight, which only the caller can know. If the stratum has an
   // error, it is returned and all values are missing.
-  SVStatus GetRecordStats(const SVKey& unitKey, std::vector<double>* values) const;
+  SVStatus GetRecordStats(std::int32_t unit, std::vector<double>* values) const;
 
   // The selected units in order of selection, for the methods that have joint probabilities; empty for
   // others.
-  const ClusterPairs& GetClusterSelectPairs() const { return fClusterSelectPairs; }
+  const std::vector<std::int32_t>& SelectedUnits() const { return fvSelected; }
 
   // The matrix of those units, row by row; null on failure. Owned by the engine and valid until ClearWork().
   SVStatus ComputeJointProbs(const std::vector<double>** matrix);
@@ -111,6 +109,8 @@ public:
   void ClearWork() { fSelectSamples.ClearWork(); }
 
 private:
+  bool Disagree();
+
   // How many units are asked for, of how many. The status is a warning or an error about that.
   struct Request {
     std::int32_t size = 0;
@@ -118,7 +118,6 @@ private:
     SVStatus status{};
   };
 
-  void FilterSelected();
   Request FindRequest() const;
   Request RequestSize(double size) const;
   Request RequestRate(double rate) const;
@@ -128,29 +127,27 @@ private:
   void ReviewLargeSizes(const SVKey& key, double limit, SVSFindings* findings) const;
   bool OnlyApproaches(std::int32_t requested, bool anyFraction) const;
   void ReviewStatedProbs(const SVKey& key, SVSFindings* findings) const;
+  bool AnySizeHasFraction() const;
   void ReviewHits(const SVKey& key, SVSFindings* findings) const;
-  std::int32_t NumUnits() const { return static_cast<std::int32_t>(fClusterTable.Count()); }
+  std::int32_t NumUnits() const { return fUnits.Count(); }
 
-  // The fields that every record reads come first and together: with thousands of strata in a stage, each
-  // cache line more is a cache miss more for every record.
+  // The fields that the records of a pass read come first and together: with a million strata in a stage,
+  // each cache line more is a cache miss more for every record.
+  SVSUnits fUnits;
+  bool fbReadsSizes = false;         // a unit's size is the value of the measure-of-size variable
+  bool fbUseMOSVar = false;          // the same, or there should be such a variable
+  bool fbUseMOSData = false;         // a unit's size is its number of records
+  bool fbConstStatus = false;        // warning 92033 has been raised
+  std::vector<double> fConstValues;  // the stratum's rate or size, if a variable holds it
   SVSOutSamples* fpOutSamples = nullptr;
-  bool fbUseMOSVar = false;    // a unit's size is the value of the measure-of-size variable
-  bool fbUseMOSData = false;   // a unit's size is its number of records
-  bool fbConstStatus = false;  // warning 92033 has been raised
   SVStatus fStatus;
-  ClusterTable fClusterTable;
-  UnitFilter fSelected;
-  std::vector<std::int32_t> fConstClusterVars;  // the measure of size, which must be constant within a unit
-  std::vector<double> fConstValues;             // the stratum's rate or size, if a variable holds it
-  ClusterPairs fClusterTablePairs;              // all units in order of first record; PPS_WOR sorts them
-  ClusterPairs fClusterSelectPairs;
+  std::vector<std::int32_t> fvSelected;  // units in order of selection, of methods that name them
 
   SVSelectSamples fSelectSamples;
   const SVSCompSettings* fpSettings;
   std::int32_t fStageInd;
   std::int32_t fSelectMethod;
   std::int32_t fInclProbType;
-  double fInitSizeMeasure;  // of a new unit
   std::int32_t fRequestSampleSize = 0;
   double fRequestSampleRate = 0.0;
   MCCommonMath::MCRandomTwister* fpRandom = nullptr;

@@ -44,13 +44,13 @@ void SVSStratumData::ReviewSizes(const SVKey& key, std::int32_t requested, SVSFi
   double total = 0.0;
   double largest = 0.0;
   bool anyFraction = false;
-  for (const ClusterTable::Entry* unit : fClusterTablePairs) {
-    const double size = bounds.Apply(unit->value.GetSize());
+  for (std::int32_t unit = 0; unit < NumUnits(); ++unit) {
+    const double size = bounds.Apply(fUnits.SizeOf(unit));
     if (!(size > 0.0)) {
       const FindingKind kind = size == gMissingValue ? FindingKind::kMissingSize
                                : size < 0.0          ? FindingKind::kNegativeSize
                                                      : FindingKind::kZeroSize;
-      findings->Note(kind, fStageInd, {.stratum = key, .unit = unit->key, .value = size});
+      findings->Note(kind, fStageInd, {.stratum = key, .unit = fUnits.KeyOf(unit), .value = size});
       if (size == gMissingValue) continue;
     }
     total += size;
@@ -79,11 +79,11 @@ bool SVSStratumData::OnlyApproaches(std::int32_t requested, bool anyFraction) co
 void SVSStratumData::ReviewLargeSizes(const SVKey& key, double limit, SVSFindings* findings) const {
   const SizeBounds bounds = fbUseMOSVar ? Bounds() : SizeBounds();
   const bool hitsLimit = MethodOf(fSelectMethod).limit == SizeLimit::kBelowOne;
-  for (const ClusterTable::Entry* unit : fClusterTablePairs) {
-    const double size = bounds.Apply(unit->value.GetSize());
+  for (std::int32_t unit = 0; unit < NumUnits(); ++unit) {
+    const double size = bounds.Apply(fUnits.SizeOf(unit));
     if (size > limit || (hitsLimit && size == limit)) {
       findings->Note(FindingKind::kSizeAboveLimit, fStageInd,
-                     {.stratum = key, .unit = unit->key, .value = size, .other = limit});
+                     {.stratum = key, .unit = fUnits.KeyOf(unit), .value = size, .other = limit});
     }
   }
 }
@@ -96,34 +96,36 @@ void SVSStratumData::ReviewDraw(const SVKey& key, bool notesHits, SVSFindings* f
     findings->Note(FindingKind::kOtherCount, fStageInd,
                    {.stratum = key, .unit = {}, .value = 1.0 * GetNumSelected(), .other = 1.0 * asked});
   }
-  const auto hasFraction = [](const ClusterTable::Entry* unit) { return HasFraction(unit->value.GetSize()); };
-  const bool anyFraction = method.statedProbs == StatedProbs::kMetByWholeSizes &&
-                           std::any_of(fClusterTablePairs.begin(), fClusterTablePairs.end(), hasFraction);
+  const bool anyFraction = method.statedProbs == StatedProbs::kMetByWholeSizes && AnySizeHasFraction();
   if (OnlyApproaches(asked, anyFraction)) ReviewStatedProbs(key, findings);
   if (notesHits) ReviewHits(key, findings);
+}
+
+bool SVSStratumData::AnySizeHasFraction() const {
+  for (std::int32_t unit = 0; unit < NumUnits(); ++unit) {
+    if (HasFraction(fUnits.SizeOf(unit))) return true;
+  }
+  return false;
 }
 
 void SVSStratumData::ReviewStatedProbs(const SVKey& key, SVSFindings* findings) const {
   if (GetNumSelected() == 0) return;  // another finding
   const std::vector<SVSelectSamples::StatedProb> probs = fSelectSamples.StatedProbs();
   if (probs.empty()) findings->CountUnknown(fStageInd);
-  for (std::size_t i = 0; i < probs.size(); ++i) {
+  std::int32_t position = 0;
+  for (const SVSelectSamples::StatedProb& prob : probs) {
     findings->KeepWorst(fStageInd, {.stratum = key,
-                                    .unit = fClusterTablePairs[i]->key,
-                                    .value = probs[i].stated,
-                                    .other = probs[i].drawn});
+                                    .unit = fUnits.KeyOf(fUnits.UnitAt(position++)),
+                                    .value = prob.stated,
+                                    .other = prob.drawn});
   }
 }
 
 void SVSStratumData::ReviewHits(const SVKey& key, SVSFindings* findings) const {
-  for (const ClusterTable::Entry* unit : fClusterTablePairs) {
-    double inclProb = 0.0;
-    double weight = 0.0;
-    double hits = 0.0;
-    unit->value.GetResults(&inclProb, &weight, &hits);
-    if (hits > 1.0) {
+  for (const SVSUnits::Result& result : fUnits.Results()) {
+    if (result.hits > 1.0) {
       findings->Note(FindingKind::kHitsNotKept, fStageInd,
-                     {.stratum = key, .unit = unit->key, .value = hits});
+                     {.stratum = key, .unit = fUnits.KeyOf(result.unit), .value = result.hits});
     }
   }
 }

@@ -12,7 +12,7 @@
 
 #include "model_components/surveyplans/common/SVKey.h"
 
-// SVHashtable maps keys to values: the strata of a stage, the units of a stratum.
+// SVHashtable maps keys to values: the strata of a stage, the clauses of a selection rule.
 //
 // Why a table of our own: its iteration order is part of the behaviour of a run. Strata are drawn in that
 // order from one generator, so the order decides which random numbers each stratum gets. No library promises
@@ -35,9 +35,8 @@
 //             values are valid until the table is destroyed.
 // Threads:    const methods may run in parallel; Insert() needs exclusive access.
 // Failures:   std::bad_alloc only.
-// Cost:       Find() and Insert() are O(1) expected. A unit of four doubles takes 56 bytes and its share of
-//             the buckets, at most 8 * 2 / kLoadFactor bytes; with two codes or more also 16 to 32 bytes of
-//             index.
+// Cost:       Find() and Insert() are O(1) expected. An entry takes its value, 24 bytes and its share of the
+//             buckets, at most 8 * 2 / kLoadFactor bytes; with two codes or more also 16 to 32 bytes of index.
 //
 // Invariants:
 //   (1) each entry is in exactly one chain, that of BucketOf(its key).
@@ -115,14 +114,6 @@ public:
     return entry;
   }
 
-  // Hints for a later Find(). It would wait for memory twice: for the slot of the table and for the entry
-  // that the slot points to. Each hint starts one of the two loads and returns at once. PrefetchEntry() has
-  // to read the slot, so call PrefetchPlace() some time before it.
-  void PrefetchPlace(const SVKey& key) const { __builtin_prefetch(Place(key)); }
-  void PrefetchEntry(const SVKey& key) const {
-    if (Entry* const* place = Place(key)) __builtin_prefetch(*place);
-  }
-
   // Adds a copy of `key` with a value constructed from `arguments`, at the head of its chain. Returns the new
   // entry, or null if an equal key is already there; in that case nothing is constructed or changed. The
   // table grows before the entry is added, not after: that too is part of the order.
@@ -148,7 +139,7 @@ private:
   static constexpr float kLoadFactor = 0.75F;
   static constexpr std::size_t kMaxBuckets = std::numeric_limits<std::int32_t>::max();
   static constexpr std::size_t kFirstIndex = 64;
-  static constexpr std::size_t kMinChunk = 4;  // entries; small, as a stratum may have only a few units
+  static constexpr std::size_t kMinChunk = 4;  // entries
   static constexpr std::size_t kMaxChunk = 4096;
 
   // Raw storage for `capacity` entries, of which the first `used` have been constructed.
@@ -174,12 +165,6 @@ private:
 
   // Consecutive codes fall into different buckets, so a key of one code needs no index.
   static bool IsIndexed(const SVKey& key) { return key.Length() > 1; }
-
-  // The slot where a search for the key begins; null while the index is empty.
-  Entry* const* Place(const SVKey& key) const {
-    if (!IsIndexed(key)) return &fBuckets[BucketOf(key)];
-    return fvIndex.empty() ? nullptr : &fvIndex[FirstSlot(key)];
-  }
 
   // Multiplicative hashing by 2^64 divided by the golden ratio, as in [Knuth98], section 6.4. The upper half
   // of the product is the well mixed one, so it is folded into the lower half, which the mask keeps.

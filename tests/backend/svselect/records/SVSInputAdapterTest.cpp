@@ -25,7 +25,7 @@ struct Plan {
 // Passes over a frame with the specifications of a plan.
 class Passes {
 public:
-  Passes(FrameSession& session, const Plan& plan) : fMessages(&session.Source()) {
+  Passes(FrameSession& session, const Plan& plan, bool byBlocks = false) : fMessages(&session.Source()) {
     for (const std::string& name : plan.strata) fStage.addStrataVariable(session.Find(name));
     for (const std::string& name : plan.clusters) fStage.addClusterVariable(session.Find(name));
     if (!plan.rate.empty()) fStage.setRateVariable(session.Find(plan.rate));
@@ -37,7 +37,8 @@ public:
     fSpecs.Validate();
     auto iterator = SVProcDSMultiIter::MakeIterator(&session.Source());
     fpAdapter = std::make_unique<SVSInputAdapter>(&fSpecs, &session.Source(), iterator.get(), &fMessages);
-    fpIterator = std::make_unique<SVProcDSMultiIter>(&session.Source(), std::move(iterator), fpAdapter.get());
+    fpIterator = std::make_unique<SVProcDSMultiIter>(&session.Source(), std::move(iterator), fpAdapter.get(),
+                                                     byBlocks);
   }
 
   // The records that are left in the pass, each as "1 2 0.5 0"; a full stop is a missing value.
@@ -163,6 +164,21 @@ TEST(SVProcDSMultiIter, StaysOneValidRecordAhead) {
   EXPECT_THAT(counts(), ElementsAre(5, 2, 3));
 }
 
+// The pass goes over to single cases where one needs a message, and counts each case once.
+TEST(SVProcDSMultiIter, LeavesBlocksForACaseWithAMessage) {
+  FrameSession session("n,s\n1,2\n,2\n2,2\n1,0\n3,2\n");
+  session.Walk().mostRows = 2;
+  Passes passes(session, {.strata = {"n"}, .size = "s"}, true);
+  const MCCommon::RecordBlock& block = *passes.Iterator().NextBlock();
+  EXPECT_THAT(block.records, ElementsAre(0));
+  EXPECT_EQ(block.codes[0][0], 1);
+  EXPECT_EQ(passes.Iterator().NextBlock(), nullptr);
+  EXPECT_THAT(passes.Rest(), ElementsAre("2 2 2", "3 2 4"));
+  EXPECT_THAT(std::vector({passes.Adapter().CasesRead(), passes.Adapter().InvalidCases()}),
+              ElementsAre(5, 2));
+  EXPECT_THAT(session.Messages(), ElementsAre(testing::HasSubstr("sample size variable s")));
+}
+
 TEST(SVProcDSMultiIter, StartsOverFromWhereverItIs) {
   FrameSession session("n\n1\n2\n3\n");
   Passes passes(session, {.strata = {"n"}});
@@ -197,12 +213,13 @@ TEST(SVProcDSMultiIter, TellsABrokenSourceFromAnEnd) {
   file.seekp(size / 10 * 9);
   file << std::string(static_cast<std::size_t>(size / 20), '\xff');
   file.close();
-  FrameSession session(FrameSession::ExistingFile{path});  // by its dictionary, without a look at the cases
-
-  Passes passes(session, {.strata = {"n"}});
-  while (passes.Iterator().Next() != nullptr) continue;
-  EXPECT_LT(passes.Adapter().CasesRead(), 3000000);
-  EXPECT_EQ(passes.Iterator().Status(), MCCommon::kSourceFailed);
-  EXPECT_NE(pvGetCmnGlb()->errorFlag, 0);
-  EXPECT_THAT(session.Messages(), ElementsAre(testing::HasSubstr(path.filename().string())));
+  for (const bool byBlocks : {false, true}) {
+    FrameSession session(FrameSession::ExistingFile{path});  // by its dictionary, without a look at the cases
+    Passes passes(session, {.strata = {"n"}}, byBlocks);
+    while (passes.Iterator().NextBlock() != nullptr || passes.Iterator().Next() != nullptr) continue;
+    EXPECT_LT(passes.Adapter().CasesRead(), 3000000);
+    EXPECT_EQ(passes.Iterator().Status(), MCCommon::kSourceFailed);
+    EXPECT_NE(pvGetCmnGlb()->errorFlag, 0);
+    EXPECT_THAT(session.Messages(), ElementsAre(testing::HasSubstr(path.filename().string())));
+  }
 }

@@ -2,7 +2,6 @@
 #include <cmath>
 #include <numeric>
 
-#include "KeyOf.h"
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVCancelInfo.h"
 #include "backend/svselect/design/SVSCompSettings.h"
@@ -22,12 +21,16 @@ constexpr double kEpsilon = MCCommonMath::MCPower::gMachineEpsilon;
 // A stratum of one stage, whose records hold the measure of size, then the rate or size.
 struct Stratum {
   Stratum(const SVSCompSettings& given, std::size_t constCount, MCStopProcessor* stop = nullptr)
-      : settings(given), cancel(stop), data(&settings, 1, &cancel, constCount) {
+      : settings(given), cancel(stop), data(&settings, 1, &cancel, constCount, 1) {
     data.SetOutSamples(&out), data.SetRandom(&random);
   }
+  // Units are numbered from 1, in the order in which they come.
   void Add(std::int32_t unit, double size) {
-    const double record[] = {size, 0.0};
-    data.AddRecord(KeyOf({unit}), record);
+    if (unit > data.Units().Count()) {
+      data.AddUnit(&unit, size);
+    } else {
+      data.AddRecord(unit - 1, size);
+    }
   }
   std::vector<std::int32_t> Codes() const {
     std::vector<std::int32_t> codes;
@@ -115,18 +118,18 @@ TEST(SVSStratumData, ConstantValues) {
     SVSCompSettings settings = OneStage(kMethodSimpleWr);
     settings.AddSpecVar(1, kSizeVariable, 1);
     Stratum stratum(settings, 1);
-    SVSClusterData unit(kMissing);
+    SVSUnits unit(0);
     EXPECT_EQ(stratum.data.InitConstValues(c.values.data(), {0}), c.values[0] != kMissing);
-    EXPECT_EQ(unit.LoadSize(c.values.data(), {0}), c.values[0] != kMissing);
+    unit.Add(nullptr, c.values[0]);
     std::vector<int> differs, unitDiffers;
     for (std::size_t i = 1; i < c.values.size(); ++i) {
       differs.push_back(stratum.data.CheckConstValues(&c.values[i], {0}));
-      unitDiffers.push_back(unit.CheckSize(&c.values[i], {0, 99}));
+      unitDiffers.push_back(unit.CheckSize(0, c.values[i]) ? -1 : 0);
     }
     EXPECT_EQ(differs, c.differs);
     EXPECT_EQ(unitDiffers, c.differs);
     EXPECT_EQ(stratum.data.GetRequestSize(), std::max(c.stays, 0.0));
-    EXPECT_EQ(unit.GetSize(), c.stays);
+    EXPECT_EQ(unit.SizeOf(0), c.stays);
   }
 }
 
@@ -157,7 +160,7 @@ TEST(SVSStratumData, SizesAndTheirWarning) {
     EXPECT_EQ(stratum.Codes(), c.codes);
     EXPECT_EQ(stratum.data.GetSelectRate(), 1000.0 / 3);
     std::vector<double> values;
-    stratum.data.GetRecordStats(KeyOf({1}), &values);
+    stratum.data.GetRecordStats(0, &values);
     EXPECT_NEAR(1 / (1000 * values[kOutWeight]), c.share, 1e-15);
   }
 }

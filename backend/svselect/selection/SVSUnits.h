@@ -1,0 +1,86 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <numeric>
+#include <vector>
+
+#include "host/numeric/Obs.h"
+#include "model_components/surveyplans/common/SVKey.h"
+
+// SVSUnits are the sampling units of one stratum, clusters or single cases: their measures of size before
+// selection, and what selection decided about those that it took. A unit is a number from 0, in the order in
+// which the units appeared.
+//
+// Nothing is kept that all units share or that nobody asks for. Sizes are stored once two of them differ, so
+// units of equal probability are a count; a key has the length that the stage gives it, which may be 0; and
+// results are kept of the units that were taken. So cases as units cost 8 bytes each where they have measures
+// of size, and nothing where they don't.
+//
+// Methods that order their units do so in a list of positions; for all others position and unit are the same.
+class SVSUnits {
+public:
+  struct Result {
+    std::int32_t unit = 0;
+    double inclProb = MCMV::gMissingValue;  // of the stage, as is the weight
+    double weight = MCMV::gMissingValue;
+    double hits = MCMV::gMissingValue;  // number of selections
+
+    bool IsSelected() const { return weight != MCMV::gMissingValue; }
+  };
+
+  explicit SVSUnits(std::size_t keyLength) : fKeyLength(keyLength) {}
+
+  // --- while the stage tabulates ---
+  // Adds a unit and returns it. `key` has the codes of its key.
+  std::int32_t Add(const std::int32_t* key, double size);
+  // For a size that is the number of the unit's records.
+  void CountRecord(std::int32_t unit) { SetSize(unit, SizeOf(unit) + 1.0); }
+  // Holds the value of a further record against the unit's size. False if they disagree. A size still missing
+  // takes the value, and any other stays.
+  bool CheckSize(std::int32_t unit, double value) {
+    const double size = SizeOf(unit);
+    return (size == value && size >= 0.0) || CheckOtherSize(unit, size, value);
+  }
+
+  std::int32_t Count() const { return fCount; }
+  double SizeOf(std::int32_t unit) const {
+    return fvSizes.empty() ? fCommonSize : fvSizes[static_cast<std::size_t>(unit)];
+  }
+  void SetSize(std::int32_t unit, double size);
+  SVKey KeyOf(std::int32_t unit) const;
+  bool HasLowerKey(std::int32_t a, std::int32_t b) const;
+
+  // --- the list that is drawn from ---
+  std::int32_t UnitAt(std::int32_t position) const {
+    return fvOrder.empty() ? position : fvOrder[static_cast<std::size_t>(position)];
+  }
+  // Orders the list by a comparison of units, which must tell any two of them apart.
+  template <class Less>
+  void Sort(const Less& less) {
+    fvOrder.resize(static_cast<std::size_t>(fCount));
+    std::iota(fvOrder.begin(), fvOrder.end(), 0);
+    std::sort(fvOrder.begin(), fvOrder.end(), less);
+  }
+
+  // --- the results ---
+  // A unit that is taken again gets the later result.
+  void SetResult(const Result& result) { fvResults.push_back(result); }
+  // Ends the draw: results are ready to be read from here on.
+  void FinishResults();
+  const std::vector<Result>& Results() const { return fvResults; }  // by unit
+  // Null for a unit that wasn't taken.
+  const Result* ResultOf(std::int32_t unit) const;
+
+private:
+  bool CheckOtherSize(std::int32_t unit, double size, double value);
+
+  std::size_t fKeyLength;  // codes
+  std::int32_t fCount = 0;
+  double fCommonSize = MCMV::gMissingValue;  // of all units while fvSizes is empty
+  std::vector<double> fvSizes;               // by unit, or empty
+  std::vector<std::int32_t> fvKeys;          // one key after the other
+  std::vector<std::int32_t> fvOrder;         // unit by position; empty where they are the same
+  std::vector<Result> fvResults;
+};
