@@ -13,7 +13,8 @@
 #include "host/numeric/Obs.h"
 #include "model_components/surveyplans/common/AbstractOutputs.h"
 
-// In the order of a run: the pass, the draw with its outputs, the questions afterwards.
+// In the order of a run: the pass, the draw, the questions afterwards. The outputs of the draw are in
+// SVSDataTabulatorOutputs.cpp.
 
 namespace {
 
@@ -67,13 +68,6 @@ std::vector<std::int32_t> UnitSlots(const SVSCompSettings& settings, std::int32_
   return clusters;
 }
 
-// The first `count` codes of a key.
-std::vector<std::int32_t> Codes(const SVKey& key, std::size_t count) {
-  std::vector<std::int32_t> codes(count);
-  for (std::size_t i = 0; i < count; ++i) codes[i] = key[static_cast<int>(i)];
-  return codes;
-}
-
 // Where a stratum finds the only value that it is given.
 const std::vector<std::int32_t> kOnlyValue = {0};
 
@@ -121,17 +115,40 @@ SVSDataTabulator::SVSDataTabulator(const SVSCompSettings* settings, std::int32_t
 SVStatus SVSDataTabulator::ProcessData(MCCommon::MultiPassRecordIter& iterator) {
   if (!iterator.HasMore()) fStatus = ErrorStatus(kStatusNoRecords);
   if (fbSourceProcessed) fStatus = ErrorStatus(kStatusUserError);
-  fbCountsCases = fKeyClusterVars.empty() && iterator.HasBlocks();
-  fvUnitKey.assign(UnitKeyLength(), 0);
+  Start(iterator.HasBlocks());
   TakeBlocks(iterator);
   while (!fStatus.IsError() && iterator.HasMore() && !fpCancelInfo->IsCancelled()) TakeRecord(iterator);
   if (fpCancelInfo->IsCancelled()) fStatus = ErrorStatus(kStatusCancelled);
-  if (!fStatus.IsError()) {
-    fLateNotes.PassOnAll(fEntered, fStageInd, &Findings());
-    fbSourceProcessed = true;
-  }
+  if (!fStatus.IsError()) End();
   fpOutSamples->AddStatus(fStatus);
   return fStatus;
+}
+
+void SVSDataTabulator::Start(bool hasBlocks) {
+  fbCountsCases = fKeyClusterVars.empty() && hasBlocks;
+  fvUnitKey.assign(UnitKeyLength(), 0);
+  fbCountsAlone = fbCountsCases && fvUnitKey.empty();
+  if (fpNextTabulator != nullptr) {
+    fpNextTabulator->Start(hasBlocks);
+  } else if (fbForesees) {
+    MakeMasses();
+  }
+}
+
+// A stratum of cases that all have the same probability has as many units as cases, which need no mass.
+void SVSDataTabulator::MakeMasses() {
+  if (fbCountsCases && fWeightVar < 0) return;
+  const CaseMasses::Place bySize = fbCountsCases ? CaseMasses::Place::kCase : CaseMasses::Place::kUnit;
+  fpMasses = std::make_unique<CaseMasses>(fbDrawsBySize ? bySize : CaseMasses::Place::kStratum);
+}
+
+void SVSDataTabulator::End() {
+  fLateNotes.PassOnAll(fEntered, fStageInd, &Findings());
+  fbSourceProcessed = true;
+  for (std::size_t stratum = 0; stratum < fvCounts.size(); ++stratum) {
+    fvStrata[stratum]->value.AddUnits(fvCounts[stratum]);
+  }
+  if (fpNextTabulator != nullptr) fpNextTabulator->End();
 }
 
 void SVSDataTabulator::TakeBlocks(MCCommon::MultiPassRecordIter& iterator) {
@@ -252,6 +269,11 @@ void SVSDataTabulator::ListWeighted(const MCCommon::RecordBlock& block, SVSRows*
 void SVSDataTabulator::Enter(const MCCommon::RecordBlock& block) {
   fEntering.numbers.assign(fEntering.rows.size(), 0);
   if (fpPrevTabulator != nullptr) fpPrevTabulator->KeepSelected(block, &fEntering);
+  EnterNumbered(block);
+}
+
+// The rows have the numbers of the units of the stage before.
+void SVSDataTabulator::EnterNumbered(const MCCommon::RecordBlock& block) {
   fvEnteringOuter = fEntering.numbers;
   fStrataNumbers.Number(block, &fEntering);
   fvEnteringStrata = fEntering.numbers;
@@ -262,6 +284,15 @@ void SVSDataTabulator::Enter(const MCCommon::RecordBlock& block) {
   }
   if (fDropped > 0) CountDropped();
   fLateNotes.PassOn(fEntered, fStageInd, &Findings());
+  if (fpNextTabulator != nullptr) PassOn(block);
+}
+
+// A status carries the stage that is set in the collector.
+void SVSDataTabulator::PassOn(const MCCommon::RecordBlock& block) {
+  fpNextTabulator->fEntering = fEntering;
+  fpOutSamples->SetStage(fpNextTabulator->fStageInd);
+  fpNextTabulator->EnterNumbered(block);
+  fpOutSamples->SetStage(fStageInd);
 }
 
 void SVSDataTabulator::EnterRow(const MCCommon::RecordBlock& block, std::size_t place) {
@@ -272,6 +303,18 @@ void SVSDataTabulator::EnterRow(const MCCommon::RecordBlock& block, std::size_t 
   } else if (fSpecVar >= 0) {
     CheckConstant(stratum, block.numbers[static_cast<std::size_t>(fSpecVar)][row]);
   }
+  if (fbCountsAlone) {
+    ++fvCounts[static_cast<std::size_t>(stratum)];
+  } else {
+    EnterUnit(block, place);
+  }
+  if (fpMasses != nullptr) fpMasses->Add(stratum, fEntering.numbers[place], IncomingWeight(block, row));
+  ++fEntered;
+}
+
+void SVSDataTabulator::EnterUnit(const MCCommon::RecordBlock& block, std::size_t place) {
+  const std::uint32_t row = fEntering.rows[place];
+  const std::int32_t stratum = fvEnteringStrata[place];
   SVSStratumData& owner = Stratum(stratum);
   const auto number = static_cast<std::size_t>(fEntering.numbers[place]);
   if (fbCountsCases) {
@@ -282,7 +325,6 @@ void SVSDataTabulator::EnterRow(const MCCommon::RecordBlock& block, std::size_t 
     const double size = SizeIn(block, row);
     if (!owner.AddRecord(fvPlaces[number].unit, size)) NoteUnequalSize(fvPlaces[number], size);
   }
-  ++fEntered;
 }
 
 void SVSDataTabulator::CountDropped() {
@@ -309,6 +351,7 @@ void SVSDataTabulator::CheckConstant(std::int32_t stratum, double value) {
 void SVSDataTabulator::NoteUnequalSize(const Place& place, double value) {
   const double size = Stratum(place.stratum).SizeOf(place.unit);
   if (size == value && size < 0.0) return;
+  if (fbForesees) ++fDisagreeing[place.stratum];
   fLateNotes.Note(fEntered, FindingKind::kUnequalSize,
                   {.stratum = fvStrata[static_cast<std::size_t>(place.stratum)]->key,
                    .unit = Stratum(place.stratum).Units().KeyOf(place.unit),
@@ -330,6 +373,7 @@ void SVSDataTabulator::NewStratum(const MCCommon::RecordBlock& block, std::size_
       fDataTable.Insert(key, fCompSettings, fStageInd, fpCancelInfo, constCount, UnitKeyLength());
   fvStrata.push_back(entry);
   fvOuterUnits.push_back(fvEnteringOuter[place]);
+  if (fbCountsAlone) fvCounts.push_back(0);
   entry->value.SetOutSamples(fpOutSamples);
   if (fSpecVar >= 0)
     entry->value.InitConstValues(&block.numbers[static_cast<std::size_t>(fSpecVar)][row], kOnlyValue);
@@ -367,6 +411,12 @@ SVStatus SVSDataTabulator::SelectSamples(MCSV::SVSOutputSummary* summary,
   return fStatus;
 }
 
+SVStatus SVSDataTabulator::ReviewFrame() {
+  Review();
+  RefusesFindings();
+  return fStatus;
+}
+
 SVStatus SVSDataTabulator::CheckSamples() {
   Review();
   for (const SVSFinding& finding : Findings().All()) {
@@ -382,7 +432,7 @@ SVStatus SVSDataTabulator::CheckSamples() {
 void SVSDataTabulator::Review() {
   for (const StratumEntry* entry : fvStrata) {
     entry->value.Review(entry->key, &Findings());
-    if (fCompSettings->Strict() && LosesHits()) {
+    if ((fCompSettings->Strict() || fbForesees) && LosesHits()) {
       Findings().Note(FindingKind::kHitsNotKept, fStageInd, {.stratum = entry->key, .unit = {}});
     }
   }
@@ -435,59 +485,6 @@ void SVSDataTabulator::ListSelected() {
     if (result == results.size() || results[result].unit != place.unit) continue;
     fvSelected[number] = results[result++].IsSelected() ? 1 : 0;
   }
-}
-
-// EndStage() is called whatever StartStage() and AddStratum() answered, so that the output can close what it
-// opened.
-bool SVSDataTabulator::Summarize(MCSV::SVSOutputSummary& summary) {
-  int result = summary.StartStage(fStageInd);
-  for (auto entry = fDataTable.begin(); entry != fDataTable.end() && result == MCSV::kSummaryGoOn; ++entry) {
-    SVSStratumData& stratum = entry->value;
-    result = summary.AddStratum(Codes(entry->key, fKeyStrataVars.size()), stratum.GetRequestSize(),
-                                stratum.GetNumSelected(), stratum.GetRequestRate(), stratum.GetSelectRate());
-  }
-  const int end = summary.EndStage();
-  if (result != MCSV::kSummaryFailed && end != MCSV::kSummaryFailed) return true;
-  fStatus = ErrorStatus(kStatusUserError);
-  return false;
-}
-
-// An output that can't be opened is closed again and ignored: the sample doesn't depend on it. Strata are
-// sorted by their keys, so that the file has a stable order.
-void SVSDataTabulator::WriteJointProbs(MCSV::SVSOutJointProbs& output, int maxSelected) {
-  const int state = output.Open(maxSelected);
-  std::vector<StratumEntry*> strata = fvStrata;
-  std::sort(strata.begin(), strata.end(),
-            [](const StratumEntry* a, const StratumEntry* b) { return a->key < b->key; });
-  if (state != MCSV::kJointFailed) {
-    for (StratumEntry* entry : strata) {
-      if (!WriteStratum(output, *entry)) break;
-    }
-  }
-  output.Close();
-}
-
-// False if nothing more is to be written. A stratum without selected units writes nothing, but can still
-// report an error.
-bool SVSDataTabulator::WriteStratum(MCSV::SVSOutJointProbs& output, StratumEntry& entry) {
-  SVSStratumData& stratum = entry.value;
-  const std::vector<std::int32_t>& units = stratum.SelectedUnits();
-  const std::vector<double>* matrix = nullptr;
-  fStatus = stratum.ComputeJointProbs(&matrix);
-  fpOutSamples->AddStatus(fStatus);
-  if (fStatus.IsError()) return false;
-
-  const std::size_t n = units.size();
-  bool failed = n > 0 && output.StartStratum(static_cast<int>(n), Codes(entry.key, fKeyStrataVars.size())) ==
-                             MCSV::kJointFailed;
-  for (std::size_t i = 0; i < n && !failed; ++i) {
-    const auto row = matrix->begin() + static_cast<std::ptrdiff_t>(i * n);
-    failed = output.WriteRow(Codes(stratum.Units().KeyOf(units[i]), fKeyClusterVars.size()),
-                             {row, row + static_cast<std::ptrdiff_t>(n)}) == MCSV::kJointFailed;
-  }
-  stratum.ClearWork();
-  if (failed) fStatus = ErrorStatus(kStatusNoJointOutput);
-  return !failed;
 }
 
 // --- after the draw --------------------------------------------------------------------------------------
