@@ -240,6 +240,10 @@ std::vector<std::pair<double, const OBS*>> UnusedRows(const ObsVecMap& map) {
 
 }  // namespace
 
+std::string UnitText(const FindingNames& names, std::int32_t stage, const SVKey& unit) {
+  return PlaceText(names, stage, {.stratum = {}, .unit = unit});
+}
+
 std::vector<std::string> UnusedRowTexts(const FindingNames& names) {
   std::vector<std::string> texts;
   for (std::int32_t position = 0; position < names.specs.StageCount(); ++position) {

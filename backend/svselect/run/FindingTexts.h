@@ -1,9 +1,11 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 class ProcedureDataSource;
+class SVKey;
 class SVSFindings;
 class SVSInputAdapter;
 class SVSValidSpecs;
@@ -22,6 +24,9 @@ struct FindingNames {
 // the very limit is noted although a draw may accept it.
 std::vector<std::string> FindingTexts(const SVSFindings& findings, const FindingNames& names,
                                       bool failedBySize);
+
+// A unit of a stage: "county = 12"; "case 17" where the units are cases.
+std::string UnitText(const FindingNames& names, std::int32_t stage, const SVKey& unit);
 
 // One sentence for each table with rows that no case of the frame has used: their categories, as above.
 // REQUIRES: the first pass is over.

@@ -8,6 +8,7 @@
 #include "backend/svselect/records/SVSInputAdapter.h"
 #include "backend/svselect/results/SVSJointProbOutFile.h"
 #include "backend/svselect/run/FindingTexts.h"
+#include "backend/svselect/run/PreviewOutput.h"
 #include "host/engine/ProcedureDataSource.h"
 #include "host/output/BpComposite.h"
 #include "host/output/BpProcedure.h"
@@ -111,20 +112,34 @@ bool SVSProcedure::Run() {
       !fpValidSpecs->CheckOnly()) {
     jointProbs = std::make_unique<SVSJointProbOutFile>(fpValidSpecs, fpInputAdapter.get(), fpDataSource);
   }
-  if (!fStatus.IsOK() || fpInputAdapter == nullptr || fpRecordIter == nullptr || settings == nullptr)
-    return false;
+  if (!CanRun()) return false;
 
   fpComponent = std::make_unique<SVSComponent>(*settings, jointProbs.get());
   fStatus = fpComponent->GetStatus();
   if (fStatus.IsError()) return false;
   const bool isGood = fpComponent->Run(*fpRecordIter, fpSummary);
   if (!isGood) fStatus = fpComponent->GetStatus();
-  Remark();
+  Remark(fStatus.code == kStatusInvalidSize);
   return isGood;
 }
 
+bool SVSProcedure::Preview(DesignPreview* preview) {
+  if (!CanRun()) return false;
+  fpComponent = std::make_unique<SVSComponent>(*fpValidSpecs->CompSettings(), nullptr);
+  PreviewOutput output({*fpValidSpecs, *fpInputAdapter, *fpDataSource}, preview);
+  const bool isGood = fpComponent->Preview(*fpRecordIter, &output);
+  if (!isGood) fStatus = fpComponent->GetStatus();
+  Remark(output.FailsBySize());
+  return isGood;
+}
+
+bool SVSProcedure::CanRun() const {
+  return fStatus.IsOK() && fpInputAdapter != nullptr && fpRecordIter != nullptr &&
+         fpValidSpecs->CompSettings() != nullptr;
+}
+
 // A pass that was broken off can't say how many cases of the frame are left out.
-void SVSProcedure::Remark() const {
+void SVSProcedure::Remark(bool failedBySize) const {
   const FindingNames names = {*fpValidSpecs, *fpInputAdapter, *fpDataSource};
   const bool hasReadAll =
       fpInputAdapter->PassCounter() > 0 || fpRecordIter->Status() == MCCommon::kCasesExhausted;
@@ -134,7 +149,6 @@ void SVSProcedure::Remark() const {
   if (hasReadAll) {
     for (const std::string& text : UnusedRowTexts(names)) BpRemark(text);
   }
-  const bool failedBySize = fStatus.code == kStatusInvalidSize;
   for (const std::string& text : FindingTexts(fpComponent->Findings(), names, failedBySize)) BpRemark(text);
 }
 

@@ -7,6 +7,7 @@
 #include "model_components/surveyplans/common/SVStatus.h"
 
 class ProcedureDataSource;
+struct DesignPreview;
 class SVProcDSMultiIter;
 class SVSComponent;
 class SVSInputAdapter;
@@ -56,6 +57,9 @@ public:
   // they were or not, what was found on the way becomes remarks.
   bool Run();
 
+  // In place of Run(): fills in what a draw would do, and remarks on what was found. True if a draw can't fail.
+  bool Preview(DesignPreview* preview);
+
   // The component's output statistics; null after an error. The call has an effect: Report() shows the
   // collected statuses only after it.
   const SVSOutputStats* GetOutputStats();
@@ -72,7 +76,8 @@ public:
   SVSComponent* GetComponent() const { return fpComponent.get(); }
 
 private:
-  void Remark() const;
+  bool CanRun() const;
+  void Remark(bool failedBySize) const;
 
   SVSValidSpecs* fpValidSpecs;        // borrowed
   ProcedureDataSource* fpDataSource;  // borrowed
