@@ -53,10 +53,7 @@ void ReadPlanFile(const std::string& path, PlanReading* reading) {
 }
 
 // Checks what only the procedure can check. REQUIRES: the frame is open.
-void CheckByProcedure(HostSession& session, const SVPlanSpecs& plan, PlanCheck* check) {
-  CommandParts command;
-  command.plan = plan.file;
-  session.SetCheckOnly();
+void CheckByProcedure(HostSession& session, const CommandParts& command, PlanCheck* check) {
   session.Layer<SessionCommand>().SetCommand(CommandText(command), "Command");
   if (const std::string failure = RunProcedure(); !failure.empty()) check->problems.push_back(failure);
 }
@@ -115,6 +112,14 @@ PlanReading ReadPlan(HostSession& session, const std::string& path) {
 }
 
 PlanCheck CheckPlan(HostSession& session, const SVPlanSpecs& plan, const FrameOptions& frame) {
+  CommandParts command;
+  command.plan = plan.file;
+  session.SetCheckOnly();
+  return CheckPlanBy(session, plan, frame, command);
+}
+
+PlanCheck CheckPlanBy(HostSession& session, const SVPlanSpecs& plan, const FrameOptions& frame,
+                      const CommandParts& command) {
   PlanCheck check;
   const auto lookUp = [&] {
     OpenDocument(session);
@@ -126,7 +131,7 @@ PlanCheck CheckPlan(HostSession& session, const SVPlanSpecs& plan, const FrameOp
         check.problems.push_back(frame.path + " has no variable " + name.Text());
       }
     }
-    if (check.problems.empty()) CheckByProcedure(session, plan, &check);
+    if (check.problems.empty()) CheckByProcedure(session, command, &check);
   };
   check.status = GuardInspection(lookUp, &check.problems);
   check.remarks = session.Layer<OutputDocument>().Remarks();
