@@ -1,5 +1,6 @@
 #include "report/PreviewReport.h"
 
+#include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <ostream>
@@ -54,7 +55,7 @@ Json JsonOf(const PreviewedStage& stage, const PreviewedStratum& stratum) {
   if (numbers.withoutSize > 0) json["units_without_size"] = numbers.withoutSize;
   if (numbers.disagreeing > 0) json["cases_that_disagree"] = numbers.disagreeing;
   Add(&json, "certain", stratum.certain, numbers.certain.count);
-  if (numbers.failure != 0) json["fails"] = FailureInWords(numbers.failure);
+  if (numbers.EndsRun()) json["fails"] = FailureInWords(numbers);
   Add(&json, "would_be_certain", stratum.tooLarge, numbers.tooLarge.count);
   return json;
 }
@@ -71,6 +72,7 @@ Json JsonOf(const PreviewedStage& stage) {
                {"strata_with_one_unit", numbers.singleStrata},
                {"strata_that_draw_one", numbers.drawsOne},
                {"strata_that_fail", numbers.failing},
+               {"expected_strata_that_fail", numbers.expectedFailing},
                {"expected_units", numbers.expectedUnits},
                {"expected_cases", numbers.expectedCases},
                {"expected_strata_that_draw_one", numbers.expectedSingles}});
@@ -124,9 +126,13 @@ void WritePreviewJson(const PreviewReport& report, std::ostream& out) {
 }
 
 std::string PreviewInWords(const PreviewReport& report) {
-  if (report.isGood) return "A run can draw this design; nothing was drawn.";
-  return report.preview.isComplete ? "A run fails, or would fail with some draws; nothing was drawn."
-                                   : "A run fails; nothing was drawn.";
+  if (!report.isGood) return "A run fails; nothing was drawn.";
+  const std::vector<PreviewedStage>& stages = report.preview.stages;
+  const bool mayFail = std::any_of(stages.begin(), stages.end(), [](const PreviewedStage& stage) {
+    return stage.numbers.failing > 0 || stage.numbers.mayBeRefused;
+  });
+  return mayFail ? "A run fails with some draws, and not with others; nothing was drawn."
+                 : "A run can draw this design; nothing was drawn.";
 }
 
 namespace {

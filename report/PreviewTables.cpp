@@ -71,7 +71,9 @@ OutputTable StagesTable(const DesignPreview& preview) {
     add("Cases in them", numbers.expectedCases);
     add("Strata with one unit", static_cast<double>(numbers.singleStrata));
     add("Strata that draw one of several units", static_cast<double>(numbers.drawsOne));
-    if (numbers.failing > 0) add("Strata that can't be drawn", static_cast<double>(numbers.failing));
+    if (numbers.failing == 0) continue;
+    add("Strata that end a run", static_cast<double>(numbers.failing));
+    add("How many of them a run comes to", numbers.expectedFailing);
   }
   return table.Take();
 }
@@ -90,9 +92,9 @@ OutputTable SampleTable(const DesignPreview& preview, const PreviewFigures& figu
                                  : "Cases that are never drawn",
         sample.neverDrawn);
   if (figures.meanWeight > 0.0) {
-    add("Mean of the final weights", figures.meanWeight);
-    add("Smallest", sample.weight.least);
-    add("Largest", sample.weight.most);
+    add("Mean final weight", figures.meanWeight);
+    add("Smallest final weight", sample.weight.least);
+    add("Largest final weight", sample.weight.most);
     add("Design effect due to unequal weighting", figures.designEffect);
   }
   if (figures.cost) add("Cost", *figures.cost);
@@ -151,7 +153,7 @@ private:
       fbNamesCertain = fbNamesCertain || numbers.certain.count > 0;
       fbLacksSizes = fbLacksSizes || numbers.withoutSize > 0;
       fbDisagrees = fbDisagrees || numbers.disagreeing > 0;
-      fbFails = fbFails || numbers.failure != 0;
+      fbFails = fbFails || numbers.EndsRun();
       fbIsReached = fbIsReached || numbers.reached != 1.0;
     }
   }
@@ -192,7 +194,7 @@ private:
     if (fbNamesCertain)
       fTable.SetCell(Column("Units", "certain"), Text(Joined(stratum.certain, numbers.certain.count)));
     if (!fbFails) return;
-    std::string why = FailureInWords(numbers.failure);
+    std::string why = FailureInWords(numbers);
     if (numbers.tooLarge.count > 0)
       why += "; certain they would have to be: " + Joined(stratum.tooLarge, numbers.tooLarge.count);
     fTable.SetCell(Column("Draw", "fails"), Text(why));
@@ -259,17 +261,17 @@ WeightSummary ExpectedWeights(const DesignPreview& preview) {
   });
 }
 
-std::string FailureInWords(int code) {
-  switch (code) {
+std::string FailureInWords(const MCSV::SVSStratumPreview& stratum) {
+  switch (stratum.failure) {
     case 0:
-      return "";
+      return stratum.isRefused ? "refused, since a strict run wants all clear" : "";
     case kStatusMissingSpec:
       return "no rate or size";
     case kStatusMissingSize:
-      return "units without a measure of size";
+      return "a unit has no measure of size";
     case kStatusInvalidSize:
       return "a size is above the limit";
     default:
-      return "error " + std::to_string(code);
+      return "error " + std::to_string(stratum.failure);
   }
 }

@@ -8,6 +8,9 @@
 #include "report/WeightSummary.h"
 
 struct DesignPreview;
+namespace MCSV {
+struct SVSStratumPreview;
+}
 
 // What a survey costs: `fixed` for all, `unit` for each unit of the first stage, `each` for each case.
 struct SurveyCost {
@@ -34,5 +37,5 @@ std::vector<OutputTable> StrataTables(const DesignPreview& preview);
 // in all.
 WeightSummary ExpectedWeights(const DesignPreview& preview);
 
-// Why a stratum can't be drawn, by the code of its error.
-std::string FailureInWords(int code);
+// Why a stratum ends a run; empty if it doesn't.
+std::string FailureInWords(const MCSV::SVSStratumPreview& stratum);

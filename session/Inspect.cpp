@@ -128,7 +128,8 @@ PlanCheck CheckPlanBy(HostSession& session, const SVPlanSpecs& plan, const Frame
     const Dictionary& dictionary = *session.Layer<ActiveFile>().SharedDictionary();
     for (const KorvVarName& name : FrameVariablesOf(plan)) {
       if (dictionary.Find(name.Text()) < 0) {
-        check.problems.push_back(frame.path + " has no variable " + name.Text());
+        const std::string where = frame.path.empty() ? "the query" : frame.path;
+        check.problems.push_back(fmt::format("{} has no variable {}", where, name.Text()));
       }
     }
     if (check.problems.empty()) CheckByProcedure(session, command, &check);

@@ -40,6 +40,23 @@ void AdviseOnAttempts(const DesignPreview& preview, std::vector<std::string>* re
   }
 }
 
+// What ends a run only if it selects certain clusters. REQUIRES: no run fails for certain.
+void AdviseOnFailures(const DesignPreview& preview, std::vector<std::string>* remarks) {
+  for (const PreviewedStage& stage : preview.stages) {
+    const MCSV::SVSStagePreview& numbers = stage.numbers;
+    if (numbers.failing > 0) {
+      remarks->push_back(
+          fmt::format("stage {}: a run fails if it comes to one of {} strata, see above; it can be expected "
+                      "to come to {} of "
+                      "them",
+                      numbers.stage, numbers.failing, ReadableNumber(numbers.expectedFailing, 2)));
+    } else if (numbers.mayBeRefused) {
+      remarks->push_back(fmt::format(
+          "stage {}: a strict run fails if it selects a cluster with such cases, see above", numbers.stage));
+    }
+  }
+}
+
 PreviewReport ReportOf(HostSession& session, const PlanPreview& preview) {
   PreviewReport report = {*preview.preview, session.Layer<OutputDocument>()};
   report.remarks = preview.remarks;
@@ -79,7 +96,7 @@ void WriteReports(HostSession& session, const std::vector<std::string>& reports,
   for (const std::string& path : reports) {
     std::string why;
     if (WriteWholeFile(path, ReportText(ReportOf(session, *preview), path), &why)) continue;
-    preview->problems.push_back("the report " + path + " can't be written: " + why);
+    preview->problems.push_back(fmt::format("the report {} can't be written: {}", path, why));
     preview->status = RunStatus::kError;
   }
 }
@@ -102,6 +119,7 @@ PlanPreview PreviewPlan(HostSession& session, const SVPlanSpecs& plan, const Pre
   result.remarks = check.remarks;
   result.problems = check.problems;
   AdviseOnAttempts(preview, &result.remarks);
+  if (result.status == RunStatus::kOk) AdviseOnFailures(preview, &result.remarks);
   result.figures = FiguresOf(preview, request.cost);
   if (result.status != RunStatus::kCancelled) WriteReports(session, request.reports, &result);
   return result;

@@ -24,7 +24,7 @@ struct PreviewRequest {
 };
 
 struct PlanPreview {
-  // kError if a run fails, for certain or with some draws; messages and remarks say why.
+  // kError if a run fails whatever it draws; messages and remarks say why. Whether it may fail, a remark says.
   RunStatus status = RunStatus::kError;
   std::vector<std::string> remarks;        // what a run would remark, and advice
   std::vector<std::string> problems;       // why the frame can't be read, or one for each missing variable

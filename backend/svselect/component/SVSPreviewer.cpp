@@ -8,6 +8,8 @@
 
 namespace {
 
+constexpr double kCertain = 1.0 - 1e-12;  // a probability of 1 can be less by rounding
+
 bool HasMassByUnit(const SVSDataTabulator& tabulator) {
   const CaseMasses* const masses = tabulator.Masses();
   return masses != nullptr && masses->By() == CaseMasses::Place::kUnit;
@@ -35,6 +37,7 @@ SVSPreviewer::SVSPreviewer(const SVSCompSettings* settings, SVCancelInfo* cancel
     if (previous != nullptr) previous->SetForesees(stage.tabulator.get());
     previous = stage.tabulator.get();
   }
+  fbLosesHits = previous != nullptr && previous->LosesHits();
 }
 
 SVStatus SVSPreviewer::Run(MCCommon::MultiPassRecordIter& recordIterator, MCSV::SVSOutPreview* output) {
@@ -80,11 +83,16 @@ void SVSPreviewer::CountCases() {
 void SVSPreviewer::Foresee(std::size_t place, MCSV::SVSOutPreview* output) {
   Stage& stage = fvStages[place];
   SVSDataTabulator& tabulator = *stage.tabulator;
-  Keep(tabulator.ReviewFrame());
+  SVSFindings& findings = fpOutSamples->Findings();
+  const bool isFoundInPass = findings.WrongCount(stage.number) > 0;
+  const std::vector<bool> isWrong = tabulator.ReviewFrame();
   const bool isLast = place + 1 == fvStages.size();
   const bool needsUnits = !isLast || HasMassByUnit(tabulator);
   MCSV::SVSStagePreview whole;
   whole.stage = stage.number;
+  whole.mayBeRefused = isFoundInPass && fpSettings->Strict();
+  if (whole.mayBeRefused && place == 0) Keep(ErrorStatus(kStatusNotStrict));
+  SVStatus end;
   std::vector<StratumOutlook> outlooks;
   for (std::size_t stratum = 0; stratum < tabulator.StrataCount(); ++stratum) {
     MCSV::SVSStratumPreview row;
@@ -92,9 +100,12 @@ void SVSPreviewer::Foresee(std::size_t place, MCSV::SVSOutPreview* output) {
     row.reached = OuterOf(place, stratum).reach;
     row.cases = stage.casesOfStratum[stratum];
     row.disagreeing = tabulator.DisagreeingIn(stratum);
-    StratumOutlook outlook = tabulator.StratumAt(stratum).Foresee(&row, &fpOutSamples->Findings());
-    if (row.failure != 0 && row.reached > 0.0) Keep(ErrorStatus(row.failure));
+    const std::int64_t wrong = findings.WrongCount(stage.number);
+    StratumOutlook outlook = tabulator.StratumAt(stratum).Foresee(&row, &findings);
+    row.isRefused = fpSettings->Strict() && (isWrong[stratum] || findings.WrongCount(stage.number) > wrong);
     whole.Add(row);
+    if (row.EndsRun()) end = ErrorStatus(row.isRefused ? kStatusNotStrict : row.failure);
+    if (row.EndsRun() && row.reached >= kCertain) Keep(end);
     output->AddStratum(stage.number, row);
     if (needsUnits) {
       outlooks.push_back(std::move(outlook));
@@ -102,6 +113,7 @@ void SVSPreviewer::Foresee(std::size_t place, MCSV::SVSOutPreview* output) {
       AddStratum(place, stratum, outlook);
     }
   }
+  if (whole.failing == whole.strata) Keep(end);  // whichever are reached
   if (needsUnits) whole.expectedCases = ForeseeUnits(place, outlooks);
   if (isLast) whole.expectedCases = fSample.expectedCases;
   output->EndStage(whole);
@@ -155,8 +167,7 @@ void SVSPreviewer::AddStratum(std::size_t place, std::size_t stratum, const Stra
 }
 
 void SVSPreviewer::AddMass(const Reached& outer, const StratumOutlook::Unit& unit, const CaseMass& mass) {
-  const bool losesHits = fvStages.back().tabulator->LosesHits();
-  const double copies = outer.reach * (losesHits ? unit.prob : unit.hits);
+  const double copies = outer.reach * (fbLosesHits ? unit.prob : unit.hits);
   fSample.cases += mass.cases;
   fSample.frameSum += mass.sum;
   if (!(copies > 0.0)) {

@@ -37,8 +37,8 @@ class SVSPreviewer {
 public:
   SVSPreviewer(const SVSCompSettings* settings, SVCancelInfo* cancelInfo, SVSOutSamples* outSamples);
 
-  // Returns the error that a draw ends with: for certain in its first stage; in a later one, if it gets to a
-  // stratum that fails. The output is complete unless the pass itself fails.
+  // Returns the error that a draw ends with for certain. Where it depends on the clusters that are selected, the
+  // output has the strata that would end the draw. The output is complete unless the pass itself fails.
   SVStatus Run(MCCommon::MultiPassRecordIter& recordIterator, MCSV::SVSOutPreview* output);
 
 private:
@@ -71,6 +71,7 @@ private:
   SVCancelInfo* fpCancelInfo;
   SVSOutSamples* fpOutSamples;
   std::vector<Stage> fvStages;  // the selected ones
+  bool fbLosesHits = false;     // the last one, the only one that can have hits
   MCSV::SVSSamplePreview fSample;
   SVStatus fStatus;
 };

@@ -27,6 +27,14 @@ bool SVSFindings::AnyWrong() const {
                      [](const SVSFinding& finding) { return MakesWrong(finding.kind); });
 }
 
+std::int64_t SVSFindings::WrongCount(std::int32_t stage) const {
+  std::int64_t count = 0;
+  for (const SVSFinding& finding : fvFindings) {
+    if (finding.stage == stage && MakesWrong(finding.kind)) count += finding.count;
+  }
+  return count;
+}
+
 SVSFinding& SVSFindings::Find(FindingKind kind, std::int32_t stage) {
   for (SVSFinding& finding : fvFindings) {
     if (finding.kind == kind && finding.stage == stage) return finding;

@@ -78,6 +78,8 @@ public:
   // In the order in which they were first noted.
   const std::vector<SVSFinding>& All() const { return fvFindings; }
   bool AnyWrong() const;
+  // How often that was found in a stage.
+  std::int64_t WrongCount(std::int32_t stage) const;
 
 private:
   SVSFinding& Find(FindingKind kind, std::int32_t stage);

@@ -16,16 +16,18 @@ namespace {
 
 // The dictionary indices of the variables in these slots of the record.
 std::vector<std::int32_t> VariablesOf(const SVSValidSpecs& specs, const std::vector<std::int32_t>& slots) {
-  std::vector<std::int32_t> variables;
-  for (const std::int32_t slot : slots)
-    variables.push_back(specs.DictionaryVars()[static_cast<std::size_t>(slot)]);
+  std::vector<std::int32_t> variables(slots.size());
+  std::transform(slots.begin(), slots.end(), variables.begin(), [&specs](std::int32_t slot) {
+    return specs.DictionaryVars()[static_cast<std::size_t>(slot)];
+  });
   return variables;
 }
 
 std::vector<std::string> NamesOf(const ProcedureDataSource& source,
                                  const std::vector<std::int32_t>& variables) {
-  std::vector<std::string> names;
-  for (const std::int32_t variable : variables) names.push_back(source.GetVariable(variable).GetName());
+  std::vector<std::string> names(variables.size());
+  std::transform(variables.begin(), variables.end(), names.begin(),
+                 [&source](std::int32_t variable) { return source.GetVariable(variable).GetName(); });
   return names;
 }
 

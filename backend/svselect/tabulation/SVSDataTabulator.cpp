@@ -404,21 +404,25 @@ double SVSDataTabulator::SizeIn(const MCCommon::RecordBlock& block, std::uint32_
 SVStatus SVSDataTabulator::SelectSamples(MCSV::SVSOutputSummary* summary,
                                          MCSV::SVSOutJointProbs* jointProbs) {
   int maxSelected = 0;
-  Review();
+  ReviewAll();
   if (RefusesFindings() || !DrawStrata(&maxSelected)) return fStatus;
   if (summary != nullptr && !Summarize(*summary)) return fStatus;
   if (fStageInd == 1 && jointProbs != nullptr) WriteJointProbs(*jointProbs, maxSelected);
   return fStatus;
 }
 
-SVStatus SVSDataTabulator::ReviewFrame() {
-  Review();
-  RefusesFindings();
-  return fStatus;
+std::vector<bool> SVSDataTabulator::ReviewFrame() {
+  std::vector<bool> isWrong;
+  for (const StratumEntry* entry : fvStrata) {
+    const std::int64_t before = Findings().WrongCount(fStageInd);
+    Review(*entry);
+    isWrong.push_back(Findings().WrongCount(fStageInd) > before);
+  }
+  return isWrong;
 }
 
 SVStatus SVSDataTabulator::CheckSamples() {
-  Review();
+  ReviewAll();
   for (const SVSFinding& finding : Findings().All()) {
     if (const std::int32_t code = FailureBy(finding); code != 0 && !fStatus.IsError())
       fStatus = ErrorStatus(code);
@@ -426,15 +430,17 @@ SVStatus SVSDataTabulator::CheckSamples() {
   return fStatus;
 }
 
-// In the order in which the strata appeared, which is the order of the examples that a user sees. A strict
-// draw that would lose hits is refused whether or not a unit is then hit twice: if it depended on that, the
-// samples that are accepted would have other probabilities.
-void SVSDataTabulator::Review() {
-  for (const StratumEntry* entry : fvStrata) {
-    entry->value.Review(entry->key, &Findings());
-    if ((fCompSettings->Strict() || fbForesees) && LosesHits()) {
-      Findings().Note(FindingKind::kHitsNotKept, fStageInd, {.stratum = entry->key, .unit = {}});
-    }
+// In the order in which the strata appeared, which is the order of the examples that a user sees.
+void SVSDataTabulator::ReviewAll() {
+  for (const StratumEntry* entry : fvStrata) Review(*entry);
+}
+
+// A strict draw that would lose hits is refused whether or not a unit is then hit twice: if it depended on
+// that, the samples that are accepted would have other probabilities.
+void SVSDataTabulator::Review(const StratumEntry& entry) {
+  entry.value.Review(entry.key, &Findings());
+  if ((fCompSettings->Strict() || fbForesees) && LosesHits()) {
+    Findings().Note(FindingKind::kHitsNotKept, fStageInd, {.stratum = entry.key, .unit = {}});
   }
 }
 

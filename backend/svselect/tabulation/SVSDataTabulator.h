@@ -98,9 +98,9 @@ public:
     fbForesees = true;
     fpNextTabulator = next;
   }
-  // Looks at the strata as SelectSamples() does before the draw. Returns the error of a strict run that
-  // refuses what it finds.
-  SVStatus ReviewFrame();
+  // Looks at the strata as SelectSamples() does before the draw. Returns by stratum whether it makes a
+  // probability or weight wrong or unclear.
+  std::vector<bool> ReviewFrame();
   // What is known after the pass, by number of the stratum or unit.
   std::size_t StrataCount() const { return fvStrata.size(); }
   SVSStratumData& StratumAt(std::size_t stratum) const { return fvStrata[stratum]->value; }
@@ -204,7 +204,8 @@ private:
   bool ComesUp(std::int32_t* number);
 
   SVSFindings& Findings() { return fpOutSamples->Findings(); }
-  void Review();
+  void ReviewAll();
+  void Review(const StratumEntry& entry);
   bool RefusesFindings();
   bool DrawStrata(int* maxSelected);
   bool Summarize(MCSV::SVSOutputSummary& summary);

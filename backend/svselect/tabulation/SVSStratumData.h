@@ -91,7 +91,7 @@ public:
   SVStatus Select();
 
   // In place of Select(): what it would do to the units. Fills in `row` what the stratum itself knows, and
-  // notes for a draw that comes only near its probabilities how far it is from them, as ReviewDraw() does.
+  // notes what ReviewDraw() does: how far a draw is from its probabilities, and one that takes no unit.
   StratumOutlook Foresee(MCSV::SVSStratumPreview* row, SVSFindings* findings);
 
   std::int32_t GetRequestSize();

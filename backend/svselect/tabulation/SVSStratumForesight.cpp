@@ -30,6 +30,10 @@ StratumOutlook SVSStratumData::Foresee(MCSV::SVSStratumPreview* row, SVSFindings
   if (!fStatus.IsError()) fStatus = fSelectSamples.Foresee(&outlook);
   if (!fStatus.IsError()) ForeseeProbs(row->key, &outlook, findings);
   ForeseeRow(outlook, row);
+  if (row->failure == 0 && row->possible > 0 && outlook.IsEmpty()) {
+    findings->Note(FindingKind::kOtherCount, fStageInd,
+                   {.stratum = row->key, .unit = {}, .value = 0.0, .other = 1.0 * row->possible});
+  }
   fSelectSamples.ClearWork();
   return outlook;
 }

@@ -52,6 +52,7 @@ struct SVSStratumPreview {
   double attempts = 1.0;         // of a draw that is repeated until it succeeds, on average
   std::int64_t withoutSize = 0;  // units whose measure of size is missing or not above 0
   std::int64_t disagreeing = 0;  // cases with another measure of size than the first of their unit
+  bool isRefused = false;        // by a strict run: it makes a probability or weight wrong or unclear
   std::int32_t failure = 0;      // the code of the error that its draw ends with; 0 for none
   SVSRange probability{};        // stated, of the units that can be drawn
   SVSRange weight{};             // of the stage
@@ -59,6 +60,8 @@ struct SVSStratumPreview {
   // Where a size is above the limit: the units that would have to be taken for certain, so that the rest can be
   // drawn by the method.
   SVSNamedUnits tooLarge{};
+
+  bool EndsRun() const { return isRefused || failure != 0; }
 };
 
 // A stage as a whole. Expectations are over the draws of this stage and of all before it.
@@ -73,14 +76,19 @@ struct SVSStagePreview {
   double expectedSingles = 0.0;   // strata that are reached, and draw one unit
   SVSRange probability{};
   SVSRange weight{};
-  std::int64_t failing = 0;  // strata that a draw would end at
+  std::int64_t failing = 0;      // strata that end a run that gets to them
+  double expectedFailing = 0.0;  // how many a run gets to
+  bool mayBeRefused = false;     // cases disagree on what a strict run wants to be clear
 
   void Add(const SVSStratumPreview& stratum) {
     ++strata;
     units += stratum.units;
     if (stratum.units == 1) ++singleStrata;
     if (stratum.units > 1 && stratum.drawn == 1.0) ++drawsOne;
-    if (stratum.failure != 0) ++failing;
+    if (stratum.EndsRun()) {
+      ++failing;
+      expectedFailing += stratum.reached;
+    }
     expectedUnits += stratum.reached * stratum.drawn;
     if (stratum.drawn == 1.0) expectedSingles += stratum.reached;
     if (!(stratum.reached > 0.0)) return;
