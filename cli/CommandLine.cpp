@@ -251,8 +251,8 @@ std::string ListError(const RunOptions& options) {
 
 void DescribeProgram(CLI::App& app) {
   AddHelp(app, {{"run --data FRAME --plan PLAN [--sample FILE] [OPTION]...", "plan PLAN [--data FRAME]",
-                 "describe FRAME", "describe --sql QUERY", "design --stage WORDS [OPTION]...",
-                 "size proportion|mean|total [OPTION]..."},
+                 "preview PLAN --data FRAME [OPTION]...", "describe FRAME", "describe --sql QUERY",
+                 "design --stage WORDS [OPTION]...", "size proportion|mean|total [OPTION]..."},
                 "Draws a probability sample from the cases of a data file, by a sampling plan: a file that "
                 "describes a design of up to three stages with strata, clusters, a method of selection and a "
                 "size or rate for each.",

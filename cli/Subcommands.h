@@ -2,6 +2,7 @@
 
 #include "cli/CommandLine.h"
 #include "cli/PlanningLine.h"
+#include "cli/PreviewLine.h"
 
 // The subcommands. Each makes a session of the host, calls the library in session/, shows the result and
 // returns the exit status. The options have passed UsageError().
@@ -23,6 +24,9 @@ int ExplainCommand(const RunOptions& options);
 // `svselect plan`: prints the plan in words. With a frame, reports what keeps the plan from being drawn from
 // it, and what a run would remark.
 int TellPlan(const PlanOptions& options);
+
+// `svselect preview`: shows what a run by the plan would do to a frame, as tables or JSON, and writes it to reports.
+int TellPreview(const PreviewOptions& options);
 
 // `svselect describe`: prints the dictionary, the documents and the number of cases of a data file or a
 // query, and what the cases have in each variable. Messages come last, so that they aren't lost above a long

@@ -11,6 +11,7 @@
 
 #include "cli/CommandLine.h"
 #include "cli/PlanningLine.h"
+#include "cli/PreviewLine.h"
 #include "cli/Subcommands.h"
 #include "cli/Terminal.h"
 #include "cli/UsageWords.h"
@@ -47,17 +48,20 @@ int Main(int argc, const char* const* argv) {
   app.require_subcommand(0, 1);
   RunOptions runOptions;
   PlanOptions planOptions;
+  PreviewOptions previewOptions;
   DescribeOptions describeOptions;
   DesignOptions designOptions;
   SizeOptions sizeOptions;
   CLI::App* run = app.add_subcommand("run", "draw a sample");
   CLI::App* plan = app.add_subcommand("plan", "describe a sampling plan in words");
+  CLI::App* preview = app.add_subcommand("preview", "tell what a plan will do to a frame, before the draw");
   CLI::App* describe = app.add_subcommand("describe", "show a data file's dictionary and number of cases");
   CLI::App* design = app.add_subcommand("design", "make a sampling plan from options");
   CLI::App* size = app.add_subcommand("size", "tell how many units a precision needs");
   DescribeProgram(app);
   DescribeRun(*run, runOptions);
   DescribePlan(*plan, planOptions);
+  DescribePreview(*preview, previewOptions);
   DescribeDescribe(*describe, describeOptions);
   DescribeDesign(*design, designOptions);
   DescribeSize(*size, sizeOptions);
@@ -82,7 +86,7 @@ int Main(int argc, const char* const* argv) {
   // An unknown word is reported before the missing subcommand, which it may have been meant for.
   error = UnexpectedWords(app);
   if (error.empty() && &chosen() == &app)
-    error = "a subcommand is needed: run, plan, describe, design or size";
+    error = "a subcommand is needed: run, plan, preview, describe, design or size";
   if (!error.empty()) return TellUsageError(error, "svselect");
   // Options can be right one by one and wrong together.
   const auto call = [&](const auto& options, auto subcommand) {
@@ -90,6 +94,7 @@ int Main(int argc, const char* const* argv) {
     return error.empty() ? subcommand(options) : TellUsageError(error, command(chosen()));
   };
   if (run->parsed()) return call(runOptions, Run);
+  if (preview->parsed()) return call(previewOptions, TellPreview);
   if (design->parsed()) return call(designOptions, MakePlan);
   if (size->parsed()) return call(sizeOptions, TellSize);
   return plan->parsed() ? call(planOptions, TellPlan) : call(describeOptions, DescribeFile);

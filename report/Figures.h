@@ -15,7 +15,8 @@ struct WeightSummary;
 // More strata than this are drawn as points instead of bars, so that the size of a picture is bounded.
 inline constexpr std::size_t kMostStageBars = 40;
 
-// Writes a figure of a stage's summary table: units requested and units drawn, by stratum. Strata have a bar
+// Writes a figure of a stage's summary table, units requested and units drawn by stratum, or of its table in a
+// preview, units asked for and possible. Strata have a bar
 // each; many strata are points in a plot, those with about the same numbers in one. Writes nothing for a
 // table of another kind, or without numbers.
 void WriteStageFigure(const OutputTable& table, const std::string& id, std::ostream& out);

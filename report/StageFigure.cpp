@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <ostream>
@@ -52,6 +53,24 @@ constexpr double kMostPoints = 40.0;    // places along each axis; strata within
 constexpr double kLargestRadius = 9.0;  // pixels
 constexpr double kSmallestRadius = 2.5;
 
+// How a kind of table, its columns and what they hold are called.
+struct Words {
+  const char* kind;
+  const char* units;      // label of the group of columns
+  const char* requested;  // labels of its columns
+  const char* actual;
+  const char* asked;  // in sentences and legends
+  const char* given;
+  const char* wereAsked;
+  const char* wereGiven;
+};
+constexpr Words kWords[] = {
+    {SummaryTableKind::kKind, SummaryTableKind::kUnitsSampled, SummaryTableKind::kRequested,
+     SummaryTableKind::kActual, "requested", "drawn", "were requested", "were drawn"},
+    {PreviewTableKind::kKind, PreviewTableKind::kUnits, PreviewTableKind::kAsked, PreviewTableKind::kPossible,
+     "asked for", "possible", "are asked for", "are possible"},
+};
+
 struct Stratum {
   PivotLayout::Header header;  // nodes of the table from the outermost group to the stratum itself
   double requested = 0.0;      // units
@@ -59,21 +78,22 @@ struct Stratum {
 };
 
 // The member that a column of the table fills; null for the proportions, which the picture leaves out.
-double Stratum::*SizeOfColumn(const OutputTable& table, const PivotLayout::Header& header) {
-  if (header.size() != 2 || table.NodeAt(header[0]).text != SummaryTableKind::kUnitsSampled) return nullptr;
+double Stratum::*SizeOfColumn(const OutputTable& table, const PivotLayout::Header& header,
+                              const Words& words) {
+  if (header.size() != 2 || table.NodeAt(header[0]).text != words.units) return nullptr;
   const std::string& value = table.NodeAt(header[1]).text;
-  if (value == SummaryTableKind::kRequested) return &Stratum::requested;
-  return value == SummaryTableKind::kActual ? &Stratum::actual : nullptr;
+  if (value == words.requested) return &Stratum::requested;
+  return value == words.actual ? &Stratum::actual : nullptr;
 }
 
 // The strata in the order of the table's rows; empty if it has no numbers, as with too many strata variables.
-std::vector<Stratum> StrataOf(const OutputTable& table) {
+std::vector<Stratum> StrataOf(const OutputTable& table, const Words& words) {
   const PivotLayout layout(table);
   std::vector<Stratum> strata(layout.Rows().size());
   for (std::size_t r = 0; r < strata.size(); ++r) strata[r].header = layout.Rows()[r];
   bool hasSizes = false;
   for (const PivotLayout::Entry& entry : layout.Entries()) {
-    double Stratum::*const size = SizeOfColumn(table, layout.Columns()[entry.column]);
+    double Stratum::*const size = SizeOfColumn(table, layout.Columns()[entry.column], words);
     const std::optional<double>& number = table.Cells()[entry.cell].number;
     if (size == nullptr || !number) continue;
     strata[entry.row].*size = *number;
@@ -84,7 +104,7 @@ std::vector<Stratum> StrataOf(const OutputTable& table) {
 }
 
 // The caption and description: totals, and in how many strata the draw missed its target.
-std::string InWords(const std::vector<Stratum>& strata) {
+std::string InWords(const std::vector<Stratum>& strata, const Words& of) {
   double requested = 0.0;
   double actual = 0.0;
   std::size_t less = 0;
@@ -96,15 +116,19 @@ std::string InWords(const std::vector<Stratum>& strata) {
     if (stratum.actual > stratum.requested) ++more;
   }
   const auto count = [](std::size_t n) { return ReadableNumber(static_cast<double>(n)); };
-  std::string words =
-      ReadableNumber(requested) + " units were requested and " + ReadableNumber(actual) + " were drawn";
+  std::string words = ReadableNumber(requested) + " units " + of.wereAsked + " and " +
+                      ReadableNumber(actual) + " " + of.wereGiven;
   if (strata.size() > 1) words += " in " + count(strata.size()) + " strata";
-  words += less + more == 0 ? ", each as requested." : ".";
+  words += less + more == 0 ? std::string(", each as ") + of.asked + "." : ".";
   // Without strata "each" would have nothing to refer to.
   if (strata.size() == 1 && less + more == 0)
-    words = ReadableNumber(actual) + " units were drawn, as requested.";
-  if (less > 0) words += " Fewer than requested: " + count(less) + (less == 1 ? " stratum." : " strata.");
-  if (more > 0) words += " More than requested: " + count(more) + (more == 1 ? " stratum." : " strata.");
+    words = ReadableNumber(actual) + " units " + of.wereGiven + ", as " + of.asked + ".";
+  if (less > 0)
+    words +=
+        std::string(" Fewer than ") + of.asked + ": " + count(less) + (less == 1 ? " stratum." : " strata.");
+  if (more > 0)
+    words +=
+        std::string(" More than ") + of.asked + ": " + count(more) + (more == 1 ? " stratum." : " strata.");
   return words;
 }
 
@@ -129,8 +153,9 @@ std::string Shortened(const std::string& text, int columns) {
 // line of its own above its first stratum, as in a table with nested row headers.
 class BarWriter {
 public:
-  BarWriter(const OutputTable& table, const std::vector<Stratum>& strata, std::ostream& out)
-      : fTable(table), fStrata(strata), fOut(out), fLargest(LargestOf(strata)) {}
+  BarWriter(const OutputTable& table, const std::vector<Stratum>& strata, const Words& words,
+            std::ostream& out)
+      : fTable(table), fStrata(strata), fWords(words), fOut(out), fLargest(LargestOf(strata)) {}
 
   int Height() const {
     int height = kLegendHeight;
@@ -172,9 +197,9 @@ private:
   // One bar of each kind. The bar of the units drawn lies inside that of the units requested.
   void WriteLegend() {
     fOut << "<rect class=\"requested\" x=\"0\" y=\"3\" width=\"18\" height=\"14\"/>\n";
-    WriteSvgText("24", 15, "start", "requested", fOut);
+    WriteSvgText("24", 15, "start", fWords.asked, fOut);
     fOut << "<rect class=\"actual\" x=\"110\" y=\"6\" width=\"18\" height=\"8\"/>\n";
-    WriteSvgText("134", 15, "start", "drawn", fOut);
+    WriteSvgText("134", 15, "start", fWords.given, fOut);
     fY = kLegendHeight;
   }
 
@@ -212,6 +237,7 @@ private:
 
   const OutputTable& fTable;
   const std::vector<Stratum>& fStrata;
+  const Words& fWords;
   std::ostream& fOut;
   double fLargest;  // units, the full width
   int fY = 0;       // pixels, top of the next line
@@ -233,7 +259,7 @@ struct Axes {
 };
 
 // Grid, labels and the diagonal. The last label across ends at the edge, where half of it would be cut off.
-void WriteAxes(const Axes& axes, std::ostream& out) {
+void WriteAxes(const Axes& axes, const Words& words, std::ostream& out) {
   for (double at = 0.0; at <= axes.end + axes.tick / 2; at += axes.tick) {
     const int y = static_cast<int>(std::lround(axes.Y(at)));
     WriteSvgGridLine(kPlotLeft, kPlotRight, y, out);
@@ -241,8 +267,8 @@ void WriteAxes(const Axes& axes, std::ostream& out) {
     WriteSvgText(Across(axes.X(at)), kPlotBottom + 18, at == axes.end ? "end" : "middle", ReadableNumber(at),
                  out);
   }
-  WriteSvgText("0", 12, "start", "units drawn", out);
-  WriteSvgText(Across(kPlotRight), kPlotBottom + 36, "end", "units requested", out);
+  WriteSvgText("0", 12, "start", std::string("units ") + words.given, out);
+  WriteSvgText(Across(kPlotRight), kPlotBottom + 36, "end", std::string("units ") + words.asked, out);
   out << "<line class=\"equal\" x1=\"" << Across(axes.X(0)) << "\" y1=\"" << kPlotBottom << "\" x2=\""
       << Across(axes.X(axes.end)) << "\" y2=\"" << kPlotTop << "\"/>\n";
 }
@@ -271,27 +297,33 @@ void WritePoints(const std::vector<Stratum>& strata, const Axes& axes, std::ostr
 }  // namespace
 
 void WriteStageFigure(const OutputTable& table, const std::string& id, std::ostream& out) {
-  if (table.Kind() != SummaryTableKind::kKind) return;
-  const std::vector<Stratum> strata = StrataOf(table);
+  const auto* const found = std::find_if(std::begin(kWords), std::end(kWords),
+                                         [&](const Words& words) { return table.Kind() == words.kind; });
+  if (found == std::end(kWords)) return;
+  const Words& words = *found;
+  const std::vector<Stratum> strata = StrataOf(table, words);
   if (strata.empty()) return;
-  const std::string words = InWords(strata);
-  const std::string title = "Units requested and drawn: " + table.Title();
+  const std::string description = InWords(strata, words);
+  const std::string title =
+      std::string("Units ") + words.asked + " and " + words.given + ": " + table.Title();
   const bool hasBars = strata.size() <= kMostStageBars;
-  out << "<figure>\n<figcaption><strong>" << HtmlText(table.Title()) << ".</strong> " << HtmlText(words);
+  out << "<figure>\n<figcaption><strong>" << HtmlText(table.Title()) << ".</strong> "
+      << HtmlText(description);
   if (!hasBars) {
     out << " A point stands for the strata with such numbers, its area for how many they are; on the line "
            "the "
-           "units drawn are those requested.";
+           "units "
+        << words.given << " are those " << words.asked << ".";
   }
   out << "</figcaption>\n";
   if (hasBars) {
-    BarWriter bars(table, strata, out);
-    OpenSvg(id, bars.Height(), title, words, out);
+    BarWriter bars(table, strata, words, out);
+    OpenSvg(id, bars.Height(), title, description, out);
     bars.Write();
   } else {
     const Axes axes(LargestOf(strata));
-    OpenSvg(id, kPlotHeight, title, words, out);
-    WriteAxes(axes, out);
+    OpenSvg(id, kPlotHeight, title, description, out);
+    WriteAxes(axes, words, out);
     WritePoints(strata, axes, out);
   }
   out << "</svg>\n</figure>\n";

@@ -72,10 +72,7 @@ std::vector<KorvVarName> MissingVariables(HostSession& session, const SVPlanSpec
 }
 
 // Checks what only the procedure can check. REQUIRES: the frame is open.
-void CheckByProcedure(HostSession& session, const SVPlanSpecs& plan, PlanCheck* check) {
-  CommandParts command;
-  command.plan = plan.file;
-  session.SetCheckOnly();
+void CheckByProcedure(HostSession& session, const CommandParts& command, PlanCheck* check) {
   session.Layer<SessionCommand>().SetCommand(CommandText(command), "Command");
   if (const std::string failure = RunProcedure(); !failure.empty()) check->problems.push_back(failure);
 }
@@ -134,6 +131,14 @@ PlanReading ReadPlan(HostSession& session, const std::string& path) {
 }
 
 PlanCheck CheckPlan(HostSession& session, const SVPlanSpecs& plan, const FrameOptions& frame) {
+  CommandParts command;
+  command.plan = plan.file;
+  session.SetCheckOnly();
+  return CheckPlanBy(session, plan, frame, command);
+}
+
+PlanCheck CheckPlanBy(HostSession& session, const SVPlanSpecs& plan, const FrameOptions& frame,
+                      const CommandParts& command) {
   PlanCheck check;
   const auto lookUp = [&] {
     OpenDocument(session);
@@ -142,7 +147,7 @@ PlanCheck CheckPlan(HostSession& session, const SVPlanSpecs& plan, const FrameOp
     const Dictionary& dictionary = *session.Layer<ActiveFile>().SharedDictionary();
     for (const KorvVarName& name : MissingVariables(session, plan, dictionary))
       check.problems.push_back(session.Layer<ActiveFile>().Name() + " has no variable " + name.Text());
-    if (check.problems.empty()) CheckByProcedure(session, plan, &check);
+    if (check.problems.empty()) CheckByProcedure(session, command, &check);
   };
   check.status = GuardInspection(lookUp, &check.problems);
   check.remarks = session.Layer<OutputDocument>().Remarks();

@@ -10,6 +10,7 @@
 #include "host/output/RunOutcome.h"
 #include "host/read/OpenFrame.h"
 
+struct CommandParts;
 struct Dictionary;
 class HostSession;
 
@@ -67,3 +68,6 @@ struct PlanCheck {
 // messages of the document. Nothing is written.
 // REQUIRES: the plan was read with kOk; the session has opened no frame. Afterwards it can't be used to draw.
 PlanCheck CheckPlan(HostSession& session, const SVPlanSpecs& plan, const FrameOptions& frame);
+// The same by a command of the caller's. REQUIRES: the session is set to check only.
+PlanCheck CheckPlanBy(HostSession& session, const SVPlanSpecs& plan, const FrameOptions& frame,
+                      const CommandParts& command);

@@ -65,3 +65,7 @@ bool GETSTRICT() {
 bool GETCHECKONLY() {
   return HostSession::Current().CheckOnly();
 }
+
+bool GETPREVIEW() {
+  return HostSession::Current().Preview();
+}

@@ -59,6 +59,10 @@ public:
   void SetCheckOnly() { fbCheckOnly = true; }
   bool CheckOnly() const { return fbCheckOnly; }
 
+  // The same, and the procedure foresees the draw.
+  void SetPreview() { fbCheckOnly = fbPreview = true; }
+  bool Preview() const { return fbPreview; }
+
   // Processors for parallel work: the setting, else the machine's; 0 when that is unknown.
   int Threads() const;
 
@@ -95,13 +99,15 @@ private:
 
   HostSettings fSettings;
   bool fbCheckOnly = false;
+  bool fbPreview = false;
   // In order of creation. shared_ptr<void> because it remembers how to delete what it points to.
   std::vector<std::pair<std::type_index, std::shared_ptr<void>>> fLayers;
 };
 
-// Threads(), two of the HostSettings and CheckOnly() of the current session, for the procedure. Where
-// Threads() is 0 the caller keeps its own default.
+// Threads(), two of the HostSettings, CheckOnly() and Preview() of the current session, for the procedure.
+// Where Threads() is 0 the caller keeps its own default.
 int GETTHREADS();
 bool GETEXACTDESIGN();
 bool GETSTRICT();
 bool GETCHECKONLY();
+bool GETPREVIEW();

@@ -17,6 +17,7 @@ const char* StatusWord(RunStatus status) {
 }
 
 std::string StatusInWords(const RunOutcome& outcome) {
+  if (!outcome.inWords.empty()) return outcome.inWords;
   if (outcome.status == RunStatus::kOk) return "The run ended without an error.";
   if (outcome.status == RunStatus::kCancelled) return "The run was interrupted; no sample was written.";
   const std::vector<OutputMessage> messages = outcome.document->AllMessages();

@@ -46,6 +46,7 @@ struct RunOutcome {
 
   std::vector<std::string> remarks{};  // sentences beside the messages, of the procedure and of the program
   std::vector<RunFact> facts{};
+  std::string inWords{};  // how it ended, if that isn't to be said as of a run
 };
 
 // A sentence about how the run ended. Status kError has two: a run can fail without an error message, when

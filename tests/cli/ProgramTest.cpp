@@ -21,7 +21,7 @@ TEST(Program, TellsWrongUseInOneLine) {
     std::string commandLine, error, help = "svselect run --help";
   };
   const Case kCases[] = {
-      {"$S", "a subcommand is needed: run, plan, describe, design or size", "(svselect --help"},
+      {"$S", "a subcommand is needed: run, plan, preview, describe, design or size", "(svselect --help"},
       {"$S rnu", "'rnu' is no subcommand; did you mean run?", "(svselect --help"},
       {"$S pl", "'pl' is no subcommand; did you mean plan?", "(svselect --help"},
       {"$S p", "'p' is no subcommand (", "(svselect --help"},
@@ -57,6 +57,14 @@ TEST(Program, TellsWrongUseInOneLine) {
       {"$S run --data f --command c --command-file d", "--command and --command-file exclude each other"},
       {"$S plan", "a plan is needed", "svselect plan --help"},
       {"$S plan a --schema b", "--schema needs --data FRAME", "svselect plan --help"},
+      {"$S preview", "a plan is needed: svselect preview PLAN", "svselect preview --help"},
+      {"$S preview p", "a frame is needed: --data FRAME or --sql QUERY", "svselect preview --help"},
+      {"$S preview p --data f --sql q", "--data and --sql exclude each other", "svselect preview --help"},
+      {"$S preview p --data f --cost 1,2", "--cost '1,2': three numbers are needed",
+       "svselect preview --help"},
+      {"$S preview p --data f --cost 1,2,x", "--cost '1,2,x': three numbers", "svselect preview --help"},
+      {"$S preview p --data f --report s.R", "--report 's.R': the name must end in",
+       "svselect preview --help"},
       {"$S describe", "a data file is needed: svselect describe FRAME", "svselect describe --help"},
       {"$S describe a --sql b", "FRAME and --sql exclude each other", "svselect describe --help"},
       {"$S describe -- a -b", "'-b' isn't expected", "svselect describe --help"},

@@ -1,5 +1,6 @@
 #include "backend/svselect/component/SVSAlgorithm.h"
 
+#include "backend/svselect/component/SVSPreviewer.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "host/numeric/Obs.h"
 
@@ -12,12 +13,7 @@ SVSAlgorithm::SVSAlgorithm(const SVSCompSettings* settings, MCSV::SVSOutJointPro
       fpJointProbs(jointProbs) {}
 
 SVStatus SVSAlgorithm::Run(MCCommon::MultiPassRecordIter& recordIterator, MCSV::SVSOutputSummary* summary) {
-  const auto stages = static_cast<std::int32_t>(fvpDataTabulators.size());
-  if (fFirstStage < 1 || fFirstStage > fLastStage || fLastStage > stages) {
-    fStatus = ErrorStatus(kStatusNoStages);
-    fOutSamples.AddStatus(fStatus);
-    return fStatus;
-  }
+  if (!HasStages()) return fStatus;
   fRandom.Initialize(static_cast<std::uint32_t>(fCompSettings->Seed()));
   for (std::int32_t stage = fFirstStage; stage <= fLastStage && !fStatus.IsError(); ++stage) {
     if (stage != fFirstStage) {
@@ -29,6 +25,20 @@ SVStatus SVSAlgorithm::Run(MCCommon::MultiPassRecordIter& recordIterator, MCSV::
     if (fCompSettings->CheckOnly()) return CheckStage(stage);
     if (!fStatus.IsError()) DrawStage(stage, summary);
   }
+  return fStatus;
+}
+
+bool SVSAlgorithm::HasStages() {
+  const auto stages = static_cast<std::int32_t>(fvpDataTabulators.size());
+  if (fFirstStage >= 1 && fFirstStage <= fLastStage && fLastStage <= stages) return true;
+  fStatus = ErrorStatus(kStatusNoStages);
+  fOutSamples.AddStatus(fStatus);
+  return false;
+}
+
+SVStatus SVSAlgorithm::Preview(MCCommon::MultiPassRecordIter& recordIterator, MCSV::SVSOutPreview* output) {
+  if (!HasStages()) return fStatus;
+  fStatus = SVSPreviewer(fCompSettings, &fCancelInfo, &fOutSamples).Run(recordIterator, output);
   return fStatus;
 }
 

@@ -10,6 +10,7 @@
 #include "backend/svselect/tabulation/SVSDataTabulator.h"
 #include "host/numeric/MCRandomTwister.h"
 #include "host/numeric/RecordIterator.h"
+#include "model_components/surveyplans/common/AbstractPreview.h"
 #include "model_components/surveyplans/common/SVStatus.h"
 
 class SVSCompSettings;
@@ -36,6 +37,9 @@ public:
   // design's stages, 92001 for a pass without records, and those of the tabulators.
   SVStatus Run(MCCommon::MultiPassRecordIter& recordIterator, MCSV::SVSOutputSummary* summary);
 
+  // In place of Run(). Errors: those of Run() as far as they can be foreseen.
+  SVStatus Preview(MCCommon::MultiPassRecordIter& recordIterator, MCSV::SVSOutPreview* output);
+
   // As SVSComponent::MaySelect() and CaseStats(). REQUIRES: ModelBuilt() after the last stage.
   bool MaySelect(const MCCommon::Record& record);
   SVStatus CaseStats(const MCCommon::Record& record, std::vector<std::vector<double>>* stageValues,
@@ -54,6 +58,7 @@ public:
   SVSOutSamples& OutSamples() { return fOutSamples; }
 
 private:
+  bool HasStages();
   void TabulateStage(std::int32_t stage, MCCommon::MultiPassRecordIter& recordIterator);
   void DrawStage(std::int32_t stage, MCSV::SVSOutputSummary* summary);
   SVStatus CheckStage(std::int32_t stage);

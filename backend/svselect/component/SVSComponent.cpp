@@ -19,6 +19,12 @@ bool SVSComponent::Run(MCCommon::MultiPassRecordIter& recordIterator, MCSV::SVSO
   return !fStatus.IsError();
 }
 
+bool SVSComponent::Preview(MCCommon::MultiPassRecordIter& recordIterator, MCSV::SVSOutPreview* output) {
+  if (fStatus.IsError()) return false;
+  fStatus = fpAlgorithm->Preview(recordIterator, output);
+  return !fStatus.IsError();
+}
+
 bool SVSComponent::GetOutputStats(const SVSOutputStats** out) {
   if (fStatus.IsError() || !fpAlgorithm->ModelBuilt()) return false;
   fpOutputStats = &fpAlgorithm->OutSamples();

@@ -42,6 +42,10 @@ public:
   // or afterwards. A second call does nothing and returns false. `summary` may be null.
   bool Run(MCCommon::MultiPassRecordIter& recordIterator, MCSV::SVSOutputSummary* summary);
 
+  // In place of Run(): what a draw would do. False if the status is an error, before or afterwards: one that a
+  // draw ends with for certain.
+  bool Preview(MCCommon::MultiPassRecordIter& recordIterator, MCSV::SVSOutPreview* output);
+
   SVStatus GetStatus() const { return fStatus; }
 
   // After a run without error: true, and `*out` is set. Otherwise false.

@@ -27,6 +27,14 @@ bool SVSFindings::AnyRefused(Strictness strictness) const {
                      [=](const SVSFinding& finding) { return IsRefused(finding.kind, strictness); });
 }
 
+std::int64_t SVSFindings::RefusedCount(std::int32_t stage, Strictness strictness) const {
+  std::int64_t count = 0;
+  for (const SVSFinding& finding : fvFindings) {
+    if (finding.stage == stage && IsRefused(finding.kind, strictness)) count += finding.count;
+  }
+  return count;
+}
+
 SVSFinding& SVSFindings::Find(FindingKind kind, std::int32_t stage) {
   for (SVSFinding& finding : fvFindings) {
     if (finding.kind == kind && finding.stage == stage) return finding;

@@ -89,6 +89,8 @@ public:
   // In the order in which they were first noted.
   const std::vector<SVSFinding>& All() const { return fvFindings; }
   bool AnyRefused(Strictness strictness) const;
+  // How often that was found in a stage.
+  std::int64_t RefusedCount(std::int32_t stage, Strictness strictness) const;
 
 private:
   SVSFinding& Find(FindingKind kind, std::int32_t stage);

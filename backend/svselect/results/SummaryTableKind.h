@@ -16,3 +16,14 @@ inline constexpr const char* kRequested = "Requested";
 inline constexpr const char* kActual = "Actual";
 
 }  // namespace SummaryTableKind
+
+// The same of a stage's table in a preview.
+namespace PreviewTableKind {
+
+inline constexpr const char* kKind = "Preview";
+
+inline constexpr const char* kUnits = "Units";
+inline constexpr const char* kAsked = "asked for";
+inline constexpr const char* kPossible = "possible";
+
+}  // namespace PreviewTableKind

@@ -17,7 +17,6 @@
 #include "host/model/Values.h"
 #include "host/numeric/Obs.h"
 #include "host/output/BpText.h"
-#include "model_components/surveyplans/common/SVStatus.h"
 
 namespace {
 
@@ -175,12 +174,12 @@ void ReplaceAll(std::string_view what, std::string_view by, std::string* text) {
     text->replace(at, what.size(), by);
 }
 
-// A missing value gives way to the first that isn't; a run that fails takes nothing.
-std::string FittingCure(const SVSFinding& finding, bool hasFailed, std::string cure) {
+// A missing value gives way to the first that isn't; a run that draws nothing takes nothing.
+std::string FittingCure(const SVSFinding& finding, bool isDrawn, std::string cure) {
   const auto isMissing = [](const SVSFinding::Example& e) { return e.value == MCMV::gMissingValue; };
   if (std::any_of(finding.examples.begin(), finding.examples.end(), isMissing))
     ReplaceAll("the first one was used", "the first that isn't missing was used", &cure);
-  if (!hasFailed) return cure;
+  if (isDrawn) return cure;
   ReplaceAll("all their units are taken", "all their units would be taken", &cure);
   ReplaceAll("replacement all units are taken", "replacement all units would be taken", &cure);
   ReplaceAll(" was used", " would be used", &cure);
@@ -197,10 +196,10 @@ std::string InWordsOf(const SVSValidSpecs& specs, std::string text) {
   return text;
 }
 
-std::string WordedText(const SVSFinding& finding, const FindingNames& names, bool hasFailed) {
+std::string WordedText(const SVSFinding& finding, const FindingNames& names, bool isDrawn) {
   for (const Wording& wording : kWordings) {
     if (wording.kind != finding.kind) continue;
-    const std::string cure = FittingCure(finding, hasFailed, InWordsOf(names.specs, wording.cure));
+    const std::string cure = FittingCure(finding, isDrawn, InWordsOf(names.specs, wording.cure));
     return fmt::format("stage {}: {} {}{}{}{}", finding.stage, finding.count,
                        finding.count == 1 ? wording.one : wording.many,
                        Places(names, finding, wording.values), cure.empty() ? "" : ": ", cure);
@@ -227,7 +226,7 @@ std::string StatedText(const SVSFinding& finding, const FindingNames& names) {
   return text + "; --exact-design draws with exactly these";
 }
 
-std::string TextOf(const SVSFinding& finding, const FindingNames& names, bool hasFailed) {
+std::string TextOf(const SVSFinding& finding, const FindingNames& names, bool isDrawn) {
   if (finding.kind == FindingKind::kStatedProbs) return StatedText(finding, names);
   const bool isBeforeDraw =
       finding.kind == FindingKind::kHitsNotKept && finding.examples.front().unit.Length() == 0;
@@ -239,7 +238,7 @@ std::string TextOf(const SVSFinding& finding, const FindingNames& names, bool ha
                     "ask for Index in the plan",
                     finding.stage));
   }
-  return WordedText(finding, names, hasFailed);
+  return WordedText(finding, names, isDrawn);
 }
 
 // "row 3: county = 12, type = public", from an entry of a table's map.
@@ -268,6 +267,10 @@ std::vector<std::pair<double, const OBS*>> UnusedRows(const ObsVecMap& map) {
 
 }  // namespace
 
+std::string UnitText(const FindingNames& names, std::int32_t stage, const SVKey& unit) {
+  return PlaceText(names, stage, {.stratum = {}, .unit = unit});
+}
+
 std::vector<std::string> UnusedRowTexts(const FindingNames& names) {
   std::vector<std::string> texts;
   for (std::int32_t position = 0; position < names.specs.StageCount(); ++position) {
@@ -292,11 +295,11 @@ std::vector<std::string> UnusedRowTexts(const FindingNames& names) {
 }
 
 std::vector<std::string> FindingTexts(const SVSFindings& findings, const FindingNames& names,
-                                      const SVStatus& end) {
+                                      const DrawEnd& end) {
   std::vector<std::string> texts;
   for (const SVSFinding& finding : findings.All()) {
-    if (finding.kind == FindingKind::kSizeAboveLimit && end.code != kStatusInvalidSize) continue;
-    texts.push_back(TextOf(finding, names, end.IsError()));
+    if (finding.kind == FindingKind::kSizeAboveLimit && !end.isEndedBySize) continue;
+    texts.push_back(TextOf(finding, names, end.isDrawn));
   }
   return texts;
 }

@@ -7,6 +7,7 @@
 #include "backend/svcommon/adapters/SVMessages.h"
 #include "backend/svselect/command/SVSParser.h"
 #include "backend/svselect/command/SVSValidSpecs.h"
+#include "backend/svselect/results/DesignPreview.h"
 #include "backend/svselect/results/NotesAndTables.h"
 #include "backend/svselect/results/SVSSampleFile.h"
 #include "backend/svselect/results/SVSStrataTable.h"
@@ -15,6 +16,7 @@
 #include "host/command/KORV_TokenSequence.h"
 #include "host/engine/ProcedureDataSource.h"
 #include "host/environment/CommonBlocks.h"
+#include "host/environment/HostSession.h"
 #include "host/output/BpProcedure.h"
 
 // The order of a run.
@@ -100,12 +102,15 @@ void WriteSample(SVSValidSpecs& specs, ProcedureDataSource& dataSource, SVSProce
   if (specs.PrintCPS()) PrintCaseProcessing(*procedure.GetInputAdapter(), heading);
 }
 
-// The same as far as nothing is drawn or written, for specifications that only ask for a check. Findings
+// The same as far as nothing is drawn or written, for specifications that only ask for a check, or for a
+// preview. Findings
 // become remarks. What a draw would end with is an error, also where the draw has no message for it.
 void CheckSpecifications(SVSValidSpecs& specs, ProcedureDataSource& dataSource) {
   SVSProcedure procedure(&specs, &dataSource);
   if (ErrorRaised()) return procedure.RemarkOnRefused();
-  if (procedure.Run() || ErrorRaised()) return;
+  const bool isGood =
+      GETPREVIEW() ? procedure.Preview(&HostSession::Current().Layer<DesignPreview>()) : procedure.Run();
+  if (isGood || ErrorRaised()) return;
   procedure.Report();
   if (!ErrorRaised())
     BpError(BpString(std::string("Nothing can be drawn: ") + kUnusableRequest, true), kShowInMessage,

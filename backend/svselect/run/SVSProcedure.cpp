@@ -8,6 +8,7 @@
 #include "backend/svselect/records/SVSInputAdapter.h"
 #include "backend/svselect/results/SVSJointProbOutFile.h"
 #include "backend/svselect/run/FindingTexts.h"
+#include "backend/svselect/run/PreviewOutput.h"
 #include "host/engine/ProcedureDataSource.h"
 #include "host/files/SessionFiles.h"
 #include "host/output/BpComposite.h"
@@ -114,15 +115,14 @@ bool SVSProcedure::Run() {
   if (hasOutput && settings != nullptr && settings->JointProbNeeded() && !fpValidSpecs->CheckOnly()) {
     jointProbs = std::make_unique<SVSJointProbOutFile>(fpValidSpecs, fpInputAdapter.get(), fpDataSource);
   }
-  if (!fStatus.IsOK() || fpInputAdapter == nullptr || fpRecordIter == nullptr || settings == nullptr)
-    return false;
+  if (!CanRun()) return false;
 
   fpComponent = std::make_unique<SVSComponent>(*settings, jointProbs.get());
   fStatus = fpComponent->GetStatus();
   if (fStatus.IsError()) return false;
   const bool isGood = fpComponent->Run(*fpRecordIter, fpSummary);
   if (!isGood) fStatus = fpComponent->GetStatus();
-  Remark();
+  Remark({.isDrawn = isGood && !fpValidSpecs->CheckOnly(), .isEndedBySize = fStatus.code == kStatusInvalidSize});
   return isGood;
 }
 
@@ -133,11 +133,26 @@ void SVSProcedure::RemarkOnRefused() {
   fpInputAdapter->Silence();
   while (fpRecordIter->HasMore() && fpRecordIter->Next() != nullptr) {
   }
-  Remark();
+  Remark({});
+}
+
+bool SVSProcedure::Preview(DesignPreview* preview) {
+  if (!CanRun()) return false;
+  fpComponent = std::make_unique<SVSComponent>(*fpValidSpecs->CompSettings(), nullptr);
+  PreviewOutput output({*fpValidSpecs, *fpInputAdapter, *fpDataSource}, preview);
+  const bool isGood = fpComponent->Preview(*fpRecordIter, &output);
+  if (!isGood) fStatus = fpComponent->GetStatus();
+  Remark({.isEndedBySize = output.FailsBySize()});
+  return isGood;
+}
+
+bool SVSProcedure::CanRun() const {
+  return fStatus.IsOK() && fpInputAdapter != nullptr && fpRecordIter != nullptr &&
+         fpValidSpecs->CompSettings() != nullptr;
 }
 
 // A pass that was broken off can't say how many cases of the frame are left out.
-void SVSProcedure::Remark() const {
+void SVSProcedure::Remark(const DrawEnd& end) const {
   const FindingNames names = {*fpValidSpecs, *fpInputAdapter, *fpDataSource};
   const bool hasReadAll =
       fpInputAdapter->PassCounter() > 0 || fpRecordIter->Status() == MCCommon::kCasesExhausted;
@@ -149,7 +164,7 @@ void SVSProcedure::Remark() const {
     for (const std::string& text : UnusedRowTexts(names)) BpRemark(text);
   }
   if (fpComponent == nullptr) return;
-  for (const std::string& text : FindingTexts(fpComponent->Findings(), names, fStatus)) BpRemark(text);
+  for (const std::string& text : FindingTexts(fpComponent->Findings(), names, end)) BpRemark(text);
 }
 
 const SVSOutputStats* SVSProcedure::GetOutputStats() {

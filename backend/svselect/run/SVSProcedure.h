@@ -7,6 +7,8 @@
 #include "model_components/surveyplans/common/SVStatus.h"
 
 class ProcedureDataSource;
+struct DrawEnd;
+struct DesignPreview;
 class SVProcDSMultiIter;
 class SVSComponent;
 class SVSInputAdapter;
@@ -58,6 +60,8 @@ public:
 
   // After an error before Run(): makes remarks about the cases that were refused, if that was the reason.
   void RemarkOnRefused();
+  // In place of Run(): fills in what a draw would do, and remarks on what was found. True if a draw can't fail.
+  bool Preview(DesignPreview* preview);
 
   // The component's output statistics; null after an error. The call has an effect: Report() shows the
   // collected statuses only after it.
@@ -75,7 +79,8 @@ public:
   SVSComponent* GetComponent() const { return fpComponent.get(); }
 
 private:
-  void Remark() const;
+  bool CanRun() const;
+  void Remark(const DrawEnd& end) const;
 
   SVSValidSpecs* fpValidSpecs;        // borrowed
   ProcedureDataSource* fpDataSource;  // borrowed

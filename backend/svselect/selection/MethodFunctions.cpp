@@ -5,18 +5,20 @@
 namespace {
 
 constexpr MethodFunctions kFunctions[] = {
-    {kMethodSimpleWor, SizeLists::kNone, DrawSimpleWor},
-    {kMethodSimpleWr, SizeLists::kNone, DrawSimpleWr},
-    {kMethodSimpleSystematic, SizeLists::kNone, DrawSimpleSystematic},
-    {kMethodSimpleChromy, SizeLists::kShares, DrawSequential},
-    {kMethodPpsWor, SizeLists::kShares, DrawPpsWor, PpsWorJointWork, PpsWorSharedSteps, PpsWorDrawnProbs},
-    {kMethodPpsWr, SizeLists::kLine, DrawPpsWr},
-    {kMethodPpsSystematic, SizeLists::kLine, DrawPpsSystematic},
-    {kMethodPpsChromy, SizeLists::kShares, DrawSequential},
-    {kMethodPpsBrewer, SizeLists::kShares, DrawSampford, SampfordJointWork, nullptr, SampfordDrawnProbs},
-    {kMethodPpsMurthy, SizeLists::kShares, DrawMurthy, MurthyJointWork},
-    {kMethodPpsSampford, SizeLists::kShares, DrawSampford, SampfordJointWork, SampfordSharedRows,
+    {kMethodSimpleWor, SizeLists::kNone, DrawSimpleWor, ForeseeSimpleWor},
+    {kMethodSimpleWr, SizeLists::kNone, DrawSimpleWr, ForeseeSimpleWr},
+    {kMethodSimpleSystematic, SizeLists::kNone, DrawSimpleSystematic, ForeseeSimpleSystematic},
+    {kMethodSimpleChromy, SizeLists::kShares, DrawSequential, ForeseeSequential},
+    {kMethodPpsWor, SizeLists::kShares, DrawPpsWor, ForeseePpsWor, PpsWorJointWork, PpsWorSharedSteps,
+     PpsWorDrawnProbs},
+    {kMethodPpsWr, SizeLists::kLine, DrawPpsWr, ForeseePpsWr},
+    {kMethodPpsSystematic, SizeLists::kLine, DrawPpsSystematic, ForeseePpsSystematic},
+    {kMethodPpsChromy, SizeLists::kShares, DrawSequential, ForeseeSequential},
+    {kMethodPpsBrewer, SizeLists::kShares, DrawSampford, ForeseeSampford, SampfordJointWork, nullptr,
      SampfordDrawnProbs},
+    {kMethodPpsMurthy, SizeLists::kShares, DrawMurthy, ForeseeMurthy, MurthyJointWork},
+    {kMethodPpsSampford, SizeLists::kShares, DrawSampford, ForeseeSampford, SampfordJointWork,
+     SampfordSharedRows, SampfordDrawnProbs},
 };
 
 static_assert(std::size(kFunctions) == std::size(kMethods), "a row for each method");
@@ -30,7 +32,7 @@ static_assert(
     "the rows of kMethods in the same order");
 
 // Sizes are looked at, so that a missing one is reported.
-constexpr MethodFunctions kNoFunctions = {kMethodNone, SizeLists::kShares, nullptr};
+constexpr MethodFunctions kNoFunctions = {kMethodNone, SizeLists::kShares, nullptr, nullptr};
 
 }  // namespace
 

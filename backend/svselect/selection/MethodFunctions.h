@@ -22,6 +22,11 @@ class MCRandomTwister;
 using DrawFunction = SVStatus(const SVSStratumView& stratum, MCCommonMath::MCRandomTwister* random,
                               SVSTakenUnits* taken);
 
+// What that draw would do to each unit: it states the same, by the same functions, and fails where the draw
+// fails. Where the draw only comes near the probabilities that it states, the hits are those stated.
+// Random numbers: none. Errors: 92032.
+using ForeseeFunction = SVStatus(const SVSStratumView& stratum, SVSForeseenUnits* units);
+
 // The work of computing the joint probabilities of the selected units, cut into these ranges of its items.
 // Throws std::bad_alloc where there is no memory.
 using JointFunction = std::unique_ptr<SVSJointWork>(const SVSStratumView& stratum, SVSJointMatrix matrix,
@@ -36,9 +41,11 @@ using SharedItemsFunction = std::int32_t(const SVSStratumView& stratum, std::int
 // REQUIRES: the draw has succeeded, and took units.
 using DrawnProbsFunction = std::vector<double>(const SVSStratumView& stratum);
 
-// Each in the file of its name; DrawSequential serves both Chromy methods, DrawSampford Brewer's as well.
+// Each draw in the file of its name, with what it would do; DrawSequential serves both Chromy methods, DrawSampford Brewer's as well.
 DrawFunction DrawSimpleWor, DrawSimpleWr, DrawSimpleSystematic, DrawSequential, DrawPpsWor, DrawPpsWr,
     DrawPpsSystematic, DrawSampford, DrawMurthy;
+ForeseeFunction ForeseeSimpleWor, ForeseeSimpleWr, ForeseeSimpleSystematic, ForeseeSequential, ForeseePpsWor,
+    ForeseePpsWr, ForeseePpsSystematic, ForeseeSampford, ForeseeMurthy;
 JointFunction PpsWorJointWork, SampfordJointWork, MurthyJointWork;
 SharedItemsFunction PpsWorSharedSteps, SampfordSharedRows;
 DrawnProbsFunction PpsWorDrawnProbs, SampfordDrawnProbs;
@@ -54,6 +61,7 @@ struct MethodFunctions {
   MethodType code;
   SizeLists lists;
   DrawFunction* draw;
+  ForeseeFunction* foresee;
   JointFunction* joint = nullptr;
   SharedItemsFunction* sharedItems = nullptr;  // null: none
   // Null where the draw has the probabilities that it states.

@@ -59,7 +59,7 @@ SVStatus DrawMurthy(const SVSStratumView& stratum, MCCommonMath::MCRandomTwister
   const std::vector<double> inclProbs = MurthyInclProbs(stratum.shares);
   const auto take = [&](std::int32_t unit) {
     const double inclProb = inclProbs[static_cast<std::size_t>(unit)];
-    taken->Take(unit, inclProb, WeightOf(inclProb));
+    taken->Take(unit, {inclProb, WeightOf(inclProb)});
   };
 
   const double u1 = random->GetRealClosedOpen();
@@ -72,6 +72,15 @@ SVStatus DrawMurthy(const SVSStratumView& stratum, MCCommonMath::MCRandomTwister
   const double u2 = random->GetRealClosedOpen();
   const std::int32_t position = FindPosition(others, 0, stratum.units - 2, u2);
   if (LiesInInterval(others, 0, position, u2)) take(position < first ? position : position + 1);
+  return SVStatus();
+}
+
+SVStatus ForeseeMurthy(const SVSStratumView& stratum, SVSForeseenUnits* units) {
+  const std::vector<double> inclProbs = MurthyInclProbs(stratum.shares);
+  for (std::int32_t i = 0; i < stratum.units; ++i) {
+    const double inclProb = inclProbs[static_cast<std::size_t>(i)];
+    units->Take(i, {inclProb, WeightOf(inclProb)}, inclProb);
+  }
   return SVStatus();
 }
 

@@ -34,3 +34,9 @@ SVStatus DrawPpsSystematic(const SVSStratumView& stratum, MCCommonMath::MCRandom
   }
   return SVStatus();
 }
+
+SVStatus ForeseePpsSystematic(const SVSStratumView& stratum, SVSForeseenUnits* units) {
+  if (stratum.AnySizeTooLarge()) return ErrorStatus(kStatusInvalidSize);
+  units->TakeAllBySize(stratum);
+  return SVStatus();
+}

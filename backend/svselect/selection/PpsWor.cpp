@@ -131,6 +131,12 @@ int CompareLargest(const SVSStratumView& stratum) {
   return last > first ? 1 : (last == first ? 0 : -1);
 }
 
+// The product, where other methods compare with M / n: in a tie rounding can part the two.
+bool AnyTooLarge(const SVSStratumView& stratum) {
+  return std::any_of(stratum.sizes.begin(), stratum.sizes.end(),
+                     [&](double size) { return stratum.requested * size > stratum.totalSize; });
+}
+
 // Takes `turns` units one by one in ascending order.
 SVStatus TakeTurns(const SVSStratumView& stratum, std::int32_t turns, std::span<const double> shares,
                    std::span<const double> ratios, MCCommonMath::MCRandomTwister* random,
@@ -174,11 +180,7 @@ SVStatus DrawPpsWor(const SVSStratumView& stratum, MCCommonMath::MCRandomTwister
                     SVSTakenUnits* taken) {
   const int largest = CompareLargest(stratum);
   if (largest < 0) return SVStatus();
-  // The product, where other methods compare with M / n: in a tie rounding can part the two.
-  const bool bTooLarge = std::any_of(stratum.sizes.begin(), stratum.sizes.end(), [&](double size) {
-    return stratum.requested * size > stratum.totalSize;
-  });
-  if (bTooLarge) return ErrorStatus(kStatusInvalidSize);
+  if (AnyTooLarge(stratum)) return ErrorStatus(kStatusInvalidSize);
   if (largest == 0) {
     return TakeTurns(stratum, stratum.requested, stratum.shares, RatiosToLater(stratum.sizes), random, taken);
   }
@@ -186,6 +188,13 @@ SVStatus DrawPpsWor(const SVSStratumView& stratum, MCCommonMath::MCRandomTwister
   const std::vector<double> shares =
       RevisedShares(stratum.shares, stratum.cumulativeShares, stratum.requested, turns);
   return TakeTurns(stratum, turns, shares, RatiosToLater(shares), random, taken);
+}
+
+SVStatus ForeseePpsWor(const SVSStratumView& stratum, SVSForeseenUnits* units) {
+  if (CompareLargest(stratum) < 0) return SVStatus();
+  if (AnyTooLarge(stratum)) return ErrorStatus(kStatusInvalidSize);
+  units->TakeAllBySize(stratum);
+  return SVStatus();
 }
 
 // Threads share the first steps i = 1..n.

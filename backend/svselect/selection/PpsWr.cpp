@@ -19,6 +19,15 @@
 #include "backend/svselect/selection/MethodFunctions.h"
 #include "host/numeric/MCRandomTwister.h"
 
+namespace {
+
+SVSStated Stated(const SVSStratumView& stratum, std::int32_t position) {
+  const double share = stratum.shares[static_cast<std::size_t>(position)];
+  return {1.0 - std::pow(1.0 - share, stratum.requested), WeightOf(stratum.RequestedShare(position))};
+}
+
+}  // namespace
+
 SVStatus DrawPpsWr(const SVSStratumView& stratum, MCCommonMath::MCRandomTwister* random,
                    SVSTakenUnits* taken) {
   // Points are counted some at a time, since a sample with replacement can be far larger than its stratum.
@@ -36,10 +45,14 @@ SVStatus DrawPpsWr(const SVSStratumView& stratum, MCCommonMath::MCRandomTwister*
   }
   for (std::int32_t i = 0; i < stratum.units; ++i) {
     const std::int32_t count = hits[static_cast<std::size_t>(i)];
-    if (count == 0) continue;
-    const double inclProb =
-        1.0 - std::pow(1.0 - stratum.shares[static_cast<std::size_t>(i)], stratum.requested);
-    taken->Take(i, inclProb, WeightOf(stratum.RequestedShare(i)), count);
+    if (count > 0) taken->Take(i, Stated(stratum, i), count);
+  }
+  return SVStatus();
+}
+
+SVStatus ForeseePpsWr(const SVSStratumView& stratum, SVSForeseenUnits* units) {
+  for (std::int32_t i = 0; i < stratum.units; ++i) {
+    units->Take(i, Stated(stratum, i), stratum.RequestedShare(i));
   }
   return SVStatus();
 }

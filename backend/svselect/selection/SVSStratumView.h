@@ -53,6 +53,18 @@ inline double WeightOf(double inclProb) {
   return inclProb > 0.0 ? 1.0 / inclProb : MCMV::gMissingValue;
 }
 
+// What a draw states about a unit that it takes.
+struct SVSStated {
+  double inclProb = 0.0;
+  double weight = MCMV::gMissingValue;
+};
+
+// The same for a unit of the inclusion probability n p(i).
+inline SVSStated StatedBySize(const SVSStratumView& stratum, std::int32_t position) {
+  const double inclProb = stratum.RequestedShare(position);
+  return {inclProb, WeightOf(inclProb)};
+}
+
 // Takes the units of one draw. Their results go to the units at once, so a draw that may be cancelled decides
 // whether it takes units as it goes or only at its end.
 class SVSTakenUnits {
@@ -64,9 +76,9 @@ public:
       : fMethod(method), fpUnits(units), fpSelected(selected), fpNumbers(numbers) {}
 
   // Takes the unit at a 0-based position, which was hit `hits` times.
-  void Take(std::int32_t position, double inclProb, double weight, std::int32_t hits = 1) {
+  void Take(std::int32_t position, const SVSStated& stated, std::int32_t hits = 1) {
     const std::int32_t unit = fpUnits->UnitAt(position);
-    fpUnits->SetResult({unit, inclProb, weight, static_cast<double>(hits)});
+    fpUnits->SetResult({unit, stated.inclProb, stated.weight, static_cast<double>(hits)});
     fCount += fMethod.withReplacement ? hits : 1;
     if (!fMethod.namesUnits) return;
     fpSelected->push_back(unit);
@@ -75,8 +87,7 @@ public:
 
   // The same with the inclusion probability n p(i).
   void TakeBySize(const SVSStratumView& stratum, std::int32_t position, std::int32_t hits = 1) {
-    const double inclProb = stratum.RequestedShare(position);
-    Take(position, inclProb, WeightOf(inclProb), hits);
+    Take(position, StatedBySize(stratum, position), hits);
   }
 
   // Units taken so far; their hits with replacement. Saturates, since negative sizes can lead the line of
@@ -92,4 +103,23 @@ private:
   std::vector<std::int32_t>* fpSelected;
   std::vector<std::int32_t>* fpNumbers;
   std::int64_t fCount = 0;
+};
+
+// Receives what a draw would do to each unit of its stratum, without a draw: either TakeAll() or, for each
+// position of the list in turn, Take(). `hits` is the number of selections that the unit can expect; without
+// replacement, the probability of its selection.
+class SVSForeseenUnits {
+public:
+  virtual ~SVSForeseenUnits() = default;
+  virtual void TakeAll(const SVSStated& stated, double hits) = 0;
+  virtual void Take(std::int32_t position, const SVSStated& stated, double hits) = 0;
+  // For a draw that is repeated until it succeeds: about how many attempts it takes. May be infinite.
+  virtual void SetAttempts(double attempts) = 0;
+
+  // Units of the inclusion probabilities n p(i), without replacement.
+  void TakeAllBySize(const SVSStratumView& stratum) {
+    for (std::int32_t i = 0; i < stratum.units; ++i) {
+      Take(i, StatedBySize(stratum, i), stratum.RequestedShare(i));
+    }
+  }
 };

@@ -35,6 +35,11 @@ public:
   // --- while the stage tabulates ---
   // Adds a unit and returns it. `key` has the codes of its key.
   std::int32_t Add(const std::int32_t* key, double size);
+  // Adds so many units of the same size. REQUIRES: keys have no codes, and no other units are added.
+  void AddMany(std::int32_t count, double size) {
+    fCount += count;
+    fCommonSize = size;
+  }
   // For a size that is the number of the unit's records.
   void CountRecord(std::int32_t unit) { SetSize(unit, SizeOf(unit) + 1.0); }
   // Holds the value of a further record against the unit's size. False if they disagree. A size still missing

@@ -64,10 +64,7 @@ SVStatus SVSelectSamples::SelectSamples() {
   fSelectSampleInds.clear();
   fJointProbs.clear();
   fNSelectSamples = 0;
-  if (!MethodOf(fSelectMethod).withReplacement) {
-    fNRequestSamples = std::min(fNRequestSamples, fNAllSamples);
-    fRequestSampleRate = std::min(fRequestSampleRate, 1.0);
-  }
+  LimitRequest();
   if (fNRequestSamples > 0) Draw();
   // Only the methods that name their units one by one have joint probabilities, which need the sizes.
   if (fSelectSampleInds.empty()) ClearSizes();
@@ -75,11 +72,30 @@ SVStatus SVSelectSamples::SelectSamples() {
   return fStatus;
 }
 
+SVStatus SVSelectSamples::Foresee(SVSForeseenUnits* units) {
+  if (fStatus.IsError()) return fStatus;
+  LimitRequest();
+  ForeseeFunction* const foresee = FunctionsOf(fSelectMethod).foresee;
+  if (fNRequestSamples > 0 && foresee != nullptr) {
+    if (const SVStatus status = foresee(View(), units); status.IsError()) Fail(status.code);
+  }
+  return fStatus;
+}
+
+// The draws of two units don't look at the request.
+void SVSelectSamples::LimitRequest() {
+  const SVMethod& method = MethodOf(fSelectMethod);
+  if (!method.withReplacement) {
+    fNRequestSamples = std::min(fNRequestSamples, fNAllSamples);
+    fRequestSampleRate = std::min(fRequestSampleRate, 1.0);
+  }
+  if (method.twoUnits && fNAllSamples >= 2 && fNRequestSamples > 0) fNRequestSamples = 2;
+}
+
 void SVSelectSamples::Draw() {
   const SVMethod& method = MethodOf(fSelectMethod);
   DrawFunction* const draw = FunctionsOf(fSelectMethod).draw;
   if (draw == nullptr) return;
-  if (method.twoUnits && fNAllSamples >= 2) fNRequestSamples = 2;
   SVSTakenUnits taken(method, fpUnits, fpSelected, &fSelectSampleInds);
   const SVStatus status = draw(View(), fpRandom, &taken);
   fpUnits->FinishResults();
@@ -104,7 +120,7 @@ SVSStratumView SVSelectSamples::View() const {
 std::vector<SVSelectSamples::StatedProb> SVSelectSamples::StatedProbs() const {
   std::vector<StatedProb> probs;
   DrawnProbsFunction* const drawnProbs = FunctionsOf(fSelectMethod).drawnProbs;
-  if (drawnProbs == nullptr || fSelectSampleInds.empty()) return probs;
+  if (drawnProbs == nullptr || fAllSampleSizes.empty()) return probs;
   const SVSStratumView stratum = View();
   for (const double drawn : drawnProbs(stratum)) {
     probs.push_back({stratum.RequestedShare(static_cast<std::int32_t>(probs.size())), drawn});

@@ -54,6 +54,12 @@ public:
   // Draws the sample and writes the results into the units.
   SVStatus SelectSamples();
 
+  // In place of SelectSamples(): what it would do to each unit, and the error that it would end with.
+  SVStatus Foresee(SVSForeseenUnits* units);
+
+  // How many are drawn of those that are asked for, once one of the two was called.
+  std::int32_t Requested() const { return fNRequestSamples; }
+
   // Units or, for some methods with replacement, hits.
   std::int32_t GetNumSelected() const { return fNSelectSamples; }
 
@@ -64,7 +70,8 @@ public:
     double drawn = 0.0;
   };
   // All of them, where they may differ and are cheap to compute; else empty.
-  // REQUIRES: units were selected, and ClearWork() wasn't called.
+  // REQUIRES: units were selected, or Foresee() has succeeded with a request above 0; ClearWork() wasn't
+  // called.
   std::vector<StatedProb> StatedProbs() const;
 
   // Missing until something was selected.
@@ -92,6 +99,7 @@ private:
   }
 
   void FormSizes();
+  void LimitRequest();
   void ClearSizes();
   void Draw();
   SVSStratumView View() const;  // of the lists as they are

@@ -28,6 +28,7 @@
 //           rounding beyond that of the sums; see SampfordFurtherDraws.h.
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "backend/svselect/selection/CumulativeDraw.h"
@@ -38,6 +39,8 @@
 #include "host/numeric/MCRandomTwister.h"
 
 namespace {
+
+constexpr SVSStated kCertain = {1.0, 1.0};
 
 bool TakesAllUnits(const SVSStratumView& stratum) {
   const double firstSize = stratum.sizes.front();
@@ -97,16 +100,42 @@ SVStatus DrawExactly(const SVSStratumView& stratum, MCCommonMath::MCRandomTwiste
   return SVStatus();
 }
 
+// About how many attempts a sample takes. Two of the n - 1 further draws hit the same unit with the probability
+// S, the sum of the squares of the shares by which they are drawn; taking the (n - 1)(n - 2) / 2 pairs as
+// independent, an attempt succeeds with the probability exp(-S (n - 1)(n - 2) / 2).
+double ExpectedAttempts(const SVSStratumView& stratum) {
+  double sum = 0.0;
+  double squares = 0.0;
+  for (const double p : stratum.shares) {
+    const double q = p / (1.0 - stratum.requested * p);
+    sum += q;
+    squares += q * q;
+  }
+  const double pairs = 0.5 * (stratum.requested - 1.0) * (stratum.requested - 2.0);
+  return std::exp(pairs * squares / (sum * sum));
+}
+
 }  // namespace
 
 SVStatus DrawSampford(const SVSStratumView& stratum, MCCommonMath::MCRandomTwister* random,
                       SVSTakenUnits* taken) {
   if (TakesAllUnits(stratum)) {
-    for (std::int32_t i = 0; i < stratum.units; ++i) taken->Take(i, 1.0, 1.0);
+    for (std::int32_t i = 0; i < stratum.units; ++i) taken->Take(i, kCertain);
     return SVStatus();
   }
   if (stratum.AnySizeTooLarge()) return ErrorStatus(kStatusInvalidSize);
   return stratum.exact ? DrawExactly(stratum, random, taken) : DrawByAttempts(stratum, random, taken);
+}
+
+SVStatus ForeseeSampford(const SVSStratumView& stratum, SVSForeseenUnits* units) {
+  if (TakesAllUnits(stratum)) {
+    units->TakeAll(kCertain, 1.0);
+    return SVStatus();
+  }
+  if (stratum.AnySizeTooLarge()) return ErrorStatus(kStatusInvalidSize);
+  units->TakeAllBySize(stratum);
+  if (!stratum.exact) units->SetAttempts(ExpectedAttempts(stratum));
+  return SVStatus();
 }
 
 // Threads share the rows of the matrix; Brewer's two aren't worth a thread.

@@ -75,3 +75,9 @@ SVStatus DrawSequential(const SVSStratumView& stratum, MCCommonMath::MCRandomTwi
   }
   return SVStatus();
 }
+
+SVStatus ForeseeSequential(const SVSStratumView& stratum, SVSForeseenUnits* units) {
+  if (stratum.AnySizeTooLarge()) return ErrorStatus(kStatusInvalidSize);
+  units->TakeAllBySize(stratum);
+  return SVStatus();
+}

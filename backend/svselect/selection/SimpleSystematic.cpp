@@ -16,16 +16,31 @@
 #include "host/numeric/Fuzzy.h"
 #include "host/numeric/MCRandomTwister.h"
 
+namespace {
+
+SVSStated Stated(const SVSStratumView& stratum) {
+  return {static_cast<double>(stratum.requested) / stratum.units,
+          static_cast<double>(stratum.units) / stratum.requested};
+}
+
+}  // namespace
+
 // Takes units as it goes: a cancelled draw leaves the first ones taken.
 SVStatus DrawSimpleSystematic(const SVSStratumView& stratum, MCCommonMath::MCRandomTwister* random,
                               SVSTakenUnits* taken) {
-  const double inclProb = static_cast<double>(stratum.requested) / stratum.units;
-  const double interval = static_cast<double>(stratum.units) / stratum.requested;
+  const SVSStated stated = Stated(stratum);
+  const double interval = stated.weight;
   const double start = random->GetRealOpen();
   for (std::int32_t j = 0; j < stratum.requested; ++j) {
     if (stratum.Cancelled()) return ErrorStatus(kStatusCancelled);
     const std::int32_t unit = TruncateToInt32((j + start) * interval);
-    taken->Take(std::min(unit, stratum.units - 1), inclProb, interval);
+    taken->Take(std::min(unit, stratum.units - 1), stated);
   }
+  return SVStatus();
+}
+
+SVStatus ForeseeSimpleSystematic(const SVSStratumView& stratum, SVSForeseenUnits* units) {
+  const SVSStated stated = Stated(stratum);
+  units->TakeAll(stated, stated.inclProb);
   return SVStatus();
 }

@@ -15,18 +15,32 @@
 #include "backend/svselect/selection/MethodFunctions.h"
 #include "host/numeric/MCRandomTwister.h"
 
+namespace {
+
+SVSStated Stated(const SVSStratumView& stratum) {
+  return {static_cast<double>(stratum.requested) / stratum.units,
+          static_cast<double>(stratum.units) / stratum.requested};
+}
+
+}  // namespace
+
 // Takes units as it goes: a cancelled draw leaves the first ones taken.
 SVStatus DrawSimpleWor(const SVSStratumView& stratum, MCCommonMath::MCRandomTwister* random,
                        SVSTakenUnits* taken) {
-  const double inclProb = static_cast<double>(stratum.requested) / stratum.units;
-  const double weight = static_cast<double>(stratum.units) / stratum.requested;
+  const SVSStated stated = Stated(stratum);
   std::int32_t wanted = stratum.requested;
   for (std::int32_t i = 0; i < stratum.units && wanted > 0; ++i) {
     if (stratum.Cancelled()) return ErrorStatus(kStatusCancelled);
     const double chance = static_cast<double>(wanted) / (stratum.units - i);
     if (!(chance > random->GetRealOpen())) continue;
-    taken->Take(i, inclProb, weight);
+    taken->Take(i, stated);
     --wanted;
   }
+  return SVStatus();
+}
+
+SVStatus ForeseeSimpleWor(const SVSStratumView& stratum, SVSForeseenUnits* units) {
+  const SVSStated stated = Stated(stratum);
+  units->TakeAll(stated, stated.inclProb);
   return SVStatus();
 }

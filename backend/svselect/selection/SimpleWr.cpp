@@ -14,11 +14,19 @@
 #include "host/numeric/Fuzzy.h"
 #include "host/numeric/MCRandomTwister.h"
 
+namespace {
+
+SVSStated Stated(const SVSStratumView& stratum) {
+  const double population = stratum.units;
+  return {1.0 - std::pow(1.0 - 1.0 / population, stratum.requested), population / stratum.requested};
+}
+
+}  // namespace
+
 SVStatus DrawSimpleWr(const SVSStratumView& stratum, MCCommonMath::MCRandomTwister* random,
                       SVSTakenUnits* taken) {
   const double population = stratum.units;
-  const double inclProb = 1.0 - std::pow(1.0 - 1.0 / population, stratum.requested);
-  const double weight = population / stratum.requested;
+  const SVSStated stated = Stated(stratum);
   std::vector<std::int32_t> hits(static_cast<std::size_t>(stratum.units));
   for (std::int32_t draw = 0; draw < stratum.requested; ++draw) {
     if (stratum.Cancelled()) return ErrorStatus(kStatusCancelled);
@@ -28,7 +36,12 @@ SVStatus DrawSimpleWr(const SVSStratumView& stratum, MCCommonMath::MCRandomTwist
   }
   for (std::int32_t i = 0; i < stratum.units; ++i) {
     const std::int32_t count = hits[static_cast<std::size_t>(i)];
-    if (count > 0) taken->Take(i, inclProb, weight, count);
+    if (count > 0) taken->Take(i, stated, count);
   }
+  return SVStatus();
+}
+
+SVStatus ForeseeSimpleWr(const SVSStratumView& stratum, SVSForeseenUnits* units) {
+  units->TakeAll(Stated(stratum), static_cast<double>(stratum.requested) / stratum.units);
   return SVStatus();
 }

@@ -88,17 +88,40 @@ SVSDataTabulator::SVSDataTabulator(const SVSCompSettings* settings, std::int32_t
 SVStatus SVSDataTabulator::ProcessData(MCCommon::MultiPassRecordIter& iterator) {
   if (!iterator.HasMore()) fStatus = ErrorStatus(kStatusNoRecords);
   if (fbSourceProcessed) fStatus = ErrorStatus(kStatusUserError);
-  fbCountsCases = fKeyClusterVars.empty() && iterator.HasBlocks();
-  fvUnitKey.assign(UnitKeyLength(), 0);
+  Start(iterator.HasBlocks());
   TakeBlocks(iterator);
   while (!fStatus.IsError() && iterator.HasMore() && !fpCancelInfo->IsCancelled()) TakeRecord(iterator);
   if (fpCancelInfo->IsCancelled()) fStatus = ErrorStatus(kStatusCancelled);
-  if (!fStatus.IsError()) {
-    fLateNotes.PassOnAll(fEntered, fStageInd, &Findings());
-    fbSourceProcessed = true;
-  }
+  if (!fStatus.IsError()) End();
   fpOutSamples->AddStatus(fStatus);
   return fStatus;
+}
+
+void SVSDataTabulator::Start(bool hasBlocks) {
+  fbCountsCases = fKeyClusterVars.empty() && hasBlocks;
+  fvUnitKey.assign(UnitKeyLength(), 0);
+  fbCountsAlone = fbCountsCases && fvUnitKey.empty();
+  if (fpNextTabulator != nullptr) {
+    fpNextTabulator->Start(hasBlocks);
+  } else if (fbForesees) {
+    MakeMasses();
+  }
+}
+
+// A stratum of cases that all have the same probability has as many units as cases, which need no mass.
+void SVSDataTabulator::MakeMasses() {
+  if (fbCountsCases && fWeightVar < 0) return;
+  const CaseMasses::Place bySize = fbCountsCases ? CaseMasses::Place::kCase : CaseMasses::Place::kUnit;
+  fpMasses = std::make_unique<CaseMasses>(fbDrawsBySize ? bySize : CaseMasses::Place::kStratum);
+}
+
+void SVSDataTabulator::End() {
+  fLateNotes.PassOnAll(fEntered, fStageInd, &Findings());
+  fbSourceProcessed = true;
+  for (std::size_t stratum = 0; stratum < fvCounts.size(); ++stratum) {
+    fvStrata[stratum]->value.AddUnits(fvCounts[stratum]);
+  }
+  if (fpNextTabulator != nullptr) fpNextTabulator->End();
 }
 
 void SVSDataTabulator::TakeBlocks(MCCommon::MultiPassRecordIter& iterator) {
@@ -219,6 +242,11 @@ void SVSDataTabulator::ListWeighted(const MCCommon::RecordBlock& block, SVSRows*
 void SVSDataTabulator::Enter(const MCCommon::RecordBlock& block) {
   fEntering.numbers.assign(fEntering.rows.size(), 0);
   if (fpPrevTabulator != nullptr) fpPrevTabulator->KeepSelected(block, &fEntering);
+  EnterNumbered(block);
+}
+
+// The rows have the numbers of the units of the stage before.
+void SVSDataTabulator::EnterNumbered(const MCCommon::RecordBlock& block) {
   fvEnteringOuter = fEntering.numbers;
   fStrataNumbers.Number(block, &fEntering);
   fvEnteringStrata = fEntering.numbers;
@@ -229,6 +257,15 @@ void SVSDataTabulator::Enter(const MCCommon::RecordBlock& block) {
   }
   if (fDropped > 0) CountDropped();
   fLateNotes.PassOn(fEntered, fStageInd, &Findings());
+  if (fpNextTabulator != nullptr) PassOn(block);
+}
+
+// A status carries the stage that is set in the collector.
+void SVSDataTabulator::PassOn(const MCCommon::RecordBlock& block) {
+  fpNextTabulator->fEntering = fEntering;
+  fpOutSamples->SetStage(fpNextTabulator->fStageInd);
+  fpNextTabulator->EnterNumbered(block);
+  fpOutSamples->SetStage(fStageInd);
 }
 
 void SVSDataTabulator::EnterRow(const MCCommon::RecordBlock& block, std::size_t place) {
@@ -239,6 +276,18 @@ void SVSDataTabulator::EnterRow(const MCCommon::RecordBlock& block, std::size_t 
   } else if (fSpecVar >= 0) {
     CheckConstant(stratum, block.numbers[static_cast<std::size_t>(fSpecVar)][row]);
   }
+  if (fbCountsAlone) {
+    ++fvCounts[static_cast<std::size_t>(stratum)];
+  } else {
+    EnterUnit(block, place);
+  }
+  if (fpMasses != nullptr) fpMasses->Add(stratum, fEntering.numbers[place], IncomingWeight(block, row));
+  ++fEntered;
+}
+
+void SVSDataTabulator::EnterUnit(const MCCommon::RecordBlock& block, std::size_t place) {
+  const std::uint32_t row = fEntering.rows[place];
+  const std::int32_t stratum = fvEnteringStrata[place];
   SVSStratumData& owner = Stratum(stratum);
   const auto number = static_cast<std::size_t>(fEntering.numbers[place]);
   if (fbCountsCases) {
@@ -250,7 +299,6 @@ void SVSDataTabulator::EnterRow(const MCCommon::RecordBlock& block, std::size_t 
     const double before = owner.SizeOf(fvPlaces[number].unit);  // a missing one takes the record's
     if (!owner.AddRecord(fvPlaces[number].unit, size)) NoteUnequalSize(fvPlaces[number], before, size);
   }
-  ++fEntered;
 }
 
 void SVSDataTabulator::CountDropped() {
@@ -276,6 +324,7 @@ void SVSDataTabulator::CheckConstant(std::int32_t stratum, double value) {
 // Sizes below 0 count as unequal even if they are equal; they are another finding.
 void SVSDataTabulator::NoteUnequalSize(const Place& place, double size, double value) {
   if (size == value && size < 0.0) return;
+  if (fbForesees) ++fDisagreeing[place.stratum];
   fLateNotes.Note(fEntered, FindingKind::kUnequalSize,
                   {.stratum = fvStrata[static_cast<std::size_t>(place.stratum)]->key,
                    .unit = Stratum(place.stratum).Units().KeyOf(place.unit),
@@ -297,6 +346,7 @@ void SVSDataTabulator::NewStratum(const MCCommon::RecordBlock& block, std::size_
       fDataTable.Insert(key, fCompSettings, fStageInd, fpCancelInfo, constCount, UnitKeyLength());
   fvStrata.push_back(entry);
   fvOuterUnits.push_back(fvEnteringOuter[place]);
+  if (fbCountsAlone) fvCounts.push_back(0);
   entry->value.SetOutSamples(fpOutSamples);
   if (fSpecVar >= 0)
     entry->value.InitConstValues(&block.numbers[static_cast<std::size_t>(fSpecVar)][row], kOnlyValue);

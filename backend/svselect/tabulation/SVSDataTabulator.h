@@ -2,9 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
+#include <memory>
 #include <vector>
 
 #include "backend/svselect/design/SVSOutSamples.h"
+#include "backend/svselect/tabulation/CaseMasses.h"
 #include "backend/svselect/tabulation/CodeNumbers.h"
 #include "backend/svselect/tabulation/LateNotes.h"
 #include "backend/svselect/tabulation/RecordAsBlock.h"
@@ -88,6 +91,40 @@ public:
   // end with: for a missing rate, size or measure of size, or a unit that is too large beyond doubt.
   SVStatus CheckSamples();
 
+  // --- a preview: in place of SelectSamples(), and without what needs it ---
+  // Before ProcessData(), for each stage. `next` is the stage after it, null for the last one: it takes part in
+  // the pass of this one as if all units were selected, and gets no ProcessData() of its own.
+  void SetForesees(SVSDataTabulator* next) {
+    fbForesees = true;
+    fpNextTabulator = next;
+  }
+  // Looks at the strata as SelectSamples() does before the draw. Returns by stratum whether it makes a
+  // probability or weight wrong or unclear.
+  std::vector<bool> ReviewFrame();
+  // What is known after the pass, by number of the stratum or unit.
+  std::size_t StrataCount() const { return fvStrata.size(); }
+  SVSStratumData& StratumAt(std::size_t stratum) const { return fvStrata[stratum]->value; }
+  const SVKey& KeyAt(std::size_t stratum) const { return fvStrata[stratum]->key; }
+  std::size_t OuterUnitOf(std::size_t stratum) const {
+    return static_cast<std::size_t>(fvOuterUnits[stratum]);
+  }
+  // Cases that disagree with the first of their unit on its measure of size.
+  std::int64_t DisagreeingIn(std::size_t stratum) const {
+    const auto found = fDisagreeing.find(static_cast<std::int32_t>(stratum));
+    return found == fDisagreeing.end() ? 0 : found->second;
+  }
+  // A unit by its stratum and its number within it. Empty where cases are counted.
+  struct Place {
+    std::int32_t stratum;
+    std::int32_t unit;
+  };
+  const std::vector<Place>& UnitPlaces() const { return fvPlaces; }
+  // Of the last stage. Null where each unit is a case, and has no weight of an earlier sampling, in strata of
+  // equal probabilities or none.
+  const CaseMasses* Masses() const { return fpMasses.get(); }
+  // Whether a unit that is hit more than once is in the sample once.
+  bool LosesHits() const;
+
   // --- single records: not after a pass of blocks whose cases were counted ---
   // Fills `values` with the stage's seven results for a record, by OutputKind; all are missing for a record
   // that isn't in the stage. The cumulative weight is the stage's weight times `carriedWeight`; in the first
@@ -125,11 +162,6 @@ private:
   using StrataTable = SVHashtable<SVSStratumData>;
   using StratumEntry = StrataTable::Entry;
 
-  // A unit by its stratum and its number within it.
-  struct Place {
-    std::int32_t stratum;
-    std::int32_t unit;
-  };
   // How far a walk has come with the cases of a stratum.
   struct Turn {
     std::int32_t seen = 0;  // cases
@@ -146,8 +178,14 @@ private:
   void TakeRecord(MCCommon::MultiPassRecordIter& iterator);
   void Take(const MCCommon::Record& record);
   bool Check(const MCCommon::Record& record, SVStatus& status);
+  void Start(bool hasBlocks);
+  void MakeMasses();
+  void End();
   void Enter(const MCCommon::RecordBlock& block);
+  void EnterNumbered(const MCCommon::RecordBlock& block);
+  void PassOn(const MCCommon::RecordBlock& block);
   void EnterRow(const MCCommon::RecordBlock& block, std::size_t place);
+  void EnterUnit(const MCCommon::RecordBlock& block, std::size_t place);
   void CountDropped();
   void CheckConstant(std::int32_t stratum, double value);
   // `size` is that of the unit before the record.
@@ -170,8 +208,8 @@ private:
   bool ComesUp(std::int32_t* number);
 
   SVSFindings& Findings() { return fpOutSamples->Findings(); }
-  void Review();
-  bool LosesHits() const;
+  void ReviewAll();
+  void Review(const StratumEntry& entry);
   bool RefusesFindings();
   bool DrawStrata(int* maxSelected);
   bool Summarize(MCSV::SVSOutputSummary& summary);
@@ -180,8 +218,9 @@ private:
 
   const SVSCompSettings* fCompSettings;
   std::int32_t fStageInd;
-  SVSDataTabulator* fpPrevTabulator;  // borrowed, null for the first selected stage
-  bool fbFirstStage;                  // of the selected ones
+  SVSDataTabulator* fpPrevTabulator;            // borrowed, null for the first selected stage
+  SVSDataTabulator* fpNextTabulator = nullptr;  // borrowed, null but in a preview
+  bool fbFirstStage;                            // of the selected ones
   SVSOutSamples* fpOutSamples = nullptr;
   std::vector<std::int32_t> fKeyStrataVars;
   std::vector<std::int32_t> fKeyClusterVars;
@@ -191,7 +230,9 @@ private:
   const std::vector<std::int32_t>* fVariableType;
   std::int32_t fWeightVar;
   bool fbCountsCases = false;  // the units are cases, of blocks
+  bool fbCountsAlone = false;  // and of a unit nothing is kept, so that a pass needs only their numbers
   bool fbDrawsBySize = false;  // a unit's further records matter
+  bool fbForesees = false;     // the pass is that of a preview
   CodeNumbers fStrataNumbers;  // unit of the stage before, own strata variables
   CodeNumbers fUnitNumbers;    // stratum, cluster variables
   StrataTable fDataTable;
@@ -199,6 +240,7 @@ private:
   std::vector<std::int32_t> fvOuterUnits;  // by stratum: the unit of the stage before that contains it
   std::vector<Place> fvPlaces;
   std::vector<std::uint8_t> fvSelected;  // by number of the unit; after the draw, unless cases are counted
+  std::vector<std::int32_t> fvCounts;    // by stratum, while a pass counts alone: the units so far
   std::vector<Turn> fvTurns;             // by stratum, where cases are counted
   // Of the block at hand: its rows that enter, with the numbers of their units; what contains these; and the
   // rows that don't enter for lack of a weight.
@@ -211,6 +253,8 @@ private:
   std::vector<std::int32_t> fvUnitKey;  // scratch
   std::int64_t fEntered = 0;            // records that entered so far
   LateNotes fLateNotes;
+  std::unique_ptr<CaseMasses> fpMasses;               // of the last stage of a preview
+  std::map<std::int32_t, std::int64_t> fDisagreeing;  // cases by stratum
   std::int64_t fValidCount = 0;
   bool fbSourceProcessed = false;
   SVStatus fStatus;

@@ -68,10 +68,8 @@ int SVSStratumData::CheckConstValues(const double* record, const std::vector<std
   return differs;
 }
 
-// Without a measure of size a unit counts as 1, as does the first record of a unit whose records are counted.
 std::int32_t SVSStratumData::AddUnit(const std::int32_t* key, double size) {
-  const double withoutVariable = fbUseMOSVar ? gMissingValue : 1.0;
-  return fUnits.Add(key, fbReadsSizes ? size : withoutVariable);
+  return fUnits.Add(key, fbReadsSizes ? size : WithoutVariable());
 }
 
 // Records of a unit disagree on its measure of size. Always false.
@@ -166,20 +164,22 @@ double SVSStratumData::GetSelectRate() const {
   return static_cast<double>(GetNumSelected()) / NumUnits();
 }
 
+SVStatus SVSStratumData::Select() {
+  fStatus = PrepareDraw();
+  if (!fStatus.IsError()) fStatus = fSelectSamples.SelectSamples();
+  return fStatus;
+}
+
 // The order of these steps is part of the behaviour: bounds come before sorting, which sees the bounded
 // sizes.
-SVStatus SVSStratumData::Select() {
+SVStatus SVSStratumData::PrepareDraw() {
   if (fbUseMOSVar) BoundSizes(&fUnits, Bounds());
   if (MethodOf(fSelectMethod).ordersBySize) SortBySize(&fUnits, fpSettings->ExactDesign());
   fvSelected.clear();
   ComputeRequest();
-  if (!fStatus.IsError()) {
-    fSelectSamples.SetRandom(fpRandom);
-    fStatus =
-        fSelectSamples.Prepare(&fUnits, &fvSelected, fpOutSamples, fRequestSampleSize, fRequestSampleRate);
-  }
-  if (!fStatus.IsError()) fStatus = fSelectSamples.SelectSamples();
-  return fStatus;
+  if (fStatus.IsError()) return fStatus;
+  fSelectSamples.SetRandom(fpRandom);
+  return fSelectSamples.Prepare(&fUnits, &fvSelected, fpOutSamples, fRequestSampleSize, fRequestSampleRate);
 }
 
 SVStatus SVSStratumData::GetRecordStats(std::int32_t unit, std::vector<double>* values) const {

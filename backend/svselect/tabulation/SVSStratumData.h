@@ -7,6 +7,8 @@
 #include "backend/svselect/selection/SVSUnits.h"
 #include "backend/svselect/selection/SVSelectSamples.h"
 #include "backend/svselect/selection/SizeOrder.h"
+#include "backend/svselect/tabulation/StratumOutlook.h"
+#include "model_components/surveyplans/common/AbstractPreview.h"
 #include "model_components/surveyplans/common/SVKey.h"
 #include "model_components/surveyplans/common/SVStatus.h"
 
@@ -65,6 +67,9 @@ public:
   // Adds a unit by its first record, and returns its number. `key` has the codes of its key; `size` is the
   // record's value of the measure-of-size variable, if there is one.
   std::int32_t AddUnit(const std::int32_t* key, double size);
+  // Adds so many units that have neither keys nor sizes. REQUIRES: the key has no codes, and the method draws with
+  // equal probabilities.
+  void AddUnits(std::int32_t count) { fUnits.AddMany(count, WithoutVariable()); }
   // Adds a further record to a unit. Warning 92033, once per stratum, if the records of a unit disagree on its
   // measure of size; false if this one does.
   bool AddRecord(std::int32_t unit, double size) {
@@ -84,6 +89,10 @@ public:
 
   // Draws the sample. Errors: 92008 for a missing rate or size, and those of SVSelectSamples.
   SVStatus Select();
+
+  // In place of Select(): what it would do to the units. Fills in `row` what the stratum itself knows, and
+  // notes what ReviewDraw() does: how far a draw is from its probabilities, and one that takes no unit.
+  StratumOutlook Foresee(MCSV::SVSStratumPreview* row, SVSFindings* findings);
 
   std::int32_t GetRequestSize();
   double GetRequestRate();
@@ -110,6 +119,8 @@ public:
 
 private:
   bool Disagree();
+  // Without a measure of size a unit counts as 1, as does the first record of a unit whose records are counted.
+  double WithoutVariable() const { return fbUseMOSVar ? MCMV::gMissingValue : 1.0; }
 
   // How many units are asked for, of how many. The status is a warning or an error about that.
   struct Request {
@@ -119,6 +130,11 @@ private:
     double asked = 0.0;  // as `size`, which ends at 2^31 - 1
   };
 
+  SVStatus PrepareDraw();
+  void ForeseeProbs(const SVKey& key, StratumOutlook* outlook, SVSFindings* findings) const;
+  void ForeseeRow(const StratumOutlook& outlook, MCSV::SVSStratumPreview* row) const;
+  void ForeseeSizes(MCSV::SVSStratumPreview* row) const;
+  void NameTooLarge(MCSV::SVSStratumPreview* row) const;
   Request FindRequest() const;
   Request RequestSize(double size) const;
   Request RequestRate(double rate) const;
@@ -128,6 +144,7 @@ private:
   void ReviewLargeSizes(const SVKey& key, double limit, SVSFindings* findings) const;
   bool OnlyApproaches(std::int32_t requested, bool anyFraction) const;
   void ReviewStatedProbs(const SVKey& key, SVSFindings* findings) const;
+  void NoteStatedProbs(const SVKey& key, SVSFindings* findings) const;
   bool AnySizeHasFraction() const;
   void ReviewHits(const SVKey& key, SVSFindings* findings) const;
   std::int32_t NumUnits() const { return fUnits.Count(); }

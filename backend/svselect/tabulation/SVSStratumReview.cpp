@@ -118,7 +118,10 @@ bool SVSStratumData::AnySizeHasFraction() const {
 }
 
 void SVSStratumData::ReviewStatedProbs(const SVKey& key, SVSFindings* findings) const {
-  if (GetNumSelected() == 0) return;  // another finding
+  if (GetNumSelected() > 0) NoteStatedProbs(key, findings);  // else another finding
+}
+
+void SVSStratumData::NoteStatedProbs(const SVKey& key, SVSFindings* findings) const {
   const std::vector<SVSelectSamples::StatedProb> probs = fSelectSamples.StatedProbs();
   if (probs.empty()) findings->CountUnknown(fStageInd);
   std::int32_t position = 0;

@@ -1,4 +1,4 @@
-// A stage after its pass: the draw with its outputs, then the questions about it.
+// A stage after its pass: the draw, then the questions about it. SVSTabulatorOutputs.cpp has its outputs.
 
 #include <algorithm>
 
@@ -8,18 +8,10 @@
 #include "backend/svselect/design/SVSOutSamples.h"
 #include "backend/svselect/tabulation/SVSDataTabulator.h"
 #include "host/numeric/Obs.h"
-#include "model_components/surveyplans/common/AbstractOutputs.h"
 
 namespace {
 
 using MCMV::gMissingValue;
-
-// The first `count` codes of a key.
-std::vector<std::int32_t> Codes(const SVKey& key, std::size_t count) {
-  std::vector<std::int32_t> codes(count);
-  for (std::size_t i = 0; i < count; ++i) codes[i] = key[static_cast<int>(i)];
-  return codes;
-}
 
 // A size that exceeds its limit by less may be within it by the sums of a draw, which are in another order.
 constexpr double kBeyondDoubt = 1.0 + 1e-9;
@@ -51,7 +43,7 @@ std::int32_t FailureBy(const SVSFinding& finding) {
 SVStatus SVSDataTabulator::SelectSamples(MCSV::SVSOutputSummary* summary,
                                          MCSV::SVSOutJointProbs* jointProbs) {
   int maxSelected = 0;
-  Review();
+  ReviewAll();
   if (RefusesFindings() || !DrawStrata(&maxSelected)) return fStatus;
   if (summary != nullptr && !Summarize(*summary)) return fStatus;
   if (fStageInd == 1 && jointProbs != nullptr) WriteJointProbs(*jointProbs, maxSelected);
@@ -59,7 +51,7 @@ SVStatus SVSDataTabulator::SelectSamples(MCSV::SVSOutputSummary* summary,
 }
 
 SVStatus SVSDataTabulator::CheckSamples() {
-  Review();
+  ReviewAll();
   for (const SVSFinding& finding : Findings().All()) {
     if (const std::int32_t code = FailureBy(finding); code != 0 && !fStatus.IsError())
       fStatus = ErrorStatus(code);
@@ -68,15 +60,28 @@ SVStatus SVSDataTabulator::CheckSamples() {
   return fStatus;
 }
 
-// In the order in which the strata appeared, which is the order of the examples that a user sees. A strict
-// draw that would lose hits is refused whether or not a unit is then hit twice: if it depended on that, the
-// samples that are accepted would have other probabilities.
-void SVSDataTabulator::Review() {
+std::vector<bool> SVSDataTabulator::ReviewFrame() {
+  std::vector<bool> isRefused;
+  const Strictness strictness = fCompSettings->HowStrict();
   for (const StratumEntry* entry : fvStrata) {
-    entry->value.Review(entry->key, &Findings());
-    if (fCompSettings->HowStrict() != Strictness::kLenient && LosesHits()) {
-      Findings().Note(FindingKind::kHitsNotKept, fStageInd, {.stratum = entry->key, .unit = {}});
-    }
+    const std::int64_t before = Findings().RefusedCount(fStageInd, strictness);
+    Review(*entry);
+    isRefused.push_back(Findings().RefusedCount(fStageInd, strictness) > before);
+  }
+  return isRefused;
+}
+
+// In the order in which the strata appeared, which is the order of the examples that a user sees.
+void SVSDataTabulator::ReviewAll() {
+  for (const StratumEntry* entry : fvStrata) Review(*entry);
+}
+
+// A strict draw that would lose hits is refused whether or not a unit is then hit twice: if it depended on
+// that, the samples that are accepted would have other probabilities.
+void SVSDataTabulator::Review(const StratumEntry& entry) {
+  entry.value.Review(entry.key, &Findings());
+  if ((fCompSettings->HowStrict() != Strictness::kLenient || fbForesees) && LosesHits()) {
+    Findings().Note(FindingKind::kHitsNotKept, fStageInd, {.stratum = entry.key, .unit = {}});
   }
 }
 
@@ -127,59 +132,6 @@ void SVSDataTabulator::ListSelected() {
     if (result == results.size() || results[result].unit != place.unit) continue;
     fvSelected[number] = results[result++].IsSelected() ? 1 : 0;
   }
-}
-
-// EndStage() is called whatever StartStage() and AddStratum() answered, so that the output can close what it
-// opened.
-bool SVSDataTabulator::Summarize(MCSV::SVSOutputSummary& summary) {
-  int result = summary.StartStage(fStageInd);
-  for (auto entry = fDataTable.begin(); entry != fDataTable.end() && result == MCSV::kSummaryGoOn; ++entry) {
-    SVSStratumData& stratum = entry->value;
-    result = summary.AddStratum(Codes(entry->key, fKeyStrataVars.size()), stratum.GetRequestSize(),
-                                stratum.GetNumSelected(), stratum.GetRequestRate(), stratum.GetSelectRate());
-  }
-  const int end = summary.EndStage();
-  if (result != MCSV::kSummaryFailed && end != MCSV::kSummaryFailed) return true;
-  fStatus = ErrorStatus(kStatusUserError);
-  return false;
-}
-
-// An output that can't be opened is closed again and ignored: the sample doesn't depend on it. Strata are
-// sorted by their keys, so that the file has a stable order.
-void SVSDataTabulator::WriteJointProbs(MCSV::SVSOutJointProbs& output, int maxSelected) {
-  const int state = output.Open(maxSelected);
-  std::vector<StratumEntry*> strata = fvStrata;
-  std::sort(strata.begin(), strata.end(),
-            [](const StratumEntry* a, const StratumEntry* b) { return a->key < b->key; });
-  if (state != MCSV::kJointFailed) {
-    for (StratumEntry* entry : strata) {
-      if (!WriteStratum(output, *entry)) break;
-    }
-  }
-  output.Close();
-}
-
-// False if nothing more is to be written. A stratum without selected units writes nothing, but can still
-// report an error.
-bool SVSDataTabulator::WriteStratum(MCSV::SVSOutJointProbs& output, StratumEntry& entry) {
-  SVSStratumData& stratum = entry.value;
-  const std::vector<std::int32_t>& units = stratum.SelectedUnits();
-  const std::vector<double>* matrix = nullptr;
-  fStatus = stratum.ComputeJointProbs(&matrix);
-  fpOutSamples->AddStatus(fStatus);
-  if (fStatus.IsError()) return false;
-
-  const std::size_t n = units.size();
-  bool failed = n > 0 && output.StartStratum(static_cast<int>(n), Codes(entry.key, fKeyStrataVars.size())) ==
-                             MCSV::kJointFailed;
-  for (std::size_t i = 0; i < n && !failed; ++i) {
-    const auto row = matrix->begin() + static_cast<std::ptrdiff_t>(i * n);
-    failed = output.WriteRow(Codes(stratum.Units().KeyOf(units[i]), fKeyClusterVars.size()),
-                             {row, row + static_cast<std::ptrdiff_t>(n)}) == MCSV::kJointFailed;
-  }
-  stratum.ClearWork();
-  if (failed) fStatus = ErrorStatus(kStatusNoJointOutput);
-  return !failed;
 }
 
 // --- after the draw --------------------------------------------------------------------------------------
