@@ -122,7 +122,8 @@ bool SVSProcedure::Run() {
   if (fStatus.IsError()) return false;
   const bool isGood = fpComponent->Run(*fpRecordIter, fpSummary);
   if (!isGood) fStatus = fpComponent->GetStatus();
-  Remark({.isDrawn = isGood && !fpValidSpecs->CheckOnly(), .isEndedBySize = fStatus.code == kStatusInvalidSize});
+  Remark(
+      {.isDrawn = isGood && !fpValidSpecs->CheckOnly(), .isEndedBySize = fStatus.code == kStatusInvalidSize});
   return isGood;
 }
 
