@@ -110,6 +110,8 @@ private:
   void ReadLeast(Index value);
   void ReadMost(Index value);
   void ReadMeasure(Index value);
+  void ReadCertainty(Index value);
+  void ReadCertain(Index value);
   void ReadWrite(Index value);
   void CheckStage(Index stage);
   void CheckBounds(Index stage);

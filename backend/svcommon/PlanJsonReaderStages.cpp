@@ -116,6 +116,19 @@ void PlanJsonReader::ReadMeasureCases(Index value) {
   if (!fpPlan->mosFromData) Fault(kPlanNoMosSource, value, "'cases' is true, or left out");
 }
 
+void PlanJsonReader::ReadCertainty(Index value) {
+  const bool isNumber = fJson.Kind(value) == JsonKind::kNumber;
+  const double share = isNumber ? fJson.Number(value) : fJson.Boolean(value) ? 1.0 : 0.0;
+  Stage().certainty = share;
+  if (isNumber) Fault(CertaintyShareFault(share, std::string(fJson.Written(value))), value);
+  if (share > 0.0) Fault(CertaintyFault(Stage()), value);
+}
+
+void PlanJsonReader::ReadCertain(Index value) {
+  ReadName(value, &Stage().certainName);
+  if (!(Stage().certainty > 0.0)) Fault(kPlanInvalidFile, value, kNoCertaintyText);
+}
+
 void PlanJsonReader::ReadWrite(Index value) {
   ReadMembers(value, WriteMembers(), "'write'");
 }

@@ -112,6 +112,22 @@ bool AsksForTwo(const SVPlanStageSpecs& stage) {
          (stage.paramSource == kParamByValue && stage.paramKind == kParamSize && stage.paramValue == 2.0);
 }
 
+PlanFault CertaintyShareFault(double share, const std::string& text) {
+  if (share > 0.0 && share < 1.0) return {};
+  return {SV_XML::kPlanInvalidFile,
+          fmt::format(
+              "{} isn't a share of the limit, a number above 0 and below 1; for the limit itself say true",
+              QuotedWord(text))};
+}
+
+PlanFault CertaintyFault(const SVPlanStageSpecs& stage) {
+  const SVMethod& method = MethodOfType(stage.type);
+  if (method.code == kMethodNone || method.TakesCertain()) return {};
+  return {SV_XML::kPlanInvalidFile,
+          fmt::format("'certainty' has no effect with {}; it takes {}", QuotedWord(method.word),
+                      ListedWords(MethodWords([](const SVMethod& m) { return m.TakesCertain(); })))};
+}
+
 PlanFault OnlyStageFault(const SVPlanStageSpecs& stage, const char* cure) {
   const SVMethod& method = MethodOfType(stage.type);
   if (!method.writesJointUnasked || !stage.designVariableNames.empty()) return {};

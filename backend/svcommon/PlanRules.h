@@ -46,6 +46,16 @@ PlanFault TableVariableFault(const SVPlanSpecs& plan, int number, const KorvVarN
 // Whether a stage asks for two units, or leaves their number open: all that a method of two units can give.
 bool AsksForTwo(const SVPlanStageSpecs& stage);
 
+// A share of the limit from which units are taken for certain; `text` is the value as the plan has it.
+PlanFault CertaintyShareFault(double share, const std::string& text);
+
+// A stage that takes units for certain: its method must draw by size and without replacement. A method that is
+// no method isn't blamed again.
+PlanFault CertaintyFault(const SVPlanStageSpecs& stage);
+
+inline constexpr const char* kNoCertaintyText =
+    "'certain' has no effect: the stage has no 'certainty', so it takes no unit for certain";
+
 // A lone stage that writes joint probabilities in any case needs clusters, which name the rows of their file.
 // `cure` is the end of the sentence.
 PlanFault OnlyStageFault(const SVPlanStageSpecs& stage, const char* cure);

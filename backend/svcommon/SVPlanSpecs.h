@@ -34,6 +34,9 @@ struct SVPlanStageSpecs {
   double minSize = 0.0;  // bounds of a stratum's sample size if a rate is given; not positive means none
   double maxSize = 0.0;
 
+  // Units with n x >= c X are taken for certain, c being this share; 0 where none are.
+  double certainty = 0.0;
+
   // Output variables; an empty name means that the variable isn't wanted.
   KorvVarName inclProbName;
   KorvVarName cumWeightName;
@@ -42,6 +45,7 @@ struct SVPlanStageSpecs {
   KorvVarName sampSizeName;
   KorvVarName rateName;
   KorvVarName weightName;
+  KorvVarName certainName;
 
   std::set<KorvVarName> designVariableNames;  // upper-case names of this stage's cluster variables
 };

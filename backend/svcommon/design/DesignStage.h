@@ -44,6 +44,8 @@ public:
   std::int32_t rateVariable() const { return fRateVariable; }
   double rateMinSize() const { return fRateMinSize; }
   double rateMaxSize() const { return fRateMaxSize; }
+  // Units with n x >= c X are taken for certain, c being this share; 0 where none are.
+  double certaintyShare() const { return fCertaintyShare; }
   double sizeValue() const { return fSizeValue; }
   std::int32_t sizeVariable() const { return fSizeVariable; }
 
@@ -66,6 +68,7 @@ public:
   void setSizeValue(double value) { Carry(kSizeValue, &fSizeValue, value); }
   void setSizeVariable(std::int32_t index) { Carry(kSizeVariable, &fSizeVariable, index); }
 
+  void setCertaintyShare(double share) { fCertaintyShare = share; }
   void setRateMinSize(double value) { fRateMinSize = value; }
   void setRateMaxSize(double value) { fRateMaxSize = value; }
 
@@ -97,4 +100,5 @@ private:
   double fRateMaxSize = -1.0;
   double fSizeValue = -1.0;
   std::int32_t fSizeVariable = -1;
+  double fCertaintyShare = 0.0;
 };

@@ -40,6 +40,8 @@ const KorvVarName& OutputNameOf(const SVPlanStageSpecs& stage, std::int32_t kind
       return stage.sampSizeName;
     case kOutRate:
       return stage.rateName;
+    case kOutCertain:
+      return stage.certainName;
     default:
       return stage.weightName;
   }
@@ -229,6 +231,7 @@ bool SVSParser::TranslateStage(const SVPlanStageSpecs& stageSpecs, DesignStage& 
   }
   if (stageSpecs.minSize > 0) stage.setRateMinSize(stageSpecs.minSize);
   if (stageSpecs.maxSize > 0) stage.setRateMaxSize(stageSpecs.maxSize);
+  stage.setCertaintyShare(stageSpecs.certainty);
   if (!StandInForPreviousWeight(stageSpecs)) return false;
 
   const SVMethod& method = MethodOfType(stageSpecs.type);

@@ -35,6 +35,7 @@ public:
   // Bounds of the size that a rate asks for, positive.
   void SetMinSize(double value, std::int32_t stage) { FindStage(stage).setRateMinSize(value); }
   void SetMaxSize(double value, std::int32_t stage) { FindStage(stage).setRateMaxSize(value); }
+  void SetCertaintyShare(double share, std::int32_t stage) { FindStage(stage).setCertaintyShare(share); }
   // Only stage 1 takes an estimator, and only none or with replacement.
   bool SetEstimator(std::int32_t estimator, std::int32_t stage);
   // Stage 1 takes any code, later stages the methods of equal probability.

@@ -27,6 +27,7 @@ enum class FindingKind : std::uint8_t {
   kSizeAboveLimit,    // units too large for the method
   kHitsNotKept,       // units that the sample shows as hit once though they were hit more often
   kOtherCount,        // strata that gave another number of units than asked for
+  kCertainTakeAll,    // strata whose certain units leave none to be drawn of the others
   kStatedProbs,       // strata whose draw may not have the inclusion probabilities that it states
 };
 

@@ -65,6 +65,7 @@ private:
     if (stage.methodType() != kMethodNone) fTexts.Add("Selection Method: " + std::string(method.title));
     AddMeasureOfSize();
     AddInclusion(stage);
+    AddCertainty(stage);
     AddBound("Minimum Number of Units Sampled: ", stage.rateMinSize());
     AddBound("Maximum Number of Units Sampled: ", stage.rateMaxSize());
     fTexts.Add("Estimator Assumption: " + std::string(method.estimator));
@@ -115,6 +116,12 @@ private:
       default:
         break;
     }
+  }
+
+  void AddCertainty(const DesignStage& stage) {
+    const double share = stage.certaintyShare();
+    if (share > 0.0)
+      fTexts.Add("Certainty Units: n x >= " + (share < 1.0 ? NumberText(share) + " X" : std::string("X")));
   }
 
   // A tag can name a variable that was never set; such a line is left out.

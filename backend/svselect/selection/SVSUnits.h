@@ -19,10 +19,14 @@
 // of size, and nothing where they don't.
 //
 // Methods that order their units do so in a list of positions; for all others position and unit are the same.
+// Units that aren't drawn, because they are taken for certain, come after the list, at further positions.
 class SVSUnits {
 public:
   struct Result {
+    enum Role : std::int32_t { kDrawn, kCertain };
+
     std::int32_t unit = 0;
+    Role role = kDrawn;
     double inclProb = MCMV::gMissingValue;  // of the stage, as is the weight
     double weight = MCMV::gMissingValue;
     double hits = MCMV::gMissingValue;  // number of selections
@@ -50,6 +54,9 @@ public:
   }
 
   std::int32_t Count() const { return fCount; }
+  // Units to draw from; the further ones are set apart.
+  std::int32_t ListCount() const { return fCount - fApart; }
+  std::int32_t ApartCount() const { return fApart; }
   double SizeOf(std::int32_t unit) const {
     return fvSizes.empty() ? fCommonSize : fvSizes[static_cast<std::size_t>(unit)];
   }
@@ -69,6 +76,10 @@ public:
     std::sort(fvOrder.begin(), fvOrder.end(), less);
   }
 
+  // Sets the units at the marked positions apart, behind those that stay in the list.
+  // REQUIRES: no unit is apart, and there is a mark for each position.
+  void SetApart(const std::vector<std::uint8_t>& isApart);
+
   // --- the results ---
   // A unit that is taken again gets the later result.
   void SetResult(const Result& result) { fvResults.push_back(result); }
@@ -87,5 +98,6 @@ private:
   std::vector<double> fvSizes;               // by unit, or empty
   std::vector<std::int32_t> fvKeys;          // one key after the other
   std::vector<std::int32_t> fvOrder;         // unit by position; empty where they are the same
+  std::int32_t fApart = 0;                   // units behind the list
   std::vector<Result> fvResults;
 };

@@ -54,9 +54,11 @@ class Stage:
     min, max  the fewest and most units that a rate gives
     size      for the pps_ methods the measure of size: the name of a variable, or CASES, a unit's number of cases
     size_min, size_max   smaller and larger sizes count as these
+    certainty True to take units with n x >= X for certain, x being the size and X the total of the stratum, before the others are
+              drawn; or a share of that limit, as 0.8. For pps_ methods without replacement
     label     name of the stage in tables
     write     new variables of the sample, by what they hold: a dict from "probability", "weight", "cumulative_weight",
-              "population", "sample_size", "rate" or "index" to a name
+              "population", "sample_size", "rate", "index" or "certain" to a name
 
     Words and numbers are checked when the plan is used.
     """
@@ -73,6 +75,7 @@ class Stage:
     size_min: Optional[float] = None
     size_max: Optional[float] = None
     label: Optional[str] = None
+    certainty: Union[bool, float] = False
     write: Mapping[str, str] = field(default_factory=dict)
 
     def _request(self, given: Request) -> Any:
@@ -108,6 +111,8 @@ class Stage:
             stage["size"] = {"variable": self.size, **bounds}
         elif bounds:
             raise ValueError("size_min and size_max bound a size; there is none")
+        if self.certainty is not False:
+            stage["certainty"] = self.certainty if self.certainty is True else _number(self.certainty)
         if self.write:
             stage["write"] = dict(self.write)
         return stage
