@@ -100,6 +100,9 @@ Json StageJson(const SVPlanSpecs& plan, const SVPlanStageSpecs& stage) {
   if (method.IsPps()) object["size"] = MeasureJson(plan);
   if (stage.certainty == 1.0) object["certainty"] = true;
   if (stage.certainty > 0.0 && stage.certainty < 1.0) object["certainty"] = stage.certainty;
+  for (const SVPlanOrderKey& key : stage.order)
+    object["order"].push_back((key.isDescending ? "-" : "") + key.variable.Text());
+  if (stage.isSerpentine) object["serpentine"] = true;
   Json write = Json::object();
   AddName(&write, "probability", stage.inclProbName);
   AddName(&write, "weight", stage.weightName);

@@ -121,6 +121,16 @@ void AddCertainty(const SVPlanStageSpecs& stage, Lines* lines) {
                    ", x being the size and X the total of the stratum");
 }
 
+void AddOrder(const SVPlanStageSpecs& stage, Lines* lines) {
+  std::string text;
+  for (const SVPlanOrderKey& key : stage.order) {
+    text += (text.empty() ? "" : ", ") + PrintableText(key.variable.Text());
+    if (key.isDescending) text += " descending";
+  }
+  if (stage.isSerpentine) text += "; every second run reversed (serpentine)";
+  if (!text.empty()) lines->push_back("  Units ordered by: " + text);
+}
+
 void AddStage(const SVPlanSpecs& plan, int number, Lines* lines) {
   const SVPlanStageSpecs& stage = *plan.getStage(number);
   const std::string label = stage.label.empty() ? "" : ": " + PrintableText(stage.label);
@@ -131,6 +141,7 @@ void AddStage(const SVPlanSpecs& plan, int number, Lines* lines) {
   AddSize(stage, lines);
   if (MethodOfType(stage.type).IsPps()) AddMeasureOfSize(plan, lines);
   AddCertainty(stage, lines);
+  AddOrder(stage, lines);
   AddOutputs(stage, lines);
 }
 

@@ -52,6 +52,12 @@ PlanJsonReader::Members PlanJsonReader::StageMembers() {
        "true, false or a number",
        false,
        &PlanJsonReader::ReadCertainty},
+      {"order",
+       {JsonKind::kList},
+       "a list of variables, [\"...\"], those with a minus sign in descending order",
+       false,
+       &PlanJsonReader::ReadOrder},
+      {"serpentine", {JsonKind::kBoolean}, "true or false", false, &PlanJsonReader::ReadSerpentine},
       {"write", {JsonKind::kObject}, "an object, {...}", false, &PlanJsonReader::ReadWrite},
   };
   return kMembers;

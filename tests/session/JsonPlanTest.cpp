@@ -70,6 +70,7 @@ TEST(JsonPlan, IsDrawnStrictly) {
       {R"("method": "pps_wor", "n": 1, "size": {"variable": "size"}, "certainty": 0.1)",
        "2 strata have so many units that are certain that no other can be drawn (s = a: 2 certain, 1 asked "
        "for"},
+      {R"("method": "simple_wor", "n": 1, "order": ["s", "-sise"])", "column 132: 'sise' isn't in the frame"},
       {R"("method": "simple_wor", "n": {"variable": "nn"})", "column 127: 'nn' isn't in the frame"},
   };
   for (const auto& c : kCases) {
@@ -93,6 +94,16 @@ TEST(JsonPlan, TakesCertainUnits) {
     EXPECT_THAT(drawn.folder.Text("sample.csv"), HasSubstr(",3,0.3333333333333333,2,0,3\n"));
     EXPECT_THAT(drawn.folder.Text("r.json"), HasSubstr("Units Taken for Certain"));
   }
+}
+
+// Cluster 1 has sizes 3 and 4.
+TEST(JsonPlan, OrdersByWhatIsConstantInAUnit) {
+  const Drawn drawn(R"("method": "simple_systematic", "n": 1, "order": ["-size"])", "sample.csv",
+                    "s,u,size\na,1,3\na,1,4\na,2,1\n");
+  EXPECT_EQ(drawn.status, RunStatus::kError);
+  EXPECT_THAT(drawn.said,
+              HasSubstr("1 case has another value in a variable of 'order' than the first case of its "
+                        "unit (s = a, u = 1)"));
 }
 
 // A plan that names a method has asked for its draw. A user who asks for a strict one gets no other.

@@ -16,6 +16,13 @@
 // of the size that a rate asks for carry no tag: only a positive one bounds.
 class DesignStage {
 public:
+  // A variable that the units of a stratum are ordered by before the draw.
+  struct OrderKey {
+    std::int32_t variable = -1;
+    bool isDescending = false;
+    bool isText = false;  // its values are codes in the record
+  };
+
   explicit DesignStage(std::int32_t stageNumber = 0) : fStageNumber(stageNumber) {}
 
   // Back to the initial values, with number 0.
@@ -46,6 +53,8 @@ public:
   double rateMaxSize() const { return fRateMaxSize; }
   // Units with n x >= c X are taken for certain, c being this share; 0 where none are.
   double certaintyShare() const { return fCertaintyShare; }
+  const std::vector<OrderKey>& order() const { return fOrder; }
+  bool isSerpentine() const { return fbSerpentine; }
   double sizeValue() const { return fSizeValue; }
   std::int32_t sizeVariable() const { return fSizeVariable; }
 
@@ -69,6 +78,10 @@ public:
   void setSizeVariable(std::int32_t index) { Carry(kSizeVariable, &fSizeVariable, index); }
 
   void setCertaintyShare(double share) { fCertaintyShare = share; }
+  void setOrder(std::vector<OrderKey> keys, bool isSerpentine) {
+    fOrder = std::move(keys);
+    fbSerpentine = isSerpentine;
+  }
   void setRateMinSize(double value) { fRateMinSize = value; }
   void setRateMaxSize(double value) { fRateMaxSize = value; }
 
@@ -101,4 +114,6 @@ private:
   double fSizeValue = -1.0;
   std::int32_t fSizeVariable = -1;
   double fCertaintyShare = 0.0;
+  std::vector<OrderKey> fOrder;
+  bool fbSerpentine = false;  // every second run is reversed
 };

@@ -14,6 +14,7 @@
 enum class FindingKind : std::uint8_t {
   kNoPreviousWeight,  // cases whose earlier weight isn't above 0, which are left out
   kUnequalSpec,       // cases that disagree with the first of their stratum on its rate or size
+  kUnequalOrder,      // cases that disagree with the first of their unit on a variable that orders the units
   kUnequalSize,       // cases that disagree with the first of their unit on its measure of size
   kMissingSpec,       // strata without a rate or size
   kRateAboveOne,      // strata with a rate that no draw without replacement can have

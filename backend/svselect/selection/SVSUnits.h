@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <numeric>
+#include <utility>
 #include <vector>
 
 #include "host/numeric/Obs.h"
@@ -18,7 +19,8 @@
 // results are kept of the units that were taken. So cases as units cost 8 bytes each where they have measures
 // of size, and nothing where they don't.
 //
-// Methods that order their units do so in a list of positions; for all others position and unit are the same.
+// Units that are ordered, by their method or by the plan, are so in a list of positions; else position and unit
+// are the same.
 // Units that aren't drawn, because they are taken for certain, come after the list, at further positions.
 class SVSUnits {
 public:
@@ -76,6 +78,7 @@ public:
     std::sort(fvOrder.begin(), fvOrder.end(), less);
   }
 
+  void SetOrder(std::vector<std::int32_t> order) { fvOrder = std::move(order); }
   // Sets the units at the marked positions apart, behind those that stay in the list.
   // REQUIRES: no unit is apart, and there is a mark for each position.
   void SetApart(const std::vector<std::uint8_t>& isApart);

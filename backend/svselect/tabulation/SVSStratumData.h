@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "backend/svselect/selection/SVSUnits.h"
@@ -77,6 +78,8 @@ public:
     if (fbUseMOSData) fUnits.CountRecord(unit);
     return !fbReadsSizes || fUnits.CheckSize(unit, size) || Disagree();
   }
+  // The order in which the units are drawn from, in place of that of their first records: all units, once each.
+  void OrderUnits(std::vector<std::int32_t> order) { fUnits.SetOrder(std::move(order)); }
   double SizeOf(std::int32_t unit) const { return fUnits.SizeOf(unit); }
 
   // Looks at the request and at the measures of size as Select() is going to see them, and notes what makes

@@ -108,6 +108,7 @@ private:
       settings.SetMOSVar(kSize);
     if (method->IsPps() && OneIn(3)) settings.SetMOSMin(1.5);
     if (method->TakesCertain() && OneIn(2)) settings.SetCertaintyShare(OneIn(2) ? 1.0 : 0.8, stage);
+    if (!method->ordersBySize && OneIn(3)) settings.SetOrder({{.variable = kRegion}}, false, stage);
     AddRequest(stage);
     settings.AddSelectStage(stage);
     if (!method->withReplacement || OneIn(3)) return;
