@@ -48,6 +48,10 @@ Json JsonOf(const PreviewedStage& stage, const PreviewedStratum& stratum) {
                {"rate", numbers.askedRate},
                {"possible", numbers.possible},
                {"drawn", numbers.drawn}};
+  if (numbers.askedReserve > 0) {
+    json["asked_reserve"] = numbers.askedReserve;
+    json["reserve"] = numbers.reserve;
+  }
   Add(&json, "total_size", numbers.totalSize);
   Add(&json, "probability", numbers.probability);
   Add(&json, "weight", numbers.weight);

@@ -151,6 +151,7 @@ private:
       fbDrawsOthers =
           fbDrawsOthers || (numbers.failure == 0 && numbers.drawn != static_cast<double>(numbers.possible));
       fbNamesCertain = fbNamesCertain || numbers.certain.count > 0;
+      fbHoldsReserve = fbHoldsReserve || numbers.askedReserve > 0;
       fbLacksSizes = fbLacksSizes || numbers.withoutSize > 0;
       fbDisagrees = fbDisagrees || numbers.disagreeing > 0;
       fbFails = fbFails || numbers.EndsRun();
@@ -179,6 +180,7 @@ private:
     Cell(PreviewTableKind::kUnits, PreviewTableKind::kAsked, numbers.asked);
     Cell(PreviewTableKind::kUnits, PreviewTableKind::kPossible, numbers.possible);
     if (fbDrawsOthers) Cell(PreviewTableKind::kUnits, "expected", numbers.drawn);
+    if (fbHoldsReserve) Cell(PreviewTableKind::kUnits, "in reserve", numbers.reserve);
     Cell("Frame", "cases", numbers.cases);
     if (fStage.bySize) Cell("Frame", "total size", numbers.totalSize);
     if (fbIsReached) Cell("Probability", "of its cluster", numbers.reached);
@@ -212,6 +214,7 @@ private:
   int fColumns = OutputTable::kNoNode;
   bool fbDrawsOthers = false;
   bool fbNamesCertain = false;
+  bool fbHoldsReserve = false;
   bool fbLacksSizes = false;
   bool fbDisagrees = false;
   bool fbFails = false;

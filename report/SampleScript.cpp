@@ -48,6 +48,11 @@ public:
     Comment("The files are named from this one's folder: run it there, or by source(..., chdir = TRUE).");
     fOut << "library(survey)\n\n";
     Read("s", fScript.sample);
+    for (const ScriptStage& stage : fScript.stages) {
+      if (stage.reserve.empty()) continue;
+      Comment("Reserve units aren't part of the sample.");
+      fOut << "s <- s[which(s$" << RName(stage.reserve) << " == 0), ]\n";
+    }
     fOut << '\n';
     if (fScript.hasLoneUnit) {
       Comment(

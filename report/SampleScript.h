@@ -36,7 +36,8 @@ struct ScriptStage {
   std::vector<std::string> clusters{};  // the units; empty if these are the cases
   std::string populationSize{};
   std::string probability{};
-  std::string index{};  // of the hits of a unit
+  std::string index{};    // of the hits of a unit
+  std::string reserve{};  // above 0 for units that aren't in the sample
 };
 
 struct SampleScript {

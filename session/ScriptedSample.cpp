@@ -64,6 +64,7 @@ private:
     described.populationSize = Column(stage.popSizeName);
     described.probability = Column(stage.inclProbName);
     described.index = Column(stage.indexName);
+    described.reserve = Column(stage.reserveName);
     fpScript->stages.push_back(std::move(described));
   }
 

@@ -102,6 +102,7 @@ Json StageJson(const SVPlanSpecs& plan, const SVPlanStageSpecs& stage) {
   if (stage.certainty > 0.0 && stage.certainty < 1.0) object["certainty"] = stage.certainty;
   for (const SVPlanOrderKey& key : stage.order)
     object["order"].push_back((key.isDescending ? "-" : "") + key.variable.Text());
+  AddBound(&object, "reserve", stage.reserve);
   if (stage.isSerpentine) object["serpentine"] = true;
   Json write = Json::object();
   AddName(&write, "probability", stage.inclProbName);
@@ -112,6 +113,7 @@ Json StageJson(const SVPlanSpecs& plan, const SVPlanStageSpecs& stage) {
   AddName(&write, "rate", stage.rateName);
   AddName(&write, "index", stage.indexName);
   AddName(&write, "certain", stage.certainName);
+  AddName(&write, "reserve", stage.reserveName);
   if (!write.empty()) object["write"] = std::move(write);
   return object;
 }

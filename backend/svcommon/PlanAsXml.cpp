@@ -173,6 +173,7 @@ void AddUnwritable(const SVPlanStageSpecs& stage, int number, std::vector<std::s
   add(stage.certainty > 0.0, "certainty");
   add(!stage.certainName.IsEmpty(), "certain");
   add(!stage.order.empty(), "order");
+  add(stage.reserve > 0.0, "reserve");
 }
 
 }  // namespace

@@ -106,6 +106,7 @@ void AddOutputs(const SVPlanStageSpecs& stage, Lines* lines) {
       {"sampling rate", stage.rateName},
       {"weight", stage.weightName},
       {"mark of units taken for certain", stage.certainName},
+      {"place in the reserve", stage.reserveName},
   };
   for (const auto& output : outputs) {
     if (output.name.IsEmpty()) continue;
@@ -142,6 +143,10 @@ void AddStage(const SVPlanSpecs& plan, int number, Lines* lines) {
   if (MethodOfType(stage.type).IsPps()) AddMeasureOfSize(plan, lines);
   AddCertainty(stage, lines);
   AddOrder(stage, lines);
+  if (stage.reserve > 0.0) {
+    lines->push_back("  Reserve units of each stratum: " + NumberText(stage.reserve) +
+                     (stage.reserve < 1.0 ? " of those of the sample" : ""));
+  }
   AddOutputs(stage, lines);
 }
 

@@ -58,6 +58,7 @@ PlanJsonReader::Members PlanJsonReader::StageMembers() {
        false,
        &PlanJsonReader::ReadOrder},
       {"serpentine", {JsonKind::kBoolean}, "true or false", false, &PlanJsonReader::ReadSerpentine},
+      {"reserve", {JsonKind::kNumber}, "a number", false, &PlanJsonReader::ReadReserve},
       {"write", {JsonKind::kObject}, "an object, {...}", false, &PlanJsonReader::ReadWrite},
   };
   return kMembers;
@@ -103,6 +104,7 @@ PlanJsonReader::Members PlanJsonReader::WriteMembers() {
       {"rate", {JsonKind::kText}, kNameInWords, false, &Reader::ReadOutput<&Stage::rateName>},
       {"index", {JsonKind::kText}, kNameInWords, false, &Reader::ReadOutput<&Stage::indexName>},
       {"certain", {JsonKind::kText}, kNameInWords, false, &Reader::ReadCertain},
+      {"reserve", {JsonKind::kText}, kNameInWords, false, &Reader::ReadOutput<&Stage::reserveName>},
   };
   return kMembers;
 }

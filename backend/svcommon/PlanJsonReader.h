@@ -114,6 +114,7 @@ private:
   void ReadSerpentine(Index value);
   void ReadCertainty(Index value);
   void ReadCertain(Index value);
+  void ReadReserve(Index value);
   void ReadWrite(Index value);
   void CheckStage(Index stage);
   void CheckBounds(Index stage);

@@ -151,6 +151,12 @@ void PlanJsonReader::ReadCertain(Index value) {
   if (!(Stage().certainty > 0.0)) Fault(kPlanInvalidFile, value, kNoCertaintyText);
 }
 
+void PlanJsonReader::ReadReserve(Index value) {
+  Stage().reserve = fJson.Number(value);
+  const PlanFault fault = ReserveFault(Stage(), std::string(fJson.Written(value)));
+  Fault(fault, value);
+}
+
 void PlanJsonReader::ReadWrite(Index value) {
   ReadMembers(value, WriteMembers(), "'write'");
 }
@@ -167,6 +173,7 @@ void PlanJsonReader::CheckStage(Index stage) {
   }
   if (method.IsPps() && !HasMember(stage, "size"))
     Fault(kPlanNoMos, stage, "the stage draws by size, and has no 'size'");
+  Fault(ReserveNameFault(Stage()), stage);
   CheckBounds(stage);
 }
 

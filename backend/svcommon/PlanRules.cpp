@@ -156,6 +156,28 @@ PlanFault CertaintyFault(const SVPlanStageSpecs& stage) {
                       ListedWords(MethodWords([](const SVMethod& m) { return m.TakesCertain(); })))};
 }
 
+PlanFault ReserveFault(const SVPlanStageSpecs& stage, const std::string& text) {
+  const SVMethod& method = MethodOfType(stage.type);
+  if (!(stage.reserve > 0.0) || (stage.reserve >= 1.0 && !IsValidInteger(stage.reserve))) {
+    return {SV_XML::kPlanInvalidFile,
+            QuotedWord(text) +
+                " is neither a whole number of reserve units nor a share of the sample, above 0 and "
+                "below 1"};
+  }
+  if (method.code == kMethodNone || method.HoldsReserve()) return {};
+  return {SV_XML::kPlanInvalidFile,
+          fmt::format("'reserve' can't be had with {}; it takes {}", QuotedWord(method.word),
+                      ListedWords(MethodWords([](const SVMethod& m) { return m.HoldsReserve(); })))};
+}
+
+PlanFault ReserveNameFault(const SVPlanStageSpecs& stage) {
+  if ((stage.reserve > 0.0) == !stage.reserveName.IsEmpty()) return {};
+  return {SV_XML::kPlanInvalidFile, stage.reserve > 0.0
+                                        ? "'reserve' needs the name of a variable, \"reserve\" in 'write', "
+                                          "that tells its units from the sample"
+                                        : "'reserve' of 'write' has no effect: the stage has no 'reserve'"};
+}
+
 PlanFault OnlyStageFault(const SVPlanStageSpecs& stage, const char* cure) {
   const SVMethod& method = MethodOfType(stage.type);
   if (!method.writesJointUnasked || !stage.designVariableNames.empty()) return {};

@@ -67,6 +67,13 @@ PlanFault CertaintyFault(const SVPlanStageSpecs& stage);
 inline constexpr const char* kNoCertaintyText =
     "'certain' has no effect: the stage has no 'certainty', so it takes no unit for certain";
 
+// The reserve of a stage: a whole number of units or a share of the sample, of a method for which a reserve can be
+// held. `text` is the value as the plan has it.
+PlanFault ReserveFault(const SVPlanStageSpecs& stage, const std::string& text);
+
+// A reserve needs a variable that tells its units from those of the sample, which is of no use without one.
+PlanFault ReserveNameFault(const SVPlanStageSpecs& stage);
+
 // A lone stage that writes joint probabilities in any case needs clusters, which name the rows of their file.
 // `cure` is the end of the sentence.
 PlanFault OnlyStageFault(const SVPlanStageSpecs& stage, const char* cure);

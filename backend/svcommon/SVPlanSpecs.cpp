@@ -80,7 +80,7 @@ auto PartsOf(const SVPlanStageSpecs& s) {
   return std::tuple(s.label, s.strataVariables, s.clusterVariables, s.type, s.paramKind, s.paramSource,
                     s.paramValue, s.paramVariable, BoundOf(s.minSize), BoundOf(s.maxSize), s.inclProbName,
                     s.cumWeightName, s.indexName, s.popSizeName, s.sampSizeName, s.rateName, s.weightName,
-                    s.certainty, s.certainName, s.order, s.isSerpentine);
+                    s.certainty, s.certainName, s.order, s.isSerpentine, s.reserve, s.reserveName);
 }
 
 auto PartsOf(const SVPlanSpecs& p) {

@@ -48,6 +48,9 @@ struct SVPlanStageSpecs {
   // Units with n x >= c X are taken for certain, c being this share; 0 where none are.
   double certainty = 0.0;
 
+  // Reserve units of each stratum: a number, or below 1 a share of the units of the sample; 0 for none.
+  double reserve = 0.0;
+
   // Output variables; an empty name means that the variable isn't wanted.
   KorvVarName inclProbName;
   KorvVarName cumWeightName;
@@ -57,6 +60,7 @@ struct SVPlanStageSpecs {
   KorvVarName rateName;
   KorvVarName weightName;
   KorvVarName certainName;
+  KorvVarName reserveName;
 
   std::set<KorvVarName> designVariableNames;  // upper-case names of this stage's cluster variables
 };

@@ -21,6 +21,7 @@ constexpr Entry kEntries[] = {
     {11907, "Sampling weight of stage ^1"},
     {11908, "Final sampling weight"},
     {11909, "Taken for certain in stage ^1"},
+    {11910, "Place in the reserve of stage ^1"},
 };
 
 std::string TextOf(int number) {

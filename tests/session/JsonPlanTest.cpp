@@ -106,6 +106,31 @@ TEST(JsonPlan, OrdersByWhatIsConstantInAUnit) {
                         "unit (s = a, u = 1)"));
 }
 
+// Three of four units are drawn, of which two are the sample; a second stage can't draw in the third.
+TEST(JsonPlan, HoldsReserveUnits) {
+  const std::string stage =
+      R"("method": "simple_wor", "n": 2, "reserve": 1, "write": {"reserve": "place", "probability": "p"})";
+  const Drawn drawn(stage, "sample.csv", "s,u,size\na,1,3\na,2,3\na,3,3\na,4,9\nb,1,3\nb,2,4\n");
+  ASSERT_EQ(drawn.status, RunStatus::kOk) << drawn.said;
+  EXPECT_THAT(drawn.said,
+              HasSubstr("1 stratum has fewer units for the reserve than are asked for (s = b: 1 asked for, "
+                        "0 there)"));
+  EXPECT_THAT(drawn.folder.Text("r.json"), HasSubstr("Units in Reserve"));
+  const std::string sample = drawn.folder.Text("sample.csv");
+  const auto countOf = [&](const std::string& part) {
+    int count = 0;
+    for (std::size_t at = sample.find(part); at != sample.npos; at = sample.find(part, at + 1)) ++count;
+    return count;
+  };
+  EXPECT_EQ(countOf(",0.5,1,\n"), 1) << sample;
+  EXPECT_EQ(countOf(",0.5,0,2\n"), 2) << sample;
+  EXPECT_EQ(countOf(",1,0,1\n"), 2) << sample;
+  const Drawn twice(stage + R"(}, {"method": "simple_wor", "n": 1)");
+  EXPECT_EQ(twice.status, RunStatus::kError);
+  EXPECT_THAT(twice.said,
+              HasSubstr("Reserve units are asked for in a stage that isn't the last one of the run"));
+}
+
 // A plan that names a method has asked for its draw. A user who asks for a strict one gets no other.
 TEST(JsonPlan, AllowsDrawsThatComeNear) {
   for (const bool isStrict : {false, true}) {

@@ -53,6 +53,8 @@ public:
   double rateMaxSize() const { return fRateMaxSize; }
   // Units with n x >= c X are taken for certain, c being this share; 0 where none are.
   double certaintyShare() const { return fCertaintyShare; }
+  // Reserve units of each stratum: a number of them, or below 1 a share of the units of the sample; 0 for none.
+  double reserve() const { return fReserve; }
   const std::vector<OrderKey>& order() const { return fOrder; }
   bool isSerpentine() const { return fbSerpentine; }
   double sizeValue() const { return fSizeValue; }
@@ -82,6 +84,7 @@ public:
     fOrder = std::move(keys);
     fbSerpentine = isSerpentine;
   }
+  void setReserve(double reserve) { fReserve = reserve; }
   void setRateMinSize(double value) { fRateMinSize = value; }
   void setRateMaxSize(double value) { fRateMaxSize = value; }
 
@@ -114,6 +117,7 @@ private:
   double fSizeValue = -1.0;
   std::int32_t fSizeVariable = -1;
   double fCertaintyShare = 0.0;
+  double fReserve = 0.0;
   std::vector<OrderKey> fOrder;
   bool fbSerpentine = false;  // every second run is reversed
 };

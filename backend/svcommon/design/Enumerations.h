@@ -99,8 +99,9 @@ enum OutputKind : std::int32_t {
   kOutRate = 5,
   kOutWeight = 6,
   kOutCertain = 7,  // 1 for a unit that is taken for certain, else 0
+  kOutReserve = 8,  // the place of a reserve unit in its queue, from 1; 0 for a unit of the sample
 };
-inline constexpr int kOutputKinds = 8;
+inline constexpr int kOutputKinds = 9;
 
 // The name of a kind in plans and messages: "INCLPROB". REQUIRES: 0 <= kind < kOutputKinds.
 std::string_view OutputKindName(std::int32_t kind);

@@ -52,6 +52,8 @@ struct SVMethod {
 
   // Whether the method draws with probability proportional to a measure of size; false for kNoMethod.
   constexpr bool IsPps() const { return code != kMethodNone && !equalProbability; }
+  // Whether more units can be drawn than the sample takes, and the rest be held in reserve.
+  constexpr bool HoldsReserve() const { return code != kMethodNone && !withReplacement && !twoUnits; }
   // Whether large units can be taken for certain before the draw.
   constexpr bool TakesCertain() const { return IsPps() && !withReplacement; }
 };

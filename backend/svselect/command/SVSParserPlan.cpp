@@ -42,6 +42,8 @@ const KorvVarName& OutputNameOf(const SVPlanStageSpecs& stage, std::int32_t kind
       return stage.rateName;
     case kOutCertain:
       return stage.certainName;
+    case kOutReserve:
+      return stage.reserveName;
     default:
       return stage.weightName;
   }
@@ -236,6 +238,7 @@ bool SVSParser::TranslateStage(const SVPlanStageSpecs& stageSpecs, DesignStage& 
 
   const SVMethod& method = MethodOfType(stageSpecs.type);
   if (InSelectedRange()) {
+    stage.setReserve(stageSpecs.reserve);
     if (!RequestOutputs(stageSpecs, stage) || !TranslateOrder(stageSpecs, stage)) return false;
     // A unit that is drawn twice needs its cases twice, for which the active file has no place.
     if (method.withReplacement && seenSampleFile == 0 && !specs->CheckOnly()) {

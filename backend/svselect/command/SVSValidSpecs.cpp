@@ -132,6 +132,7 @@ void SVSValidSpecs::Validate() {
     if (stage.rateMinSize() > 0.0) fpCompSettings->SetMinSize(stage.rateMinSize(), number);
     if (stage.rateMaxSize() > 0.0) fpCompSettings->SetMaxSize(stage.rateMaxSize(), number);
     if (!stage.order().empty()) AddOrder(stage, &next);
+    if (stage.reserve() > 0.0) fpCompSettings->SetReserve(stage.reserve(), number);
     if (stage.certaintyShare() > 0.0) fpCompSettings->SetCertaintyShare(stage.certaintyShare(), number);
     for (const std::int32_t kind : stage.requestedOutputs()) {
       fpCompSettings->AddRequestedOutput(kind, number, stage.outputName(kind));

@@ -155,7 +155,8 @@ SVStatus SVSCompSettings::Validate() const {
   for (const DesignStage& stage : fDesignStages) {
     const bool first = &stage == &fDesignStages.front();
     const bool last = &stage == &fDesignStages.back();
-    const std::int32_t fault = FaultOfStage(stage, first, last);
+    const bool losesReserve = stage.reserve() > 0.0 && stage.stageNumber() < LastStage();
+    const std::int32_t fault = losesReserve ? kStatusReserveBeforeLast : FaultOfStage(stage, first, last);
     if (fault == 0) continue;
     SVStatus status = ErrorStatus(fault);
     status.StageSlot() = stage.stageNumber();

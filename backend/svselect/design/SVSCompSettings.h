@@ -37,6 +37,8 @@ public:
   void SetMinSize(double value, std::int32_t stage) { FindStage(stage).setRateMinSize(value); }
   void SetMaxSize(double value, std::int32_t stage) { FindStage(stage).setRateMaxSize(value); }
   void SetCertaintyShare(double share, std::int32_t stage) { FindStage(stage).setCertaintyShare(share); }
+  // Only the last selected stage can have a reserve.
+  void SetReserve(double reserve, std::int32_t stage) { FindStage(stage).setReserve(reserve); }
   // The units' order before the draw; `variable` of a key is a record index. Refused when one is negative.
   bool SetOrder(const std::vector<DesignStage::OrderKey>& keys, bool isSerpentine, std::int32_t stage);
   // Only stage 1 takes an estimator, and only none or with replacement.
@@ -114,7 +116,7 @@ public:
   // The first stage's method has joint probabilities, and its estimator doesn't do without them.
   bool JointProbNeeded() const;
 
-  // Whether these settings describe a run. Errors: 92021 to 92023 for the list of stages; 92025 to 92030 for
+  // Whether these settings describe a run. Errors: 92021 to 92023 for the list of stages; 92025 to 92030 and 92038 for
   // the first faulty stage, whose number is then in the stage slot.
   SVStatus Validate() const;
 

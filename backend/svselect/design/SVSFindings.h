@@ -21,6 +21,7 @@ enum class FindingKind : std::uint8_t {
   kRoundsToNone,      // strata with a rate of so few units that none is drawn
   kTooFewUnits,       // strata that have fewer units than are asked for
   kFewerThanLeast,    // strata that have fewer units than the least number that bounds a rate
+  kFewerReserve,      // strata that hold fewer reserve units than are asked for
   kMissingSize,       // units without a measure of size
   kNegativeSize,      // units with one below 0
   kZeroSize,          // units with one of 0
@@ -41,12 +42,13 @@ enum class Strictness : std::uint8_t {
 };
 
 // Cases that are left out and units that can't be drawn limit what the sample represents, but not the
-// weights; a size above the limit is an error in any draw; and a least number asks for all of fewer units.
+// weights; a size above the limit is an error in any draw; a least number asks for all of fewer units; and the
+// reserve has no weights.
 constexpr bool IsRefused(FindingKind kind, Strictness strictness) {
   if (kind == FindingKind::kStatedProbs) return strictness == Strictness::kAll;
   return strictness != Strictness::kLenient && kind != FindingKind::kNoPreviousWeight &&
          kind != FindingKind::kZeroSize && kind != FindingKind::kSizeAboveLimit &&
-         kind != FindingKind::kFewerThanLeast;
+         kind != FindingKind::kFewerThanLeast && kind != FindingKind::kFewerReserve;
 }
 
 // All findings of one kind in one stage.

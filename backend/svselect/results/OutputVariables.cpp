@@ -21,6 +21,7 @@ constexpr OutputKindTraits kTraits[kOutputKinds] = {
     {"SamplingRate", 2, 11906},
     {"SampleWeight", 2, 11907},
     {"Certain", 0, 11909},
+    {"Reserve", 0, 11910},
 };
 
 }  // namespace

@@ -249,7 +249,7 @@ void SVSSampleFile::MakePass(SVSComponent& component, SVProcDSMultiIter& multiPa
       int column = firstNew;
       for (const double value : values) cases.SetColumnValue(column++, value);
     }
-    if (rule) rule->Take(cases);
+    if (rule && finalWeight != MCMV::gMissingValue) rule->Take(cases);
   };
   try {
     if (multiPassIter.HasBlocks()) {
@@ -267,6 +267,15 @@ void SVSSampleFile::MakePass(SVSComponent& component, SVProcDSMultiIter& multiPa
   if (rule) rule->Finish();
 }
 
+// Cases of the sample, and those of reserve units, which have no weight. Only the last stage has such units, and a
+// case gets there by the units that the stages before selected.
+bool SVSSampleFile::IsWritten(double finalWeight) const {
+  if (finalWeight != MCMV::gMissingValue) return true;
+  const auto last = std::find_if(fStageValues.rbegin(), fStageValues.rend(),
+                                 [](const std::vector<double>& values) { return !values.empty(); });
+  return last != fStageValues.rend() && (*last)[kOutReserve] > 0.0;
+}
+
 template <class TakeCase>
 void SVSSampleFile::WalkBlocks(SVSComponent& component, SVProcDSMultiIter& multiPassIter,
                                const TakeCase& takeCase) {
@@ -277,7 +286,7 @@ void SVSSampleFile::WalkBlocks(SVSComponent& component, SVProcDSMultiIter& multi
     for (std::size_t place = 0; place < selected.rows.size(); ++place) {
       double finalWeight = MCMV::gMissingValue;
       if (component.RowStats(*block, selected, place, &fStageValues, &finalWeight).IsError() ||
-          finalWeight == MCMV::gMissingValue) {
+          !IsWritten(finalWeight)) {
         continue;
       }
       multiPassIter.CaseIterator()->ShowCase(selected.rows[place]);
@@ -295,8 +304,7 @@ void SVSSampleFile::WalkCases(SVSComponent& component, SVProcDSMultiIter& multiP
     double finalWeight = MCMV::gMissingValue;
     const MCCommon::Record* record = multiPassIter.Current();
     if (record != nullptr && component.MaySelect(*record) &&
-        !component.CaseStats(*record, &fStageValues, &finalWeight).IsError() &&
-        finalWeight != MCMV::gMissingValue) {
+        !component.CaseStats(*record, &fStageValues, &finalWeight).IsError() && IsWritten(finalWeight)) {
       takeCase(finalWeight);
     }
     multiPassIter.Next();

@@ -86,6 +86,7 @@ private:
   void WalkBlocks(SVSComponent& component, SVProcDSMultiIter& multiPassIter, const TakeCase& takeCase);
   template <class TakeCase>
   void WalkCases(SVSComponent& component, SVProcDSMultiIter& multiPassIter, const TakeCase& takeCase);
+  bool IsWritten(double finalWeight) const;
   int FindRepeatPosition() const;
   void FillNewValues(double finalWeight, std::vector<double>* values) const;
 

@@ -17,7 +17,7 @@
 namespace {
 
 constexpr std::size_t kMaxStrataVariables = 18;  // the deepest nesting that a table can have
-constexpr std::size_t kValueCells = 5;           // of a collected row: sizes, rates, certain units
+constexpr std::size_t kValueCells = 7;           // of a collected row: sizes, rates, certain units, reserve
 constexpr int kAsMade = 2;                       // categories stay in the order in which they were added
 constexpr double kPercent = 100.0;
 
@@ -42,6 +42,7 @@ int SVSSummaryTable::StartStage(int stage) {
   fStatus = MCSV::kSummaryStop;
   if (!fpValidSpecs->PrintSelection()) return fStatus;
   fbTakesCertain = fpValidSpecs->CompSettings()->GetStage(stage)->certaintyShare() > 0.0;
+  fbHoldsReserve = fpValidSpecs->CompSettings()->GetStage(stage)->reserve() > 0.0;
   OpenTable(stage);
   FindStrataVariables(stage);
   if (fvCumStrataXW.size() > kMaxStrataVariables) {
@@ -126,6 +127,8 @@ void SVSSummaryTable::CollectRow(const std::vector<std::int32_t>& designValues, 
   cells[2].number = row.requestedRate;
   cells[3].number = row.actualRate;
   cells[4].number = row.certain;
+  cells[5].number = row.requestedReserve;
+  cells[6].number = row.actualReserve;
 }
 
 // Also called for a stage without rows: the table with the note is shown, and one that was never opened
@@ -143,7 +146,8 @@ void SVSSummaryTable::WriteCollectedRows() {
   for (const OBS* key : fpStrataObsVecMap->Sort()) {
     const OBS* cells = key + fKeyBuffer.size();
     WriteRow(key, {TruncateToInt32(cells[0].number), TruncateToInt32(cells[1].number), cells[2].number,
-                   cells[3].number, TruncateToInt32(cells[4].number)});
+                   cells[3].number, TruncateToInt32(cells[4].number), TruncateToInt32(cells[5].number),
+                   TruncateToInt32(cells[6].number)});
   }
   fpStrataObsVecMap.reset();
 }
@@ -162,6 +166,9 @@ void SVSSummaryTable::WriteRow(const OBS* keyCells, const Row& row) const {
   write(SummaryTableKind::kUnitsSampled, BpNumber(row.requestedSize, count), BpNumber(row.actualSize, count));
   write(SummaryTableKind::kProportionSampled, BpNumber(row.requestedRate * kPercent, percent),
         BpNumber(row.actualRate * kPercent, percent));
+  if (fbHoldsReserve)
+    write(SummaryTableKind::kReserveUnits, BpNumber(row.requestedReserve, count),
+          BpNumber(row.actualReserve, count));
   if (!fbTakesCertain) return;
   fStatsDim->Category(Fixed(SummaryTableKind::kCertainUnits));
   fValueDim->Category(Fixed(SummaryTableKind::kActual)).Cell(BpNumber(row.certain, count));

@@ -61,6 +61,7 @@ private:
   const ProcedureDataSource* fpDataSource;
   // Of the current stage.
   bool fbTakesCertain = false;
+  bool fbHoldsReserve = false;
   std::optional<BpPivotTable> fTable;
   std::optional<BpDimension> fValueDim;
   std::optional<BpDimension> fStatsDim;

@@ -67,6 +67,7 @@ private:
     AddInclusion(stage);
     AddCertainty(stage);
     AddOrder(stage);
+    AddReserve(stage);
     AddBound("Minimum Number of Units Sampled: ", stage.rateMinSize());
     AddBound("Maximum Number of Units Sampled: ", stage.rateMaxSize());
     fTexts.Add("Estimator Assumption: " + std::string(method.estimator));
@@ -130,6 +131,12 @@ private:
     for (const DesignStage::OrderKey& key : stage.order())
       text += (text.empty() ? "" : ", ") + NameOf(key.variable) + (key.isDescending ? " descending" : "");
     if (!text.empty()) fTexts.Add("Unit Order: " + text + (stage.isSerpentine() ? ", serpentine" : ""));
+  }
+
+  void AddReserve(const DesignStage& stage) {
+    if (stage.reserve() > 0.0)
+      fTexts.Add("Reserve Units: " + NumberText(stage.reserve()) +
+                 (stage.reserve() < 1.0 ? " of the sample" : ""));
   }
 
   // A tag can name a variable that was never set; such a line is left out.

@@ -35,6 +35,9 @@ struct Row {
 constexpr const char* kNotStrict =
     "A strict run refuses what makes a probability or weight wrong or unclear; see the remarks";
 
+constexpr const char* kReserveBeforeLast =
+    "Reserve units are asked for in a stage that isn't the last one of the run ...";
+
 constexpr Row kRows[] = {
     {kStatusNoRecords, kAnyInclusionType, false, "There are no valid cases ...",
      "There are no valid cases ..."},
@@ -58,6 +61,7 @@ constexpr Row kRows[] = {
      "Measure of size values unequal or missing ..."},
     {kStatusRateAboveOne, kAnyInclusionType, true, "Sampling rate exceeds 1 in stage ^1 stratum ...",
      "Sampling rate exceeds 1 in stage ^1 ..."},
+    {kStatusReserveBeforeLast, kAnyInclusionType, false, kReserveBeforeLast, kReserveBeforeLast},
     {kStatusNotStrict, kAnyInclusionType, false, kNotStrict, kNotStrict},
     {kStatusNoMemory, kAnyInclusionType, false, "Insufficient memory for joint probabilities ...",
      "Insufficient memory for joint probabilities ..."},

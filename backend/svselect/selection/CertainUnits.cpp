@@ -13,7 +13,8 @@ bool IsCertain(double size, double total, std::int32_t left, double share) {
 
 }  // namespace
 
-CertainUnits FindCertainUnits(std::span<const double> sizes, std::int32_t requested, double share) {
+CertainUnits FindCertainUnits(std::span<const double> sizes, std::int32_t requested, std::int32_t reserve,
+                              double share) {
   CertainUnits found{.isCertain = std::vector<std::uint8_t>(sizes.size()), .left = requested};
   for (bool isFound = true; isFound;) {
     isFound = false;
@@ -21,8 +22,8 @@ CertainUnits FindCertainUnits(std::span<const double> sizes, std::int32_t reques
     for (std::size_t i = 0; i < sizes.size(); ++i) {
       if (found.isCertain[i] == 0) found.totalLeft += sizes[i];
     }
-    const std::int32_t left = found.left;
-    if (left <= 0 || !(found.totalLeft > 0.0)) break;
+    const std::int32_t left = found.left + reserve;
+    if (found.left <= 0 || !(found.totalLeft > 0.0)) break;
     for (std::size_t i = 0; i < sizes.size(); ++i) {
       if (found.isCertain[i] != 0 || !IsCertain(sizes[i], found.totalLeft, left, share)) continue;
       found.isCertain[i] = 1;
@@ -34,14 +35,14 @@ CertainUnits FindCertainUnits(std::span<const double> sizes, std::int32_t reques
   return found;
 }
 
-std::int32_t SetCertainApart(SVSUnits* units, std::int32_t requested, double share) {
+std::int32_t SetCertainApart(SVSUnits* units, std::int32_t requested, std::int32_t reserve, double share) {
   std::vector<double> sizes;
   sizes.reserve(static_cast<std::size_t>(units->Count()));
   for (std::int32_t position = 0; position < units->Count(); ++position) {
     sizes.push_back(units->SizeOf(units->UnitAt(position)));
     if (sizes.back() == MCMV::gMissingValue) return requested;
   }
-  const CertainUnits found = FindCertainUnits(sizes, requested, share);
+  const CertainUnits found = FindCertainUnits(sizes, requested, reserve, share);
   if (found.count > 0) units->SetApart(found.isCertain);
   return found.LacksUnits() ? 0 : std::max(found.left, 0);
 }

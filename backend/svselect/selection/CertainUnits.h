@@ -13,6 +13,8 @@
 // their sizes, and the rest is looked at again, until no unit is left that is too large. What is drawn of the
 // rest by any method then has probabilities below 1 that add up to what is left of n.
 //
+// Where r further units are drawn for a reserve, units with (n + r) x >= c X are taken: the draw is one of n + r.
+//
 // Source:   [Sarndal92] in docs/BIBLIOGRAPHY.md, section 3.6.2.
 // Accuracy: the totals are summed in list order over the rest, as the draw sums them, so that no draw finds a
 //           size above its limit that is within it here.
@@ -31,8 +33,9 @@ struct CertainUnits {
 };
 
 // REQUIRES: no size is missing.
-CertainUnits FindCertainUnits(std::span<const double> sizes, std::int32_t requested, double share);
+CertainUnits FindCertainUnits(std::span<const double> sizes, std::int32_t requested, std::int32_t reserve,
+                              double share);
 
 // Sets the certain units of a stratum apart from the list that is drawn from. Returns how many are left to be
 // drawn, at least 0. Changes nothing where a size is missing, which the draw reports.
-std::int32_t SetCertainApart(SVSUnits* units, std::int32_t requested, double share);
+std::int32_t SetCertainApart(SVSUnits* units, std::int32_t requested, std::int32_t reserve, double share);

@@ -25,15 +25,18 @@
 class SVSUnits {
 public:
   struct Result {
-    enum Role : std::int32_t { kDrawn, kCertain };
+    // What a unit is taken for; above 0 for the reserve, its place in the queue.
+    static constexpr std::int32_t kDrawn = 0;
+    static constexpr std::int32_t kCertain = -1;
 
     std::int32_t unit = 0;
-    Role role = kDrawn;
+    std::int32_t role = kDrawn;
     double inclProb = MCMV::gMissingValue;  // of the stage, as is the weight
     double weight = MCMV::gMissingValue;
     double hits = MCMV::gMissingValue;  // number of selections
 
     bool IsSelected() const { return weight != MCMV::gMissingValue; }
+    bool IsReserve() const { return role > 0; }
   };
 
   explicit SVSUnits(std::size_t keyLength) : fKeyLength(keyLength) {}
@@ -89,6 +92,7 @@ public:
   // Ends the draw: results are ready to be read from here on.
   void FinishResults();
   const std::vector<Result>& Results() const { return fvResults; }  // by unit
+  std::vector<Result>& Results() { return fvResults; }              // units must stay
   // Null for a unit that wasn't taken.
   const Result* ResultOf(std::int32_t unit) const;
 

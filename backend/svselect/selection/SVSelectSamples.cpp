@@ -1,12 +1,14 @@
 #include "backend/svselect/selection/SVSelectSamples.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "backend/svcommon/design/DesignStage.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
 #include "backend/svselect/selection/MethodFunctions.h"
 #include "backend/svselect/selection/SVSJointWork.h"
+#include "host/numeric/MCRandomTwister.h"
 #include "host/threads/sfLocks.h"
 
 using MCMV::gMissingValue;
@@ -22,12 +24,14 @@ SVSelectSamples::SVSelectSamples(const SVSCompSettings* settings, std::int32_t s
 SVSelectSamples::~SVSelectSamples() = default;
 
 SVStatus SVSelectSamples::Prepare(SVSUnits* units, std::vector<std::int32_t>* selected,
-                                  SVSOutSamples* outSamples, std::int32_t requestSize, double requestRate) {
+                                  SVSOutSamples* outSamples, std::int32_t requestSize, double requestRate,
+                                  std::int32_t reserve) {
   fpUnits = units;
   fpSelected = selected;
   fpOutSamples = outSamples;
   fNAllSamples = units->ListCount();
   fNRequestSamples = requestSize;
+  fNReserve = reserve;
   fRequestSampleRate = requestRate;
   fTotalSampleSize = 0.0;
   ClearSizes();
@@ -66,6 +70,7 @@ SVStatus SVSelectSamples::SelectSamples() {
   fNSelectSamples = 0;
   LimitRequest();
   if (fNRequestSamples > 0) Draw();
+  if (fNReserve > 0 && !fStatus.IsError()) HoldReserve();
   if (fpUnits->ApartCount() > 0 && !fStatus.IsError()) TakeApart();
   // Only the methods that name their units one by one have joint probabilities, which need the sizes.
   if (fSelectSampleInds.empty()) ClearSizes();
@@ -112,6 +117,33 @@ void SVSelectSamples::Draw() {
   if (fNSelectSamples > 0) SetStageValues();
 }
 
+// Units that can't be drawn at all leave fewer in the sample, not in the reserve: that is noticed.
+void SVSelectSamples::HoldReserve() {
+  std::vector<SVSUnits::Result>& results = fpUnits->Results();
+  for (SVSUnits::Result& result : results) {
+    result.inclProb *= SampleShare();
+    result.weight = WeightOf(result.inclProb);
+  }
+  std::vector<std::size_t> open(results.size());
+  std::iota(open.begin(), open.end(), 0U);
+  for (std::int32_t place = 1; place <= fNReserve && !open.empty(); ++place) {
+    const auto at =
+        static_cast<std::size_t>(fpRandom->GetRealClosedOpen() * static_cast<double>(open.size()));
+    std::size_t& chosen = open[std::min(at, open.size() - 1)];
+    results[chosen].role = place;
+    results[chosen].weight = gMissingValue;
+    chosen = open.back();
+    open.pop_back();
+  }
+  fNSelectSamples = static_cast<std::int32_t>(open.size());
+  for (std::size_t i = fpSelected->size(); i-- > 0;) {
+    if (!fpUnits->ResultOf((*fpSelected)[i])->IsReserve()) continue;
+    fpSelected->erase(fpSelected->begin() + static_cast<std::ptrdiff_t>(i));
+    fSelectSampleInds.erase(fSelectSampleInds.begin() + static_cast<std::ptrdiff_t>(i));
+  }
+  SetStageValues();
+}
+
 void SVSelectSamples::TakeApart() {
   const bool isNamed = MethodOf(fSelectMethod).namesUnits;
   for (std::int32_t position = fpUnits->ListCount(); position < fpUnits->Count(); ++position) {
@@ -143,7 +175,8 @@ std::vector<SVSelectSamples::StatedProb> SVSelectSamples::StatedProbs() const {
   if (drawnProbs == nullptr || fAllSampleSizes.empty()) return probs;
   const SVSStratumView stratum = View();
   for (const double drawn : drawnProbs(stratum)) {
-    probs.push_back({stratum.RequestedShare(static_cast<std::int32_t>(probs.size())), drawn});
+    const double stated = stratum.RequestedShare(static_cast<std::int32_t>(probs.size()));
+    probs.push_back({SampleShare() * stated, SampleShare() * drawn});
   }
   return probs;
 }

@@ -40,6 +40,12 @@ class MCRandomTwister;
 // and weight 1, and behind the drawn ones in order of selection. Their joint probability with another unit is
 // that one's own.
 //
+// With a reserve of r units the method draws n + r, of which r are taken out at random one by one. These are the
+// reserve, in that order; the others are the sample. A unit that was drawn is in the sample with the probability
+// n / (n + r), two units with n (n - 1) / ((n + r) (n + r - 1)), so that the probabilities of the sample are
+// those of the draw times these: n p(i) where the draw has (n + r) p(i).
+// Random numbers of that: r GetRealClosedOpen after those of the draw.
+//
 // What differs between the methods isn't here: MethodFunctions.h has the draw of each one, a function over a
 // SVSStratumView, and where its joint probabilities come from.
 class SVSelectSamples {
@@ -52,9 +58,9 @@ public:
   void SetRandom(MCCommonMath::MCRandomTwister* generator) { fpRandom = generator; }
 
   // Takes the units of the stratum and what is asked of those in the list, and forms the measures of size. `selected` is filled
-  // by SelectSamples(), in order of selection.
+  // by SelectSamples(), in order of selection. `reserve` is part of the request, and below it.
   SVStatus Prepare(SVSUnits* units, std::vector<std::int32_t>* selected, SVSOutSamples* outSamples,
-                   std::int32_t requestSize, double requestRate);
+                   std::int32_t requestSize, double requestRate, std::int32_t reserve = 0);
 
   // Draws the sample and writes the results into the units.
   SVStatus SelectSamples();
@@ -64,6 +70,12 @@ public:
 
   // How many are drawn from the list of those that are asked for, once one of the two was called.
   std::int32_t Requested() const { return fNRequestSamples; }
+  std::int32_t Reserve() const { return fNReserve; }  // of these
+
+  // The probability that a unit that is drawn is one of the sample.
+  double SampleShare() const {
+    return fNReserve == 0 ? 1.0 : static_cast<double>(fNRequestSamples - fNReserve) / fNRequestSamples;
+  }
 
   // Units or, for some methods with replacement, hits.
   std::int32_t GetNumSelected() const { return fNSelectSamples; }
@@ -109,6 +121,7 @@ private:
   const MethodFunctions& Functions() const;
   void Draw();
   void TakeApart();
+  void HoldReserve();
   SVSStratumView View() const;  // of the lists as they are
   void Fail(std::int32_t code);
   void SetStageValues();
@@ -122,6 +135,7 @@ private:
   void RunJointWork(std::int32_t range);
   void EndJointWork();
   void AddApartToMatrix();
+  void ScaleMatrix();
 
   const SVSCompSettings* fpSettings;                // borrowed
   const DesignStage* fpStage;                       // borrowed; read at construction only
@@ -138,6 +152,7 @@ private:
   std::vector<double> fCumProbPropSize;             // c(i)
   std::int32_t fNAllSamples = 0;                    // N, of the list
   std::int32_t fNRequestSamples = 0;                // n, at most N without replacement
+  std::int32_t fNReserve = 0;                       // of n: in reserve
   std::int32_t fNSelectSamples = 0;                 // selected so far
   double fRequestSampleRate = 0.0;                  // at most 1 without replacement
   double fOutPopSize = MCMV::gMissingValue;         // results of the stratum

@@ -151,11 +151,24 @@ void SVSelectSamples::RunJointWork(std::int32_t range) {
 
 void SVSelectSamples::EndJointWork() {
   fpJointWork.reset();
-  if (fStatus.IsError() || fpUnits->ApartCount() == 0) return;
+  if (fStatus.IsError()) return;
+  if (fNReserve > 0) ScaleMatrix();
+  if (fpUnits->ApartCount() == 0) return;
   try {
     AddApartToMatrix();
   } catch (const std::bad_alloc&) {
     Fail(kStatusNoMemory);
+  }
+}
+
+// From the pairs that are drawn to those of the sample.
+void SVSelectSamples::ScaleMatrix() {
+  const std::size_t count = fSelectSampleInds.size();
+  const double drawn = fNRequestSamples;
+  const double share = SampleShare() * (drawn - fNReserve - 1.0) / (drawn - 1.0);
+  for (std::size_t entry = 0; entry < fJointProbs.size(); ++entry) {
+    const bool isPair = entry / count != entry % count;
+    if (isPair && fJointProbs[entry] != MCMV::gMissingValue) fJointProbs[entry] *= share;
   }
 }
 

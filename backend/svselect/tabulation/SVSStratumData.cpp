@@ -37,6 +37,7 @@ SVSStratumData::SVSStratumData(const SVSCompSettings* settings, std::int32_t sta
   assert(design != nullptr);
   fSelectMethod = design->methodType();
   fInclProbType = design->inclusionType();
+  if (MethodOf(fSelectMethod).HoldsReserve()) fReserve = design->reserve();
   if (MethodOf(fSelectMethod).equalProbability) return;
   if (MethodOf(fSelectMethod).TakesCertain()) fCertaintyShare = design->certaintyShare();
   fbUseMOSData = settings->MOSFromData();
@@ -148,6 +149,20 @@ SVSStratumData::Request SVSStratumData::RequestRate(double rate) const {
   return request;
 }
 
+std::int32_t SVSStratumData::PossibleSize(std::int32_t requested) const {
+  return MethodOf(fSelectMethod).withReplacement ? requested : std::min(requested, NumUnits());
+}
+
+// A share is rounded up, so that no stratum is without a reserve; what rounding has added to a product is no unit.
+std::int32_t SVSStratumData::AskedReserve(std::int32_t sample) const {
+  if (fReserve <= 0.0 || sample <= 0) return 0;
+  return TruncateToInt32(fReserve < 1.0 ? std::ceil(fReserve * sample * (1.0 - kConstTolerance)) : fReserve);
+}
+
+std::int32_t SVSStratumData::PossibleReserve(std::int32_t sample) const {
+  return std::min(AskedReserve(sample), std::max(NumUnits() - sample, 0));
+}
+
 SizeBounds SVSStratumData::Bounds() const {
   return {.minimum = fpSettings->MOSMin(), .maximum = fpSettings->MOSMax()};
 }
@@ -181,9 +196,12 @@ SVStatus SVSStratumData::PrepareDraw() {
   ComputeRequest();
   if (fStatus.IsError()) return fStatus;
   std::int32_t drawn = fRequestSampleSize;
-  if (TakesCertain()) drawn = SetCertainApart(&fUnits, std::min(drawn, NumUnits()), fCertaintyShare);
+  std::int32_t reserve = PossibleReserve(PossibleSize(drawn));
+  if (TakesCertain()) drawn = SetCertainApart(&fUnits, PossibleSize(drawn), reserve, fCertaintyShare);
+  if (drawn == 0) reserve = 0;
   fSelectSamples.SetRandom(fpRandom);
-  return fSelectSamples.Prepare(&fUnits, &fvSelected, fpOutSamples, drawn, fRequestSampleRate);
+  return fSelectSamples.Prepare(&fUnits, &fvSelected, fpOutSamples, drawn + reserve, fRequestSampleRate,
+                                reserve);
 }
 
 SVStatus SVSStratumData::GetRecordStats(std::int32_t unit, std::vector<double>* values) const {
@@ -194,6 +212,7 @@ SVStatus SVSStratumData::GetRecordStats(std::int32_t unit, std::vector<double>* 
     out[kOutInclProb] = result->inclProb;
     out[kOutWeight] = result->weight;
     out[kOutIndex] = result->hits;
+    out[kOutReserve] = std::max(result->role, SVSUnits::Result::kDrawn);
     out[kOutCertain] = result->role == SVSUnits::Result::kCertain ? 1.0 : 0.0;
   }
   fSelectSamples.GetStageValues(&out[kOutPopSize], &out[kOutSampSize], &out[kOutRate]);

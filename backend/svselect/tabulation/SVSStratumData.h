@@ -107,6 +107,9 @@ public:
   const SVSUnits& Units() const { return fUnits; }
   // Units that are taken for certain; known from the draw, or its foresight, on.
   std::int32_t CertainCount() const { return fUnits.ApartCount(); }
+  // Reserve units, as asked for and as the stratum can hold.
+  std::int32_t AskedReserve() const { return AskedReserve(PossibleSize(fRequestSampleSize)); }
+  std::int32_t ReserveCount() const { return fSelectSamples.Reserve(); }
 
   // Fills `values` with the results of a case of that unit, by OutputKind. Those that don't apply are
   // missing, and so is always the cumulative weight, which only the caller can know. If the stratum has an
@@ -156,6 +159,11 @@ private:
   void NoteStatedProbs(const SVKey& key, SVSFindings* findings) const;
   bool AnySizeHasFraction() const;
   void ReviewHits(const SVKey& key, SVSFindings* findings) const;
+  // What can be taken of a request.
+  std::int32_t PossibleSize(std::int32_t requested) const;
+  // Beside so many units of the sample.
+  std::int32_t AskedReserve(std::int32_t sample) const;
+  std::int32_t PossibleReserve(std::int32_t sample) const;
   bool TakesCertain() const { return fCertaintyShare > 0.0; }
   std::int32_t NumUnits() const { return fUnits.Count(); }
 
@@ -176,6 +184,7 @@ private:
   std::int32_t fStageInd;
   std::int32_t fSelectMethod;
   std::int32_t fInclProbType;
+  double fReserve = 0.0;         // a number, or below 1 a share of the sample; 0 for none
   double fCertaintyShare = 0.0;  // 0 where no unit is taken for certain
   std::int32_t fRequestSampleSize = 0;
   double fRequestSampleRate = 0.0;

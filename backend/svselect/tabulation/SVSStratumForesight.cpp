@@ -28,6 +28,7 @@ StratumOutlook SVSStratumData::Foresee(MCSV::SVSStratumPreview* row, SVSFindings
   StratumOutlook outlook(fUnits, MethodOf(fSelectMethod).withReplacement);
   fStatus = PrepareDraw();
   if (!fStatus.IsError()) fStatus = fSelectSamples.Foresee(&outlook);
+  if (!fStatus.IsError() && ReserveCount() > 0) outlook.Scale(fSelectSamples.SampleShare());
   if (!fStatus.IsError()) ForeseeProbs(row->key, &outlook, findings);
   if (!fStatus.IsError()) outlook.TakeApart();
   ForeseeRow(outlook, row);
@@ -61,7 +62,9 @@ void SVSStratumData::ForeseeRow(const StratumOutlook& outlook, MCSV::SVSStratumP
   row->askedRate = fRequestSampleRate;
   row->attempts = outlook.Attempts();
   row->failure = isFailed ? fStatus.code : 0;
-  row->possible = method.withReplacement ? fRequestSampleSize : std::min(fRequestSampleSize, NumUnits());
+  row->possible = PossibleSize(fRequestSampleSize);
+  row->askedReserve = AskedReserve();
+  row->reserve = isFailed ? 0 : ReserveCount();
   if (method.IsPps()) ForeseeSizes(row);
   if (fStatus.code == kStatusInvalidSize) NameTooLarge(row);
   if (isFailed || outlook.IsEmpty()) return;
@@ -76,7 +79,7 @@ void SVSStratumData::ForeseeRow(const StratumOutlook& outlook, MCSV::SVSStratumP
     if (foreseen.stated >= kCertain && !takesAll) NameUnit(fUnits.KeyOf(unit), &row->certain);
   }
   if (outlook.IsSame()) row->drawn *= NumUnits();
-  const double most = fSelectSamples.Requested() + CertainCount();
+  const double most = fSelectSamples.Requested() - ReserveCount() + CertainCount();
   if (std::fabs(row->drawn - most) <= kRounding * most) row->drawn = most;
 }
 
@@ -97,7 +100,7 @@ void SVSStratumData::NameTooLarge(MCSV::SVSStratumPreview* row) const {
   std::stable_sort(units.begin(), units.end(),
                    [this](std::int32_t a, std::int32_t b) { return fUnits.SizeOf(a) > fUnits.SizeOf(b); });
   double left = row->totalSize;
-  std::int64_t n = row->possible;
+  std::int64_t n = row->possible + PossibleReserve(PossibleSize(fRequestSampleSize));
   for (const std::int32_t unit : units) {
     const double size = fUnits.SizeOf(unit);
     if (n == 0 || !(static_cast<double>(n) * size >= left)) return;

@@ -39,13 +39,19 @@ void SVSStratumData::Review(const SVKey& key, SVSFindings* findings) const {
     findings->Note(isByBound ? FindingKind::kFewerThanLeast : FindingKind::kTooFewUnits, fStageInd,
                    {.stratum = key, .unit = {}, .value = request.asked, .other = 1.0 * NumUnits()});
   }
-  const std::int32_t n = method.withReplacement ? request.size : std::min(request.size, NumUnits());
+  const std::int32_t n = PossibleSize(request.size);
+  if (AskedReserve(n) > PossibleReserve(n)) {
+    findings->Note(
+        FindingKind::kFewerReserve, fStageInd,
+        {.stratum = key, .unit = {}, .value = 1.0 * AskedReserve(n), .other = 1.0 * PossibleReserve(n)});
+  }
   if (method.IsPps() && n > 0) ReviewSizes(key, n, findings);
 }
 
 void SVSStratumData::ReviewSizes(const SVKey& key, std::int32_t requested, SVSFindings* findings) const {
   const SVMethod& method = MethodOf(fSelectMethod);
   const SizeBounds bounds = fbUseMOSVar ? Bounds() : SizeBounds();
+  const std::int32_t reserve = PossibleReserve(requested);
   double total = 0.0;
   double largest = 0.0;
   bool anyFraction = false;
@@ -65,15 +71,16 @@ void SVSStratumData::ReviewSizes(const SVKey& key, std::int32_t requested, SVSFi
     anyFraction = anyFraction || HasFraction(size);
   }
   if (TakesCertain() && total > 0.0) {
-    const CertainUnits certain = FindCertainUnits(sizes, requested, fCertaintyShare);
+    const CertainUnits certain = FindCertainUnits(sizes, requested, reserve, fCertaintyShare);
     ReviewCertain(key, certain, requested, findings);
-    if (OnlyApproaches(certain.left, NumUnits() - certain.count, anyFraction))
+    if (OnlyApproaches(certain.left + reserve, NumUnits() - certain.count, anyFraction))
       findings->Count(FindingKind::kStatedProbs, fStageInd);
     return;
   }
   // Where all units of equal sizes are taken, each has the limit as its size, and that is allowed.
-  const double limit = total / requested;
-  const bool isCensus = requested == NumUnits() && largest * NumUnits() == total;
+  const std::int32_t drawn = requested + reserve;
+  const double limit = total / drawn;
+  const bool isCensus = drawn == NumUnits() && largest * NumUnits() == total;
   const bool isBeyond = method.limit == SizeLimit::kBelowOne ? largest >= limit : largest > limit;
   const bool isRefused = method.limit != SizeLimit::kNone && isBeyond && !isCensus;
   if (!(total > 0.0)) {
@@ -82,7 +89,7 @@ void SVSStratumData::ReviewSizes(const SVKey& key, std::int32_t requested, SVSFi
   } else if (isRefused) {
     ReviewLargeSizes(key, limit, findings);
   }
-  if (total > 0.0 && OnlyApproaches(requested, NumUnits(), anyFraction))
+  if (total > 0.0 && OnlyApproaches(drawn, NumUnits(), anyFraction))
     findings->Count(FindingKind::kStatedProbs, fStageInd);
 }
 
@@ -120,14 +127,13 @@ void SVSStratumData::ReviewLargeSizes(const SVKey& key, double limit, SVSFinding
 
 void SVSStratumData::ReviewDraw(const SVKey& key, bool notesHits, SVSFindings* findings) const {
   const SVMethod& method = MethodOf(fSelectMethod);
-  const std::int32_t asked =
-      method.withReplacement ? fRequestSampleSize : std::min(fRequestSampleSize, NumUnits());
+  const std::int32_t asked = PossibleSize(fRequestSampleSize);
   if (GetNumSelected() != asked) {
     findings->Note(FindingKind::kOtherCount, fStageInd,
                    {.stratum = key, .unit = {}, .value = 1.0 * GetNumSelected(), .other = 1.0 * asked});
   }
   const bool anyFraction = method.statedProbs == StatedProbs::kMetByWholeSizes && AnySizeHasFraction();
-  if (OnlyApproaches(asked - CertainCount(), fUnits.ListCount(), anyFraction))
+  if (OnlyApproaches(asked - CertainCount() + ReserveCount(), fUnits.ListCount(), anyFraction))
     ReviewStatedProbs(key, findings);
   if (notesHits) ReviewHits(key, findings);
 }

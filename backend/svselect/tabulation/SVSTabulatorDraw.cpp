@@ -118,7 +118,8 @@ void SVSDataTabulator::ListSelected() {
   if (fbCountsCases) {
     for (std::size_t stratum = 0; stratum < fvStrata.size(); ++stratum) {
       for (const SVSUnits::Result& result : fvStrata[stratum]->value.Units().Results()) {
-        if (result.IsSelected()) fvPlaces.push_back({static_cast<std::int32_t>(stratum), result.unit});
+        if (result.IsSelected() || result.IsReserve())
+          fvPlaces.push_back({static_cast<std::int32_t>(stratum), result.unit});
       }
     }
     return StartWalk();
@@ -130,7 +131,8 @@ void SVSDataTabulator::ListSelected() {
     const std::vector<SVSUnits::Result>& results = Stratum(place.stratum).Units().Results();
     std::size_t& result = next[static_cast<std::size_t>(place.stratum)];
     if (result == results.size() || results[result].unit != place.unit) continue;
-    fvSelected[number] = results[result++].IsSelected() ? 1 : 0;
+    fvSelected[number] = results[result].IsSelected() || results[result].IsReserve() ? 1 : 0;
+    ++result;
   }
 }
 

@@ -28,7 +28,9 @@ bool SVSDataTabulator::Summarize(MCSV::SVSOutputSummary& summary) {
                                  .actualSize = stratum.GetNumSelected(),
                                  .requestedRate = stratum.GetRequestRate(),
                                  .actualRate = stratum.GetSelectRate(),
-                                 .certain = stratum.CertainCount()});
+                                 .certain = stratum.CertainCount(),
+                                 .requestedReserve = stratum.AskedReserve(),
+                                 .actualReserve = stratum.ReserveCount()});
   }
   const int end = summary.EndStage();
   if (result != MCSV::kSummaryFailed && end != MCSV::kSummaryFailed) return true;

@@ -37,6 +37,13 @@ public:
       fvUnits[static_cast<std::size_t>(fListed.UnitAt(position))] = UnitOf({1.0, 1.0}, 1.0);
     }
   }
+  // Lowers the probabilities to those of the units that aren't held in reserve.
+  void Scale(double share) {
+    for (Unit& unit : fvUnits) {
+      if (unit.CanBeTaken())
+        unit = UnitOf({unit.stated * share, WeightOf(unit.stated * share)}, unit.hits * share);
+    }
+  }
   // Corrects the probability of a unit to that which its draw really has.
   void SetProb(std::int32_t position, double prob) {
     Unit& unit = fvUnits[static_cast<std::size_t>(fListed.UnitAt(position))];

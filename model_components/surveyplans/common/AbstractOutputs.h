@@ -21,6 +21,8 @@ struct SVSDrawnStratum {
   double requestedRate = 0.0;
   double actualRate = 0.0;
   int certain = 0;  // of actualSize: units that were taken for certain
+  int requestedReserve = 0;
+  int actualReserve = 0;
 };
 
 // SVSOutputSummary receives, for each stage, how many units each stratum was asked for and how many it gave.

@@ -49,6 +49,8 @@ struct SVSStratumPreview {
   std::int64_t possible = 0;  // of what is asked
   // Number of units that will be drawn, or of hits; as expected, where the draw doesn't keep its number.
   double drawn = 0.0;
+  std::int64_t askedReserve = 0;
+  std::int64_t reserve = 0;      // units that will be held
   double attempts = 1.0;         // of a draw that is repeated until it succeeds, on average
   std::int64_t withoutSize = 0;  // units whose measure of size is missing or not above 0
   std::int64_t disagreeing = 0;  // cases with another measure of size than the first of their unit

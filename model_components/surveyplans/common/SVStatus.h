@@ -31,7 +31,9 @@ inline constexpr std::int32_t kStatusInvalidSize = 92032;  // a measure of size 
 inline constexpr std::int32_t kStatusUnequalSize = 92033;  // measure of size differs within a unit
 inline constexpr std::int32_t kStatusSizeAboveUnits = 92034;
 inline constexpr std::int32_t kStatusRateAboveOne = 92035;
-inline constexpr std::int32_t kStatusNoMemory = 92036;   // for the joint probabilities
+inline constexpr std::int32_t kStatusNoMemory = 92036;  // for the joint probabilities
+inline constexpr std::int32_t kStatusReserveBeforeLast =
+    92038;                                               // a further stage would draw in reserve units
 inline constexpr std::int32_t kStatusNotStrict = 92037;  // a strict draw found what makes its results unclear
 
 // SVStatus is how the computation reports an outcome: OK, a warning or an error, with a code and details.

@@ -166,13 +166,14 @@ TEST(PlanAsText, NamesWhatXmlLacks) {
   SVPlanSpecs plan = ReadText(
       R"({"svselect_plan": 1, "weight": "w", "title": "\u0001", "stages": [
         {"method": "pps_wor", "clusters": ["c"], "size": "cases", "certainty": 0.5, "write": {"certain": "z"}, "label": "\uFFFE", "strata": ["s"], "n": {"by": ["s"], "rows": [["\u0000", 1]]}},
-        {"method": "simple_wor", "n": 1, "order": ["a", "-b"], "serpentine": true}]})");
+        {"method": "simple_wor", "n": 1, "order": ["a", "-b"], "serpentine": true,
+         "reserve": 0.2, "write": {"reserve": "r"}}]})");
   EXPECT_THAT(XmlLacks(plan),
-              testing::ElementsAre("'title' has a character that XML can't have",
-                                   "stage 1: 'label' has a character that XML can't have",
-                                   "stage 1: XML has nothing for 'certainty'",
-                                   "stage 1: XML has nothing for 'certain'",
-                                   "stage 1: a category of 'rows' has a character that XML can't have",
-                                   "stage 2: XML has nothing for 'order'"));
+              testing::ElementsAre(
+                  "'title' has a character that XML can't have",
+                  "stage 1: 'label' has a character that XML can't have",
+                  "stage 1: XML has nothing for 'certainty'", "stage 1: XML has nothing for 'certain'",
+                  "stage 1: a category of 'rows' has a character that XML can't have",
+                  "stage 2: XML has nothing for 'order'", "stage 2: XML has nothing for 'reserve'"));
   EXPECT_TRUE(SaysTheSame(plan, ReadText(PlanAsJson(plan))));
 }

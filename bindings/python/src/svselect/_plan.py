@@ -56,11 +56,13 @@ class Stage:
     size_min, size_max   smaller and larger sizes count as these
     order     variables that the units of each stratum are ordered by before the draw; "-income" in descending order
     serpentine True to reverse every second run of that order
+    reserve   further units to draw from each stratum and hold in reserve: a number, or below 1 a share of the sample. Needs
+              a name for "reserve" in write: 0 in the sample, and in the reserve the place in the queue. Only in the last stage drawn
     certainty True to take units with n x >= X for certain, x being the size and X the total of the stratum, before the others are
               drawn; or a share of that limit, as 0.8. For pps_ methods without replacement
     label     name of the stage in tables
     write     new variables of the sample, by what they hold: a dict from "probability", "weight", "cumulative_weight",
-              "population", "sample_size", "rate", "index" or "certain" to a name
+              "population", "sample_size", "rate", "index", "certain" or "reserve" to a name
 
     Words and numbers are checked when the plan is used.
     """
@@ -79,6 +81,7 @@ class Stage:
     label: Optional[str] = None
     order: Union[str, Sequence[str]] = ()
     serpentine: bool = False
+    reserve: Union[int, float, None] = None
     certainty: Union[bool, float] = False
     write: Mapping[str, str] = field(default_factory=dict)
 
@@ -119,6 +122,8 @@ class Stage:
             stage["order"] = order
         if self.serpentine:
             stage["serpentine"] = True
+        if self.reserve is not None:
+            stage["reserve"] = _number(self.reserve)
         if self.certainty is not False:
             stage["certainty"] = self.certainty if self.certainty is True else _number(self.certainty)
         if self.write:

@@ -46,6 +46,8 @@ struct Summary : MCSV::SVSOutputSummary {
     if (std::trunc(row->second.drawn) == row->second.drawn) {
       EXPECT_EQ(row->second.drawn, drawn.actualSize);
     }
+    EXPECT_EQ(row->second.askedReserve, drawn.requestedReserve);
+    EXPECT_EQ(row->second.reserve, drawn.actualReserve);
     units[static_cast<std::size_t>(current - 1)] += drawn.actualSize;
     return 0;
   }
@@ -109,6 +111,8 @@ private:
     if (method->IsPps() && OneIn(3)) settings.SetMOSMin(1.5);
     if (method->TakesCertain() && OneIn(2)) settings.SetCertaintyShare(OneIn(2) ? 1.0 : 0.8, stage);
     if (!method->ordersBySize && OneIn(3)) settings.SetOrder({{.variable = kRegion}}, false, stage);
+    if (isLast && method->HoldsReserve() && OneIn(3))
+      settings.SetReserve(OneIn(2) ? 1.0 + Below(2) : 0.3, stage);
     AddRequest(stage);
     settings.AddSelectStage(stage);
     if (!method->withReplacement || OneIn(3)) return;

@@ -164,8 +164,11 @@ TEST(Roads, OrdersAreTheSame) {
   const std::string plans[] = {
       R"({"strata": ["t"], "method": "simple_systematic", "rate": 0.3, "order": ["h", "-f", "r"], "serpentine": true})",
       R"({"clusters": ["p"], "method": "simple_chromy", "rate": 0.5, "order": ["-p"]},
-         {"method": "simple_systematic", "rate": 0.5, "order": ["-h", "n", "r"], "serpentine": true})",
-      R"({"strata": ["r"], "clusters": ["p"], "method": "simple_systematic", "rate": 0.5, "order": ["m", "h"]})"};
+         {"method": "simple_systematic", "rate": 0.5, "order": ["-h", "n", "r"], "serpentine": true,
+          "reserve": 2, "write": {"reserve": "place", "probability": "f2"}})",
+      R"({"strata": ["r"], "clusters": ["p"], "method": "simple_systematic", "rate": 0.5, "order": ["m", "h"]})",
+      R"({"strata": ["r"], "clusters": ["p"], "method": "pps_systematic", "rate": 0.4, "certainty": 0.9, "reserve": 1,
+          "size": "cases", "order": ["-p"], "write": {"reserve": "place", "certain": "c"}})"};
   int drawn = 0;
   for (unsigned seed = 1; seed <= 12; ++seed) {
     for (const std::string& stages : plans) {

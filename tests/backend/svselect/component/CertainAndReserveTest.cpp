@@ -1,4 +1,5 @@
-// Goal: units taken for certain, and the draw of the others, by repeated draws and by numbers worked out by hand.
+// Goal: units taken for certain, the draw of the others, and those held in reserve: by repeated draws and by numbers
+// worked out by hand.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -37,15 +38,17 @@ struct JointProbs : MCSV::SVSOutJointProbs {
 
 // Draws of one stratum; units count from 1.
 struct Draws {
-  Draws(const SVMethod& method, std::int32_t n, double share, const std::vector<double>& sizes, int count) {
+  Draws(const SVMethod& method, std::int32_t n, double share, const std::vector<double>& sizes, int count,
+        double reserve = 0.0) {
     std::vector<double> values;
     for (std::size_t i = 0; i < sizes.size(); ++i) values.insert(values.end(), {1.0 + i, sizes[i]});
     SVSCompSettings settings;
     settings.AddDesignVar(kUnit, kRoleCluster, 1);
-    settings.SetMOSVar(kSize);
+    if (method.IsPps()) settings.SetMOSVar(kSize);
     settings.SetMethod(method.code, 1);
     if (!method.twoUnits) settings.SetSpecValue(n, kSizeValue, 1);
     settings.SetCertaintyShare(share, 1);
+    settings.SetReserve(reserve, 1);
     settings.SetExactDesign(true);
     settings.SetStrictness(Strictness::kPlan);
     settings.AddSelectStage(1);
@@ -64,15 +67,24 @@ struct Draws {
     std::vector<std::vector<double>> stage;
     double weight = 0.0;
     std::vector<int> drawn;
+    double places = 0.0;
     for (std::size_t i = 0; i < source.Count(); ++i) {
       ASSERT_FALSE(component.CaseStats(source.At(i), &stage, &weight).IsError());
-      if (weight == MCMV::gMissingValue) continue;
       const int unit = static_cast<int>(i) + 1;
+      const double place = stage[0][kOutReserve];
+      if (place > 0.0) {
+        EXPECT_EQ(weight, MCMV::gMissingValue);
+        ++queued[{unit, static_cast<int>(place)}];
+        prob.emplace(unit, stage[0][kOutInclProb]);
+        places += std::ldexp(1.0, static_cast<int>(place));
+      }
+      if (weight == MCMV::gMissingValue) continue;
       EXPECT_NEAR(weight * stage[0][kOutInclProb], 1.0, 1e-12);
       prob.emplace(unit, stage[0][kOutInclProb]), certain.emplace(unit, stage[0][kOutCertain]);
       for (const int other : drawn) ++pairs[{other, unit}];
       drawn.push_back(unit), ++hits[unit];
     }
+    held = places;
     EXPECT_EQ(stage[0][kOutSampSize], static_cast<double>(drawn.size()));
     EXPECT_EQ(stage[0][kOutPopSize], static_cast<double>(source.Count()));
     for (std::size_t a = 0; a < joint.units.size(); ++a) {
@@ -85,7 +97,8 @@ struct Draws {
 
   bool isGood = true;
   std::map<int, double> prob, certain, hits;
-  std::map<Pair, double> pairs, jointProb;
+  double held = 0.0;  // places of the last reserve, as a sum of powers of 2
+  std::map<Pair, double> pairs, jointProb, queued;
 };
 
 void ExpectShare(double hits, double draws, double prob) {
@@ -154,5 +167,45 @@ TEST(CertainUnits, MustLeaveTheOthersAChance) {
   for (const auto& c : kBad) {
     const Draws draws(MethodOf(kMethodPpsSampford), c.n, c.share, c.sizes, 1);
     EXPECT_FALSE(draws.isGood) << c.aim;
+  }
+}
+
+// A unit is drawn with probability (n + r) p, and then in each place of the queue with 1 / (n + r).
+TEST(Reserve, IsDrawnWithTheSampleAndQueuedAtRandom) {
+  constexpr int kDraws = 20'000;
+  const struct {
+    const char* aim;
+    std::int32_t n;
+    double reserve;
+    int places;
+    double share;
+    std::vector<double> sizes, probs;  // of methods by size
+  } kQueues[] = {
+      {"one", 2, 1, 1, 0, {1, 2, 3, 4, 2, 3}, {2 / 15., 4 / 15., 6 / 15., 8 / 15., 4 / 15., 6 / 15.}},
+      {"a share", 2, .7, 2, 0, {2, 2, 3, 3, 3}, {4 / 13., 4 / 13., 6 / 13., 6 / 13., 6 / 13.}},
+      {"all others", 1, 9, 3, 0, {2, 2, 2, 2}, {.25, .25, .25, .25}},
+      {"beside a certain unit", 3, 1, 1, 1, {2, 2, 20, 3, 3}, {.4, .4, 1, .6, .6}},
+  };
+  for (const SVMethod& method : kMethods) {
+    if (!method.HoldsReserve()) continue;
+    for (const auto& c : kQueues) {
+      if (c.share > 0 && !method.IsPps()) continue;
+      SCOPED_TRACE(testing::Message() << method.word << ": " << c.aim);
+      const Draws draws(method, c.n, c.share, c.sizes, kDraws, c.reserve);
+      ASSERT_TRUE(draws.isGood);
+      EXPECT_EQ(draws.held, std::ldexp(1.0, c.places + 1) - 2.0);
+      for (int unit = 1; unit <= static_cast<int>(c.sizes.size()); ++unit) {
+        const double equal = static_cast<double>(c.n) / static_cast<double>(c.sizes.size());
+        const double prob = method.IsPps() ? c.probs[static_cast<std::size_t>(unit) - 1] : equal;
+        EXPECT_NEAR(draws.prob.at(unit), prob, 1e-12);
+        ExpectShare(draws.hits.at(unit), kDraws, prob);
+        const double left = c.share > 0 ? c.n - 1.0 : c.n;
+        for (int place = 1; place <= c.places && prob < 1.0; ++place)
+          ExpectShare(draws.queued.at({unit, place}), kDraws, prob / left);
+      }
+      for (const auto& [pair, prob] : draws.jointProb) {
+        if (pair.first < pair.second) ExpectShare(draws.pairs.at(pair), kDraws, prob);
+      }
+    }
   }
 }
