@@ -1,9 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "host/environment/HostSession.h"
+#include "report/PreviewTables.h"
 #include "session/CommandText.h"
 
 // What a caller of the library asks of a draw beside plan and frame: a JSON object whose members mean what the
@@ -18,6 +20,7 @@
 //   weight         variable that weights the cases
 //   split          list of variables whose changes split the cases into groups
 //   sort           list of variables to order the cases by
+//   cost           list of three numbers, for a preview: the survey, each unit of the first stage, each case
 struct DrawOptions {
   HostSettings settings;
   CommandParts parts;  // seed, stages and keep
@@ -25,6 +28,7 @@ struct DrawOptions {
   std::string weight;
   std::vector<std::string> split;
   std::vector<std::string> sort;
+  std::optional<SurveyCost> cost;
 };
 
 // Reads the options; an empty text has none.
