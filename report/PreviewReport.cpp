@@ -39,7 +39,7 @@ Json JsonOf(const PreviewedStage& stage, const PreviewedStratum& stratum) {
   const MCSV::SVSStratumPreview& numbers = stratum.numbers;
   Json values = Json::object();
   for (std::size_t i = 0; i < stratum.values.size(); ++i)
-    values[stage.variables[i]] = stratum.values[i].FullText();
+    values[stage.variables[i]] = stratum.values[i].Text();
   Json json = {{"values", values},
                {"reached", numbers.reached},
                {"units", numbers.units},
