@@ -260,6 +260,8 @@ TEST(Interface, SaysWhatIsWrongWithOptionsAndPlans) {
     EXPECT_THAT(client.Said(), HasSubstr(c.said));
     EXPECT_THAT(client.Said(), testing::Not(HasSubstr("/tmp")));
   }
+  svs_result_close(client.result);  // of the draw that failed
+  client.result = nullptr;
   EXPECT_EQ(svs_check(client.session, noVariable.data(), noVariable.size(), client.frame, nullptr, nullptr,
                       nullptr, &client.result),
             SVS_ERROR_PLAN);
