@@ -66,7 +66,7 @@ prepared <- function(data) {
   names <- names(data)
   if (length(data) == 0L) fail("svselect_frame_error", "frame: it has no column")
   if (is.null(names) || anyNA(names) || any(names == "")) fail("svselect_frame_error", "frame: a column has no name")
-  names <- utf8(names, "the name of a column")
+  names <- utf8(names, "frame: the name of a column", "svselect_frame_error")
   columns <- lapply(seq_along(data), function(i) prepared_column(.subset2(data, i), names[[i]]))
   if (any(lengths(lapply(columns, `[[`, "value")) != nrow(data))) {
     fail("svselect_frame_error", "frame: its columns don't have the same length")
@@ -85,7 +85,7 @@ prepared_column <- function(x, name) {
   }
   if (inherits(x, "POSIXlt")) x <- as.POSIXct(x)
   if (!is.null(dim(x))) refused("a table in a column")
-  if (inherits(x, "factor")) return(list(kind = "text", value = utf8(as.character(x), sprintf("column \"%s\"", name))))
+  if (inherits(x, "factor")) x <- as.character(x)
   if (inherits(x, "Date")) return(list(kind = "date", value = whole_days(x, refused)))
   if (inherits(x, "POSIXct")) return(list(kind = "time", value = whole_seconds(x, refused)))
   if (inherits(x, "integer64")) return(list(kind = "int64", value = unclass(x)))
@@ -93,7 +93,7 @@ prepared_column <- function(x, name) {
   kind <- c(logical = "logical", integer = "integer", double = "double", character = "text")[typeof(x)]
   if (is.na(kind)) refused(typeof(x))
   x <- without_user_missing(x)
-  if (kind == "text") x <- utf8(x, sprintf("column \"%s\"", name))
+  if (kind == "text") x <- utf8(x, sprintf("frame: column \"%s\"", name), "svselect_frame_error")
   list(kind = unname(kind), value = x)
 }
 

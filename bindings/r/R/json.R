@@ -42,8 +42,8 @@ to_json <- function(x, indent = "") {
 from_json <- function(text) .Call(svr_json, text)
 
 # Text in UTF-8. Where R runs in the C locale, unmarked bytes are taken for UTF-8, and have to be that.
-utf8 <- function(x, what) {
+utf8 <- function(x, what, class = "svselect_argument_error") {
   if (!l10n_info()[["UTF-8"]] && !l10n_info()[["Latin-1"]]) Encoding(x)[Encoding(x) == "unknown"] <- "UTF-8"
   if (!any(Encoding(x) == "bytes") && all(validEnc(x))) return(enc2utf8(x))
-  fail("svselect_frame_error", sprintf("frame: %s has bytes that are no text in UTF-8", what))
+  fail(class, sprintf("%s has bytes that are no text in UTF-8", what))
 }
