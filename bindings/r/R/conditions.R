@@ -29,6 +29,9 @@ require_good <- function(answer, expected = integer()) {
   fail(statuses[[answer[[1L]]]], text, messages)
 }
 
+# Whether an answer has a result, which some failures have as well.
+has_result <- function(answer) .Call(svr_has_address, answer[[3L]])
+
 # --- arguments --------------------------------------------------------------------------------------------------------
 
 check_names <- function(x, what, several = TRUE) {

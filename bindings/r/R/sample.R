@@ -91,11 +91,11 @@ joint_probabilities <- function(sample) {
   joint
 }
 
-joint_matrix <- function(sample, ...) {
+joint_matrix <- function(sample, stratum = NULL) {
   joint <- joint_probabilities(sample)
-  stratum <- list(...)
+  stratum <- as.list(stratum)
   if (length(stratum) > 0L && (is.null(names(stratum)) || any(names(stratum) == ""))) {
-    refuse("a stratum is given as in joint_matrix(sample, region = \"north\")")
+    refuse("a stratum is given as in joint_matrix(sample, list(region = \"north\"))")
   }
   chosen <- rep(TRUE, nrow(joint))
   for (name in names(stratum)) {

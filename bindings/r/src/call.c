@@ -159,15 +159,27 @@ static SEXP check(SEXP plan, SEXP frame, SEXP options, SEXP threads) {
   return finish(&call, status, result);
 }
 
-static SEXP draw(SEXP plan, SEXP frame, SEXP options, SEXP threads, SEXP progress) {
+// Previews and draws differ in the function that they call.
+typedef int (*Work)(svs_session*, const char*, size_t, const svs_frame*, const char*, svs_poll, void*,
+                    svs_result**);
+
+static SEXP work(Work function, SEXP plan, SEXP frame, SEXP options, SEXP threads, SEXP progress) {
   const svs_frame* const handle = svr_handle(frame, "frame");
   const char* const text = text_or_null(plan);
   struct Call call;
   begin(&call, threads, progress, close_result);
   svs_result* result = NULL;
   const int status =
-      svs_draw(call.handle, text, strlen(text), handle, text_or_null(options), poll, &call.watch, &result);
+      function(call.handle, text, strlen(text), handle, text_or_null(options), poll, &call.watch, &result);
   return finish(&call, status, result);
+}
+
+static SEXP preview(SEXP plan, SEXP frame, SEXP options, SEXP threads, SEXP progress) {
+  return work(svs_preview, plan, frame, options, threads, progress);
+}
+
+static SEXP draw(SEXP plan, SEXP frame, SEXP options, SEXP threads, SEXP progress) {
+  return work(svs_draw, plan, frame, options, threads, progress);
 }
 
 static SEXP result_json(SEXP result) {
@@ -175,6 +187,10 @@ static SEXP result_json(SEXP result) {
   const SEXP made = Rf_ScalarString(text);
   UNPROTECT(1);
   return made;
+}
+
+static SEXP has_address(SEXP pointer) {
+  return Rf_ScalarLogical(R_ExternalPtrAddr(pointer) != NULL);
 }
 
 static SEXP version(void) {
@@ -186,7 +202,9 @@ static const R_CallMethodDef kCalls[] = {
     {"svr_frame_of_file", (DL_FUNC)&frame_of_file, 3},
     {"svr_describe", (DL_FUNC)&describe, 2},
     {"svr_check", (DL_FUNC)&check, 4},
+    {"svr_preview", (DL_FUNC)&preview, 5},
     {"svr_draw", (DL_FUNC)&draw, 5},
+    {"svr_has_address", (DL_FUNC)&has_address, 1},
     {"svr_result_json", (DL_FUNC)&result_json, 1},
     {"svr_table", (DL_FUNC)&svr_table, 2},
     {"svr_json", (DL_FUNC)&svr_json, 1},

@@ -61,7 +61,7 @@ for (h in split(seq_len(nrow(j)), j$region)) {
 }
 byHand <- svydesign(ids = ~1, fpc = ~p, data = s, pps = ppsmat(P), variance = "YG")
 same_estimates(~households, as_svydesign(s), byHand)
-north <- joint_matrix(s, region = "1")
+north <- joint_matrix(s, list(region = "1"))
 stopifnot(dim(north) == 3, isSymmetric(north),
           all.equal(sort(diag(north)), sort(s$p[s$region == "1"]), tolerance = 1e-14))
 

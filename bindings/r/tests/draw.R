@@ -131,6 +131,21 @@ stopifnot(setequal(names(draw(keep = c("type", "school_id"))), c("type", "school
           !identical(plain(draw(sort = "enrolment")), plain(draw())), identical(plain(draw()), plain(draw())),
           sample_report(draw())$status == "ok", identical(sample_strata(draw())$drawn, 20L))
 
+# Previews agree with what is drawn, as far as it doesn't depend on the draw.
+plan <- sampling_plan("x") |>
+  stage("pps_wor", strata = "region", clusters = "municipality", n = 3, size = "population", write = c(probability = "p"))
+foreseen <- preview_plan(plan, municipalities, cost = c(100, 0, 2.5))
+s <- draw_sample(plan, municipalities, seed = 3)
+strata <- preview_strata(foreseen)
+stopifnot(foreseen$ok, identical(as.double(strata$possible), as.double(sample_strata(s)$drawn)),
+          identical(as.double(strata$region), as.double(sample_strata(s)$region)),
+          all.equal(foreseen$sample$cost, 100 + 2.5 * 21),
+          s$p >= strata$probability_min[match(s$region, strata$region)],
+          s$p <= strata$probability_max[match(s$region, strata$region)], sum(strata$units) == nrow(municipalities))
+bad <- preview_plan(sampling_plan("x") |> stage("simple_wor", strata = "nowhere", n = 1), schools)
+stopifnot(!bad$ok, is.null(bad$stages), grepl("nowhere", bad$messages$text),
+          any(grepl("A draw fails", capture.output(bad))))
+
 # The README's code, one block after the other.
 if (nzchar(repository)) local({
   folder <- setwd(tempdir())

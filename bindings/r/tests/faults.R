@@ -56,6 +56,8 @@ for (bad in list(NA_character_, 1, character(), list("unit"))) {
   fails(quote(stage(plan, "simple_wor", strata = bad)), "argument", "strata")
 }
 fails(quote(draw_sample(plan$text, frame)), "argument", "plan")
+fails(quote(preview_plan(plan, frame, cost = "a")), "argument", "cost")
+fails(quote(preview_strata(preview_plan(plan, frame), 2)), "argument", "no stage 2")
 fails(quote(stage(plan, "simple_wor", n = c(a = 1))), "argument", "one strata variable")
 fails(quote(stage(plan, "simple_wor", n = data.frame(a = NA, n = 1))), "argument", "categories")
 fails(quote(stage(plan, "simple_wor", size_min = 1)), "argument", "there is none")
