@@ -3,6 +3,7 @@
 import datetime
 import decimal
 import subprocess
+import sys
 
 import duckdb
 import numpy as np
@@ -187,6 +188,13 @@ def test_plans(tmp_path):
     s.write(tmp_path / "s.parquet")
     s.write(tmp_path / "s.csv")
     assert pl.read_parquet(tmp_path / "s.parquet").equals(pl.read_csv(tmp_path / "s.csv"))
+
+
+def test_notebook(repository):
+    """The notebook's code shows what the notebook has."""
+    notebooks = repository / "bindings/python/notebooks"
+    ran = subprocess.run([sys.executable, "run", "schools.ipynb"], cwd=notebooks, capture_output=True, text=True)
+    assert ran.returncode == 0, ran.stderr
 
 
 def test_readme(repository, monkeypatch, tmp_path):
