@@ -83,6 +83,13 @@ std::vector<std::string> Stages(const std::string& name, const Json& value) {
   return stages;
 }
 
+SurveyCost Cost(const std::string& name, const Json& value) {
+  const auto isCost = [](const Json& part) { return part.is_number() && part.get<double>() >= 0.0; };
+  if (!value.is_array() || value.size() != 3 || !std::all_of(value.begin(), value.end(), isCost))
+    Refuse(name, value, "a list of three numbers that aren't negative");
+  return {.fixed = value[0], .unit = value[1], .each = value[2]};
+}
+
 using Member = std::function<void(const std::string& name, const Json& value, DrawOptions* options)>;
 
 const std::vector<std::pair<std::string, Member>>& Members() {
@@ -100,6 +107,7 @@ const std::vector<std::pair<std::string, Member>>& Members() {
       {"split", [](Text name, Value value, DrawOptions* o) { o->split = Variables(name, value); }},
       {"sort", [](Text name, Value value, DrawOptions* o) { o->sort = Variables(name, value); }},
       {"serpentine", [](Text name, Value value, DrawOptions* o) { o->serpentine = Truth(name, value); }},
+      {"cost", [](Text name, Value value, DrawOptions* o) { o->cost = Cost(name, value); }},
   };
   return kMembers;
 }

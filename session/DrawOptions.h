@@ -1,9 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "host/environment/HostSession.h"
+#include "report/PreviewTables.h"
 #include "session/CommandText.h"
 
 // What a caller of the library asks of a draw beside plan and frame: a JSON object whose members mean what the
@@ -19,6 +21,7 @@
 //   split          list of variables whose changes split the cases into groups
 //   sort           list of variables to order the cases by, those with a minus sign in descending order
 //   serpentine     true: every second run of that order is reversed
+//   cost           list of three numbers, for a preview: the survey, each unit of the first stage, each case
 struct DrawOptions {
   HostSettings settings;
   CommandParts parts;  // seed, stages and keep
@@ -27,6 +30,7 @@ struct DrawOptions {
   std::vector<std::string> split;
   std::vector<std::string> sort;
   bool serpentine = false;
+  std::optional<SurveyCost> cost;
 };
 
 // Reads the options; an empty text has none.

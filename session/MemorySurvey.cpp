@@ -14,9 +14,11 @@
 #include "host/files/TemporaryFolder.h"
 #include "host/files/UserCaseFileSpec.h"
 #include "host/output/OutputDocument.h"
+#include "host/text/WrittenText.h"
 #include "host/write/MemoryTables.h"
 #include "session/DrawOptions.h"
 #include "session/Inspect.h"
+#include "session/PreviewPlan.h"
 #include "session/ProcedureLibrary.h"
 #include "session/RunReport.h"
 #include "session/RunReview.h"
@@ -160,27 +162,53 @@ MemoryOutcome Draw(const PlanFile& plan, const MemoryFrame& frame, const DrawOpt
   return outcome;
 }
 
+// What a check or preview has come to. A file that isn't open couldn't be read.
+MemoryFault FaultOfCheck(HostSession& session, RunStatus status, bool hasFrame) {
+  if (status == RunStatus::kOk) return MemoryFault::kNone;
+  if (status == RunStatus::kCancelled) return MemoryFault::kCancelled;
+  const ActiveFile& file = session.Layer<ActiveFile>();
+  return hasFrame && (!file.IsOpen() || file.HasFailed()) ? MemoryFault::kFrame : MemoryFault::kPlan;
+}
+
 void Check(HostSession& session, const PlanFile& plan, const MemoryFrame* frame, const DrawOptions& options,
            MemoryOutcome* outcome) {
   const PlanReading reading = ReadPlan(session, plan.Path());
   std::vector<std::string> remarks = reading.remarks;
   std::vector<std::string> problems = reading.problems;
   RunStatus status = reading.status;
-  bool isOfFrame = false;
-  if (frame != nullptr && reading.isRead && status == RunStatus::kOk) {
+  const bool hasFrame = frame != nullptr && reading.isRead && status == RunStatus::kOk;
+  if (hasFrame) {
     const PlanCheck check = CheckPlan(session, reading.plan, OptionsOf(*frame, options));
     status = check.status;
     remarks.insert(remarks.end(), check.remarks.begin(), check.remarks.end());
     problems = check.problems;
-    isOfFrame = !session.Layer<ActiveFile>().IsOpen() || session.Layer<ActiveFile>().HasFailed();
   }
   AddMessages(session, outcome);
   AddMessages(problems, "error", outcome);
   AddMessages(remarks, "remark", outcome);
-  outcome->fault = status == RunStatus::kOk          ? MemoryFault::kNone
-                   : status == RunStatus::kCancelled ? MemoryFault::kCancelled
-                   : isOfFrame                       ? MemoryFault::kFrame
-                                                     : MemoryFault::kPlan;
+  outcome->fault = FaultOfCheck(session, status, hasFrame);
+}
+
+void Preview(HostSession& session, const PlanFile& plan, const MemoryFrame& frame, const DrawOptions& options,
+             RunWatch* watch, MemoryOutcome* outcome) {
+  const Followed followed(session, watch);
+  const PlanReading reading = ReadPlan(session, plan.Path());
+  if (reading.status != RunStatus::kOk) {
+    AddMessages(session, outcome);
+    AddMessages(reading.problems, "error", outcome);
+    AddMessages(reading.remarks, "remark", outcome);
+    outcome->fault = MemoryFault::kPlan;
+    return;
+  }
+  watch->Begin(RunStep::kDraw);
+  const PlanPreview preview =
+      PreviewPlan(session, reading.plan, {.frame = OptionsOf(frame, options), .cost = options.cost});
+  outcome->fault = FaultOfCheck(session, preview.status, true);
+  if (outcome->fault == MemoryFault::kCancelled) return;
+  AddMessages(session, outcome);
+  AddMessages(preview.problems, "error", outcome);
+  AddMessages(preview.remarks, "remark", outcome);
+  outcome->json = WrittenText([&](std::ostream& out) { WritePreviewJson(session, preview, out); });
 }
 
 // --- the description of a frame --------------------------------------------------------------------------
@@ -295,6 +323,20 @@ MemoryOutcome CheckInMemory(const std::string& plan, const MemoryFrame* frame, c
     }
     outcome->json = TextOf(Json{{"status", outcome->fault == MemoryFault::kNone ? "ok" : "error"},
                                 {"messages", std::move(messages)}});
+    RenameAll(file, outcome);
+  });
+}
+
+MemoryOutcome PreviewInMemory(const std::string& plan, const MemoryFrame& frame, const std::string& options,
+                              int threads, RunWatch* watch) {
+  DrawOptions read;
+  MemoryOutcome refused;
+  if (!TakeOptions(options, threads, &read, &refused)) return refused;
+  return Guard(MemoryFault::kPlan, [&](MemoryOutcome* outcome) {
+    const PlanFile file(plan);
+    HostSession session(read.settings);
+    Prepare(session, frame);
+    Preview(session, file, frame, read, watch, outcome);
     RenameAll(file, outcome);
   });
 }

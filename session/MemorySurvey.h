@@ -85,6 +85,12 @@ MemoryOutcome DrawInMemory(const std::string& plan, const MemoryFrame& frame, co
 MemoryOutcome CheckInMemory(const std::string& plan, const MemoryFrame* frame, const std::string& options,
                             int threads);
 
+// Tells what a draw by a plan is going to do to a frame, which is read once. The options are those that count for
+// CheckInMemory(), and `cost`. The JSON text is that of WritePreviewJson(). `fault` is kPlan if a draw can't begin,
+// or fails whatever it draws.
+MemoryOutcome PreviewInMemory(const std::string& plan, const MemoryFrame& frame, const std::string& options,
+                              int threads, RunWatch* watch);
+
 // Describes a frame. The JSON text is an object with
 //
 //   cases       number

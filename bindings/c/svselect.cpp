@@ -254,6 +254,20 @@ int svs_check(svs_session* session, const char* plan, size_t plan_length, const 
   });
 }
 
+int svs_preview(svs_session* session, const char* plan, size_t plan_length, const svs_frame* frame,
+                const char* options, svs_poll poll, void* poll_data, svs_result** result) {
+  return Call(session, [&] {
+    if (plan == nullptr || !IsUsable(frame) || result == nullptr) {
+      return Refuse(session, SVS_ERROR_ARGUMENT, "there is no plan, no frame or no place for the result");
+    }
+    const std::string text(plan, plan_length);
+    const std::string json = options == nullptr ? "" : options;
+    RunWatch watch;
+    return Run(session, poll, poll_data, result, watch,
+               [&] { return PreviewInMemory(text, frame->frame, json, session->threads, &watch); });
+  });
+}
+
 int svs_draw(svs_session* session, const char* plan, size_t plan_length, const svs_frame* frame,
              const char* options, svs_poll poll, void* poll_data, svs_result** result) {
   return Call(session, [&] {

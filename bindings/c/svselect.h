@@ -194,6 +194,20 @@ SVS_EXPORT int svs_check(svs_session* session, const char* plan, size_t plan_len
                          const char* options, svs_poll poll, void* poll_data, svs_result** result);
 
 /*
+ * Tells what a draw by a plan is going to do to a frame: what is asked for and possible in each stratum,
+ * probabilities and weights, the sample to expect over all stages. The frame is read once; no random number is
+ * used. svs_result_json() is what `svselect preview --json` prints. `options` as for svs_draw(), of which "strict",
+ * "exact_design" and those about the frame count, and
+ *
+ *   "cost": [1000, 250, 40]  what the survey costs: for all, for each unit of the first stage, for each case
+ *
+ * SVS_ERROR_PLAN if a draw can't begin or fails whatever it draws; the result is also set then if the frame was
+ * read.
+ */
+SVS_EXPORT int svs_preview(svs_session* session, const char* plan, size_t plan_length, const svs_frame* frame,
+                           const char* options, svs_poll poll, void* poll_data, svs_result** result);
+
+/*
  * Draws a sample. `options` is null or a JSON object; its members mean what the options of `svselect run` mean:
  *
  *   "seed": 4711            1 to 2147483647, or "random" (the default)

@@ -20,6 +20,12 @@ public:
 
   // Text(), but with data values in full that their format rounds or cuts: F8.2 shows .0031 as "0.00".
   const std::string& FullText() const { return fFullText ? *fFullText : fText; }
+  // The same cell with FullText() as its text.
+  BpCellText InFull() const {
+    BpCellText full = *this;
+    full.fText = FullText();
+    return full;
+  }
 
   // Identifies the data values behind the text, empty if there are none. Two labels with the same text but
   // different keys are different categories: F8.2 shows 1.001 and 1.002 as "1.00", but they are two strata.

@@ -1,5 +1,7 @@
 #include "host/output/OutputTable.h"
 
+#include <absl/hash/hash.h>
+
 #include <algorithm>
 #include <cassert>
 #include <utility>
@@ -12,7 +14,8 @@ int OutputTable::AddDimension(const std::string& label) {
   const int root = static_cast<int>(fvNodes.size());
   fvNodes.push_back({.text = label, .dimension = static_cast<int>(fvDimensions.size())});
   fvDimensions.push_back({.label = label, .root = root});
-  fvLastMade.push_back(kNoNode);
+  fvNodesMade.push_back({.before = kNoNode, .kind = 0});
+  fLastMade.push_back(kNoNode);
   return root;
 }
 
@@ -25,23 +28,36 @@ void OutputTable::Place(int root, int place, int index, bool hideLabel) {
 
 int OutputTable::Category(int parent, const BpCellText& text) {
   const int node = Child(parent, 'c', text);
-  fvLastMade[static_cast<std::size_t>(NodeAt(node).dimension)] = node;
+  fLastMade[static_cast<std::size_t>(NodeAt(node).dimension)] = node;
   return node;
 }
 
 void OutputTable::SetCell(int category, const BpCellText& text) {
-  std::vector<int> at = fvLastMade;
+  Categories at = fLastMade;
   at[static_cast<std::size_t>(NodeAt(category).dimension)] = category;
-  const std::string key(reinterpret_cast<const char*>(at.data()), at.size() * sizeof(int));
-  const auto [found, isNew] = fCellAt.emplace(key, fvCells.size());
-  if (isNew) fvCells.push_back({.text = {}, .number = {}, .at = std::move(at)});
-  fvCells[found->second].text = text.Text();
-  fvCells[found->second].number = text.Number();
+  Cell& cell = fvCells[CellAt(at)];
+  cell.text = text.Text();
+  cell.number = text.Number();
+}
+
+std::size_t OutputTable::CellAt(const Categories& at) {
+  const auto made = static_cast<std::int32_t>(fvCells.size());
+  const auto [last, isFirst] = fLastCell.emplace(absl::HashOf(at), made);
+  const std::int32_t before = isFirst ? kNoNode : last->second;
+  for (std::int32_t cell = before; cell != kNoNode; cell = fvCellsBefore[static_cast<std::size_t>(cell)]) {
+    if (fvCells[static_cast<std::size_t>(cell)].at == at) return static_cast<std::size_t>(cell);
+  }
+  last->second = made;
+  fvCells.push_back({.text = {}, .number = {}, .at = at});
+  fvCellsBefore.push_back(before);
+  return static_cast<std::size_t>(made);
 }
 
 void OutputTable::Close() {
-  fNodeOfKey = {};
-  fCellAt = {};
+  fLastNode = {};
+  fLastCell = {};
+  fvNodesMade = {};
+  fvCellsBefore = {};
 }
 
 std::vector<int> OutputTable::Path(int category) const {
@@ -55,17 +71,23 @@ std::vector<int> OutputTable::Path(int category) const {
 }
 
 int OutputTable::Child(int parent, char kind, const BpCellText& text) {
-  std::string key = std::to_string(parent) + kind + std::to_string(text.ValueKey().size()) + ':';
-  key += text.ValueKey();
-  key += text.Text();
-  const int node = static_cast<int>(fvNodes.size());
-  const auto [found, isNew] = fNodeOfKey.emplace(std::move(key), node);
-  if (isNew) {
-    fvNodes.push_back({.text = text.Text(),
-                       .dimension = NodeAt(parent).dimension,
-                       .parent = parent,
-                       .fullText = text.FullText(),
-                       .valueKey = text.ValueKey()});
+  const auto made = static_cast<std::int32_t>(fvNodes.size());
+  const std::size_t hash = absl::HashOf(parent, kind, text.ValueKey(), text.Text());
+  const auto [last, isFirst] = fLastNode.emplace(hash, made);
+  const std::int32_t before = isFirst ? kNoNode : last->second;
+  for (std::int32_t node = before; node != kNoNode;
+       node = fvNodesMade[static_cast<std::size_t>(node)].before) {
+    const Node& known = NodeAt(node);
+    if (known.parent == parent && fvNodesMade[static_cast<std::size_t>(node)].kind == kind &&
+        known.valueKey == text.ValueKey() && known.text == text.Text())
+      return node;
   }
-  return found->second;
+  last->second = made;
+  fvNodesMade.push_back({.before = before, .kind = kind});
+  fvNodes.push_back({.text = text.Text(),
+                     .dimension = NodeAt(parent).dimension,
+                     .parent = parent,
+                     .fullText = text.FullText(),
+                     .valueKey = text.ValueKey()});
+  return made;
 }

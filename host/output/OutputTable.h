@@ -1,9 +1,12 @@
 #pragma once
 
+#include <absl/container/flat_hash_map.h>
+#include <absl/container/inlined_vector.h>
+
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "host/output/BpTable.h"
@@ -17,7 +20,7 @@
 //             Renderers rely on that order. A dimension's root is its own node.
 // Cells:      a cell has one category per dimension. kNoNode means that the dimension had no current category
 //             when the cell was set.
-// Cost:       4 bytes per cell and dimension, plus the texts; until Close() about three times that.
+// Cost:       about 80 bytes per cell and 112 per node, plus texts of more than 15 bytes; until Close() about 20 more.
 class OutputTable {
 public:
   static constexpr int kNoNode = -1;
@@ -36,10 +39,11 @@ public:
     std::string fullText{};  // see BpCellText::FullText()
     std::string valueKey{};  // see BpCellText::ValueKey()
   };
+  using Categories = absl::InlinedVector<int, 4>;
   struct Cell {
     std::string text;
     std::optional<double> number;  // see BpCellText::Number()
-    std::vector<int> at;           // its category in each dimension
+    Categories at;                 // its category in each dimension
   };
 
   OutputTable(std::string title, std::string kind);
@@ -76,6 +80,8 @@ public:
 private:
   // `kind` is 'g' or 'c': a group and a category with the same text are different nodes.
   int Child(int parent, char kind, const BpCellText& text);
+  // The number of the cell at a place, created if missing.
+  std::size_t CellAt(const Categories& at);
 
   std::string fTitle;
   std::string fKind;
@@ -84,7 +90,16 @@ private:
   std::vector<Dimension> fvDimensions;
   std::vector<Node> fvNodes;
   std::vector<Cell> fvCells;
-  std::vector<int> fvLastMade;                           // current category of each dimension, or kNoNode
-  std::unordered_map<std::string, int> fNodeOfKey;       // by parent, sort, value key and text
-  std::unordered_map<std::string, std::size_t> fCellAt;  // the bytes of Cell::at
+  Categories fLastMade;  // current category of each dimension, or kNoNode
+
+  // Nodes by the hash of parent, kind, value key and text, and cells by that of their place: the last made with that
+  // hash. Those made before it follow, each by the number before it; kNoNode ends them.
+  absl::flat_hash_map<std::size_t, std::int32_t> fLastNode;
+  absl::flat_hash_map<std::size_t, std::int32_t> fLastCell;
+  struct Made {
+    std::int32_t before;
+    char kind;
+  };
+  std::vector<Made> fvNodesMade;            // parallel to fvNodes
+  std::vector<std::int32_t> fvCellsBefore;  // parallel to fvCells
 };

@@ -71,18 +71,18 @@ TEST(PreviewPlan, TellsUnitsCasesAndWeights) {
   EXPECT_NEAR(sample["cost"].get<double>(), 100.0 + 20.0 + 2.8, 1e-12);
 }
 
-// Strata are named by the values of their variables and come in their order, also those of clusters.
+// Strata are named by the values of their variables, in full, and come in their order, also those of clusters.
 TEST(PreviewPlan, NamesStrataOfAllStages) {
   const Previewed told(Wor(StrataOf(Var("r")) + kUnits + Size("1")) + Wor(StrataOf(Var("t")) + Size("1")),
-                       "r,u,t\nb,1,y\na,2,x\na,1,y\na,1,x\na,1,x\n");
+                       "r,u,t\nb,1,.002\na,2,.001\na,1,.002\na,1,.001\na,1,.001\n");
   std::vector<std::string> names;
   std::vector<double> reached;
   for (const Json& stratum : told.json["stages"][1]["strata"]) {
     names.push_back(stratum["values"].dump());
     reached.push_back(stratum["reached"]);
   }
-  EXPECT_THAT(names, ElementsAre(R"({"r":"a","t":"x","u":"1"})", R"({"r":"a","t":"y","u":"1"})",
-                                 R"({"r":"a","t":"x","u":"2"})", R"({"r":"b","t":"y","u":"1"})"));
+  EXPECT_THAT(names, ElementsAre(R"({"r":"a","t":"0.001","u":"1"})", R"({"r":"a","t":"0.002","u":"1"})",
+                                 R"({"r":"a","t":"0.001","u":"2"})", R"({"r":"b","t":"0.002","u":"1"})"));
   EXPECT_THAT(reached, ElementsAre(0.5, 0.5, 0.5, 1.0));
   EXPECT_EQ(told.json["stages"][1]["expected_units"], 2.5);
   EXPECT_EQ(told.json["stages"][0]["expected_cases"], 3.0);

@@ -10,7 +10,7 @@
 // asks for a preview makes it, and the procedure fills it in.
 
 struct PreviewedStratum {
-  std::vector<BpCellText> values;  // of the variables that identify the stage's strata
+  std::vector<BpCellText> values;  // in full, of the variables that identify the stage's strata
   MCSV::SVSStratumPreview numbers;
   std::vector<std::string> certain;   // the units in numbers.certain.first
   std::vector<std::string> tooLarge;  // and in numbers.tooLarge.first

@@ -89,7 +89,8 @@ void PreviewOutput::SetValues(std::int32_t stage, PreviewedStage* previewed) con
     const auto stratum = static_cast<std::size_t>(entry[key.size()].number);
     PreviewedStratum& added = previewed->strata.emplace_back(fvStrata[stratum]);
     for (std::size_t k = 0; k < variables.size(); ++k) {
-      added.values.push_back(BpDataValue(fNames.dataSource.GetVariable(variables[k]), entry, kShowInTable));
+      added.values.push_back(
+          BpDataValue(fNames.dataSource.GetVariable(variables[k]), entry, kShowInTable).InFull());
       entry += ObsCells(order.GetKeySpec()[k]);
     }
   }

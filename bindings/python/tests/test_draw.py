@@ -3,6 +3,7 @@
 import datetime
 import decimal
 import subprocess
+import sys
 
 import duckdb
 import numpy as np
@@ -151,6 +152,23 @@ def test_options(plan):
     assert sample(keep=["unit", "flag"], weight="size").height == sample().height
 
 
+def test_preview(plan, drawn):
+    """Agrees with what is drawn, as far as it doesn't depend on the draw."""
+    foreseen = plan.preview(TABLE, cost=[100, 0, 2.5])
+    strata = plan.draw(TABLE, seed=4711).strata.columns()
+    first = foreseen.strata()
+    assert foreseen and first["region"] == sorted(first["region"])
+    assert first["possible"] == [n for n, stage in zip(strata["drawn"], strata["stage"]) if stage == 1]
+    assert foreseen.sample["cases_of_frame"] == N
+    assert foreseen.sample["cost"] == pytest.approx(100 + 2.5 * foreseen.sample["expected_cases"])
+    assert "region" in repr(foreseen) and "<td>" in foreseen._repr_html_()
+    assert pd.DataFrame(first)["units"].sum() == N
+    with pytest.raises(KeyError):
+        foreseen.strata(3)
+    bad = sv.Plan("none", [sv.Stage("simple_wor", strata="nowhere", n=1)]).preview(TABLE)
+    assert not bad and "nowhere" in repr(bad) and bad.stages == []
+
+
 def test_plans(tmp_path):
     """By hand: 2 of 4 units of h, 1 of 3 of l; as JSON, from a file, and in XML."""
     frame = pl.DataFrame({"h": ["h"] * 4 + ["l"] * 3, "n": [2] * 4 + [1] * 3})
@@ -170,6 +188,13 @@ def test_plans(tmp_path):
     s.write(tmp_path / "s.parquet")
     s.write(tmp_path / "s.csv")
     assert pl.read_parquet(tmp_path / "s.parquet").equals(pl.read_csv(tmp_path / "s.csv"))
+
+
+def test_notebook(repository):
+    """The notebook's code shows what the notebook has."""
+    notebooks = repository / "bindings/python/notebooks"
+    ran = subprocess.run([sys.executable, "run", "schools.ipynb"], cwd=notebooks, capture_output=True, text=True)
+    assert ran.returncode == 0, ran.stderr
 
 
 def test_readme(repository, monkeypatch, tmp_path):

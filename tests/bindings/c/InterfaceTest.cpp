@@ -260,6 +260,8 @@ TEST(Interface, SaysWhatIsWrongWithOptionsAndPlans) {
     EXPECT_THAT(client.Said(), HasSubstr(c.said));
     EXPECT_THAT(client.Said(), testing::Not(HasSubstr("/tmp")));
   }
+  svs_result_close(client.result);  // of the draw that failed
+  client.result = nullptr;
   EXPECT_EQ(svs_check(client.session, noVariable.data(), noVariable.size(), client.frame, nullptr, nullptr,
                       nullptr, &client.result),
             SVS_ERROR_PLAN);
@@ -268,6 +270,28 @@ TEST(Interface, SaysWhatIsWrongWithOptionsAndPlans) {
   EXPECT_EQ(client.Numbers(SVS_SAMPLE).size(), 3);
   ArrowArrayStream stream{};
   EXPECT_EQ(svs_result_table(client.session, client.result, SVS_JOINT, &stream), SVS_ERROR_ARGUMENT);
+}
+
+TEST(Interface, ForeseesWhatADrawDoes) {
+  ArrowFake units = Units();
+  Client client;
+  ASSERT_EQ(client.Take(units), SVS_OK);
+  const auto foresee = [&](const std::string& plan, const char* options) {
+    svs_result_close(client.result);
+    client.result = nullptr;
+    return svs_preview(client.session, plan.data(), plan.size(), client.frame, options, nullptr, nullptr,
+                       &client.result);
+  };
+  ASSERT_EQ(foresee(kPlan, R"({"exact_design": true, "cost": [10, 2, 1]})"), SVS_OK);
+  const Json preview = Json::parse(svs_result_json(client.result));
+  EXPECT_EQ(preview["stages"][0]["strata"].size(), 2);
+  EXPECT_NEAR(preview["sample"]["expected_cases"], 8.0, 1e-9);
+  EXPECT_NEAR(preview["sample"]["cost"], 10.0 + 8.0 * 3.0, 1e-9);
+  EXPECT_EQ(client.Draw(kPlan, R"({"seed": 1, "exact_design": true})"), SVS_OK);  // the frame is as it was
+  EXPECT_EQ(foresee(kPlan, R"({"cost": [1, -2, 3]})"), SVS_ERROR_ARGUMENT);
+  EXPECT_EQ(foresee("{}", nullptr), SVS_ERROR_PLAN);
+  EXPECT_EQ(client.result, nullptr);
+  EXPECT_THAT(client.Said(), HasSubstr("svselect_plan"));
 }
 
 // Polls come on the caller's thread; one that answers no ends an endless draw, and the session goes on as before.

@@ -19,12 +19,13 @@ from ._errors import DrawError, FrameError, Message, PlanError, SvselectError
 from ._frame import Frame
 from ._library import Progress
 from ._plan import CASES, Check, Plan, Stage
+from ._preview import Preview
 from ._sample import Sample
 from ._table import Table
 
 __all__ = [
-    "CASES", "Check", "DrawError", "Frame", "FrameError", "Message", "Plan", "PlanError", "Progress", "Sample", "Stage",
-    "SvselectError", "Table",
+    "CASES", "Check", "DrawError", "Frame", "FrameError", "Message", "Plan", "PlanError", "Preview", "Progress", "Sample",
+    "Stage", "SvselectError", "Table",
 ]
 
 

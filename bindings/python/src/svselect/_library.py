@@ -59,6 +59,7 @@ _FUNCTIONS: dict[str, tuple[Any, list[Any]]] = {
     "svs_frame_close": (None, [_Handle]),
     "svs_describe": (ctypes.c_int, [_Handle, _Handle, _Poll, ctypes.c_void_p, _Out]),
     "svs_check": (ctypes.c_int, [_Handle, _Text, ctypes.c_size_t, _Handle, _Text, _Poll, ctypes.c_void_p, _Out]),
+    "svs_preview": (ctypes.c_int, [_Handle, _Text, ctypes.c_size_t, _Handle, _Text, _Poll, ctypes.c_void_p, _Out]),
     "svs_draw": (ctypes.c_int, [_Handle, _Text, ctypes.c_size_t, _Handle, _Text, _Poll, ctypes.c_void_p, _Out]),
     "svs_result_table": (ctypes.c_int, [_Handle, _Handle, ctypes.c_int, ctypes.c_void_p]),
     "svs_result_json": (_Text, [_Handle]),

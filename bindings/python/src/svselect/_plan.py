@@ -12,6 +12,7 @@ from typing import Any, Callable, Mapping, Optional, Sequence, Union
 from ._errors import Message
 from ._frame import frame_of
 from ._library import CANCELLED, ERROR_ARGUMENT, ERROR_FRAME, ERROR_MEMORY, OK, Owned, Progress, Session, library
+from ._preview import Preview
 from ._sample import Sample
 
 
@@ -212,6 +213,24 @@ class Plan:
         if status in (ERROR_ARGUMENT, ERROR_FRAME, CANCELLED, ERROR_MEMORY):
             session.raise_for(status)
         return Check(status == OK, session.messages())
+
+    def preview(self, frame: Any, *, cost: Optional[Sequence[float]] = None, strict: bool = False, exact_design: bool = False,
+                threads: int = 0, progress: Union[bool, Callable[[Progress], object]] = False) -> Preview:
+        """Tells what a draw is going to do to a frame, which is read once: what is asked for and possible in each stratum,
+        probabilities and weights, the sample to expect. ``cost`` is what the survey costs: for all, for each unit of the first
+        stage, for each case. A frame that can't be read is a FrameError; `strict` and the others as in draw()."""
+        options = _options(strict=strict or None, exact_design=exact_design or None,
+                           cost=None if cost is None else [_number(part) for part in cost])
+        with _Bar(progress) as tell:
+            taken = frame_of(frame, threads, tell)
+            session = Session(threads)
+            text = self._text.encode()
+            status, out = session.call("svs_preview", text, len(text), taken._handle, options, progress=tell)
+        result = Owned(out, "svs_result_close") if out else None
+        if status in (ERROR_ARGUMENT, ERROR_FRAME, CANCELLED, ERROR_MEMORY):
+            session.raise_for(status)
+        found = "{}" if result is None else library().svs_result_json(result.get()).decode("utf-8", "replace")
+        return Preview(status == OK, session.messages(), json.loads(found))
 
     def draw(self, frame: Any, *, seed: Optional[int] = None, joint: bool = False,
              stages: Optional[Sequence[int]] = None, exact_design: bool = False, strict: bool = False,
