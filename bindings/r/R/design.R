@@ -18,7 +18,9 @@ as_svydesign <- function(sample, data = sample) {
   if (is.null(spec)) {
     refuse("the design of a plan in XML isn't known here; svselect plan PLAN.xml --to PLAN.json makes it JSON")
   }
-  design <- list(spec = spec, stages = drawn_stages(found), found = found, data = same_cases(sample, data, spec$weight),
+  data <- same_cases(sample, data, spec$weight)
+  in_sample <- !is.na(data[[spec$weight]])  # reserve units have no weight
+  design <- list(spec = spec, stages = drawn_stages(found), found = found, data = data[in_sample, , drop = FALSE],
                  sample = sample)
   made <- best_design(design)
   made$call <- match.call()

@@ -21,7 +21,8 @@ check_is_plan <- function(plan) {
 cases <- function() structure(list(), class = "svselect_cases")
 
 stage <- function(plan, method, strata = NULL, clusters = NULL, n = NULL, rate = NULL, min = NULL, max = NULL,
-                  size = NULL, size_min = NULL, size_max = NULL, label = NULL, write = NULL) {
+                  size = NULL, size_min = NULL, size_max = NULL, label = NULL, write = NULL,
+                  order = NULL, serpentine = FALSE, certainty = FALSE, reserve = NULL) {
   if (is.null(check_is_plan(plan)$spec)) refuse("plan: a stage can't be added to a plan in XML")
   strata <- check_names(strata, "strata")
   added <- list(label = check_names(label, "label", several = FALSE),
@@ -31,6 +32,10 @@ stage <- function(plan, method, strata = NULL, clusters = NULL, n = NULL, rate =
                 n = requested(n, "n", strata), rate = requested(rate, "rate", strata),
                 min = check_number(min, "min"), max = check_number(max, "max"),
                 size = measure(size, check_number(size_min, "size_min"), check_number(size_max, "size_max")),
+                order = as_array(check_names(order, "order")), serpentine = check_flag(serpentine, "serpentine"),
+                certainty = if (is.numeric(certainty)) check_number(certainty, "certainty") else
+                  check_flag(certainty, "certainty"),
+                reserve = check_number(reserve, "reserve"),
                 write = written(write))
   if (is.null(added$method)) refuse("method: a name expected")
   spec <- plan$spec

@@ -1,7 +1,8 @@
 # Samples: what a draw gives.
 
 draw_sample <- function(plan, frame, seed = NULL, joint = FALSE, stages = NULL, exact_design = FALSE, strict = FALSE,
-                        keep = NULL, weight = NULL, split = NULL, sort = NULL, threads = 0, progress = FALSE) {
+                        keep = NULL, weight = NULL, split = NULL, sort = NULL, threads = 0, progress = FALSE,
+                        serpentine = FALSE) {
   check_is_plan(plan)
   threads <- check_threads(threads)
   options <- list(
@@ -9,7 +10,8 @@ draw_sample <- function(plan, frame, seed = NULL, joint = FALSE, stages = NULL, 
     stages = if (!is.null(stages)) I(check_whole(stages, "stages", several = TRUE)),
     exact_design = check_flag(exact_design, "exact_design"), strict = check_flag(strict, "strict"),
     weight = check_names(weight, "weight", several = FALSE),
-    split = as_array(check_names(split, "split")), sort = as_array(check_names(sort, "sort")))
+    split = as_array(check_names(split, "split")), sort = as_array(check_names(sort, "sort")),
+    serpentine = check_flag(serpentine, "serpentine"))
   keep <- check_names(keep, "keep")
   tell <- teller(progress)
   frame <- sampling_frame(frame, threads = threads, progress = if (is.null(tell)) FALSE else tell)
