@@ -135,10 +135,12 @@ void AddFrame(CLI::App& app, FrameOptions& frame) {
   group.Add("--data", frame.path, "FRAME",
             "Data file to draw from: .sav, .parquet, .csv, .tsv, .json or .ndjson");
   group.Add("--sql", frame.sql, "QUERY", "Query whose rows are the cases, instead of --data");
-  group.AddList(
-      "--sort", frame.sort, "A,B",
-      "Variables to order the cases by. Ties keep their order, missing values come first. The order "
-      "matters to systematic and sequential selection");
+  group.AddList("--sort", frame.sort, "A,B",
+                "Variables to order the cases by, in descending order as -A. Ties keep their order, missing "
+                "values come "
+                "first. The order matters to systematic and sequential selection");
+  group.AddFlag("--serpentine", frame.serpentine,
+                "Reverse every second run of --sort, so that neighbours are alike throughout");
   group.Add("--schema", frame.schema, "FILE", "Table Schema of the frame, instead of the one beside it");
   group.Add("--weight", frame.weight, "VAR", "Variable that weights the cases; the draw ignores it");
   group.AddList("--split", frame.split, "A,B",

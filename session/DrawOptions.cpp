@@ -106,6 +106,7 @@ const std::vector<std::pair<std::string, Member>>& Members() {
       {"weight", [](Text name, Value value, DrawOptions* o) { o->weight = Variable(name, value); }},
       {"split", [](Text name, Value value, DrawOptions* o) { o->split = Variables(name, value); }},
       {"sort", [](Text name, Value value, DrawOptions* o) { o->sort = Variables(name, value); }},
+      {"serpentine", [](Text name, Value value, DrawOptions* o) { o->serpentine = Truth(name, value); }},
       {"cost", [](Text name, Value value, DrawOptions* o) { o->cost = Cost(name, value); }},
   };
   return kMembers;

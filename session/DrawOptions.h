@@ -19,7 +19,8 @@
 //   keep           list of the variables to copy to the sample; all if not given
 //   weight         variable that weights the cases
 //   split          list of variables whose changes split the cases into groups
-//   sort           list of variables to order the cases by
+//   sort           list of variables to order the cases by, those with a minus sign in descending order
+//   serpentine     true: every second run of that order is reversed
 //   cost           list of three numbers, for a preview: the survey, each unit of the first stage, each case
 struct DrawOptions {
   HostSettings settings;
@@ -28,6 +29,7 @@ struct DrawOptions {
   std::string weight;
   std::vector<std::string> split;
   std::vector<std::string> sort;
+  bool serpentine = false;
   std::optional<SurveyCost> cost;
 };
 

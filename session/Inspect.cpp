@@ -91,6 +91,7 @@ std::vector<KorvVarName> FrameVariablesOf(const SVPlanSpecs& plan) {
     for (const KorvVarName& name : stage.strataVariables) add(name);
     for (const KorvVarName& name : stage.clusterVariables) add(name);
     add(stage.paramVariable);
+    for (const SVPlanOrderKey& key : stage.order) add(key.variable);
     std::vector<KorvVarName> ofTable;
     stage.paramMatrix.copyVarList(ofTable);
     for (const KorvVarName& name : ofTable) add(name);

@@ -65,6 +65,7 @@ FrameOptions OptionsOf(const MemoryFrame& frame, const DrawOptions& options) {
   of.schema = frame.schema;
   of.arrow = frame.arrow.get();
   of.sort = options.sort;
+  of.serpentine = options.serpentine;
   of.weight = options.weight;
   of.split = options.split;
   return of;

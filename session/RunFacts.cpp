@@ -69,7 +69,8 @@ public:
     AddCases();
     AddFrameSum();
     Add("Schema", frame.schema);
-    Add("Sorted by", fmt::format("{}", fmt::join(frame.sort, ", ")));
+    Add("Sorted by",
+        fmt::format("{}{}", fmt::join(frame.sort, ", "), frame.serpentine ? " (serpentine)" : ""));
     Add("Weighted by", frame.weight);
     Add("Split by", fmt::format("{}", fmt::join(frame.split, ", ")));
     AddCommand();

@@ -98,6 +98,11 @@ Json StageJson(const SVPlanSpecs& plan, const SVPlanStageSpecs& stage) {
   object["method"] = method.word;
   AddRequest(&object, stage);
   if (method.IsPps()) object["size"] = MeasureJson(plan);
+  if (stage.certainty == 1.0) object["certainty"] = true;
+  if (stage.certainty > 0.0 && stage.certainty < 1.0) object["certainty"] = stage.certainty;
+  for (const SVPlanOrderKey& key : stage.order)
+    object["order"].push_back((key.isDescending ? "-" : "") + key.variable.Text());
+  if (stage.isSerpentine) object["serpentine"] = true;
   Json write = Json::object();
   AddName(&write, "probability", stage.inclProbName);
   AddName(&write, "weight", stage.weightName);
@@ -106,6 +111,7 @@ Json StageJson(const SVPlanSpecs& plan, const SVPlanStageSpecs& stage) {
   AddName(&write, "sample_size", stage.sampSizeName);
   AddName(&write, "rate", stage.rateName);
   AddName(&write, "index", stage.indexName);
+  AddName(&write, "certain", stage.certainName);
   if (!write.empty()) object["write"] = std::move(write);
   return object;
 }

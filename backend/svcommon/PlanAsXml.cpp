@@ -163,6 +163,20 @@ std::string PlanAsXml(const SVPlanSpecs& plan) {
   return XmlWriter(plan).Write();
 }
 
+namespace {
+
+// The members that only the form in JSON has.
+void AddUnwritable(const SVPlanStageSpecs& stage, int number, std::vector<std::string>* lacks) {
+  const auto add = [&](bool isThere, const char* member) {
+    if (isThere) lacks->push_back(fmt::format("stage {}: XML has nothing for '{}'", number, member));
+  };
+  add(stage.certainty > 0.0, "certainty");
+  add(!stage.certainName.IsEmpty(), "certain");
+  add(!stage.order.empty(), "order");
+}
+
+}  // namespace
+
 std::vector<std::string> XmlLacks(const SVPlanSpecs& plan) {
   constexpr const char* kCharacters = "has a character that XML can't have";
   std::vector<std::string> lacks;
@@ -172,6 +186,7 @@ std::vector<std::string> XmlLacks(const SVPlanSpecs& plan) {
     ++number;
     if (!HasXmlCharacters(stage.label))
       lacks.push_back(fmt::format("stage {}: 'label' {}", number, kCharacters));
+    AddUnwritable(stage, number, &lacks);
     for (const VarCatList::CatList& row : stage.paramMatrix.Rows()) {
       if (std::all_of(row.begin(), row.end(), HasXmlCharacters)) continue;
       lacks.push_back(fmt::format("stage {}: a category of 'rows' {}", number, kCharacters));

@@ -105,11 +105,30 @@ void AddOutputs(const SVPlanStageSpecs& stage, Lines* lines) {
       {"sample size", stage.sampSizeName},
       {"sampling rate", stage.rateName},
       {"weight", stage.weightName},
+      {"mark of units taken for certain", stage.certainName},
   };
   for (const auto& output : outputs) {
     if (output.name.IsEmpty()) continue;
     lines->push_back("  Leaves " + PrintableText(output.name.Text()) + ": the " + output.text);
   }
+}
+
+// n, x and X as in the table of methods of the user guide.
+void AddCertainty(const SVPlanStageSpecs& stage, Lines* lines) {
+  if (!(stage.certainty > 0.0)) return;
+  const std::string share = stage.certainty < 1.0 ? NumberText(stage.certainty) + " X" : "X";
+  lines->push_back("  Taken for certain: units with n x >= " + share +
+                   ", x being the size and X the total of the stratum");
+}
+
+void AddOrder(const SVPlanStageSpecs& stage, Lines* lines) {
+  std::string text;
+  for (const SVPlanOrderKey& key : stage.order) {
+    text += (text.empty() ? "" : ", ") + PrintableText(key.variable.Text());
+    if (key.isDescending) text += " descending";
+  }
+  if (stage.isSerpentine) text += "; every second run reversed (serpentine)";
+  if (!text.empty()) lines->push_back("  Units ordered by: " + text);
 }
 
 void AddStage(const SVPlanSpecs& plan, int number, Lines* lines) {
@@ -121,6 +140,8 @@ void AddStage(const SVPlanSpecs& plan, int number, Lines* lines) {
   lines->push_back("  Method: " + std::string(MethodOfType(stage.type).inWords));
   AddSize(stage, lines);
   if (MethodOfType(stage.type).IsPps()) AddMeasureOfSize(plan, lines);
+  AddCertainty(stage, lines);
+  AddOrder(stage, lines);
   AddOutputs(stage, lines);
 }
 

@@ -47,6 +47,17 @@ PlanJsonReader::Members PlanJsonReader::StageMembers() {
        "\"cases\" or {\"variable\": ...}",
        false,
        &PlanJsonReader::ReadMeasure},
+      {"certainty",
+       {JsonKind::kBoolean, JsonKind::kNumber},
+       "true, false or a number",
+       false,
+       &PlanJsonReader::ReadCertainty},
+      {"order",
+       {JsonKind::kList},
+       "a list of variables, [\"...\"], those with a minus sign in descending order",
+       false,
+       &PlanJsonReader::ReadOrder},
+      {"serpentine", {JsonKind::kBoolean}, "true or false", false, &PlanJsonReader::ReadSerpentine},
       {"write", {JsonKind::kObject}, "an object, {...}", false, &PlanJsonReader::ReadWrite},
   };
   return kMembers;
@@ -91,6 +102,7 @@ PlanJsonReader::Members PlanJsonReader::WriteMembers() {
       {"sample_size", {JsonKind::kText}, kNameInWords, false, &Reader::ReadOutput<&Stage::sampSizeName>},
       {"rate", {JsonKind::kText}, kNameInWords, false, &Reader::ReadOutput<&Stage::rateName>},
       {"index", {JsonKind::kText}, kNameInWords, false, &Reader::ReadOutput<&Stage::indexName>},
+      {"certain", {JsonKind::kText}, kNameInWords, false, &Reader::ReadCertain},
   };
   return kMembers;
 }

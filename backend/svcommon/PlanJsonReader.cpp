@@ -190,8 +190,8 @@ std::string PlanJsonReader::Line(const std::string& file, PlanPosition at, const
   return file + line + column + ": " + stage + what;
 }
 
-void PlanJsonReader::NoteUse(Index value) {
-  fFirstUses.emplace(GetUpperVarName(std::string(fJson.Text(value))), value);
+void PlanJsonReader::NoteUse(Index value, const std::string& name) {
+  fFirstUses.emplace(GetUpperVarName(name), value);
 }
 
 std::string PlanJsonReader::LineAboutName(const KorvVarName& name, const std::string& what) const {

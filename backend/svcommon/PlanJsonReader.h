@@ -110,6 +110,10 @@ private:
   void ReadLeast(Index value);
   void ReadMost(Index value);
   void ReadMeasure(Index value);
+  void ReadOrder(Index list);
+  void ReadSerpentine(Index value);
+  void ReadCertainty(Index value);
+  void ReadCertain(Index value);
   void ReadWrite(Index value);
   void CheckStage(Index stage);
   void CheckBounds(Index stage);
@@ -150,7 +154,8 @@ private:
   void Fault(const PlanFault& fault, Index at);
   void FaultInTable(int code, std::int64_t line, const std::string& what);
   std::string Line(const std::string& file, SV_XML::PlanPosition at, const std::string& what) const;
-  void NoteUse(Index value);
+  void NoteUse(Index value) { NoteUse(value, std::string(fJson.Text(value))); }
+  void NoteUse(Index value, const std::string& name);
 
   // Where the rows of a stage's table are: values of the plan, or lines of a file.
   struct TablePlaces {

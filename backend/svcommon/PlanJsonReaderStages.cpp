@@ -116,6 +116,41 @@ void PlanJsonReader::ReadMeasureCases(Index value) {
   if (!fpPlan->mosFromData) Fault(kPlanNoMosSource, value, "'cases' is true, or left out");
 }
 
+// A variable of the frame may have another use in the plan as well.
+void PlanJsonReader::ReadOrder(Index list) {
+  const std::vector<Index> entries = fJson.Entries(list);
+  if (entries.size() > kMaxPlanListVariables)
+    return Fault(kPlanInvalidFile, entries[kMaxPlanListVariables], "the list has too many variables");
+  for (const Index entry : entries) {
+    if (fJson.Kind(entry) != JsonKind::kText) {
+      Fault(kPlanInvalidFile, entry, "the name of a variable is a text, in quotes");
+      continue;
+    }
+    const PlanFault fault = AddOrderKey(std::string(fJson.Text(entry)), &Stage().order);
+    NoteUse(entry, Stage().order.back().variable.Text());
+    Fault(fault, entry);
+  }
+  if (!Stage().order.empty() || entries.empty()) Fault(OrderFault(Stage()), list);
+}
+
+void PlanJsonReader::ReadSerpentine(Index value) {
+  Stage().isSerpentine = fJson.Boolean(value);
+  if (Stage().isSerpentine && Stage().order.size() < 2) Fault(kPlanInvalidFile, value, kNoRunsText);
+}
+
+void PlanJsonReader::ReadCertainty(Index value) {
+  const bool isNumber = fJson.Kind(value) == JsonKind::kNumber;
+  const double share = isNumber ? fJson.Number(value) : fJson.Boolean(value) ? 1.0 : 0.0;
+  Stage().certainty = share;
+  if (isNumber) Fault(CertaintyShareFault(share, std::string(fJson.Written(value))), value);
+  if (share > 0.0) Fault(CertaintyFault(Stage()), value);
+}
+
+void PlanJsonReader::ReadCertain(Index value) {
+  ReadName(value, &Stage().certainName);
+  if (!(Stage().certainty > 0.0)) Fault(kPlanInvalidFile, value, kNoCertaintyText);
+}
+
 void PlanJsonReader::ReadWrite(Index value) {
   ReadMembers(value, WriteMembers(), "'write'");
 }

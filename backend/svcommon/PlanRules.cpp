@@ -65,15 +65,43 @@ std::string ListedWords(const std::vector<std::string>& words, const char* last)
   return fmt::format("{} {} {}", fmt::join(words.begin(), words.end() - 1, ", "), last, words.back());
 }
 
-PlanFault NameFault(SVPlanSpecs* plan, const KorvVarName& name) {
-  const std::string quoted = QuotedWord(name.Text());
-  if (!plan->addVariableName(name))
-    return {SV_XML::kPlanRepeatedVariable, quoted + " is used twice; names ignore case"};
+namespace {
+
+PlanFault IllegalNameFault(const KorvVarName& name) {
   if (ValidateKORVName(name.Text()) == 0) return {};
   return {SV_XML::kPlanInvalidVariable,
-          quoted +
+          QuotedWord(name.Text()) +
               " is no valid name: a name has up to 64 bytes, begins with a letter or one of _@#$, goes "
               "on with these, digits and full stops, doesn't end in a full stop, and isn't ALL"};
+}
+
+}  // namespace
+
+PlanFault NameFault(SVPlanSpecs* plan, const KorvVarName& name) {
+  if (!plan->addVariableName(name))
+    return {SV_XML::kPlanRepeatedVariable, QuotedWord(name.Text()) + " is used twice; names ignore case"};
+  return IllegalNameFault(name);
+}
+
+PlanFault AddOrderKey(const std::string& text, std::vector<SVPlanOrderKey>* order) {
+  const bool isDescending = text.starts_with('-');
+  const SVPlanOrderKey key = {KorvVarName(text.substr(isDescending ? 1 : 0)), isDescending};
+  const auto isSame = [&](const SVPlanOrderKey& other) {
+    return GetUpperVarName(other.variable.Text()) == GetUpperVarName(key.variable.Text());
+  };
+  const bool isRepeated = std::any_of(order->begin(), order->end(), isSame);
+  order->push_back(key);
+  if (!isRepeated) return IllegalNameFault(key.variable);
+  return {SV_XML::kPlanRepeatedVariable,
+          QuotedWord(key.variable.Text()) + " is in 'order' twice; names ignore case"};
+}
+
+PlanFault OrderFault(const SVPlanStageSpecs& stage) {
+  const SVMethod& method = MethodOfType(stage.type);
+  if (stage.order.empty()) return {SV_XML::kPlanInvalidFile, "'order' names no variable"};
+  if (!method.ordersBySize) return {};
+  return {SV_XML::kPlanInvalidFile,
+          "'order' has no effect with " + QuotedWord(method.word) + ", which orders the units by size"};
 }
 
 PlanFault MethodFault(const SVPlanSpecs& plan, int number, const std::string& word, const char* missing) {
@@ -110,6 +138,22 @@ PlanFault TableVariableFault(const SVPlanSpecs& plan, int number, const KorvVarN
 bool AsksForTwo(const SVPlanStageSpecs& stage) {
   return stage.paramSource == kParamNotGiven ||
          (stage.paramSource == kParamByValue && stage.paramKind == kParamSize && stage.paramValue == 2.0);
+}
+
+PlanFault CertaintyShareFault(double share, const std::string& text) {
+  if (share > 0.0 && share < 1.0) return {};
+  return {SV_XML::kPlanInvalidFile,
+          fmt::format(
+              "{} isn't a share of the limit, a number above 0 and below 1; for the limit itself say true",
+              QuotedWord(text))};
+}
+
+PlanFault CertaintyFault(const SVPlanStageSpecs& stage) {
+  const SVMethod& method = MethodOfType(stage.type);
+  if (method.code == kMethodNone || method.TakesCertain()) return {};
+  return {SV_XML::kPlanInvalidFile,
+          fmt::format("'certainty' has no effect with {}; it takes {}", QuotedWord(method.word),
+                      ListedWords(MethodWords([](const SVMethod& m) { return m.TakesCertain(); })))};
 }
 
 PlanFault OnlyStageFault(const SVPlanStageSpecs& stage, const char* cure) {

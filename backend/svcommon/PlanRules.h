@@ -10,6 +10,7 @@
 #include "host/text/VariableNames.h"
 
 class SVPlanSpecs;
+struct SVPlanOrderKey;
 struct SVPlanStageSpecs;
 
 // The rules of a plan that don't depend on how it is written, XML or JSON. Each function tests one of them and
@@ -45,6 +46,26 @@ PlanFault TableVariableFault(const SVPlanSpecs& plan, int number, const KorvVarN
 
 // Whether a stage asks for two units, or leaves their number open: all that a method of two units can give.
 bool AsksForTwo(const SVPlanStageSpecs& stage);
+
+// Adds a variable to order units by, as the plan has it: with a minus sign in descending order. Always adds one;
+// names must be legal and, in the list, different.
+PlanFault AddOrderKey(const std::string& text, std::vector<SVPlanOrderKey>* order);
+
+// The order of a stage's units: there must be variables, and a method for which their order matters.
+PlanFault OrderFault(const SVPlanStageSpecs& stage);
+
+inline constexpr const char* kNoRunsText =
+    "'serpentine' has no effect: it reverses runs of units, and 'order' has no two variables that make runs";
+
+// A share of the limit from which units are taken for certain; `text` is the value as the plan has it.
+PlanFault CertaintyShareFault(double share, const std::string& text);
+
+// A stage that takes units for certain: its method must draw by size and without replacement. A method that is
+// no method isn't blamed again.
+PlanFault CertaintyFault(const SVPlanStageSpecs& stage);
+
+inline constexpr const char* kNoCertaintyText =
+    "'certain' has no effect: the stage has no 'certainty', so it takes no unit for certain";
 
 // A lone stage that writes joint probabilities in any case needs clusters, which name the rows of their file.
 // `cure` is the end of the sentence.

@@ -79,7 +79,8 @@ bool HasSameTable(const VarCatList& one, const VarCatList& other) {
 auto PartsOf(const SVPlanStageSpecs& s) {
   return std::tuple(s.label, s.strataVariables, s.clusterVariables, s.type, s.paramKind, s.paramSource,
                     s.paramValue, s.paramVariable, BoundOf(s.minSize), BoundOf(s.maxSize), s.inclProbName,
-                    s.cumWeightName, s.indexName, s.popSizeName, s.sampSizeName, s.rateName, s.weightName);
+                    s.cumWeightName, s.indexName, s.popSizeName, s.sampSizeName, s.rateName, s.weightName,
+                    s.certainty, s.certainName, s.order, s.isSerpentine);
 }
 
 auto PartsOf(const SVPlanSpecs& p) {

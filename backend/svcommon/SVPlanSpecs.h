@@ -15,6 +15,14 @@
 //
 // Fields hold enumerations as integers, since a plan can hold a code that has no name.
 
+// A variable that the units of each stratum are ordered by before the draw.
+struct SVPlanOrderKey {
+  KorvVarName variable;
+  bool isDescending = false;
+
+  bool operator==(const SVPlanOrderKey&) const = default;
+};
+
 // One stage of a plan.
 struct SVPlanStageSpecs {
   SVPlanStageSpecs();
@@ -34,6 +42,12 @@ struct SVPlanStageSpecs {
   double minSize = 0.0;  // bounds of a stratum's sample size if a rate is given; not positive means none
   double maxSize = 0.0;
 
+  std::vector<SVPlanOrderKey> order;  // empty for the order of the cases
+  bool isSerpentine = false;          // every second run is reversed
+
+  // Units with n x >= c X are taken for certain, c being this share; 0 where none are.
+  double certainty = 0.0;
+
   // Output variables; an empty name means that the variable isn't wanted.
   KorvVarName inclProbName;
   KorvVarName cumWeightName;
@@ -42,6 +56,7 @@ struct SVPlanStageSpecs {
   KorvVarName sampSizeName;
   KorvVarName rateName;
   KorvVarName weightName;
+  KorvVarName certainName;
 
   std::set<KorvVarName> designVariableNames;  // upper-case names of this stage's cluster variables
 };

@@ -216,7 +216,7 @@ SVS_EXPORT int svs_preview(svs_session* session, const char* plan, size_t plan_l
  *   "joint": true           compute the joint inclusion probabilities of the first stage; unlike the program, no
  *                           design does so unasked
  *   "keep": ["a", "b"]      variables of the frame in the sample; all if not given
- *   "weight": "w", "split": ["a"], "sort": ["a", "b"]
+ *   "weight": "w", "split": ["a"], "sort": ["a", "-b"], "serpentine": true
  *
  * An unknown member, one that is given twice, and an impossible value are SVS_ERROR_ARGUMENT.
  */

@@ -20,6 +20,7 @@ constexpr Entry kEntries[] = {
     {11906, "Sampling rate of stage ^1"},
     {11907, "Sampling weight of stage ^1"},
     {11908, "Final sampling weight"},
+    {11909, "Taken for certain in stage ^1"},
 };
 
 std::string TextOf(int number) {

@@ -3,7 +3,7 @@
 #include <cstddef>
 
 // The host's catalogue of numbered texts. This host needs only the labels of the variables that a sample file
-// adds, numbers 11901 to 11908. A text may contain one placeholder, ^1.
+// adds, numbers 11901 to 11909. A text may contain one placeholder, ^1.
 //
 // Both functions fill the caller's buffer, null-terminated, and truncate a text that is too long; an unknown
 // number gives an empty text. There is no error return.

@@ -129,10 +129,13 @@ CaseRelation RunQuery(WorkDatabase& work, const std::string& sql, const std::str
 
 // --- sorting ---------------------------------------------------------------------------------------------
 
-// The SQL to sort by the variable of that name, where column k is named ck. Values compare as the cells will
-// show them: texts without trailing blanks, numbers that aren't finite as missing.
+// The SQL to sort by a variable, where column k is named ck; a name after a minus sign sorts in descending order,
+// unless the minus sign is part of it. Values compare as the cells will show them: texts without trailing
+// blanks, numbers that aren't finite as missing. A missing value is lower than any other.
 std::string SortKey(const CaseRelation& relation, const std::string& variable) {
-  const int index = relation.dictionary.Find(variable);
+  int index = relation.dictionary.Find(variable);
+  const bool isDescending = index < 0 && variable.starts_with('-');
+  if (isDescending) index = relation.dictionary.Find(variable.substr(1));
   if (index < 0) {
     throw DataError(fmt::format("{}: there is no variable \"{}\" to sort by", relation.name, variable));
   }
@@ -140,17 +143,33 @@ std::string SortKey(const CaseRelation& relation, const std::string& variable) {
   std::string key = fmt::format("c{}", index);
   if (type == "VARCHAR") key = fmt::format("rtrim(coalesce({}, ''), ' ')", key);
   if (type == "DOUBLE" || type == "FLOAT") key = fmt::format("CASE WHEN isfinite({0}) THEN {0} END", key);
-  return key + " NULLS FIRST";
+  return key + (isDescending ? " DESC NULLS LAST" : " NULLS FIRST");
 }
 
-// The same cases in the order of these variables, ascending, missing values first; ties keep their order.
-// They become a table, so that every pass has this order without sorting again.
-CaseRelation Sorted(WorkDatabase& work, CaseRelation relation, const std::vector<std::string>& variables) {
-  if (variables.empty()) return relation;
+// The SQL of a relation with the same rows and a column "turn", by which these keys order them in a serpentine.
+// The runs of rows that are equal in the keys so far are numbered from 1 in their order, and the next key
+// ascends in odd runs and descends in even ones.
+std::string SerpentineOf(std::string rows, const std::vector<std::string>& keys) {
+  rows = fmt::format("SELECT *, dense_rank() OVER (ORDER BY {}) AS turn FROM ({})", keys.front(), rows);
+  for (std::size_t i = 1; i < keys.size(); ++i) {
+    rows = fmt::format("SELECT *, dense_rank() OVER (ORDER BY {}) AS rank FROM ({})", keys[i], rows);
+    rows = fmt::format(
+        "SELECT * EXCLUDE (rank) REPLACE (dense_rank() OVER (ORDER BY turn, CASE WHEN turn % 2 = 1 THEN rank "
+        "ELSE "
+        "-rank END) AS turn) FROM ({})",
+        rows);
+  }
+  return rows;
+}
+
+// The same cases in the order of these variables, missing values first; ties keep their order. They become a
+// table, so that every pass has this order without sorting again.
+CaseRelation Sorted(WorkDatabase& work, CaseRelation relation, const FrameRules& rules) {
+  if (rules.serpentine && rules.sort.size() < 2)
+    throw DataError("a serpentine order needs two variables or more to sort by");
+  if (rules.sort.empty()) return relation;
   std::vector<std::string> keys;
-  keys.reserve(variables.size() + 1);
-  for (const std::string& variable : variables) keys.push_back(SortKey(relation, variable));
-  keys.emplace_back("place");
+  for (const std::string& variable : rules.sort) keys.push_back(SortKey(relation, variable));
   CaseRelation sorted = relation;
   std::string list;
   for (std::size_t i = 0; i < relation.columns.size(); ++i) {
@@ -159,10 +178,14 @@ CaseRelation Sorted(WorkDatabase& work, CaseRelation relation, const std::vector
   }
   sorted.watched.reset();  // the file may change now
   sorted.from = work.UniqueName("sorted");
-  const std::string numbered =
-      fmt::format("SELECT {}row_number() OVER () AS place FROM {}", list, relation.from);
+  std::string rows = fmt::format("SELECT {}row_number() OVER () AS place FROM {}", list, relation.from);
+  if (rules.serpentine) {
+    rows = SerpentineOf(rows, keys);
+    keys = {"turn"};
+  }
+  keys.emplace_back("place");
   Named(relation.name, [&] {
-    work.Connect().Run(fmt::format("CREATE TABLE {} AS SELECT * FROM ({}) ORDER BY {}", sorted.from, numbered,
+    work.Connect().Run(fmt::format("CREATE TABLE {} AS SELECT * FROM ({}) ORDER BY {}", sorted.from, rows,
                                    fmt::join(keys, ", ")));
     if (relation.watched != nullptr) relation.watched->Check();
   });
@@ -183,18 +206,18 @@ DataFrame OpenDataFile(HostSession& session, const std::string& path, const Fram
   std::shared_ptr<WorkDatabase> work = KindOf(file) == FileKind::kNative
                                            ? std::make_shared<WorkDatabase>(session, kForeignMemory)
                                            : session.Layer<WorkDatabase>().shared_from_this();
-  CaseRelation relation = Sorted(*work, OpenFile(*work, file, rules.schema), rules.sort);
+  CaseRelation relation = Sorted(*work, OpenFile(*work, file, rules.schema), rules);
   return MakeFrame(std::move(work), std::move(relation));
 }
 
 DataFrame OpenQuery(HostSession& session, const std::string& sql, const FrameRules& rules) {
   std::shared_ptr<WorkDatabase> work = session.Layer<WorkDatabase>().shared_from_this();
-  CaseRelation relation = Sorted(*work, RunQuery(*work, sql, rules.schema), rules.sort);
+  CaseRelation relation = Sorted(*work, RunQuery(*work, sql, rules.schema), rules);
   return MakeFrame(std::move(work), std::move(relation));
 }
 
 DataFrame OpenTable(std::shared_ptr<WorkDatabase> work, const TypedSource& source, const FrameRules& rules) {
   const SchemaRules schema = rules.schema.empty() ? SchemaRules() : SchemaRules::FromFile(rules.schema);
-  CaseRelation relation = Sorted(*work, MakeTypedRelation(*work, source, schema, false), rules.sort);
+  CaseRelation relation = Sorted(*work, MakeTypedRelation(*work, source, schema, false), rules);
   return MakeFrame(std::move(work), std::move(relation));
 }

@@ -27,8 +27,10 @@ struct TypedSource;
 
 // How the cases of a frame are to be read.
 struct FrameRules {
-  std::string schema{};             // Table Schema file in place of the one beside the data; empty for none
-  std::vector<std::string> sort{};  // variables to sort by; empty keeps the order of the file
+  std::string schema{};  // Table Schema file in place of the one beside the data; empty for none
+  // Variables to sort by, with a minus sign in descending order; empty keeps the order of the file.
+  std::vector<std::string> sort{};
+  bool serpentine = false;  // reverses every second run of cases that are equal in the variables before
 };
 
 // Opens a data file; its extension decides how it is read, see FileKind. A file of no bytes has no variables

@@ -31,7 +31,7 @@ int FindWeight(const DataFrame& frame, const std::string& name) {
 void OpenFrame(HostSession& session, const FrameOptions& options) {
   ActiveFile& file = session.Layer<ActiveFile>();
   file.Close();  // also what it holds in the work database, before the next file needs the room
-  const FrameRules rules{.schema = options.schema, .sort = options.sort};
+  const FrameRules rules{.schema = options.schema, .sort = options.sort, .serpentine = options.serpentine};
   DataFrame frame = options.arrow != nullptr ? options.arrow->Open(rules)
                     : options.sql.empty()    ? OpenDataFile(session, options.path, rules)
                                              : OpenQuery(session, options.sql, rules);

@@ -70,14 +70,14 @@ std::vector<SlowCase> SlowDraw(const std::vector<std::vector<double>>& records,
       }
     }
     for (std::size_t i = 0; i < records.size(); ++i) {
-      std::vector<double> values(7, kMissing);
+      std::vector<double> values(8, kMissing);
       if (cases[i].finalWeight != kMissing) {
         const Key stratum = Values(records[i], keyVars);
         const double all = static_cast<double>(units[stratum].size());
         const double n = static_cast<double>(drawn[stratum].size());
         values[3] = all, values[4] = n, values[5] = n / all;
         if (Holds(drawn[stratum], Values(records[i], unitVars))) {
-          values[0] = n / all, values[6] = all / n, values[2] = 1.0;
+          values[0] = n / all, values[6] = all / n, values[2] = 1.0, values[7] = 0.0;
           values[1] = values[6] * cases[i].finalWeight;
         }
       }

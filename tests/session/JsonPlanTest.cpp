@@ -67,6 +67,10 @@ TEST(JsonPlan, IsDrawnStrictly) {
       {R"("method": "pps_brewer", "size": {"variable": "size"})", "1 unit is too large"},
       {R"("method": "simple_wor", "n": {"by": ["s"], "rows": [["a", 1], ["a ", 2], ["bb", 1]]})",
        "@/p.json, line 1, column 147: stage 1: row 2 of the table has the same categories as row 1\""},
+      {R"("method": "pps_wor", "n": 1, "size": {"variable": "size"}, "certainty": 0.1)",
+       "2 strata have so many units that are certain that no other can be drawn (s = a: 2 certain, 1 asked "
+       "for"},
+      {R"("method": "simple_wor", "n": 1, "order": ["s", "-sise"])", "column 132: 'sise' isn't in the frame"},
       {R"("method": "simple_wor", "n": {"variable": "nn"})", "column 127: 'nn' isn't in the frame"},
   };
   for (const auto& c : kCases) {
@@ -75,6 +79,31 @@ TEST(JsonPlan, IsDrawnStrictly) {
     EXPECT_THAT(drawn.said, HasSubstr(c.said)) << c.stage;
     EXPECT_EQ(drawn.folder.Names(), "f.csv p.json r.json t.csv");
   }
+}
+
+// Unit 4 is too large for two of bb; what is left there is one of units 1 to 3, and 2 of 6 to 8.
+TEST(JsonPlan, TakesCertainUnits) {
+  for (const char* method : {"pps_brewer", "pps_murthy", "pps_sampford", "pps_wor"}) {
+    const Drawn drawn(
+        R"("n": 2, "size": {"variable": "size"}, "certainty": true, "write": {"probability": "p",
+                          "certain": "c", "sample_size": "n"}, "method": ")" +
+            std::string(method) + '"',
+        "sample.csv", "s,u,size\nbb,1,3\nbb,2,3\nbb,3,3\nbb,4,9\n");
+    ASSERT_EQ(drawn.status, RunStatus::kOk) << drawn.said;
+    EXPECT_THAT(drawn.folder.Text("sample.csv"), HasSubstr("bb,4,9,1,2,1,1\n"));
+    EXPECT_THAT(drawn.folder.Text("sample.csv"), HasSubstr(",3,0.3333333333333333,2,0,3\n"));
+    EXPECT_THAT(drawn.folder.Text("r.json"), HasSubstr("Units Taken for Certain"));
+  }
+}
+
+// Cluster 1 has sizes 3 and 4.
+TEST(JsonPlan, OrdersByWhatIsConstantInAUnit) {
+  const Drawn drawn(R"("method": "simple_systematic", "n": 1, "order": ["-size"])", "sample.csv",
+                    "s,u,size\na,1,3\na,1,4\na,2,1\n");
+  EXPECT_EQ(drawn.status, RunStatus::kError);
+  EXPECT_THAT(drawn.said,
+              HasSubstr("1 case has another value in a variable of 'order' than the first case of its "
+                        "unit (s = a, u = 1)"));
 }
 
 // A plan that names a method has asked for its draw. A user who asks for a strict one gets no other.

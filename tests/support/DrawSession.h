@@ -41,7 +41,7 @@ inline Texts AllCases() {
   return lines;
 }
 
-// A draw from a small frame in a folder of its own, from the text of the command to all that it leaves. In
+// A draw from a small frame by stages in XML, or a plan in JSON, in a folder of its own, from the text of the command to all that it leaves. In
 // the texts of plan and command and in what comes back, "@" is that folder.
 class DrawSession {
 public:
@@ -49,7 +49,7 @@ public:
               const std::string& schema = "", const CaseWalk& walk = {}) {
     fFolder.Write("frame.csv", csv);
     if (!schema.empty()) fFolder.Write("frame.schema.json", schema);
-    fFolder.Write("plan.xml", Design(stages));
+    fFolder.Write("plan.xml", stages.starts_with('{') ? stages : Design(stages));
     FrameSession session(FrameSession::ExistingFile{fFolder.path / "frame.csv"});
     session.Walk() = walk;
     HostSession::Current().Layer<SessionCommand>().SetCommand(

@@ -16,6 +16,13 @@
 // of the size that a rate asks for carry no tag: only a positive one bounds.
 class DesignStage {
 public:
+  // A variable that the units of a stratum are ordered by before the draw.
+  struct OrderKey {
+    std::int32_t variable = -1;
+    bool isDescending = false;
+    bool isText = false;  // its values are codes in the record
+  };
+
   explicit DesignStage(std::int32_t stageNumber = 0) : fStageNumber(stageNumber) {}
 
   // Back to the initial values, with number 0.
@@ -44,6 +51,10 @@ public:
   std::int32_t rateVariable() const { return fRateVariable; }
   double rateMinSize() const { return fRateMinSize; }
   double rateMaxSize() const { return fRateMaxSize; }
+  // Units with n x >= c X are taken for certain, c being this share; 0 where none are.
+  double certaintyShare() const { return fCertaintyShare; }
+  const std::vector<OrderKey>& order() const { return fOrder; }
+  bool isSerpentine() const { return fbSerpentine; }
   double sizeValue() const { return fSizeValue; }
   std::int32_t sizeVariable() const { return fSizeVariable; }
 
@@ -66,6 +77,11 @@ public:
   void setSizeValue(double value) { Carry(kSizeValue, &fSizeValue, value); }
   void setSizeVariable(std::int32_t index) { Carry(kSizeVariable, &fSizeVariable, index); }
 
+  void setCertaintyShare(double share) { fCertaintyShare = share; }
+  void setOrder(std::vector<OrderKey> keys, bool isSerpentine) {
+    fOrder = std::move(keys);
+    fbSerpentine = isSerpentine;
+  }
   void setRateMinSize(double value) { fRateMinSize = value; }
   void setRateMaxSize(double value) { fRateMaxSize = value; }
 
@@ -97,4 +113,7 @@ private:
   double fRateMaxSize = -1.0;
   double fSizeValue = -1.0;
   std::int32_t fSizeVariable = -1;
+  double fCertaintyShare = 0.0;
+  std::vector<OrderKey> fOrder;
+  bool fbSerpentine = false;  // every second run is reversed
 };

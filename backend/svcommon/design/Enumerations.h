@@ -89,7 +89,7 @@ enum InclusionType : std::int32_t {
   kSizeMatrix = 12,
 };
 
-// The seven results of a stage for one case, also the indices of a vector that holds them.
+// The results of a stage for one case, also the indices of a vector that holds them.
 enum OutputKind : std::int32_t {
   kOutInclProb = 0,
   kOutCumWeight = 1,
@@ -98,8 +98,9 @@ enum OutputKind : std::int32_t {
   kOutSampSize = 4,
   kOutRate = 5,
   kOutWeight = 6,
+  kOutCertain = 7,  // 1 for a unit that is taken for certain, else 0
 };
-inline constexpr int kOutputKinds = 7;
+inline constexpr int kOutputKinds = 8;
 
 // The name of a kind in plans and messages: "INCLPROB". REQUIRES: 0 <= kind < kOutputKinds.
 std::string_view OutputKindName(std::int32_t kind);

@@ -52,6 +52,8 @@ struct SVMethod {
 
   // Whether the method draws with probability proportional to a measure of size; false for kNoMethod.
   constexpr bool IsPps() const { return code != kMethodNone && !equalProbability; }
+  // Whether large units can be taken for certain before the draw.
+  constexpr bool TakesCertain() const { return IsPps() && !withReplacement; }
 };
 
 // The row for a code or a type that belongs to no method.

@@ -157,6 +157,7 @@ private:
   // one part of a stage.
   bool AddStage(const SVPlanStageSpecs& stageSpecs);
   bool TranslateStage(const SVPlanStageSpecs& stageSpecs, DesignStage& stage, MatrixTable& table);
+  bool TranslateOrder(const SVPlanStageSpecs& stageSpecs, DesignStage& stage);
   bool TranslateParameter(const SVPlanStageSpecs& stageSpecs, DesignStage& stage);
   bool StandInForPreviousWeight(const SVPlanStageSpecs& stageSpecs);
   bool RequestOutputs(const SVPlanStageSpecs& stageSpecs, DesignStage& stage);

@@ -40,6 +40,8 @@ const KorvVarName& OutputNameOf(const SVPlanStageSpecs& stage, std::int32_t kind
       return stage.sampSizeName;
     case kOutRate:
       return stage.rateName;
+    case kOutCertain:
+      return stage.certainName;
     default:
       return stage.weightName;
   }
@@ -229,11 +231,12 @@ bool SVSParser::TranslateStage(const SVPlanStageSpecs& stageSpecs, DesignStage& 
   }
   if (stageSpecs.minSize > 0) stage.setRateMinSize(stageSpecs.minSize);
   if (stageSpecs.maxSize > 0) stage.setRateMaxSize(stageSpecs.maxSize);
+  stage.setCertaintyShare(stageSpecs.certainty);
   if (!StandInForPreviousWeight(stageSpecs)) return false;
 
   const SVMethod& method = MethodOfType(stageSpecs.type);
   if (InSelectedRange()) {
-    if (!RequestOutputs(stageSpecs, stage)) return false;
+    if (!RequestOutputs(stageSpecs, stage) || !TranslateOrder(stageSpecs, stage)) return false;
     // A unit that is drawn twice needs its cases twice, for which the active file has no place.
     if (method.withReplacement && seenSampleFile == 0 && !specs->CheckOnly()) {
       messages.SubcommandRequiredBy("SAMPLEFILE", "METHOD", MethodName(method).c_str());
@@ -268,6 +271,20 @@ bool SVSParser::StandInForPreviousWeight(const SVPlanStageSpecs& stageSpecs) {
   }
   if (!CheckVariable(stageSpecs.cumWeightName, index, false)) return false;
   specs->SetPreviousWeight(index);
+  return true;
+}
+
+// Of a drawn stage: an earlier run may have dropped the variables of its own.
+bool SVSParser::TranslateOrder(const SVPlanStageSpecs& stageSpecs, DesignStage& stage) {
+  std::vector<DesignStage::OrderKey> keys;
+  currentParameter = "ORDER";
+  for (const SVPlanOrderKey& key : stageSpecs.order) {
+    const std::int32_t index = FindVariable(key.variable.Text(), false);
+    if (index < 0) RemarkOnMissing(key.variable);
+    if (index < 0) return false;
+    keys.push_back({index, key.isDescending, dataSource->GetVariable(index).GetType() > 0});
+  }
+  stage.setOrder(std::move(keys), stageSpecs.isSerpentine);
   return true;
 }
 

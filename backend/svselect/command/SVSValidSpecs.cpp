@@ -131,6 +131,8 @@ void SVSValidSpecs::Validate() {
     AddParameter(stage, position, &next);
     if (stage.rateMinSize() > 0.0) fpCompSettings->SetMinSize(stage.rateMinSize(), number);
     if (stage.rateMaxSize() > 0.0) fpCompSettings->SetMaxSize(stage.rateMaxSize(), number);
+    if (!stage.order().empty()) AddOrder(stage, &next);
+    if (stage.certaintyShare() > 0.0) fpCompSettings->SetCertaintyShare(stage.certaintyShare(), number);
     for (const std::int32_t kind : stage.requestedOutputs()) {
       fpCompSettings->AddRequestedOutput(kind, number, stage.outputName(kind));
     }
@@ -196,6 +198,24 @@ void SVSValidSpecs::AddParameter(const DesignStage& stage, std::int32_t position
   const bool isRate = type == kRateVariable || type == kRateMatrix;
   (isRate ? fRateRecordIndices : fSizeRecordIndices).push_back(slot);
   fpCompSettings->AddSpecVar(slot, isRate ? kRateVariable : kSizeVariable, number);
+}
+
+// A number that has another use as well shares its slot.
+void SVSValidSpecs::AddOrder(const DesignStage& stage, std::int32_t* next) {
+  std::vector<DesignStage::OrderKey> keys = stage.order();
+  for (DesignStage::OrderKey& key : keys) {
+    const std::int32_t variable = key.variable;
+    if (!key.isText) {
+      key.variable = SlotOf(variable, false, next);
+      continue;
+    }
+    const auto [found, isNew] = fTextSlots.try_emplace(variable, *next);
+    key.variable = found->second;
+    if (!isNew) continue;
+    ++*next;
+    fDictionaryVars.push_back(variable);
+  }
+  fpCompSettings->SetOrder(keys, stage.isSerpentine(), stage.stageNumber());
 }
 
 // What concerns the run as a whole. A previous weight or measure of size that is also a rate or size shares

@@ -105,6 +105,8 @@ public:
   bool Strict() const { return fbStrict || fbJsonPlan; }
   bool IsJsonPlan() const { return fbJsonPlan; }
   bool CheckOnly() const { return fbCheckOnly; }
+  // Slots of the text variables that units are ordered by, by dictionary index.
+  const SlotMap& TextSlots() const { return fTextSlots; }
   // The largest number of variables that the run can add to the active file.
   unsigned MaxObsAdded() const;
 
@@ -113,6 +115,7 @@ private:
   // assigns.
   void AddDesignVars(const DesignStage& stage, bool isFirst, VariableRole role, std::int32_t* next);
   void AddParameter(const DesignStage& stage, std::int32_t position, std::int32_t* next);
+  void AddOrder(const DesignStage& stage, std::int32_t* next);
   void AddRun(std::int32_t* next);
   std::int32_t SlotOf(std::int32_t variable, bool categorical, std::int32_t* next);
 
@@ -138,6 +141,7 @@ private:
   UserCaseFileSpec fJointProbFile{FileRole::kJoint};
   std::string fSelectRuleFile;
   std::unique_ptr<SVSCompSettings> fpCompSettings;
+  SlotMap fTextSlots;
   std::vector<std::int32_t> fDesignVars;  // all strata and cluster variables, stage by stage, with repeats
   bool fbExactDesign = false;
   bool fbStrict = false;

@@ -164,6 +164,17 @@ SVStatus SVSCompSettings::Validate() const {
   return SVStatus();
 }
 
+// An index may have another use as well, which decides which values are fit for it.
+bool SVSCompSettings::SetOrder(const std::vector<DesignStage::OrderKey>& keys, bool isSerpentine,
+                               std::int32_t stage) {
+  for (const DesignStage::OrderKey& key : keys) {
+    if (key.variable < 0) return false;
+    SetType(key.variable, static_cast<VariableType>(TypeOf(key.variable)));
+  }
+  FindStage(stage).setOrder(keys, isSerpentine);
+  return true;
+}
+
 std::int32_t SVSCompSettings::TypeOf(std::int32_t recordIndex) const {
   const auto index = static_cast<std::size_t>(recordIndex);
   return index < fVariableType.size() ? fVariableType[index] : kVarUnspecified;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -35,6 +36,9 @@ public:
   // Bounds of the size that a rate asks for, positive.
   void SetMinSize(double value, std::int32_t stage) { FindStage(stage).setRateMinSize(value); }
   void SetMaxSize(double value, std::int32_t stage) { FindStage(stage).setRateMaxSize(value); }
+  void SetCertaintyShare(double share, std::int32_t stage) { FindStage(stage).setCertaintyShare(share); }
+  // The units' order before the draw; `variable` of a key is a record index. Refused when one is negative.
+  bool SetOrder(const std::vector<DesignStage::OrderKey>& keys, bool isSerpentine, std::int32_t stage);
   // Only stage 1 takes an estimator, and only none or with replacement.
   bool SetEstimator(std::int32_t estimator, std::int32_t stage);
   // Stage 1 takes any code, later stages the methods of equal probability.
@@ -63,6 +67,11 @@ public:
   void SetFinalWeightName(std::string name) { fWgtFinalName = std::move(name); }
   void SetExactDesign(bool exact) { fbExactDesign = exact; }
   void SetStrictness(Strictness strictness) { fStrictness = strictness; }
+  // Ranks of the codes 1, 2, 3, ... of a text variable by its record index, known when a pass is over. Without
+  // them codes are their own ranks.
+  void SetTextRanks(std::function<std::vector<std::int32_t>(std::int32_t)> ranks) {
+    fTextRanks = std::move(ranks);
+  }
   void SetCheckOnly(bool checkOnly) { fbCheckOnly = checkOnly; }
 
   // --- reads -----------------------------------------------------------------------------------------------
@@ -88,6 +97,7 @@ public:
   MCStopProcessor* StopProcessor() const { return fpStopProcessor; }
   bool ExactDesign() const { return fbExactDesign; }
   Strictness HowStrict() const { return fStrictness; }
+  const std::function<std::vector<std::int32_t>(std::int32_t)>& TextRanks() const { return fTextRanks; }
   bool CheckOnly() const { return fbCheckOnly; }
 
   // The variable that holds the stage's rate or size; -1 if no variable does, or the stage doesn't exist.
@@ -132,5 +142,6 @@ private:
   // The draws of Brewer, Sampford and PPS_WOR have exactly the inclusion probabilities that they state.
   bool fbExactDesign = false;
   Strictness fStrictness = Strictness::kLenient;
+  std::function<std::vector<std::int32_t>(std::int32_t)> fTextRanks;
   bool fbCheckOnly = false;  // the first selected stage is tabulated and reviewed, and nothing is drawn
 };

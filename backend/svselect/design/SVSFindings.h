@@ -14,6 +14,7 @@
 enum class FindingKind : std::uint8_t {
   kNoPreviousWeight,  // cases whose earlier weight isn't above 0, which are left out
   kUnequalSpec,       // cases that disagree with the first of their stratum on its rate or size
+  kUnequalOrder,      // cases that disagree with the first of their unit on a variable that orders the units
   kUnequalSize,       // cases that disagree with the first of their unit on its measure of size
   kMissingSpec,       // strata without a rate or size
   kRateAboveOne,      // strata with a rate that no draw without replacement can have
@@ -27,6 +28,7 @@ enum class FindingKind : std::uint8_t {
   kSizeAboveLimit,    // units too large for the method
   kHitsNotKept,       // units that the sample shows as hit once though they were hit more often
   kOtherCount,        // strata that gave another number of units than asked for
+  kCertainTakeAll,    // strata whose certain units leave none to be drawn of the others
   kStatedProbs,       // strata whose draw may not have the inclusion probabilities that it states
 };
 

@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <numeric>
+
 #include "backend/svcommon/adapters/SVMessages.h"
 #include "host/engine/ProcDSIterator.h"
 #include "host/engine/ProcedureDataSource.h"
@@ -12,9 +15,39 @@
 SVSInputAdapter::SVSInputAdapter(const SVSValidSpecs* validSpecs, ProcedureDataSource* dataSource,
                                  ProcDSIterator* iterator, const SVMessages* messages)
     : SVInputAdapter(validSpecs, dataSource, iterator, messages, !validSpecs->ClassMissingExclude()),
-      fpSelectSpecs(validSpecs) {}
+      fpSelectSpecs(validSpecs) {
+  for (const auto& [variable, slot] : validSpecs->TextSlots())
+    fvTextReaders.push_back({slot, std::make_unique<CaseValueReader>(iterator, variable, true)});
+}
 
 SVSInputAdapter::~SVSInputAdapter() = default;
+
+int SVSInputAdapter::RecordSize() const {
+  return SVInputAdapter::RecordSize() + static_cast<int>(fvTextReaders.size());
+}
+
+void SVSInputAdapter::OnNewIterator(ProcDSIterator* iterator) {
+  for (const TextReader& text : fvTextReaders) text.reader->Rebind(iterator, true);
+}
+
+std::vector<std::int32_t> SVSInputAdapter::TextRanks(std::int32_t slot) const {
+  const auto found = std::find_if(fvTextReaders.begin(), fvTextReaders.end(),
+                                  [slot](const TextReader& text) { return text.slot == slot; });
+  const CaseValueReader& reader = *found->reader;
+  const auto width = static_cast<std::size_t>(fpDataSource->GetVariable(reader.Variable()).GetType());
+  std::vector<std::int32_t> codes(reader.CategoryCount());
+  std::iota(codes.begin(), codes.end(), 1);
+  const auto textOf = [&](std::int32_t code) {
+    const std::string_view text(reader.ObsOfCode(code)->text, width);
+    return text.substr(0, text.find_last_not_of(' ') + 1);
+  };
+  std::sort(codes.begin(), codes.end(),
+            [&](std::int32_t a, std::int32_t b) { return textOf(a) < textOf(b); });
+  std::vector<std::int32_t> ranks(codes.size());
+  for (std::size_t rank = 0; rank < codes.size(); ++rank)
+    ranks[static_cast<std::size_t>(codes[rank]) - 1] = static_cast<std::int32_t>(rank);
+  return ranks;
+}
 
 // A case without a stratum or cluster isn't read any further, but may lack the earlier weight as well.
 bool SVSInputAdapter::ReadCategorical(double* record) {
@@ -52,6 +85,8 @@ bool SVSInputAdapter::ReadContinuous(double* record) {
     }
     ++contVar;
   }
+  for (const TextReader& text : fvTextReaders)
+    record[text.slot] = PassCounter() == 0 ? text.reader->Encode() : text.reader->Lookup();
   return ok;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "backend/svcommon/adapters/SVInputAdapter.h"
@@ -27,12 +28,18 @@ public:
                   const SVMessages* messages);
   ~SVSInputAdapter() override;
 
+  int RecordSize() const override;
   bool ReadCategorical(double* record) override;
   bool ReadContinuous(double* record) override;
   bool ReadMatrix(double* record) override;
 
+  void OnNewIterator(ProcDSIterator* iterator) override;
   bool HasBlocks() const override;
   const MCCommon::RecordBlock* ReadBlock(std::size_t rows) override;
+
+  // Of the text variable in a slot of the record: by code, the rank of its value among all values. Texts are
+  // ordered by their bytes, without blanks at the end.
+  std::vector<std::int32_t> TextRanks(std::int32_t slot) const;
 
   // What the messages were about.
   const RefusedCases& Refused() const { return fRefused; }
@@ -49,10 +56,18 @@ private:
   void ReadCodes(std::size_t rows);
   bool ReadNumbers(std::size_t rows);
   bool ReadTables(std::size_t rows);
+  void ReadTexts(std::size_t rows);
   void CountLacks(std::size_t rows);
   std::int64_t CountWeightless(std::size_t rows) const;
   double* NumbersOf(std::int32_t slot, std::size_t rows);
 
+  // A text variable that units are ordered by. Every text is a value, also a blank one.
+  struct TextReader {
+    std::int32_t slot;
+    std::unique_ptr<CaseValueReader> reader;
+  };
+
+  std::vector<TextReader> fvTextReaders;
   MCCommon::RecordBlock fBlock;
   std::vector<std::uint32_t> fvRecords;            // rows of the block that may become records
   std::vector<std::vector<std::int32_t>> fvCodes;  // parallel to fvCatReaders

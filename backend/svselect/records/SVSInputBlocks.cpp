@@ -20,7 +20,8 @@ bool SVSInputAdapter::HasBlocks() const {
   const auto& tables = fpSelectSpecs->MatrixRecordIndex();
   return fpIterator->HasBlocks() && std::all_of(categorical.begin(), categorical.end(), slotIsServed) &&
          std::all_of(continuous.begin(), continuous.end(), slotIsServed) &&
-         std::all_of(tables.begin(), tables.end(), tableIsServed);
+         std::all_of(tables.begin(), tables.end(), tableIsServed) &&
+         std::all_of(fpSelectSpecs->TextSlots().begin(), fpSelectSpecs->TextSlots().end(), slotIsServed);
 }
 
 const MCCommon::RecordBlock* SVSInputAdapter::ReadBlock(std::size_t rows) {
@@ -31,6 +32,7 @@ const MCCommon::RecordBlock* SVSInputAdapter::ReadBlock(std::size_t rows) {
   fvNumbers.resize(slots);
   ReadCodes(rows);
   if (!ReadNumbers(rows) || !ReadTables(rows)) return nullptr;
+  ReadTexts(rows);
   CountLacks(rows);
   CountBlock(rows, fvRecords.size());
   fBlock.records = fvRecords;
@@ -75,6 +77,15 @@ bool SVSInputAdapter::ReadTables(std::size_t rows) {
     if (!(*table++)->ReadBlock(*fpIterator, fvRecords, NumbersOf(slot, rows))) return false;
   }
   return true;
+}
+
+// Codes as numbers: the computation compares them as it does other numbers.
+void SVSInputAdapter::ReadTexts(std::size_t rows) {
+  std::vector<std::int32_t> codes(fvTextReaders.empty() ? 0 : rows);
+  for (const TextReader& text : fvTextReaders) {
+    text.reader->ReadBlock(fpIterator->BlockColumn(text.reader->Variable()), PassCounter() == 0, codes);
+    std::copy(codes.begin(), codes.end(), NumbersOf(text.slot, rows));
+  }
 }
 
 void SVSInputAdapter::CountLacks(std::size_t rows) {

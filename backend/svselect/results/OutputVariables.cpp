@@ -20,6 +20,7 @@ constexpr OutputKindTraits kTraits[kOutputKinds] = {
     {"SampleSize", 0, 11905},
     {"SamplingRate", 2, 11906},
     {"SampleWeight", 2, 11907},
+    {"Certain", 0, 11909},
 };
 
 }  // namespace

@@ -91,18 +91,18 @@ void SVSStrataTable::AddNumber(const char* name, const char* type) {
   fpStore->MakeVariable(variable, index);
 }
 
-int SVSStrataTable::AddStratum(const std::vector<std::int32_t>& designValues, int requestedSize,
-                               int actualSize, double requestedRate, double actualRate) {
+int SVSStrataTable::AddStratum(const std::vector<std::int32_t>& designValues,
+                               const MCSV::SVSDrawnStratum& drawn) {
   if (fbNextGoesOn) {
-    fStatus = fpNext->AddStratum(designValues, requestedSize, actualSize, requestedRate, actualRate);
+    fStatus = fpNext->AddStratum(designValues, drawn);
     if (fStatus == MCSV::kSummaryFailed || fpStore == nullptr) return fStatus;
     fbNextGoesOn = fStatus == MCSV::kSummaryGoOn;
   }
   OBS values[kValues];
-  values[0].number = requestedSize;
-  values[1].number = actualSize;
-  values[2].number = requestedRate;
-  values[3].number = actualRate;
+  values[0].number = drawn.requestedSize;
+  values[1].number = drawn.actualSize;
+  values[2].number = drawn.requestedRate;
+  values[3].number = drawn.actualRate;
   if (fpRows == nullptr)
     return fStatus = WriteRow(nullptr, values) ? MCSV::kSummaryGoOn : MCSV::kSummaryFailed;
   auto at = fKey.begin();

@@ -38,8 +38,7 @@ public:
   ~SVSStrataTable() override;
 
   int StartStage(int stage) override;
-  int AddStratum(const std::vector<std::int32_t>& designValues, int requestedSize, int actualSize,
-                 double requestedRate, double actualRate) override;
+  int AddStratum(const std::vector<std::int32_t>& designValues, const MCSV::SVSDrawnStratum& drawn) override;
   int EndStage() override;
   int Status() override { return fStatus; }
 

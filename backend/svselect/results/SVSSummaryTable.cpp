@@ -17,7 +17,7 @@
 namespace {
 
 constexpr std::size_t kMaxStrataVariables = 18;  // the deepest nesting that a table can have
-constexpr std::size_t kValueCells = 4;           // of a collected row: two sizes, two rates
+constexpr std::size_t kValueCells = 5;           // of a collected row: sizes, rates, certain units
 constexpr int kAsMade = 2;                       // categories stay in the order in which they were added
 constexpr double kPercent = 100.0;
 
@@ -41,6 +41,7 @@ SVSSummaryTable::~SVSSummaryTable() {
 int SVSSummaryTable::StartStage(int stage) {
   fStatus = MCSV::kSummaryStop;
   if (!fpValidSpecs->PrintSelection()) return fStatus;
+  fbTakesCertain = fpValidSpecs->CompSettings()->GetStage(stage)->certaintyShare() > 0.0;
   OpenTable(stage);
   FindStrataVariables(stage);
   if (fvCumStrataXW.size() > kMaxStrataVariables) {
@@ -95,11 +96,9 @@ void SVSSummaryTable::FindStrataVariables(int stage) {
 }
 
 // Without a table, because the user asked for none, there is nothing to do.
-int SVSSummaryTable::AddStratum(const std::vector<std::int32_t>& designValues, int requestedSize,
-                                int actualSize, double requestedRate, double actualRate) {
+int SVSSummaryTable::AddStratum(const std::vector<std::int32_t>& designValues, const Row& row) {
   if (!fTable) return fStatus;
   assert(designValues.size() == fvCumStrataXW.size());
-  const Row row = {requestedSize, actualSize, requestedRate, actualRate};
   if (fvCumStrataXW.empty()) {
     WriteRow(nullptr, row);
   } else {
@@ -108,7 +107,7 @@ int SVSSummaryTable::AddStratum(const std::vector<std::int32_t>& designValues, i
   return fStatus = MCSV::kSummaryGoOn;
 }
 
-// A row is stored behind its key in the map, as four numbers. Sizes survive that exactly, being whole. Two
+// A row is stored behind its key in the map, as numbers. Sizes survive that exactly, being whole. Two
 // codes with equal values can't occur, so the search before Insert() only guards its precondition.
 void SVSSummaryTable::CollectRow(const std::vector<std::int32_t>& designValues, const Row& row) {
   assert(fpStrataObsVecMap != nullptr);
@@ -126,6 +125,7 @@ void SVSSummaryTable::CollectRow(const std::vector<std::int32_t>& designValues, 
   cells[1].number = row.actualSize;
   cells[2].number = row.requestedRate;
   cells[3].number = row.actualRate;
+  cells[4].number = row.certain;
 }
 
 // Also called for a stage without rows: the table with the note is shown, and one that was never opened
@@ -143,7 +143,7 @@ void SVSSummaryTable::WriteCollectedRows() {
   for (const OBS* key : fpStrataObsVecMap->Sort()) {
     const OBS* cells = key + fKeyBuffer.size();
     WriteRow(key, {TruncateToInt32(cells[0].number), TruncateToInt32(cells[1].number), cells[2].number,
-                   cells[3].number});
+                   cells[3].number, TruncateToInt32(cells[4].number)});
   }
   fpStrataObsVecMap.reset();
 }
@@ -162,6 +162,9 @@ void SVSSummaryTable::WriteRow(const OBS* keyCells, const Row& row) const {
   write(SummaryTableKind::kUnitsSampled, BpNumber(row.requestedSize, count), BpNumber(row.actualSize, count));
   write(SummaryTableKind::kProportionSampled, BpNumber(row.requestedRate * kPercent, percent),
         BpNumber(row.actualRate * kPercent, percent));
+  if (!fbTakesCertain) return;
+  fStatsDim->Category(Fixed(SummaryTableKind::kCertainUnits));
+  fValueDim->Category(Fixed(SummaryTableKind::kActual)).Cell(BpNumber(row.certain, count));
 }
 
 // The stub of a row: nested groups, one for each variable and labelled with its value, "region = North". The

@@ -39,19 +39,12 @@ public:
   // 1 if no rows are wanted; AddStratum() must not be called then.
   int StartStage(int stage) override;
   // REQUIRES: a code for each variable that identifies the strata of the stage.
-  int AddStratum(const std::vector<std::int32_t>& designValues, int requestedSize, int actualSize,
-                 double requestedRate, double actualRate) override;
+  int AddStratum(const std::vector<std::int32_t>& designValues, const MCSV::SVSDrawnStratum& drawn) override;
   int EndStage() override;
   int Status() override { return fStatus; }
 
 private:
-  // What is shown for a stratum.
-  struct Row {
-    int requestedSize;
-    int actualSize;
-    double requestedRate;
-    double actualRate;
-  };
+  using Row = MCSV::SVSDrawnStratum;
 
   // A stage goes through these in their order; rows without a key skip the two that collect them.
   void OpenTable(int stage);
@@ -67,6 +60,7 @@ private:
   BpHeading* fpHeading;
   const ProcedureDataSource* fpDataSource;
   // Of the current stage.
+  bool fbTakesCertain = false;
   std::optional<BpPivotTable> fTable;
   std::optional<BpDimension> fValueDim;
   std::optional<BpDimension> fStatsDim;

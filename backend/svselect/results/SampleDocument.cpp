@@ -65,6 +65,8 @@ private:
     if (stage.methodType() != kMethodNone) fTexts.Add("Selection Method: " + std::string(method.title));
     AddMeasureOfSize();
     AddInclusion(stage);
+    AddCertainty(stage);
+    AddOrder(stage);
     AddBound("Minimum Number of Units Sampled: ", stage.rateMinSize());
     AddBound("Maximum Number of Units Sampled: ", stage.rateMaxSize());
     fTexts.Add("Estimator Assumption: " + std::string(method.estimator));
@@ -115,6 +117,19 @@ private:
       default:
         break;
     }
+  }
+
+  void AddCertainty(const DesignStage& stage) {
+    const double share = stage.certaintyShare();
+    if (share > 0.0)
+      fTexts.Add("Certainty Units: n x >= " + (share < 1.0 ? NumberText(share) + " X" : std::string("X")));
+  }
+
+  void AddOrder(const DesignStage& stage) {
+    std::string text;
+    for (const DesignStage::OrderKey& key : stage.order())
+      text += (text.empty() ? "" : ", ") + NameOf(key.variable) + (key.isDescending ? " descending" : "");
+    if (!text.empty()) fTexts.Add("Unit Order: " + text + (stage.isSerpentine() ? ", serpentine" : ""));
   }
 
   // A tag can name a variable that was never set; such a line is left out.

@@ -10,6 +10,7 @@ inline constexpr const char* kKind = "Summary";  // OutputTable::Kind() of the t
 // Column dimension "Statistics".
 inline constexpr const char* kUnitsSampled = "Number of Units Sampled";
 inline constexpr const char* kProportionSampled = "Proportion of Units Sampled";
+inline constexpr const char* kCertainUnits = "Units Taken for Certain";  // where the stage takes such units
 
 // Column dimension "Value", inside each of the statistics.
 inline constexpr const char* kRequested = "Requested";

@@ -116,6 +116,9 @@ std::string SizeAndLimit(const Example& example) {
 std::string DrawnAndAsked(const Example& example) {
   return fmt::format("{} instead of {}", Number(example.value), Number(example.other));
 }
+std::string CertainAndAsked(const Example& example) {
+  return fmt::format("{} certain, {} asked for", Number(example.value), Number(example.other));
+}
 std::string Hits(const Example& example) {
   return Number(example.value) + " hits";
 }
@@ -131,6 +134,10 @@ constexpr Wording kWordings[] = {
     {FindingKind::kUnequalSize, "case has another measure of size than the first case of its unit",
      "cases have another measure of size than the first case of their unit", TwoValues,
      "the first one was used; give all cases of a unit the same"},
+    {FindingKind::kUnequalOrder,
+     "case has another value in a variable of 'order' than the first case of its unit",
+     "cases have another value in a variable of 'order' than the first case of their unit", NoValues,
+     "give all cases of a unit the same, or order by another variable"},
     {FindingKind::kMissingSpec, "stratum has no rate or size", "strata have no rate or size", NoValues,
      "give their cases one, or leave them out of the frame"},
     {FindingKind::kRateAboveOne, "stratum has a rate above 1", "strata have rates above 1", OneValue,
@@ -167,6 +174,9 @@ constexpr Wording kWordings[] = {
     {FindingKind::kOtherCount, "stratum gave another number of units than were asked for",
      "strata gave another number of units than were asked for", DrawnAndAsked,
      "the measures of size don't allow the draw to keep its number"},
+    {FindingKind::kCertainTakeAll, "stratum has so many units that are certain that no other can be drawn",
+     "strata have so many units that are certain that no other can be drawn", CertainAndAsked,
+     "ask for more units, or set 'certainty' in the plan to a higher share, or to true"},
 };
 
 void ReplaceAll(std::string_view what, std::string_view by, std::string* text) {

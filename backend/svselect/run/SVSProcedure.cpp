@@ -85,6 +85,10 @@ SVSProcedure::SVSProcedure(SVSValidSpecs* validSpecs, ProcedureDataSource* dataS
   }
   fpInputAdapter =
       std::make_unique<SVSInputAdapter>(validSpecs, dataSource, iterator.get(), fpMessages.get());
+  if (!validSpecs->TextSlots().empty()) {
+    validSpecs->CompSettings()->SetTextRanks(
+        [adapter = fpInputAdapter.get()](std::int32_t slot) { return adapter->TextRanks(slot); });
+  }
   auto multiPass =
       std::make_unique<SVProcDSMultiIter>(dataSource, std::move(iterator), fpInputAdapter.get(), true);
   fpMultiPassIter = multiPass.get();

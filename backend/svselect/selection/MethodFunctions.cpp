@@ -2,6 +2,9 @@
 
 #include <iterator>
 
+#include "backend/svselect/selection/CumulativeDraw.h"
+#include "host/numeric/MCRandomTwister.h"
+
 namespace {
 
 constexpr MethodFunctions kFunctions[] = {
@@ -34,7 +37,22 @@ static_assert(
 // Sizes are looked at, so that a missing one is reported.
 constexpr MethodFunctions kNoFunctions = {kMethodNone, SizeLists::kShares, nullptr, nullptr};
 
+SVStatus DrawOneBySize(const SVSStratumView& stratum, MCCommonMath::MCRandomTwister* random,
+                       SVSTakenUnits* taken) {
+  const double u = random->GetRealClosedOpen();
+  const std::int32_t unit = FindPosition(stratum.cumulativeShares, 0, stratum.units - 1, u);
+  if (LiesInInterval(stratum.cumulativeShares, 0, unit, u)) taken->TakeBySize(stratum, unit);
+  return SVStatus();
+}
+
+SVStatus ForeseeOneBySize(const SVSStratumView& stratum, SVSForeseenUnits* units) {
+  units->TakeAllBySize(stratum);
+  return SVStatus();
+}
+
 }  // namespace
+
+const MethodFunctions kOneBySize = {kMethodNone, SizeLists::kShares, DrawOneBySize, ForeseeOneBySize};
 
 const MethodFunctions& FunctionsOf(std::int32_t code) {
   const std::size_t index = static_cast<std::uint32_t>(code) - 1U;

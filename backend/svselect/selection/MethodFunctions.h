@@ -68,5 +68,10 @@ struct MethodFunctions {
   DrawnProbsFunction* drawnProbs = nullptr;
 };
 
+// Those of one draw in proportion to size: DrawOneBySize takes the unit in whose part of [0, 1) a random number
+// lies.
+// Random numbers: one GetRealClosedOpen.
+extern const MethodFunctions kOneBySize;
+
 // The functions of a code. A code that no method has draws nothing.
 const MethodFunctions& FunctionsOf(std::int32_t code);

@@ -78,7 +78,8 @@ public:
   // Takes the unit at a 0-based position, which was hit `hits` times.
   void Take(std::int32_t position, const SVSStated& stated, std::int32_t hits = 1) {
     const std::int32_t unit = fpUnits->UnitAt(position);
-    fpUnits->SetResult({unit, stated.inclProb, stated.weight, static_cast<double>(hits)});
+    fpUnits->SetResult(
+        {unit, SVSUnits::Result::kDrawn, stated.inclProb, stated.weight, static_cast<double>(hits)});
     fCount += fMethod.withReplacement ? hits : 1;
     if (!fMethod.namesUnits) return;
     fpSelected->push_back(unit);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "host/numeric/MCMathFun.h"
 
@@ -46,6 +47,18 @@ bool SVSUnits::HasLowerKey(std::int32_t a, std::int32_t b) const {
   };
   const auto length = static_cast<std::ptrdiff_t>(fKeyLength);
   return std::lexicographical_compare(keyOf(a), keyOf(a) + length, keyOf(b), keyOf(b) + length);
+}
+
+void SVSUnits::SetApart(const std::vector<std::uint8_t>& isApart) {
+  std::vector<std::int32_t> order;
+  order.reserve(isApart.size());
+  for (const std::uint8_t apart : {0, 1}) {
+    for (std::size_t position = 0; position < isApart.size(); ++position) {
+      if (isApart[position] == apart) order.push_back(UnitAt(static_cast<std::int32_t>(position)));
+    }
+  }
+  fvOrder = std::move(order);
+  fApart = static_cast<std::int32_t>(std::count(isApart.begin(), isApart.end(), std::uint8_t{1}));
 }
 
 // Stable, so that the last of several results of a unit is behind the others, and stays.

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <numeric>
+#include <utility>
 #include <vector>
 
 #include "host/numeric/Obs.h"
@@ -18,11 +19,16 @@
 // results are kept of the units that were taken. So cases as units cost 8 bytes each where they have measures
 // of size, and nothing where they don't.
 //
-// Methods that order their units do so in a list of positions; for all others position and unit are the same.
+// Units that are ordered, by their method or by the plan, are so in a list of positions; else position and unit
+// are the same.
+// Units that aren't drawn, because they are taken for certain, come after the list, at further positions.
 class SVSUnits {
 public:
   struct Result {
+    enum Role : std::int32_t { kDrawn, kCertain };
+
     std::int32_t unit = 0;
+    Role role = kDrawn;
     double inclProb = MCMV::gMissingValue;  // of the stage, as is the weight
     double weight = MCMV::gMissingValue;
     double hits = MCMV::gMissingValue;  // number of selections
@@ -50,6 +56,9 @@ public:
   }
 
   std::int32_t Count() const { return fCount; }
+  // Units to draw from; the further ones are set apart.
+  std::int32_t ListCount() const { return fCount - fApart; }
+  std::int32_t ApartCount() const { return fApart; }
   double SizeOf(std::int32_t unit) const {
     return fvSizes.empty() ? fCommonSize : fvSizes[static_cast<std::size_t>(unit)];
   }
@@ -69,6 +78,11 @@ public:
     std::sort(fvOrder.begin(), fvOrder.end(), less);
   }
 
+  void SetOrder(std::vector<std::int32_t> order) { fvOrder = std::move(order); }
+  // Sets the units at the marked positions apart, behind those that stay in the list.
+  // REQUIRES: no unit is apart, and there is a mark for each position.
+  void SetApart(const std::vector<std::uint8_t>& isApart);
+
   // --- the results ---
   // A unit that is taken again gets the later result.
   void SetResult(const Result& result) { fvResults.push_back(result); }
@@ -87,5 +101,6 @@ private:
   std::vector<double> fvSizes;               // by unit, or empty
   std::vector<std::int32_t> fvKeys;          // one key after the other
   std::vector<std::int32_t> fvOrder;         // unit by position; empty where they are the same
+  std::int32_t fApart = 0;                   // units behind the list
   std::vector<Result> fvResults;
 };

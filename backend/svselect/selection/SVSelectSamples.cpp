@@ -26,18 +26,18 @@ SVStatus SVSelectSamples::Prepare(SVSUnits* units, std::vector<std::int32_t>* se
   fpUnits = units;
   fpSelected = selected;
   fpOutSamples = outSamples;
-  fNAllSamples = units->Count();
+  fNAllSamples = units->ListCount();
   fNRequestSamples = requestSize;
   fRequestSampleRate = requestRate;
   fTotalSampleSize = 0.0;
   ClearSizes();
-  if (FunctionsOf(fSelectMethod).lists != SizeLists::kNone) FormSizes();
+  if (Functions().lists != SizeLists::kNone) FormSizes();
   fpOutSamples->AddStatus(fStatus);
   return fStatus;
 }
 
 void SVSelectSamples::FormSizes() {
-  const bool bLine = FunctionsOf(fSelectMethod).lists == SizeLists::kLine;
+  const bool bLine = Functions().lists == SizeLists::kLine;
   const auto count = static_cast<std::size_t>(fNAllSamples);
   fAllSampleSizes.reserve(count);
   fProbPropSize.reserve(count);
@@ -66,6 +66,7 @@ SVStatus SVSelectSamples::SelectSamples() {
   fNSelectSamples = 0;
   LimitRequest();
   if (fNRequestSamples > 0) Draw();
+  if (fpUnits->ApartCount() > 0 && !fStatus.IsError()) TakeApart();
   // Only the methods that name their units one by one have joint probabilities, which need the sizes.
   if (fSelectSampleInds.empty()) ClearSizes();
   fpOutSamples->AddStatus(fStatus);
@@ -75,11 +76,17 @@ SVStatus SVSelectSamples::SelectSamples() {
 SVStatus SVSelectSamples::Foresee(SVSForeseenUnits* units) {
   if (fStatus.IsError()) return fStatus;
   LimitRequest();
-  ForeseeFunction* const foresee = FunctionsOf(fSelectMethod).foresee;
+  ForeseeFunction* const foresee = Functions().foresee;
   if (fNRequestSamples > 0 && foresee != nullptr) {
     if (const SVStatus status = foresee(View(), units); status.IsError()) Fail(status.code);
   }
   return fStatus;
+}
+
+// Where one of the two units of a method is certain, one draw in proportion to size is left.
+const MethodFunctions& SVSelectSamples::Functions() const {
+  const bool isOneLeft = fpUnits != nullptr && fpUnits->ApartCount() > 0 && MethodOf(fSelectMethod).twoUnits;
+  return isOneLeft ? kOneBySize : FunctionsOf(fSelectMethod);
 }
 
 // The draws of two units don't look at the request.
@@ -89,12 +96,13 @@ void SVSelectSamples::LimitRequest() {
     fNRequestSamples = std::min(fNRequestSamples, fNAllSamples);
     fRequestSampleRate = std::min(fRequestSampleRate, 1.0);
   }
-  if (method.twoUnits && fNAllSamples >= 2 && fNRequestSamples > 0) fNRequestSamples = 2;
+  const bool drawsTwo = method.twoUnits && fpUnits->ApartCount() == 0;
+  if (drawsTwo && fNAllSamples >= 2 && fNRequestSamples > 0) fNRequestSamples = 2;
 }
 
 void SVSelectSamples::Draw() {
   const SVMethod& method = MethodOf(fSelectMethod);
-  DrawFunction* const draw = FunctionsOf(fSelectMethod).draw;
+  DrawFunction* const draw = Functions().draw;
   if (draw == nullptr) return;
   SVSTakenUnits taken(method, fpUnits, fpSelected, &fSelectSampleInds);
   const SVStatus status = draw(View(), fpRandom, &taken);
@@ -102,6 +110,18 @@ void SVSelectSamples::Draw() {
   fNSelectSamples = taken.Count();
   if (status.IsError()) return Fail(status.code);
   if (fNSelectSamples > 0) SetStageValues();
+}
+
+void SVSelectSamples::TakeApart() {
+  const bool isNamed = MethodOf(fSelectMethod).namesUnits;
+  for (std::int32_t position = fpUnits->ListCount(); position < fpUnits->Count(); ++position) {
+    const std::int32_t unit = fpUnits->UnitAt(position);
+    fpUnits->SetResult({unit, SVSUnits::Result::kCertain, 1.0, 1.0, 1.0});
+    if (isNamed) fpSelected->push_back(unit);
+  }
+  fpUnits->FinishResults();
+  fNSelectSamples += fpUnits->ApartCount();
+  SetStageValues();
 }
 
 SVSStratumView SVSelectSamples::View() const {
@@ -119,7 +139,7 @@ SVSStratumView SVSelectSamples::View() const {
 
 std::vector<SVSelectSamples::StatedProb> SVSelectSamples::StatedProbs() const {
   std::vector<StatedProb> probs;
-  DrawnProbsFunction* const drawnProbs = FunctionsOf(fSelectMethod).drawnProbs;
+  DrawnProbsFunction* const drawnProbs = Functions().drawnProbs;
   if (drawnProbs == nullptr || fAllSampleSizes.empty()) return probs;
   const SVSStratumView stratum = View();
   for (const double drawn : drawnProbs(stratum)) {
@@ -154,7 +174,7 @@ void SVSelectSamples::Fail(std::int32_t code) {
 }
 
 void SVSelectSamples::SetStageValues() {
-  fOutPopSize = fNAllSamples;
+  fOutPopSize = fpUnits->Count();
   fOutSampleSize = fNSelectSamples;
-  fOutSampleRate = static_cast<double>(fNSelectSamples) / fNAllSamples;
+  fOutSampleRate = static_cast<double>(fNSelectSamples) / fpUnits->Count();
 }

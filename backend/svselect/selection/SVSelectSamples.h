@@ -14,6 +14,7 @@ class DesignStage;
 class SVCancelInfo;
 class SVSCompSettings;
 class SVSJointWork;
+struct MethodFunctions;
 class SVSOutSamples;
 class sfMutex;
 namespace MCCommonMath {
@@ -35,6 +36,10 @@ class MCRandomTwister;
 //             computed: 1 when cancelled, 92031 a size is missing, 92032 a size is too large for the method,
 //             92036 no memory for the joint probabilities.
 //
+// Units that are set apart from the list are taken for certain: they are part of the sample, with probability
+// and weight 1, and behind the drawn ones in order of selection. Their joint probability with another unit is
+// that one's own.
+//
 // What differs between the methods isn't here: MethodFunctions.h has the draw of each one, a function over a
 // SVSStratumView, and where its joint probabilities come from.
 class SVSelectSamples {
@@ -46,7 +51,7 @@ public:
 
   void SetRandom(MCCommonMath::MCRandomTwister* generator) { fpRandom = generator; }
 
-  // Takes the units of the stratum and what is asked for, and forms the measures of size. `selected` is filled
+  // Takes the units of the stratum and what is asked of those in the list, and forms the measures of size. `selected` is filled
   // by SelectSamples(), in order of selection.
   SVStatus Prepare(SVSUnits* units, std::vector<std::int32_t>* selected, SVSOutSamples* outSamples,
                    std::int32_t requestSize, double requestRate);
@@ -57,7 +62,7 @@ public:
   // In place of SelectSamples(): what it would do to each unit, and the error that it would end with.
   SVStatus Foresee(SVSForeseenUnits* units);
 
-  // How many are drawn of those that are asked for, once one of the two was called.
+  // How many are drawn from the list of those that are asked for, once one of the two was called.
   std::int32_t Requested() const { return fNRequestSamples; }
 
   // Units or, for some methods with replacement, hits.
@@ -101,7 +106,9 @@ private:
   void FormSizes();
   void LimitRequest();
   void ClearSizes();
+  const MethodFunctions& Functions() const;
   void Draw();
+  void TakeApart();
   SVSStratumView View() const;  // of the lists as they are
   void Fail(std::int32_t code);
   void SetStageValues();
@@ -114,6 +121,7 @@ private:
   std::unique_ptr<SVSJointWork> MakeJointWork();
   void RunJointWork(std::int32_t range);
   void EndJointWork();
+  void AddApartToMatrix();
 
   const SVSCompSettings* fpSettings;                // borrowed
   const DesignStage* fpStage;                       // borrowed; read at construction only
@@ -128,7 +136,7 @@ private:
   double fTotalSampleSize = 0.0;                    // M
   std::vector<double> fProbPropSize;                // p(i); 0 where M isn't positive
   std::vector<double> fCumProbPropSize;             // c(i)
-  std::int32_t fNAllSamples = 0;                    // N
+  std::int32_t fNAllSamples = 0;                    // N, of the list
   std::int32_t fNRequestSamples = 0;                // n, at most N without replacement
   std::int32_t fNSelectSamples = 0;                 // selected so far
   double fRequestSampleRate = 0.0;                  // at most 1 without replacement

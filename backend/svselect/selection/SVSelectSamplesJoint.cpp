@@ -74,7 +74,7 @@ SVStatus SVSelectSamples::JointProbs(const std::vector<double>** matrix) {
 
 // Work items that threads can share.
 std::int32_t SVSelectSamples::SharedItems() const {
-  SharedItemsFunction* const items = FunctionsOf(fSelectMethod).sharedItems;
+  SharedItemsFunction* const items = Functions().sharedItems;
   if (items == nullptr || fSelectSampleInds.empty()) return 0;  // without selected units the sizes are gone
   return items(View(), static_cast<std::int32_t>(fSelectSampleInds.size()));
 }
@@ -92,12 +92,13 @@ void SVSelectSamples::StartJointWork(std::int32_t ranges) {
   }
 }
 
-// All missing but the diagonal, which holds the inclusion probabilities.
+// Of the drawn units: all missing but the diagonal, which holds the inclusion probabilities.
 void SVSelectSamples::FormJointMatrix() {
-  const std::size_t k = fpSelected->size();
+  const std::size_t k = fSelectSampleInds.size();
+  const std::size_t all = fpSelected->size();
   fJointProbs.clear();
   // Entries are counted in 32 bits.
-  if (k * k > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()))
+  if (all * all > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()))
     return Fail(kStatusNoMemory);
   try {
     fJointProbs.assign(k * k, MCMV::gMissingValue);
@@ -122,7 +123,7 @@ void SVSelectSamples::SplitItems(std::int32_t items, std::int32_t ranges) {
 
 // Null if the method has no joint probabilities. Throws std::bad_alloc.
 std::unique_ptr<SVSJointWork> SVSelectSamples::MakeJointWork() {
-  JointFunction* const joint = FunctionsOf(fSelectMethod).joint;
+  JointFunction* const joint = Functions().joint;
   if (joint == nullptr) return nullptr;
   std::vector<SVSJointWork::Range> ranges;
   for (const auto& [first, last] : fThreadRanges) {
@@ -150,4 +151,25 @@ void SVSelectSamples::RunJointWork(std::int32_t range) {
 
 void SVSelectSamples::EndJointWork() {
   fpJointWork.reset();
+  if (fStatus.IsError() || fpUnits->ApartCount() == 0) return;
+  try {
+    AddApartToMatrix();
+  } catch (const std::bad_alloc&) {
+    Fail(kStatusNoMemory);
+  }
+}
+
+// A unit that is certain is in the sample whenever another one is.
+void SVSelectSamples::AddApartToMatrix() {
+  const std::size_t drawn = fSelectSampleInds.size();
+  const std::size_t all = fpSelected->size();
+  std::vector<double> whole(all * all, 1.0);
+  for (std::size_t a = 0; a < drawn; ++a) {
+    for (std::size_t b = 0; b < all; ++b) {
+      const double prob = fJointProbs[a * drawn + (b < drawn ? b : a)];
+      whole[a * all + b] = prob;
+      whole[b * all + a] = prob;
+    }
+  }
+  fJointProbs = std::move(whole);
 }

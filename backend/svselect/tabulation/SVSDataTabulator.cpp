@@ -100,7 +100,9 @@ SVStatus SVSDataTabulator::ProcessData(MCCommon::MultiPassRecordIter& iterator) 
 void SVSDataTabulator::Start(bool hasBlocks) {
   fbCountsCases = fKeyClusterVars.empty() && hasBlocks;
   fvUnitKey.assign(UnitKeyLength(), 0);
-  fbCountsAlone = fbCountsCases && fvUnitKey.empty();
+  const DesignStage& design = *fCompSettings->GetStage(fStageInd);
+  if (!design.order().empty()) fpOrder = std::make_unique<UnitOrder>(design.order(), design.isSerpentine());
+  fbCountsAlone = fbCountsCases && fvUnitKey.empty() && fpOrder == nullptr;
   if (fpNextTabulator != nullptr) {
     fpNextTabulator->Start(hasBlocks);
   } else if (fbForesees) {
@@ -121,7 +123,15 @@ void SVSDataTabulator::End() {
   for (std::size_t stratum = 0; stratum < fvCounts.size(); ++stratum) {
     fvStrata[stratum]->value.AddUnits(fvCounts[stratum]);
   }
+  if (fpOrder != nullptr) OrderUnits();
   if (fpNextTabulator != nullptr) fpNextTabulator->End();
+}
+
+void SVSDataTabulator::OrderUnits() {
+  fpOrder->RankTexts(fCompSettings->TextRanks());
+  for (std::size_t stratum = 0; stratum < fvStrata.size(); ++stratum)
+    fvStrata[stratum]->value.OrderUnits(fpOrder->TakeOrder(stratum));
+  fpOrder.reset();
 }
 
 void SVSDataTabulator::TakeBlocks(MCCommon::MultiPassRecordIter& iterator) {
@@ -294,11 +304,26 @@ void SVSDataTabulator::EnterUnit(const MCCommon::RecordBlock& block, std::size_t
     NewUnit(block, row, &owner);
   } else if (number == fvPlaces.size()) {
     fvPlaces.push_back({stratum, NewUnit(block, row, &owner)});
-  } else if (fbDrawsBySize) {
-    const double size = SizeIn(block, row);
-    const double before = owner.SizeOf(fvPlaces[number].unit);  // a missing one takes the record's
-    if (!owner.AddRecord(fvPlaces[number].unit, size)) NoteUnequalSize(fvPlaces[number], before, size);
+  } else {
+    EnterRecord(block, row, fvPlaces[number]);
+    return;
   }
+  if (fpOrder != nullptr) fpOrder->AddUnit(stratum, block, row);
+}
+
+// A further record of a unit.
+void SVSDataTabulator::EnterRecord(const MCCommon::RecordBlock& block, std::uint32_t row,
+                                   const Place& place) {
+  SVSStratumData& owner = Stratum(place.stratum);
+  if (fbDrawsBySize) {
+    const double size = SizeIn(block, row);
+    const double before = owner.SizeOf(place.unit);  // a missing one takes the record's
+    if (!owner.AddRecord(place.unit, size)) NoteUnequalSize(place, before, size);
+  }
+  if (fpOrder == nullptr || fpOrder->IsSame(place.stratum, place.unit, block, row)) return;
+  fLateNotes.Note(fEntered, FindingKind::kUnequalOrder,
+                  {.stratum = fvStrata[static_cast<std::size_t>(place.stratum)]->key,
+                   .unit = owner.Units().KeyOf(place.unit)});
 }
 
 void SVSDataTabulator::CountDropped() {

@@ -12,6 +12,7 @@
 #include "backend/svselect/tabulation/LateNotes.h"
 #include "backend/svselect/tabulation/RecordAsBlock.h"
 #include "backend/svselect/tabulation/SVSStratumData.h"
+#include "backend/svselect/tabulation/UnitOrder.h"
 #include "host/numeric/RecordIterator.h"
 #include "model_components/surveyplans/common/SVHashtable.h"
 #include "model_components/surveyplans/common/SVKey.h"
@@ -180,6 +181,7 @@ private:
   bool Check(const MCCommon::Record& record, SVStatus& status);
   void Start(bool hasBlocks);
   void MakeMasses();
+  void OrderUnits();
   void End();
   void Enter(const MCCommon::RecordBlock& block);
   void EnterNumbered(const MCCommon::RecordBlock& block);
@@ -188,6 +190,7 @@ private:
   void EnterUnit(const MCCommon::RecordBlock& block, std::size_t place);
   void CountDropped();
   void CheckConstant(std::int32_t stratum, double value);
+  void EnterRecord(const MCCommon::RecordBlock& block, std::uint32_t row, const Place& place);
   // `size` is that of the unit before the record.
   void NoteUnequalSize(const Place& place, double size, double value);
   void NewStratum(const MCCommon::RecordBlock& block, std::size_t place);
@@ -253,6 +256,7 @@ private:
   std::vector<std::int32_t> fvUnitKey;  // scratch
   std::int64_t fEntered = 0;            // records that entered so far
   LateNotes fLateNotes;
+  std::unique_ptr<UnitOrder> fpOrder;                 // null where the units keep the order of the records
   std::unique_ptr<CaseMasses> fpMasses;               // of the last stage of a preview
   std::map<std::int32_t, std::int64_t> fDisagreeing;  // cases by stratum
   std::int64_t fValidCount = 0;

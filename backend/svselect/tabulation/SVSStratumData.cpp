@@ -8,6 +8,7 @@
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSOutSamples.h"
+#include "backend/svselect/selection/CertainUnits.h"
 #include "backend/svselect/selection/SVSCallBackJointProb.h"
 #include "host/numeric/Fuzzy.h"
 #include "host/numeric/MCMathFun.h"
@@ -37,6 +38,7 @@ SVSStratumData::SVSStratumData(const SVSCompSettings* settings, std::int32_t sta
   fSelectMethod = design->methodType();
   fInclProbType = design->inclusionType();
   if (MethodOf(fSelectMethod).equalProbability) return;
+  if (MethodOf(fSelectMethod).TakesCertain()) fCertaintyShare = design->certaintyShare();
   fbUseMOSData = settings->MOSFromData();
   fbUseMOSVar = !fbUseMOSData;
   fbReadsSizes = fbUseMOSVar && settings->MOSVar() >= 0;
@@ -171,15 +173,17 @@ SVStatus SVSStratumData::Select() {
 }
 
 // The order of these steps is part of the behaviour: bounds come before sorting, which sees the bounded
-// sizes.
+// sizes. Certain units are found among these in the order of the draw.
 SVStatus SVSStratumData::PrepareDraw() {
   if (fbUseMOSVar) BoundSizes(&fUnits, Bounds());
   if (MethodOf(fSelectMethod).ordersBySize) SortBySize(&fUnits, fpSettings->ExactDesign());
   fvSelected.clear();
   ComputeRequest();
   if (fStatus.IsError()) return fStatus;
+  std::int32_t drawn = fRequestSampleSize;
+  if (TakesCertain()) drawn = SetCertainApart(&fUnits, std::min(drawn, NumUnits()), fCertaintyShare);
   fSelectSamples.SetRandom(fpRandom);
-  return fSelectSamples.Prepare(&fUnits, &fvSelected, fpOutSamples, fRequestSampleSize, fRequestSampleRate);
+  return fSelectSamples.Prepare(&fUnits, &fvSelected, fpOutSamples, drawn, fRequestSampleRate);
 }
 
 SVStatus SVSStratumData::GetRecordStats(std::int32_t unit, std::vector<double>* values) const {
@@ -190,6 +194,7 @@ SVStatus SVSStratumData::GetRecordStats(std::int32_t unit, std::vector<double>* 
     out[kOutInclProb] = result->inclProb;
     out[kOutWeight] = result->weight;
     out[kOutIndex] = result->hits;
+    out[kOutCertain] = result->role == SVSUnits::Result::kCertain ? 1.0 : 0.0;
   }
   fSelectSamples.GetStageValues(&out[kOutPopSize], &out[kOutSampSize], &out[kOutRate]);
   return fStatus;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "backend/svselect/selection/SVSUnits.h"
@@ -12,6 +13,7 @@
 #include "model_components/surveyplans/common/SVKey.h"
 #include "model_components/surveyplans/common/SVStatus.h"
 
+struct CertainUnits;
 class SVCancelInfo;
 class SVSCompSettings;
 class SVSFindings;
@@ -76,6 +78,8 @@ public:
     if (fbUseMOSData) fUnits.CountRecord(unit);
     return !fbReadsSizes || fUnits.CheckSize(unit, size) || Disagree();
   }
+  // The order in which the units are drawn from, in place of that of their first records: all units, once each.
+  void OrderUnits(std::vector<std::int32_t> order) { fUnits.SetOrder(std::move(order)); }
   double SizeOf(std::int32_t unit) const { return fUnits.SizeOf(unit); }
 
   // Looks at the request and at the measures of size as Select() is going to see them, and notes what makes
@@ -101,8 +105,10 @@ public:
   double GetSelectRate() const;
 
   const SVSUnits& Units() const { return fUnits; }
+  // Units that are taken for certain; known from the draw, or its foresight, on.
+  std::int32_t CertainCount() const { return fUnits.ApartCount(); }
 
-  // Fills `values` with the seven results of a case of that unit, by OutputKind. Those that don't apply are
+  // Fills `values` with the results of a case of that unit, by OutputKind. Those that don't apply are
   // missing, and so is always the cumulative weight, which only the caller can know. If the stratum has an
   // error, it is returned and all values are missing.
   SVStatus GetRecordStats(std::int32_t unit, std::vector<double>* values) const;
@@ -142,11 +148,15 @@ private:
   SizeBounds Bounds() const;
   void ReviewSizes(const SVKey& key, std::int32_t requested, SVSFindings* findings) const;
   void ReviewLargeSizes(const SVKey& key, double limit, SVSFindings* findings) const;
-  bool OnlyApproaches(std::int32_t requested, bool anyFraction) const;
+  // REQUIRES: `units` is the number of those from which `drawn` are drawn.
+  bool OnlyApproaches(std::int32_t drawn, std::int32_t units, bool anyFraction) const;
+  void ReviewCertain(const SVKey& key, const CertainUnits& certain, std::int32_t requested,
+                     SVSFindings* findings) const;
   void ReviewStatedProbs(const SVKey& key, SVSFindings* findings) const;
   void NoteStatedProbs(const SVKey& key, SVSFindings* findings) const;
   bool AnySizeHasFraction() const;
   void ReviewHits(const SVKey& key, SVSFindings* findings) const;
+  bool TakesCertain() const { return fCertaintyShare > 0.0; }
   std::int32_t NumUnits() const { return fUnits.Count(); }
 
   // The fields that the records of a pass read come first and together: with a million strata in a stage,
@@ -166,6 +176,7 @@ private:
   std::int32_t fStageInd;
   std::int32_t fSelectMethod;
   std::int32_t fInclProbType;
+  double fCertaintyShare = 0.0;  // 0 where no unit is taken for certain
   std::int32_t fRequestSampleSize = 0;
   double fRequestSampleRate = 0.0;
   MCCommonMath::MCRandomTwister* fpRandom = nullptr;

@@ -29,6 +29,7 @@ StratumOutlook SVSStratumData::Foresee(MCSV::SVSStratumPreview* row, SVSFindings
   fStatus = PrepareDraw();
   if (!fStatus.IsError()) fStatus = fSelectSamples.Foresee(&outlook);
   if (!fStatus.IsError()) ForeseeProbs(row->key, &outlook, findings);
+  if (!fStatus.IsError()) outlook.TakeApart();
   ForeseeRow(outlook, row);
   if (row->failure == 0 && row->possible > 0 && outlook.IsEmpty()) {
     findings->Note(FindingKind::kOtherCount, fStageInd,
@@ -43,7 +44,8 @@ StratumOutlook SVSStratumData::Foresee(MCSV::SVSStratumPreview* row, SVSFindings
 void SVSStratumData::ForeseeProbs(const SVKey& key, StratumOutlook* outlook, SVSFindings* findings) const {
   const SVMethod& method = MethodOf(fSelectMethod);
   const bool anyFraction = method.statedProbs == StatedProbs::kMetByWholeSizes && AnySizeHasFraction();
-  if (outlook->IsEmpty() || !OnlyApproaches(fSelectSamples.Requested(), anyFraction)) return;
+  if (outlook->IsEmpty() || !OnlyApproaches(fSelectSamples.Requested(), fUnits.ListCount(), anyFraction))
+    return;
   NoteStatedProbs(key, findings);
   std::int32_t position = 0;
   for (const SVSelectSamples::StatedProb& prob : fSelectSamples.StatedProbs()) {
@@ -74,7 +76,7 @@ void SVSStratumData::ForeseeRow(const StratumOutlook& outlook, MCSV::SVSStratumP
     if (foreseen.stated >= kCertain && !takesAll) NameUnit(fUnits.KeyOf(unit), &row->certain);
   }
   if (outlook.IsSame()) row->drawn *= NumUnits();
-  const double most = fSelectSamples.Requested();
+  const double most = fSelectSamples.Requested() + CertainCount();
   if (std::fabs(row->drawn - most) <= kRounding * most) row->drawn = most;
 }
 

@@ -7,6 +7,7 @@
 #include "backend/svcommon/design/MethodTable.h"
 #include "backend/svselect/design/SVSCompSettings.h"
 #include "backend/svselect/design/SVSFindings.h"
+#include "backend/svselect/selection/CertainUnits.h"
 #include "backend/svselect/tabulation/SVSStratumData.h"
 #include "host/numeric/Obs.h"
 
@@ -48,6 +49,7 @@ void SVSStratumData::ReviewSizes(const SVKey& key, std::int32_t requested, SVSFi
   double total = 0.0;
   double largest = 0.0;
   bool anyFraction = false;
+  std::vector<double> sizes;
   for (std::int32_t unit = 0; unit < NumUnits(); ++unit) {
     const double size = bounds.Apply(fUnits.SizeOf(unit));
     if (!(size > 0.0)) {
@@ -59,7 +61,15 @@ void SVSStratumData::ReviewSizes(const SVKey& key, std::int32_t requested, SVSFi
     }
     total += size;
     largest = std::max(largest, size);
+    if (TakesCertain()) sizes.push_back(size);
     anyFraction = anyFraction || HasFraction(size);
+  }
+  if (TakesCertain() && total > 0.0) {
+    const CertainUnits certain = FindCertainUnits(sizes, requested, fCertaintyShare);
+    ReviewCertain(key, certain, requested, findings);
+    if (OnlyApproaches(certain.left, NumUnits() - certain.count, anyFraction))
+      findings->Count(FindingKind::kStatedProbs, fStageInd);
+    return;
   }
   // Where all units of equal sizes are taken, each has the limit as its size, and that is allowed.
   const double limit = total / requested;
@@ -72,14 +82,25 @@ void SVSStratumData::ReviewSizes(const SVKey& key, std::int32_t requested, SVSFi
   } else if (isRefused) {
     ReviewLargeSizes(key, limit, findings);
   }
-  if (total > 0.0 && OnlyApproaches(requested, anyFraction))
+  if (total > 0.0 && OnlyApproaches(requested, NumUnits(), anyFraction))
     findings->Count(FindingKind::kStatedProbs, fStageInd);
 }
 
-// A stratum whose units are all taken has the probabilities that it states.
-bool SVSStratumData::OnlyApproaches(std::int32_t requested, bool anyFraction) const {
+// Units that aren't certain must have a chance, and as many as are left to be drawn a size.
+void SVSStratumData::ReviewCertain(const SVKey& key, const CertainUnits& certain, std::int32_t requested,
+                                   SVSFindings* findings) const {
+  if (!certain.LeavesOut() && !certain.LacksUnits()) return;
+  const FindingKind kind = certain.LacksUnits() ? FindingKind::kOtherCount : FindingKind::kCertainTakeAll;
+  findings->Note(kind, fStageInd,
+                 {.stratum = key, .unit = {}, .value = 1.0 * certain.count, .other = 1.0 * requested});
+}
+
+// A stratum whose units are all taken has the probabilities that it states, and so has the one draw that is left
+// behind certain units.
+bool SVSStratumData::OnlyApproaches(std::int32_t drawn, std::int32_t units, bool anyFraction) const {
   const StatedProbs stated = MethodOf(fSelectMethod).statedProbs;
-  if (fpSettings->ExactDesign() || requested == NumUnits()) return false;
+  if (fpSettings->ExactDesign() || drawn == units) return false;
+  if (TakesCertain() && drawn <= 1) return false;
   return stated == StatedProbs::kApproached || (stated == StatedProbs::kMetByWholeSizes && anyFraction);
 }
 
@@ -106,7 +127,8 @@ void SVSStratumData::ReviewDraw(const SVKey& key, bool notesHits, SVSFindings* f
                    {.stratum = key, .unit = {}, .value = 1.0 * GetNumSelected(), .other = 1.0 * asked});
   }
   const bool anyFraction = method.statedProbs == StatedProbs::kMetByWholeSizes && AnySizeHasFraction();
-  if (OnlyApproaches(asked, anyFraction)) ReviewStatedProbs(key, findings);
+  if (OnlyApproaches(asked - CertainCount(), fUnits.ListCount(), anyFraction))
+    ReviewStatedProbs(key, findings);
   if (notesHits) ReviewHits(key, findings);
 }
 

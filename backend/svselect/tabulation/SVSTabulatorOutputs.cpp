@@ -23,8 +23,12 @@ bool SVSDataTabulator::Summarize(MCSV::SVSOutputSummary& summary) {
   int result = summary.StartStage(fStageInd);
   for (auto entry = fDataTable.begin(); entry != fDataTable.end() && result == MCSV::kSummaryGoOn; ++entry) {
     SVSStratumData& stratum = entry->value;
-    result = summary.AddStratum(Codes(entry->key, fKeyStrataVars.size()), stratum.GetRequestSize(),
-                                stratum.GetNumSelected(), stratum.GetRequestRate(), stratum.GetSelectRate());
+    result = summary.AddStratum(Codes(entry->key, fKeyStrataVars.size()),
+                                {.requestedSize = stratum.GetRequestSize(),
+                                 .actualSize = stratum.GetNumSelected(),
+                                 .requestedRate = stratum.GetRequestRate(),
+                                 .actualRate = stratum.GetSelectRate(),
+                                 .certain = stratum.CertainCount()});
   }
   const int end = summary.EndStage();
   if (result != MCSV::kSummaryFailed && end != MCSV::kSummaryFailed) return true;

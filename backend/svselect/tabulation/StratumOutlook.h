@@ -29,6 +29,14 @@ public:
   }
   void SetAttempts(double attempts) override { fAttempts = attempts; }
   double Attempts() const { return fAttempts; }
+  // Takes the units for certain that are set apart from the list; to be called last.
+  void TakeApart() {
+    if (fListed.ApartCount() == 0) return;
+    fvUnits.resize(static_cast<std::size_t>(fListed.Count()), Of(0));
+    for (std::int32_t position = fListed.ListCount(); position < fListed.Count(); ++position) {
+      fvUnits[static_cast<std::size_t>(fListed.UnitAt(position))] = UnitOf({1.0, 1.0}, 1.0);
+    }
+  }
   // Corrects the probability of a unit to that which its draw really has.
   void SetProb(std::int32_t position, double prob) {
     Unit& unit = fvUnits[static_cast<std::size_t>(fListed.UnitAt(position))];

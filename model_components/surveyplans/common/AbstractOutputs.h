@@ -13,6 +13,16 @@ namespace MCSV {
 // present walk over the strata. kSummaryFailed also ends the run.
 enum SummaryResult : int { kSummaryGoOn = 0, kSummaryStop = 1, kSummaryFailed = 2 };
 
+// What a stratum was asked for and gave. Sizes count units (or hits, for a method that can select a unit more
+// than once); rates are fractions of the stratum's units.
+struct SVSDrawnStratum {
+  int requestedSize = 0;
+  int actualSize = 0;
+  double requestedRate = 0.0;
+  double actualRate = 0.0;
+  int certain = 0;  // of actualSize: units that were taken for certain
+};
+
 // SVSOutputSummary receives, for each stage, how many units each stratum was asked for and how many it gave.
 //
 // Use:        for each drawn stage, in stage order: StartStage(), AddStratum() once per stratum, EndStage().
@@ -27,10 +37,8 @@ public:
 
   virtual int StartStage(int stage) = 0;  // its number in the design, from 1
 
-  // `designValues` are the category codes of the stratum's key. Sizes count units (or hits, for a method that
-  // can select a unit more than once); rates are fractions of the stratum's units.
-  virtual int AddStratum(const std::vector<std::int32_t>& designValues, int requestedSize, int actualSize,
-                         double requestedRate, double actualRate) = 0;
+  // `designValues` are the category codes of the stratum's key.
+  virtual int AddStratum(const std::vector<std::int32_t>& designValues, const SVSDrawnStratum& drawn) = 0;
 
   virtual int EndStage() = 0;
 

@@ -165,10 +165,14 @@ TEST(PlanAsText, NamesWhatXmlLacks) {
   const HostSession session;
   SVPlanSpecs plan = ReadText(
       R"({"svselect_plan": 1, "weight": "w", "title": "\u0001", "stages": [
-        {"method": "simple_wor", "label": "\uFFFE", "strata": ["s"], "n": {"by": ["s"], "rows": [["\u0000", 1]]}}]})");
+        {"method": "pps_wor", "clusters": ["c"], "size": "cases", "certainty": 0.5, "write": {"certain": "z"}, "label": "\uFFFE", "strata": ["s"], "n": {"by": ["s"], "rows": [["\u0000", 1]]}},
+        {"method": "simple_wor", "n": 1, "order": ["a", "-b"], "serpentine": true}]})");
   EXPECT_THAT(XmlLacks(plan),
               testing::ElementsAre("'title' has a character that XML can't have",
                                    "stage 1: 'label' has a character that XML can't have",
-                                   "stage 1: a category of 'rows' has a character that XML can't have"));
+                                   "stage 1: XML has nothing for 'certainty'",
+                                   "stage 1: XML has nothing for 'certain'",
+                                   "stage 1: a category of 'rows' has a character that XML can't have",
+                                   "stage 2: XML has nothing for 'order'"));
   EXPECT_TRUE(SaysTheSame(plan, ReadText(PlanAsJson(plan))));
 }

@@ -322,6 +322,8 @@ TEST_F(DataFileTest, KeepsTheOrderOfQueriesAndSorts) {
   const std::pair<FrameOptions, const char*> kCases[] = {
       {{.path = path, .sort = {"K"}}, ".~|B|3;1|~|2;1|b|5;2|b|1;2|a|4"},
       {{.path = path, .sort = {"s", "k"}}, "1|~|2;.~|B|3;2|a|4;1|b|5;2|b|1"},
+      {{.path = path, .sort = {"-s", "-k"}}, "2|b|1;1|b|5;2|a|4;.~|B|3;1|~|2"},
+      {{.path = path, .sort = {"k", "s"}, .serpentine = true}, ".~|B|3;1|b|5;1|~|2;2|a|4;2|b|1"},
       {{.sql = "SELECT unnest([1::DOUBLE, 'nan'::DOUBLE, -2, NULL]) AS x", .sort = {"x"}}, ".~;.~;-2;1"},
       {{.sql = "SELECT i, i / 2 AS h FROM range(3) t(i) ORDER BY i DESC; -- done"}, "2|1;1|0.5;0|0"},
   };
@@ -333,6 +335,7 @@ TEST_F(DataFileTest, KeepsTheOrderOfQueriesAndSorts) {
       {{.sql = "DROP TABLE x"}, "query: "},
       {{.sql = "SELECT 1; SELECT 2"}, "query: "},
       {{.sql = "SELECT 1 AS a, 2 AS A"}, "query: two columns are named \"a\" and \"A\""},
+      {{.path = path, .sort = {"k"}, .serpentine = true}, "a serpentine order needs two variables"},
       {{.path = path, .sort = {"z"}}, "a.csv: there is no variable \"z\" to sort by"},
       {{.path = path, .weight = "s"}, "a.csv: the weight \"s\" is no numeric variable"},
   };

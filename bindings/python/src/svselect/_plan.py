@@ -55,9 +55,13 @@ class Stage:
     min, max  the fewest and most units that a rate gives
     size      for the pps_ methods the measure of size: the name of a variable, or CASES, a unit's number of cases
     size_min, size_max   smaller and larger sizes count as these
+    order     variables that the units of each stratum are ordered by before the draw; "-income" in descending order
+    serpentine True to reverse every second run of that order
+    certainty True to take units with n x >= X for certain, x being the size and X the total of the stratum, before the others are
+              drawn; or a share of that limit, as 0.8. For pps_ methods without replacement
     label     name of the stage in tables
     write     new variables of the sample, by what they hold: a dict from "probability", "weight", "cumulative_weight",
-              "population", "sample_size", "rate" or "index" to a name
+              "population", "sample_size", "rate", "index" or "certain" to a name
 
     Words and numbers are checked when the plan is used.
     """
@@ -74,6 +78,9 @@ class Stage:
     size_min: Optional[float] = None
     size_max: Optional[float] = None
     label: Optional[str] = None
+    order: Union[str, Sequence[str]] = ()
+    serpentine: bool = False
+    certainty: Union[bool, float] = False
     write: Mapping[str, str] = field(default_factory=dict)
 
     def _request(self, given: Request) -> Any:
@@ -109,6 +116,12 @@ class Stage:
             stage["size"] = {"variable": self.size, **bounds}
         elif bounds:
             raise ValueError("size_min and size_max bound a size; there is none")
+        if order := _names(self.order, "order"):
+            stage["order"] = order
+        if self.serpentine:
+            stage["serpentine"] = True
+        if self.certainty is not False:
+            stage["certainty"] = self.certainty if self.certainty is True else _number(self.certainty)
         if self.write:
             stage["write"] = dict(self.write)
         return stage
@@ -217,8 +230,8 @@ class Plan:
     def draw(self, frame: Any, *, seed: Optional[int] = None, joint: bool = False,
              stages: Optional[Sequence[int]] = None, exact_design: bool = False, strict: bool = False,
              keep: Union[str, Sequence[str], None] = None, weight: Optional[str] = None,
-             split: Union[str, Sequence[str]] = (), sort: Union[str, Sequence[str]] = (), threads: int = 0,
-             progress: Union[bool, Callable[[Progress], object]] = False) -> Sample:
+             split: Union[str, Sequence[str]] = (), sort: Union[str, Sequence[str]] = (), serpentine: bool = False,
+             threads: int = 0, progress: Union[bool, Callable[[Progress], object]] = False) -> Sample:
         """Draws a sample.
 
         frame         a Frame, or what one can be made of
@@ -229,7 +242,8 @@ class Plan:
         strict        what makes a probability or weight wrong or unclear is an error
         keep          variables of the frame in the sample; all if not given
         weight, split, sort    variable that weights the cases; variables whose changes split them into groups, and variables
-                      to order them by
+                      to order them by, "-income" in descending order
+        serpentine    reverse every second run of that order
         threads       0 for as many as there are processors; the sample is the same with any
         progress      a function that is called with a Progress about every 50 ms, or True for a bar of tqdm
 
@@ -241,7 +255,8 @@ class Plan:
             stages=None if stages is None else [operator.index(stage) for stage in stages],
             exact_design=exact_design or None, strict=strict or None,
             keep=None if keep is None else _names(keep, "keep"), weight=weight,
-            split=_names(split, "split") or None, sort=_names(sort, "sort") or None)
+            split=_names(split, "split") or None, sort=_names(sort, "sort") or None,
+            serpentine=serpentine or None)
         with _Bar(progress) as tell:
             taken = frame_of(frame, threads, tell)
             session = Session(threads)

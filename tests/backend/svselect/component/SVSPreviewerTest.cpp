@@ -35,16 +35,18 @@ struct Preview : MCSV::SVSOutPreview {
 struct Summary : MCSV::SVSOutputSummary {
   explicit Summary(const Preview& foreseen, std::size_t stages) : preview(foreseen), units(stages) {}
   int StartStage(int stage) override { return current = stage, 0; }
-  int AddStratum(const std::vector<std::int32_t>& codes, int requested, int actual, double rate,
-                 double) override {
+  int AddStratum(const std::vector<std::int32_t>& codes, const MCSV::SVSDrawnStratum& drawn) override {
     const auto row = preview.strata.find({current, codes});
     if (row == preview.strata.end()) return ADD_FAILURE() << "no row", 0;
-    EXPECT_EQ(row->second.asked, requested);
-    EXPECT_EQ(row->second.askedRate, rate);
-    if (std::trunc(row->second.drawn) == row->second.drawn) {
-      EXPECT_EQ(row->second.drawn, actual);
+    EXPECT_EQ(row->second.asked, drawn.requestedSize);
+    EXPECT_EQ(row->second.askedRate, drawn.requestedRate);
+    if (drawn.certain > 0 && drawn.requestedSize < row->second.units) {
+      EXPECT_EQ(row->second.certain.count, drawn.certain);
     }
-    units[static_cast<std::size_t>(current - 1)] += actual;
+    if (std::trunc(row->second.drawn) == row->second.drawn) {
+      EXPECT_EQ(row->second.drawn, drawn.actualSize);
+    }
+    units[static_cast<std::size_t>(current - 1)] += drawn.actualSize;
     return 0;
   }
   int EndStage() override { return 0; }
@@ -105,6 +107,8 @@ private:
     else if (method->IsPps())
       settings.SetMOSVar(kSize);
     if (method->IsPps() && OneIn(3)) settings.SetMOSMin(1.5);
+    if (method->TakesCertain() && OneIn(2)) settings.SetCertaintyShare(OneIn(2) ? 1.0 : 0.8, stage);
+    if (!method->ordersBySize && OneIn(3)) settings.SetOrder({{.variable = kRegion}}, false, stage);
     AddRequest(stage);
     settings.AddSelectStage(stage);
     if (!method->withReplacement || OneIn(3)) return;

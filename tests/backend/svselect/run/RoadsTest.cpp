@@ -132,20 +132,48 @@ Texts Left(const DrawSession& draw) {
 
 }  // namespace
 
+namespace {
+
+// What a run leaves, if it is the same on all roads, and whether it drew a sample.
+bool SameOnAllRoads(const std::string& csv, const std::string& plan, const std::string& command,
+                    std::size_t someRows) {
+  const auto left = [&](const CaseWalk& walk) {
+    const DrawSession draw(csv, plan, command, RandomRun::kSchema, walk);
+    return std::pair(Left(draw), draw.isCommitted);
+  };
+  const auto byCase = left({.byBlocks = false});
+  for (const std::size_t rows : {someRows, std::size_t{2048}})
+    EXPECT_EQ(left({.mostRows = rows}), byCase) << rows;
+  return byCase.second;
+}
+
+}  // namespace
+
 TEST(Roads, BlocksGiveWhatSingleCasesGive) {
   int drawn = 0;
-  for (unsigned seed = 1; seed <= 70; ++seed) {
+  for (unsigned seed = 1; seed <= 70 && !testing::Test::HasFailure(); ++seed) {
     const RandomRun run(seed);
     SCOPED_TRACE(fmt::format("{}\n{}\n{}", run.stages, run.command, run.csv));
-    const auto left = [&run](const CaseWalk& walk) {
-      const DrawSession draw(run.csv, run.stages, run.command, RandomRun::kSchema, walk);
-      return std::pair(Left(draw), draw.isCommitted);
-    };
-    const auto byCase = left({.byBlocks = false});
-    drawn += byCase.second ? 1 : 0;
-    const std::size_t some = seed % 2 == 0 ? 1 : 7;
-    for (const std::size_t rows : {some, std::size_t{2048}})
-      ASSERT_EQ(left({.mostRows = rows}), byCase) << rows;
+    drawn += SameOnAllRoads(run.csv, run.stages, run.command, seed % 2 == 0 ? 1 : 7) ? 1 : 0;
   }
   EXPECT_GT(drawn, 30);
+}
+
+// Texts and numbers that order cases and clusters, also where the cases of a cluster disagree on them.
+TEST(Roads, OrdersAreTheSame) {
+  const std::string plans[] = {
+      R"({"strata": ["t"], "method": "simple_systematic", "rate": 0.3, "order": ["h", "-f", "r"], "serpentine": true})",
+      R"({"clusters": ["p"], "method": "simple_chromy", "rate": 0.5, "order": ["-p"]},
+         {"method": "simple_systematic", "rate": 0.5, "order": ["-h", "n", "r"], "serpentine": true})",
+      R"({"strata": ["r"], "clusters": ["p"], "method": "simple_systematic", "rate": 0.5, "order": ["m", "h"]})"};
+  int drawn = 0;
+  for (unsigned seed = 1; seed <= 12; ++seed) {
+    for (const std::string& stages : plans) {
+      const RandomRun run(seed);
+      SCOPED_TRACE(stages + run.csv);
+      const std::string plan = R"({"svselect_plan": 1, "weight": "w", "stages": [)" + stages + "]}";
+      drawn += SameOnAllRoads(run.csv, plan, "/CRITERIA SEED=7 /SAMPLEFILE OUTFILE='@/s.csv'", 7) ? 1 : 0;
+    }
+  }
+  EXPECT_GT(drawn, 15);
 }

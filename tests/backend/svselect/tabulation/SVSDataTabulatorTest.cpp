@@ -27,8 +27,10 @@ struct Log {
 
 struct Summary : MCSV::SVSOutputSummary, Log {
   int StartStage(int stage) override { return Answer("start " + std::to_string(stage), 0); }
-  int AddStratum(const std::vector<std::int32_t>& key, int asked, int actual, double, double) override {
-    return Answer(std::to_string(key.at(0)) + ": " + std::to_string(asked) + " " + std::to_string(actual), 0);
+  int AddStratum(const std::vector<std::int32_t>& key, const MCSV::SVSDrawnStratum& drawn) override {
+    return Answer(std::to_string(key.at(0)) + ": " + std::to_string(drawn.requestedSize) + " " +
+                      std::to_string(drawn.actualSize),
+                  0);
   }
   int EndStage() override { return Answer("end", 0); }
   int Status() override { return 0; }
