@@ -80,9 +80,8 @@ void AddRequest(Json* object, const SVPlanStageSpecs& stage) {
 }
 
 Json MeasureJson(const SVPlanSpecs& plan) {
-  if (plan.mosFromData && plan.mosMin <= 0.0 && plan.mosMax <= 0.0) return "cases";
+  if (plan.mosFromData) return "cases";  // without the bounds that a plan in XML may have: they don't count
   Json measure = Json::object();
-  if (plan.mosFromData) measure["cases"] = true;
   AddName(&measure, "variable", plan.mosVariable);
   AddBound(&measure, "min", plan.mosMin);
   AddBound(&measure, "max", plan.mosMax);

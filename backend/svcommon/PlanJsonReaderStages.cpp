@@ -109,6 +109,9 @@ void PlanJsonReader::ReadMeasure(Index value) {
   if (fpPlan->mosMax > 0.0 && fpPlan->mosMin > fpPlan->mosMax)
     Fault(kPlanMinAboveMax, value,
           fmt::format("'min', {}, is above 'max', {}", fpPlan->mosMin, fpPlan->mosMax));
+  if (fpPlan->mosFromData && (fpPlan->mosMin > 0.0 || fpPlan->mosMax > 0.0))
+    Fault(kPlanInvalidFile, value,
+          "'min' and 'max' have no effect on a number of cases: only the sizes of a variable are bounded");
 }
 
 void PlanJsonReader::ReadMeasureCases(Index value) {

@@ -139,6 +139,8 @@ void PlanXmlReader::CheckStageWords(const Element* stage, int number) {
   const Element* const mos = FindChild(stage, u"MOS");
   if (mos != nullptr && IsWord(mos, u"fromData", u"yes") && FindChild(mos, u"Variable") != nullptr)
     NoteContradiction(mos, "MOS has a Variable, which doesn't count, since fromData is 'yes'");
+  if (mos != nullptr && IsWord(mos, u"fromData", u"yes") && (fpPlan->mosMin > 0.0 || fpPlan->mosMax > 0.0))
+    NoteContradiction(mos, "the bounds of MOS don't count, since fromData is 'yes'");
   const std::string text = Text(stage, u"stageNumber");
   int given = 0;
   const auto read = std::from_chars(text.data(), text.data() + text.size(), given);

@@ -146,8 +146,7 @@ joint_key <- function(design) c(design$stages[[1L]]$strata, design$stages[[1L]]$
 # Units of different strata are drawn independently: their joint probabilities are products.
 joint_design <- function(design) {
   joint <- design$found$joint
-  hasClusters <- length(design$stages[[1L]]$clusters) > 0L
-  rows <- if (hasClusters) rows_for(design, joint, joint_key(design)) else seq_len(nrow(joint))
+  rows <- rows_for(design, joint, joint_key(design))  # a stage with joint probabilities has clusters
   if (anyDuplicated(rows)) refuse("two cases are of one unit")
   joint <- joint[rows, ]
   p <- own_probability(joint)

@@ -30,6 +30,11 @@ row_name <- function(names) {
   name
 }
 
+# Closes a frame that was made of what the caller has given.
+close_own <- function(frame, given) {
+  if (!inherits(given, "svselect_frame")) .Call(svr_close_frame, frame$handle)
+}
+
 usable <- function(frame) {
   if (frame$process != Sys.getpid()) refuse("a frame can't be used in a process that was forked after it was made")
   frame
@@ -43,8 +48,12 @@ print.svselect_frame <- function(x, ...) {
 
 describe_frame <- function(frame, threads = 0) {
   threads <- check_threads(threads)
-  frame <- sampling_frame(frame, threads = threads)
-  found <- from_json(.Call(svr_result_json, require_good(.Call(svr_describe, frame$handle, threads))[[3L]]))
+  given <- frame
+  frame <- sampling_frame(given, threads = threads)
+  on.exit(close_own(frame, given))
+  answer <- require_good(.Call(svr_describe, frame$handle, threads))
+  found <- from_json(.Call(svr_result_json, answer[[3L]]))
+  .Call(svr_close_result, answer[[3L]])
   variables <- Filter(function(v) !identical(v$name, frame$row), found$variables)
   pick <- function(member, missing) {
     vapply(variables, function(v) if (is.null(v[[member]])) missing else v[[member]], missing)

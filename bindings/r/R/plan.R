@@ -121,8 +121,12 @@ check_plan <- function(plan, frame = NULL, exact_design = FALSE, strict = FALSE,
   check_is_plan(plan)
   threads <- check_threads(threads)
   options <- list(exact_design = check_flag(exact_design, "exact_design"), strict = check_flag(strict, "strict"))
-  handle <- if (!is.null(frame)) sampling_frame(frame, threads = threads)$handle
-  answer <- require_good(.Call(svr_check, plan$text, handle, to_json(options), threads), expected = 2L)
+  if (!is.null(frame)) {
+    given <- frame
+    frame <- sampling_frame(given, threads = threads)
+    on.exit(close_own(frame, given))
+  }
+  answer <- require_good(.Call(svr_check, plan$text, frame$handle, to_json(options), threads), expected = 2L)
   structure(answer[[1L]] == 0L, messages = said(answer), class = "svselect_check")
 }
 

@@ -7,10 +7,13 @@ preview_plan <- function(plan, frame, cost = NULL, exact_design = FALSE, strict 
   options <- list(exact_design = check_flag(exact_design, "exact_design"), strict = check_flag(strict, "strict"),
                   cost = if (!is.null(cost)) I(as.double(cost)))
   tell <- teller(progress)
-  frame <- sampling_frame(frame, threads = threads, progress = if (is.null(tell)) FALSE else tell)
+  given <- frame
+  frame <- sampling_frame(given, threads = threads, progress = if (is.null(tell)) FALSE else tell)
+  on.exit(close_own(frame, given))
   answer <- .Call(svr_preview, plan$text, frame$handle, to_json(options), threads, tell)
   require_good(answer, expected = 2L)
   found <- if (has_result(answer)) from_json(.Call(svr_result_json, answer[[3L]]))
+  .Call(svr_close_result, answer[[3L]])
   structure(list(ok = answer[[1L]] == 0L, messages = said(answer), sample = found$sample, stages = found$stages),
             class = "svselect_preview")
 }

@@ -14,7 +14,9 @@ draw_sample <- function(plan, frame, seed = NULL, joint = FALSE, stages = NULL, 
     serpentine = check_flag(serpentine, "serpentine"))
   keep <- check_names(keep, "keep")
   tell <- teller(progress)
-  frame <- sampling_frame(frame, threads = threads, progress = if (is.null(tell)) FALSE else tell)
+  given <- frame
+  frame <- sampling_frame(given, threads = threads, progress = if (is.null(tell)) FALSE else tell)
+  on.exit(close_own(frame, given))
   if (!is.null(keep)) options$keep <- I(c(keep, frame$row))
   answer <- require_good(.Call(svr_draw, plan$text, frame$handle, to_json(options), threads, tell))
   if (isTRUE(progress)) cat("\n", file = stderr())
@@ -38,6 +40,7 @@ sample_of <- function(plan, frame, answer) {
   drawn <- list(plan = plan, messages = messages, strata = result_table(answer[[3L]], "strata"),
                 joint = result_table(answer[[3L]], "joint"), report = .Call(svr_result_json, answer[[3L]]),
                 version = .Call(svr_version))
+  .Call(svr_close_result, answer[[3L]])
   if (!is.null(plan$spec)) drawn$weights <- as.double(found[[plan$spec$weight]])
   for (text in messages$text[messages$level == "warning"]) warning(text, call. = FALSE)
   structure(cases, class = c("svselect_sample", "data.frame"), svselect = drawn)

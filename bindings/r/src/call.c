@@ -189,6 +189,17 @@ static SEXP result_json(SEXP result) {
   return made;
 }
 
+// Closes what an external pointer of R would close once it is garbage, of whose size R knows nothing.
+static SEXP close_frame_now(SEXP pointer) {
+  close_frame(pointer);
+  return R_NilValue;
+}
+
+static SEXP close_result_now(SEXP pointer) {
+  close_result(pointer);
+  return R_NilValue;
+}
+
 static SEXP has_address(SEXP pointer) {
   return Rf_ScalarLogical(R_ExternalPtrAddr(pointer) != NULL);
 }
@@ -204,6 +215,8 @@ static const R_CallMethodDef kCalls[] = {
     {"svr_check", (DL_FUNC)&check, 4},
     {"svr_preview", (DL_FUNC)&preview, 5},
     {"svr_draw", (DL_FUNC)&draw, 5},
+    {"svr_close_frame", (DL_FUNC)&close_frame_now, 1},
+    {"svr_close_result", (DL_FUNC)&close_result_now, 1},
     {"svr_has_address", (DL_FUNC)&has_address, 1},
     {"svr_result_json", (DL_FUNC)&result_json, 1},
     {"svr_table", (DL_FUNC)&svr_table, 2},

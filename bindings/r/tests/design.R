@@ -49,18 +49,20 @@ same_estimates(~enrolment, suppressWarnings(as_svydesign(neither)),
 # Joint probabilities: the matrix by the guide's code. The keys have types that the library has otherwise.
 municipalities$region <- factor(municipalities$region, levels = 7:1)
 municipalities$since <- as.POSIXct("2026-01-01", tz = "Asia/Tokyo") + municipalities$municipality
-plan <- sampling_plan("x") |>
-  stage("pps_sampford", strata = "region", clusters = c("since", "municipality"), n = 3, size = "population",
-        write = c(probability = "p"))
-s <- draw_sample(plan, municipalities, seed = 4, joint = TRUE, exact_design = TRUE)
-j <- joint_probabilities(s)
-P <- outer(s$p, s$p)
-for (h in split(seq_len(nrow(j)), j$region)) {
-  at <- match(j$municipality[h], s$municipality)
-  P[at, at] <- as.matrix(j[h, paste0("Joint_Prob_", seq_along(h), "_")])
+for (method in c("pps_wor", "pps_sampford")) {  # the first numbers the units otherwise than the cases
+  plan <- sampling_plan("x") |>
+    stage(method, strata = "region", clusters = c("since", "municipality"), n = 3, size = "population",
+          write = c(probability = "p"))
+  s <- draw_sample(plan, municipalities, seed = 4, joint = TRUE, exact_design = TRUE)
+  j <- joint_probabilities(s)
+  P <- outer(s$p, s$p)
+  for (h in split(seq_len(nrow(j)), j$region)) {
+    at <- match(j$municipality[h], s$municipality)
+    P[at, at] <- as.matrix(j[h, paste0("Joint_Prob_", seq_along(h), "_")])
+  }
+  byHand <- svydesign(ids = ~1, fpc = ~p, data = s, pps = ppsmat(P), variance = "YG")
+  same_estimates(~households, as_svydesign(s), byHand)
 }
-byHand <- svydesign(ids = ~1, fpc = ~p, data = s, pps = ppsmat(P), variance = "YG")
-same_estimates(~households, as_svydesign(s), byHand)
 north <- joint_matrix(s, list(region = "1"))
 stopifnot(dim(north) == 3, isSymmetric(north),
           all.equal(sort(diag(north)), sort(s$p[s$region == "1"]), tolerance = 1e-14))

@@ -72,6 +72,7 @@ kinds <- list(
   text = pick(c("a", "gr\u00fc\u00dfe", strrep("long ", 50), NA)), latin1 = pick(latin1),
   factor = pick(factor(c("z", "a", NA), levels = c("z", "unused", "a"))), na_level = addNA(pick(factor(c("u", NA)))),
   date = pick(as.Date(c("1899-12-31", "2026-02-28", NA))), whole_date = pick(structure(c(1L, NA), class = "Date")),
+  part_date = pick(structure(c(1, 1.7, -0.2), class = "Date")),
   time = pick(c(noon + 3600 * 0:3, NA)), posixlt = as.POSIXlt(pick(noon + 0:1)),
   difference = as.difftime(pick(1:2), units = "mins"),
   labelled = structure(pick(c(1, 2, 98, 99)),
@@ -90,7 +91,8 @@ for (kind in names(kinds)) {
 }
 whole <- structure(c(4.94065645841246544e-324, 0, -0), class = "integer64")  # 1, 0, and no number
 described <- describe_frame(list2DF(list(whole = whole)))
-stopifnot(described$column_type == "BIGINT", described$valid == 2, described$missing == 1, described$largest == 1)
+stopifnot(described$column_type == "BIGINT", described$valid == 2, described$missing == 1,
+          described$smallest == 0, described$largest == 1)
 
 # Types that only files have.
 if (nzchar(program)) {

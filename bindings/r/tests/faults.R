@@ -82,7 +82,7 @@ writeLines(c("<KORVSurveyPlans><SampleDesign><SampleStage selectionMethod='pps_s
              "</SampleDesign></KORVSurveyPlans>"), file)
 endless <- read_plan(file)
 when_drawing <- function(act) draw_sample(endless, frame, progress = function(step, pass, cases, total) {
-  if (step == "draw") act(total)
+  if (pass > 0L) act(total)
 })
 interrupt <- function(...) {
   tools::pskill(Sys.getpid(), tools::SIGINT)

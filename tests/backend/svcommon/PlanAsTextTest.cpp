@@ -67,7 +67,8 @@ private:
 
   void FillMeasure() {
     fPlan.mosFromData = Flip();
-    if (!fPlan.mosFromData) fPlan.mosVariable = Name();
+    if (fPlan.mosFromData) return;  // bounds of it don't count
+    fPlan.mosVariable = Name();
     if (Flip()) fPlan.mosMin = Positive();
     if (Flip()) fPlan.mosMax = std::max(Positive(), fPlan.mosMin);
   }

@@ -190,6 +190,9 @@ TEST(PlanContradictions, AreTold) {
        "stage 1: SingleValue is beside Variable, which counts"},
       {Design(Stage("pps_systematic", kByCounty + kSizeOf3 + "<MOS fromData='yes'>" + Var("m") + "</MOS>")),
        "stage 1: MOS has a Variable, which doesn't count, since fromData is 'yes'"},
+      {Design(Stage("pps_systematic",
+                    kByCounty + kSizeOf3 + "<MOS fromData='yes'>" + Bounds("1", "2") + "</MOS>")),
+       "stage 1: the bounds of MOS don't count, since fromData is 'yes'"},
       {Design("<SampleStage stageNumber='2' selectionMethod='simple_wor'>" + kByCounty + kSizeOf3 +
               "</SampleStage><SampleStage stageNumber='2' selectionMethod='simple_wor'>" + kSizeOf3 +
               "</SampleStage>"),
