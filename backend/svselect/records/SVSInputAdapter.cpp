@@ -79,8 +79,7 @@ bool SVSInputAdapter::ReadContinuous(double* record) {
     }
     if (invalid) {
       const bool isSize = fpSelectSpecs->IsSizeSlot(slot);
-      if (PassCounter() == 0)
-        RefuseValue(isSize ? RefusedCases::Why::kSize : RefusedCases::Why::kRate, variable);
+      RefuseValue(isSize ? RefusedCases::Why::kSize : RefusedCases::Why::kRate, variable);
       return false;
     }
     ++contVar;
@@ -99,10 +98,8 @@ bool SVSInputAdapter::ReadMatrix(double* record) {
     record[slot] = fvMatrixSpecs[static_cast<std::size_t>(index)]->Get(&notFound);
     if (record[slot] == MCMV::gMissingValue) ok = false;
     if (notFound) {
-      if (PassCounter() == 0) {
-        RefuseByTable(fpSelectSpecs->MatrixStageNumber(index),
-                      *fpSelectSpecs->MatrixSpec(position)->variables, fpSelectSpecs->IsSizeSlot(slot));
-      }
+      RefuseByTable(fpSelectSpecs->MatrixStageNumber(index), *fpSelectSpecs->MatrixSpec(position)->variables,
+                    fpSelectSpecs->IsSizeSlot(slot));
       return false;
     }
     ++index;
@@ -114,6 +111,7 @@ bool SVSInputAdapter::ReadMatrix(double* record) {
 void SVSInputAdapter::RefuseValue(RefusedCases::Why why, std::int32_t variable) {
   const bool isSize = why == RefusedCases::Why::kSize;
   if (!fbSilent) isSize ? fpMessages->InvalidSize(variable) : fpMessages->InvalidRate(variable);
+  if (PassCounter() != 0) return;
   for (const DesignStage* stage : fpSelectSpecs->DesignStages()) {
     if ((isSize ? stage->sizeVariable() : stage->rateVariable()) != variable) continue;
     const std::vector<std::int32_t>& strata = stage->strataVariables();
@@ -128,6 +126,7 @@ void SVSInputAdapter::RefuseByTable(std::int32_t stage, const std::vector<std::i
                                     bool isSize) {
   if (!fbSilent && isSize) fpMessages->NoSize(stage, variables, fpIterator);
   if (!fbSilent && !isSize) fpMessages->NoRate(stage, variables, fpIterator);
+  if (PassCounter() != 0) return;
   fRefused.Note(RefusedCases::Why::kNoRow, stage, -1, PlaceText(variables));
 }
 

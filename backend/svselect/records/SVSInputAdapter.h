@@ -14,7 +14,7 @@
 //
 // A case is rejected if a strata or cluster variable is missing, if the weight of an earlier sampling is
 // missing, if a rate or size isn't allowed, or if a table has no number for the case. The last two are the
-// user's mistake rather than gaps in the data, so a message is shown as well, in the first pass, which ends the
+// user's mistake rather than gaps in the data, so a message is shown as well, in each pass, which ends the
 // run. A missing rate, size or measure of size doesn't reject the case: the stratum deals with it, since one
 // record with a value is enough.
 //
@@ -47,7 +47,7 @@ public:
   void Silence() { fbSilent = true; }
 
 private:
-  // Note the current case, with a message. Only in the first pass: the others see the same cases.
+  // A message about the current case, which is noted in the first pass: the others see the same cases.
   void RefuseValue(RefusedCases::Why why, std::int32_t variable);
   void RefuseByTable(std::int32_t stage, const std::vector<std::int32_t>& variables, bool isSize);
   std::string PlaceText(const std::vector<std::int32_t>& variables) const;
