@@ -60,6 +60,7 @@ std::string NearestWord(const std::string& word, const std::vector<std::string>&
 
 std::string NearestNameHint(const std::string& name, const std::vector<std::string>& variables) {
   std::vector<std::string> upper;
+  upper.reserve(variables.size());
   for (const std::string& variable : variables) upper.push_back(GetUpperVarName(variable));
   const std::string nearest = NearestWord(GetUpperVarName(name), upper);
   if (nearest.empty()) return "";
