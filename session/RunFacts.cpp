@@ -186,7 +186,7 @@ FileStamp::FileStamp(std::string file) : path(std::move(file)) {
   try {
     if (!path.empty()) state = FileState::Of(path);
   } catch (const DataError&) {
-    // As if there were no file: whoever opens it reports the reason.
+    // Treated like a missing file. Opening it will fail, and gives the reason.
   }
   if (state == FileState()) path.clear();
 }

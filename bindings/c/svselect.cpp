@@ -145,6 +145,22 @@ bool IsUsable(const svs_frame* frame) {
   return frame != nullptr && !frame->IsOfOthers();
 }
 
+// A draw or a preview: `work` is the function for it.
+int RunPlan(svs_session* session, const char* plan, std::size_t length, const svs_frame* frame,
+            const char* options, svs_poll poll, void* data, svs_result** result,
+            decltype(&DrawInMemory) work) {
+  return Call(session, [&] {
+    if (plan == nullptr || !IsUsable(frame) || result == nullptr) {
+      return Refuse(session, SVS_ERROR_ARGUMENT, "there is no plan, no frame or no place for the result");
+    }
+    const std::string text(plan, length);
+    const std::string json = options == nullptr ? "" : options;
+    RunWatch watch;
+    return Run(session, poll, data, result, watch,
+               [&] { return work(text, frame->frame, json, session->threads, &watch); });
+  });
+}
+
 // Reads the stream into a new frame. The database is opened with signals blocked, since it starts threads.
 int TakeFrame(svs_session* session, ArrowOwner<ArrowArrayStream>* stream, Poller* poller,
               std::int64_t* casesRead, svs_frame* frame) {
@@ -256,30 +272,12 @@ int svs_check(svs_session* session, const char* plan, size_t plan_length, const 
 
 int svs_preview(svs_session* session, const char* plan, size_t plan_length, const svs_frame* frame,
                 const char* options, svs_poll poll, void* poll_data, svs_result** result) {
-  return Call(session, [&] {
-    if (plan == nullptr || !IsUsable(frame) || result == nullptr) {
-      return Refuse(session, SVS_ERROR_ARGUMENT, "there is no plan, no frame or no place for the result");
-    }
-    const std::string text(plan, plan_length);
-    const std::string json = options == nullptr ? "" : options;
-    RunWatch watch;
-    return Run(session, poll, poll_data, result, watch,
-               [&] { return PreviewInMemory(text, frame->frame, json, session->threads, &watch); });
-  });
+  return RunPlan(session, plan, plan_length, frame, options, poll, poll_data, result, PreviewInMemory);
 }
 
 int svs_draw(svs_session* session, const char* plan, size_t plan_length, const svs_frame* frame,
              const char* options, svs_poll poll, void* poll_data, svs_result** result) {
-  return Call(session, [&] {
-    if (plan == nullptr || !IsUsable(frame) || result == nullptr) {
-      return Refuse(session, SVS_ERROR_ARGUMENT, "there is no plan, no frame or no place for the result");
-    }
-    const std::string text(plan, plan_length);
-    const std::string json = options == nullptr ? "" : options;
-    RunWatch watch;
-    return Run(session, poll, poll_data, result, watch,
-               [&] { return DrawInMemory(text, frame->frame, json, session->threads, &watch); });
-  });
+  return RunPlan(session, plan, plan_length, frame, options, poll, poll_data, result, DrawInMemory);
 }
 
 int svs_result_table(svs_session* session, const svs_result* result, int table,

@@ -81,8 +81,8 @@ TEST(Report, ShowsStagesByStratum) {
   }
 }
 
-// Strata that the display format shows alike are told apart, in the table, the clusters and the remarks; so are
-// those with the same label.
+// Strata that look the same in their display format, or have the same label, stay separate in the table, the clusters
+// and the remarks.
 TEST(Report, ShowsValuesInFullThatTheFormatRounds) {
   const Reported run("s,c\n.001,1e-07\n.001,2\n.002,3\n.0031,4\n",
                      Wor(StrataOf(Var("s")) + ClustersOf(Var("c")) + Size("2")), kSample);
@@ -244,8 +244,8 @@ TEST(Report, IdentifiesFrameAndPlan) {
   EXPECT_THAT(failed.Fact("Text of the plan"), HasSubstr("'none'"));
 }
 
-// A report describes the plan that was drawn, or there is none: another plan or table put in its place before the
-// report reads them, alike in size and time, ends the run.
+// A report describes the plan that was used, or isn't written: if the plan or its table is replaced before the report
+// reads it, even by a file of the same size and time, the run fails.
 TEST(Report, DescribesNoOtherPlanOrFrame) {
   const std::string plan = R"({"svselect_plan": 1, "weight": "w", "stages": [{"strata": ["s"],
     "method": "simple_wor", "n": {"by": ["s"], "table": "t.csv"}}]})";

@@ -6,8 +6,8 @@
 #include "host/output/BpText.h"
 #include "model_components/surveyplans/common/AbstractPreview.h"
 
-// What a plan is going to do to a frame, with variables and values as texts. A layer of the session: whoever
-// asks for a preview makes it, and the procedure fills it in.
+// What a draw by a plan would select from a frame, with variables and values as texts. It is a layer of the
+// session, created by the caller that wants a preview and filled in by the procedure.
 
 struct PreviewedStratum {
   std::vector<BpCellText> values;  // in full, of the variables that identify the stage's strata
